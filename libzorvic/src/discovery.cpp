@@ -1,0 +1,1 @@
+#include <zorvic/discovery.h>

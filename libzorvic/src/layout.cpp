@@ -1,0 +1,1 @@
+#include <zorvic/layout.h>
