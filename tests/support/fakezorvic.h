@@ -1,0 +1,116 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include <zorvic/zorvic.h>
+
+/// The unit control library, scripted and in process: console tests link it instead of the real one. Units are plain
+/// data that a test fills and reads; every call of the console is recorded.
+///
+/// Units are touched on the thread that uses the sessions (the GUI thread). Fire() may run on any thread.
+namespace FakeZorvic {
+
+/// One call into the library, in the console's own terms.
+struct Call {
+    std::string Operation;    ///< member name, for example "Take"; "Session" and "~Session" for a session's life
+    std::string Host = {};    ///< host text of the session; empty for free functions
+    std::int32_t PK = 0;      ///< of the preset, where there is one (0 in a created preset)
+    std::int64_t Number = 0;  ///< time in ms, or the event type of a registration
+    std::vector<std::string> Texts = {};                ///< text arguments in order: name, path, drive, host
+    std::optional<Zorvic::Preset> Sent = std::nullopt;  ///< the preset of CreatePreset and UpdatePreset
+    void* User = nullptr;                               ///< of SetStateEventCallback; null when it unregisters
+
+    /// "SeekTo 7 1500", "CreateGoto 7 1000 Verse", "GetPresets": the operation and its arguments, without the host.
+    std::string ToString() const;
+};
+
+/// What a unit holds and how it answers.
+struct Unit {
+    std::string GUID;
+    std::string Nickname;
+    std::vector<Zorvic::Preset> Presets = {};
+    std::vector<Zorvic::PresetState> States = {};
+    std::vector<Zorvic::Asset> Assets = {};
+    std::map<std::string, Zorvic::AssetMetadata> Metadata = {};  ///< by asset path; without an entry the read fails
+    std::vector<Zorvic::Drive> Drives = {};
+    std::map<std::pair<std::string, std::string>, std::vector<Zorvic::ExternalAsset>> Listings = {};  ///< drive, path
+    std::map<std::int32_t, Zorvic::TimeCode> TimeCodes = {};  ///< by PK; without an entry the read fails
+    Zorvic::KonaHardwareState Hardware = {};
+
+    bool Reachable = true;             ///< whether a new session or a Reconnect gets a link
+    bool FollowsCommands = true;       ///< commands change the data above as a unit would; off: they only return OK
+    bool ReportsCommands = true;       ///< a command that succeeds fires the events a unit would, before it returns
+    bool AnswersRegistrations = true;  ///< a registration is answered with one event at once
+
+    /// Adds a preset with its state, as if stored long ago. A PK of 0 becomes the next free one. Returns the PK.
+    std::int32_t AddPreset(Zorvic::Preset preset, std::int32_t trtMS);
+    Zorvic::Preset* FindPreset(std::int32_t pk);
+    Zorvic::PresetState* FindState(std::int32_t pk);
+    /// The next `times` calls of the operation return `status` and do nothing; without `times` all calls do.
+    void Fail(const std::string& operation, Zorvic::StatusCode status, std::optional<int> times = std::nullopt);
+    void Succeed(const std::string& operation) { Failures.erase(operation); }
+
+    struct Failure {
+        Zorvic::StatusCode Status = Zorvic::ZORVIC_STATUS_FAILED;
+        std::optional<int> Times;
+    };
+    std::map<std::string, Failure> Failures = {};
+    std::int32_t LastPK = 0;  ///< keys are never reused
+};
+
+/// Removes all units, the LAN list, the hook and the record. Sessions that still live keep their unit.
+void Reset();
+
+/// A unit that answers under this host text. The reference stays good until Reset().
+Unit& AddUnit(const std::string& host, const std::string& guid, const std::string& nickname = {});
+Unit& At(const std::string& host);
+
+/// What GetLANZorvics() answers.
+void SetLANZorvics(std::vector<Zorvic::LANZorvic> units);
+
+/// Cuts or restores the link of every session of the host. A cut link also comes back through Reconnect when the unit
+/// is reachable.
+void SetConnected(const std::string& host, bool connected);
+
+/// Runs at the start of every operation, after it was recorded and before it takes effect, with no lock held. It may
+/// do what an event loop inside the operation could do. Null removes it.
+void SetHook(std::function<void(const Call&)> hook);
+
+/// Everything called so far, in order; with a name, only that operation.
+std::vector<Call> Calls();
+std::vector<Call> Calls(const std::string& operation);
+/// What was sent to units, as text: everything but reads, registrations and the life of sessions.
+std::vector<std::string> Commands();
+/// The last call of the operation. Throws std::out_of_range when there was none.
+Call LastCall(const std::string& operation);
+void ClearCalls();
+
+/// Calls what is registered for the type, in every session (of the host). Returns the number of callbacks called.
+std::size_t Fire(Zorvic::StateEventType type);
+std::size_t Fire(const std::string& host, Zorvic::StateEventType type);
+/// The same from a thread of its own, which the result joins when destroyed.
+[[nodiscard]] std::jthread FireFromThread(Zorvic::StateEventType type);
+
+/// A callback that is registered now.
+struct Registration {
+    std::string Host;
+    Zorvic::StateEventType Type;
+    void* User;
+};
+std::vector<Registration> Registrations();
+/// Types registered with this user pointer: none may be left when the view it points to is gone.
+std::vector<Zorvic::StateEventType> RegistrationsFor(const void* user);
+
+/// Session objects alive now; with a host, those opened with that text. Reset() does not change it.
+std::size_t LiveSessions();
+std::size_t LiveSessions(const std::string& host);
+
+}  // namespace FakeZorvic
