@@ -1,0 +1,95 @@
+#pragma once
+
+#include "clock.h"
+#include "media_catalog.h"
+
+#include <zorvic/v1/unit.pb.h>
+
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ZorvicUnit {
+
+class Database;
+
+/// A directory of the host that the unit shows as a drive of its own.
+struct ExternalDrive {
+    std::string Letter;  ///< one capital letter other than "C"
+    std::filesystem::path Directory;
+};
+
+/// Assets that are new or changed (whole), and paths that are gone; a path stands in one of the two lists only.
+struct AssetChanges {
+    std::vector<zorvic::v1::Asset> Upserted;
+    std::vector<std::string> Removed;
+};
+
+/// Everything on the unit's disks: the assets in the store, their metadata and levels, the drives, and imports.
+///
+/// Paths are the unit's own: drive C is the store's directory, assets live below "C:\Assets". All members may be called
+/// from any thread and return soon: files are read by worker threads. Failures throw Fault.
+class AssetStore final : public MediaCatalog {
+public:
+    struct Options {
+        std::filesystem::path StoreDirectory;  ///< must exist; "Assets" is made below it
+        std::vector<ExternalDrive> Drives;
+        bool Watch = true;  ///< notice changes of the disk unasked; false leaves it to RescanNow()
+    };
+
+    /// Touches neither disk nor threads. The database and the clock must outlive the store.
+    AssetStore(Options options, Database& database, const Clock& clock);
+    /// Stops and joins all workers; ends a running import and removes its unfinished file. Takes below a second unless
+    /// a disk hangs.
+    ~AssetStore() override;
+
+    /// Called whenever TakeChanges() has something to give: from a worker thread or from within Install(), Delete() and
+    /// RescanNow(), never with a lock of the store held. Set it before Start(); it must be callable until the
+    /// destructor has returned.
+    void SetListener(std::function<void()> listener);
+
+    /// Reads the store's directory (assets known from before are READY at once) and starts the workers.
+    void Start();
+
+    /// All assets, sorted by path.
+    std::vector<zorvic::v1::Asset> Assets() const;
+
+    /// What changed since the last call, in one step. To keep the order of changes, take and apply them under one lock
+    /// of the caller's own; after Install() and Delete() they hold the effect of that call.
+    AssetChanges TakeChanges();
+
+    std::optional<std::int32_t> DurationMS(const std::string& path) const override;
+    std::shared_ptr<const Envelope> Levels(const std::string& path) const override;
+
+    /// Metadata of an asset, read from its file (within 1.5 s, or Slow) when it is not known yet. NotFound: no such
+    /// asset, or no file of it yet; Refused: the file cannot be read as media.
+    zorvic::v1::AssetMetadata ReadMetadata(const std::string& path) const;
+
+    /// Removes an asset and its file, ends its import, or dismisses its failed import (then a file that the import
+    /// would have replaced shows again). NotFound, Misused (not the path of an asset), Internal (the disk refused).
+    void Delete(const std::string& path);
+
+    /// Drive C first, then the external ones in the order given.
+    std::vector<zorvic::v1::Drive> Drives() const;
+
+    /// One directory of a drive: directories, then media files, each by name without regard to case. Slow after 120 ms;
+    /// the listing goes on and answers a later call. NotFound, Misused.
+    std::vector<zorvic::v1::DirectoryEntry> ListDirectory(const std::string& drive, const std::string& path);
+
+    /// Starts copying a file of a drive to "C:\Assets". The asset is listed as INGESTING on return; how it ends shows
+    /// in its state. NotFound, Misused, Refused (already an asset, or already on its way), Slow.
+    void Install(const std::string& path);
+
+    /// Compares the disk with the list now, in the caller's thread.
+    void RescanNow();
+
+private:
+    struct Impl;
+    std::unique_ptr<Impl> Parts;
+};
+
+}  // namespace ZorvicUnit
