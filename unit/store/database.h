@@ -1,0 +1,103 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace ZorvicUnit {
+
+class Database;
+
+/// One SQL statement, bound and stepped by one thread. Holds the database's lock from preparation to destruction, so
+/// that no other thread's statement lands in this thread's transaction: keep it short-lived and local.
+/// Every failure is thrown as a Fault (DiskFull or Internal) that names the statement.
+class Statement {
+public:
+    ~Statement();
+    Statement(const Statement&) = delete;
+    Statement& operator=(const Statement&) = delete;
+
+    /// Binds the next parameter, in the order of the question marks.
+    Statement& Bind(std::int64_t value);
+    Statement& Bind(std::string_view text);
+    Statement& BindBlob(std::string_view bytes);
+    Statement& BindNull();
+
+    /// True when a row is there to be read, false when there are no more.
+    bool Step();
+    /// Steps to the end; for statements whose rows do not matter.
+    void Run();
+
+    /// Columns of the current row, counted from 0. A NULL reads as 0 or as empty.
+    std::int64_t Integer(int column) const;
+    std::string Text(int column) const;
+    std::string Blob(int column) const;
+    bool IsNull(int column) const;
+
+private:
+    friend class Database;
+    Statement(Database& database, std::string_view sql);
+
+    std::unique_lock<std::recursive_mutex> Lock;
+    sqlite3* Handle;
+    sqlite3_stmt* Prepared = nullptr;
+    int Bound = 0;
+};
+
+/// The unit's one SQLite file, shared by the classes that keep one table each. May be used from several threads: a
+/// Statement or a Transaction holds the lock for as long as it lives, others wait.
+class Database {
+public:
+    /// Opens or creates the file (write-ahead log, every commit synchronised to disk) and brings its schema up to
+    /// date. Throws Fault when the file is damaged, not ours, or written by a newer version.
+    explicit Database(const std::filesystem::path& file);
+    ~Database();
+    Database(const Database&) = delete;
+    Database& operator=(const Database&) = delete;
+
+    /// Where all statements come from. The result must not outlive the database.
+    Statement Prepare(std::string_view sql) { return Statement(*this, sql); }
+    /// Runs statements that take no parameters and give no rows.
+    void Execute(const char* sql);
+    /// Key that the last INSERT of this thread made; call it inside the transaction of that INSERT.
+    std::int64_t LastInsertKey();
+    /// Number of the schema in the file.
+    std::int64_t SchemaVersion();
+
+private:
+    friend class Statement;
+    friend class Transaction;
+    void Check();
+    void Migrate();
+
+    std::recursive_mutex Mutex;  ///< guards the handle, and a transaction from its begin to its end
+    struct Closer {
+        void operator()(sqlite3* handle) const;
+    };
+    std::unique_ptr<sqlite3, Closer> Handle;
+};
+
+/// Begins at once; rolls back when it is destroyed without a commit. Everything between is on disk when Commit returns
+/// and not there at all when it throws. Transactions do not nest.
+class Transaction {
+public:
+    explicit Transaction(Database& database);
+    ~Transaction();
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+    void Commit();
+
+private:
+    Database& Target;
+    std::unique_lock<std::recursive_mutex> Lock;
+    bool Open = true;
+};
+
+}  // namespace ZorvicUnit
