@@ -1,0 +1,74 @@
+#include "support/childprocess.h"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <stdexcept>
+#include <system_error>
+#include <thread>
+
+ChildProcess::ChildProcess(const std::vector<std::string>& arguments, const std::string& outputFile,
+                           const std::vector<std::string>& environment) {
+    std::vector<char*> argv;
+    for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
+    argv.push_back(nullptr);
+    // Added entries come first: the first match wins where a name stands twice.
+    std::vector<char*> envp;
+    for (const std::string& entry : environment) envp.push_back(const_cast<char*>(entry.c_str()));
+    for (char** entry = environ; *entry; ++entry) envp.push_back(*entry);
+    envp.push_back(nullptr);
+
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, outputFile.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
+    posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
+    const int error = posix_spawnp(&Pid, argv[0], &actions, nullptr, argv.data(), envp.data());
+    posix_spawn_file_actions_destroy(&actions);
+    if (error != 0) throw std::system_error(error, std::generic_category(), arguments.front());
+}
+
+ChildProcess::~ChildProcess() {
+    if (!Running()) return;
+    Signal(SIGCONT);
+    Signal(SIGKILL);
+    Wait(std::chrono::seconds(10));
+}
+
+void ChildProcess::Signal(int signal) const {
+    if (!Status) kill(Pid, signal);
+}
+
+bool ChildProcess::Running() {
+    return !Wait(Milliseconds(0));
+}
+
+std::optional<int> ChildProcess::Wait(Milliseconds limit) {
+    WaitUntil(
+        [this] {
+            int raw = 0;
+            if (!Status && waitpid(Pid, &raw, WNOHANG) == Pid)
+                Status = WIFEXITED(raw) ? WEXITSTATUS(raw) : 128 + WTERMSIG(raw);
+            return Status.has_value();
+        },
+        limit);
+    return Status;
+}
+
+void SleepBriefly() {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+}
+
+TemporaryDirectory::TemporaryDirectory() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "zorvic-test-XXXXXX").string();
+    if (!mkdtemp(pattern.data())) throw std::system_error(errno, std::generic_category(), pattern);
+    Directory = pattern;
+}
+
+TemporaryDirectory::~TemporaryDirectory() {
+    std::error_code ignored;
+    std::filesystem::remove_all(Directory, ignored);
+}

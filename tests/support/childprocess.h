@@ -1,0 +1,57 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// A program started by a test, ended with it. Its standard output and error go to one file.
+class ChildProcess {
+public:
+    using Milliseconds = std::chrono::milliseconds;
+
+    /// Starts arguments[0] with the rest; `environment` holds "NAME=value" entries added to the test's own.
+    explicit ChildProcess(const std::vector<std::string>& arguments, const std::string& outputFile = "/dev/null",
+                          const std::vector<std::string>& environment = {});
+    /// Kills the program when it still runs.
+    ~ChildProcess();
+    ChildProcess(const ChildProcess&) = delete;
+    ChildProcess& operator=(const ChildProcess&) = delete;
+
+    void Signal(int signal) const;
+    bool Running();
+    /// Exit status, 128 + signal when a signal ended it, nothing when it still runs after the limit.
+    std::optional<int> Wait(Milliseconds limit);
+
+private:
+    pid_t Pid = -1;
+    std::optional<int> Status;
+};
+
+void SleepBriefly();
+
+/// Asks every 10 ms until the condition holds or the limit is over; returns whether it held.
+template <typename Condition>
+bool WaitUntil(Condition condition, std::chrono::milliseconds limit = std::chrono::seconds(20)) {
+    const auto end = std::chrono::steady_clock::now() + limit;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > end) return false;
+        SleepBriefly();
+    }
+    return true;
+}
+
+/// A directory below the system's temporary one, removed with everything in it.
+class TemporaryDirectory {
+public:
+    TemporaryDirectory();
+    ~TemporaryDirectory();
+    TemporaryDirectory(const TemporaryDirectory&) = delete;
+    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+    const std::string& Path() const { return Directory; }
+
+private:
+    std::string Directory;
+};
