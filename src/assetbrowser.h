@@ -1,0 +1,53 @@
+#pragma once
+
+#include "ui_assetbrowser.h"
+
+#include <zorvic/types.h>
+
+#include <QString>
+#include <QStringList>
+#include <QWidget>
+
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+/// Window that walks the folders of a unit's drives and lets the operator pick files, either to import them (and to
+/// watch the copy) or to choose an asset that the unit has already.
+///
+/// Every handler looks the unit's session up afresh and does nothing without one. Drives and folder are listed again
+/// every 2 s; what the operator has selected, scrolled to or is about to click stays.
+class AssetBrowser : public QWidget, public Ui::AssetBrowserUI {
+    Q_OBJECT
+
+public:
+    /// `guid` names the unit. In internal mode the browser starts in the unit's asset folder.
+    AssetBrowser(const std::string& guid, bool internalMode);
+
+    /// Full paths of the selected files, in the order of the list. Folders are left out.
+    QStringList GetSelectedPaths() const;
+
+public slots:
+    void OnCloseClicked();
+    void OnUpClicked();
+    void OnSelectClicked();
+    void OnFilterChanged(const QString& text);
+    void OnItemDoubleClicked(QListWidgetItem* item);
+    void RefreshAll();
+    void RefreshDrives();
+    void UpdateAssetsList();
+    /// Starts to copy the selected files into the unit's store.
+    void PerformImport();
+    /// Shows how far the files of the current import are, given the unit's newest asset list.
+    void UpdateIngestProgress(const std::vector<Zorvic::Asset>& assets);
+
+signals:
+    /// Full paths of the chosen files; empty when only folders were selected.
+    void ItemsChosen(QStringList paths);
+
+private:
+    /// File names and full paths of the files of the current import.
+    std::unordered_set<std::string> CurProgressAssets;
+    std::string GUID;
+    bool InternalMode;
+};
