@@ -10,7 +10,8 @@
 
 namespace Zorvic {
 
-/// Called on a thread of the library. It must return quickly and call nothing of the library.
+/// Called on a thread of the library, outside its locks. It must return quickly and call nothing of the library but
+/// SetStateEventCallback, which it may use on its own session.
 using StateEventCallback = void (*)(StateEventType type, void* user);
 
 /// One live connection to one unit.
@@ -94,8 +95,9 @@ public:
     StatusCode ShutdownZorvic();
 
     /// Registers fn for one kind of change, replacing an earlier registration; a null fn unregisters. When this returns,
-    /// the earlier callback is not running and never runs again. A registration is answered with one event of its type
-    /// at once, survives Reconnect, and gets one event after every new snapshot.
+    /// the earlier callback is not running and never runs again; so do not call it with a lock held that the callback
+    /// takes. (From within a callback it does not wait for that one itself.) A registration is answered with one event of
+    /// its type at once, survives Reconnect, and gets one event after every new snapshot. Works without a link, too.
     /// ZORVIC_STATUS_MISUSED for a type that is not between ZORVIC_STATE_INVALID and ZORVIC_STATE_MAX.
     StatusCode SetStateEventCallback(StateEventType type, StateEventCallback fn, void* user);
 

@@ -1,0 +1,108 @@
+#include "connection.h"
+
+#include "channel.h"
+#include "diagnostics.h"
+
+#include <exception>
+
+namespace Zorvic::Internal {
+
+Connection::CallInFlight::CallInFlight(Connection& connection, std::chrono::milliseconds limit)
+    : Owner(connection), Context(std::make_unique<grpc::ClientContext>()) {
+    Context->set_deadline(std::chrono::system_clock::now() + limit);
+    const std::lock_guard guard(Owner.Lock);
+    if (Owner.Phase == PhaseType::Up) {
+        Owner.InFlight.insert(Context.get());
+    } else {
+        Context->TryCancel();
+    }
+}
+
+Connection::CallInFlight::~CallInFlight() {
+    const std::lock_guard guard(Owner.Lock);
+    Owner.InFlight.erase(Context.get());
+}
+
+Connection::Connection(const std::string& host, const std::string& guid, std::chrono::milliseconds limit,
+                       EventThread& events)
+    : Host(host), Limit(limit), Events(events), Unit(guid) {
+    try {
+        Open();
+    } catch (const std::exception& error) {
+        GoDown(error.what());
+    }
+}
+
+// First the stream, which lets go of the thread; then the thread; the stream's memory and the channel go last.
+Connection::~Connection() {
+    if (Stream) Stream->Cancel();
+    if (Thread.joinable()) Thread.join();
+}
+
+void Connection::Open() {
+    Stub = Wire::Unit::NewStub(OpenChannel(Host, Limit));
+    Stream = std::make_unique<WatchStream>(*Stub);
+    Thread = std::thread([this] { Run(); });
+}
+
+void Connection::Run() {
+    NameThread("zorvic-link");
+    try {
+        FollowUnit();
+    } catch (const std::exception& error) {  // whatever the unit sent, it costs the link and nothing more
+        GoDown(error.what());
+    }
+}
+
+void Connection::FollowUnit() {
+    const auto end = Clock::now() + Limit;
+    const auto timeLeft = [end] { return std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()); };
+    Stream->Start(timeLeft());
+    while (true) {
+        // Silence is counted from the moment of listening: time spent on taking in a frame is not the unit's.
+        const unsigned changes = Unit.Apply(Stream->Read(Up() ? Silence : timeLeft()));
+        if (!Up() && Unit.Current()) ComeUp();
+        Events.Raise(changes);
+    }
+}
+
+void Connection::ComeUp() {
+    {
+        const std::lock_guard guard(Lock);
+        Phase = PhaseType::Up;
+    }
+    PhaseChanged.notify_all();
+}
+
+void Connection::GoDown(const std::string& reason) {
+    Note(Host, reason);
+    {
+        const std::lock_guard guard(Lock);
+        Phase = PhaseType::Down;
+        for (grpc::ClientContext* call : InFlight)
+            call->TryCancel();
+    }
+    PhaseChanged.notify_all();
+    Unit.Close();
+}
+
+void Connection::WaitWhileConnecting(std::chrono::milliseconds limit) const {
+    std::unique_lock lock(Lock);
+    PhaseChanged.wait_for(lock, limit, [this] { return !Connecting(); });
+}
+
+std::shared_ptr<const UnitState> Connection::State() const {
+    return Up() ? Unit.Current() : nullptr;
+}
+
+StatusCode Connection::Outcome(const grpc::Status& status) const {
+    return status.ok() || Up() ? ToStatusCode(status) : ZORVIC_STATUS_NETWORKERROR;
+}
+
+// The unit has carried the command out when this is called, so a mirror that is late alone does not make it a failure.
+StatusCode Connection::AwaitEffect(std::uint64_t revision, Clock::time_point deadline) const {
+    Unit.WaitForRevision(revision, deadline);
+    return Up() ? ZORVIC_STATUS_OK : ZORVIC_STATUS_NETWORKERROR;
+}
+
+}  // namespace Zorvic::Internal

@@ -1,0 +1,23 @@
+#include "diagnostics.h"
+
+#include <pthread.h>
+
+#include <cstdlib>
+#include <iostream>
+#include <sstream>
+
+namespace Zorvic::Internal {
+
+void Note(std::string_view subject, std::string_view text) {
+    static const bool Wanted = std::getenv("ZORVIC_LIBRARY_LOG") != nullptr;
+    if (!Wanted) return;
+    std::ostringstream line;
+    line << "libzorvic: " << subject << ": " << text << '\n';
+    std::cerr << line.str() << std::flush;
+}
+
+void NameThread(const char* name) {
+    pthread_setname_np(pthread_self(), name);
+}
+
+}  // namespace Zorvic::Internal

@@ -1,0 +1,65 @@
+#include "session_impl.h"
+
+namespace Zorvic {
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr milliseconds OpenLimit{2000};
+constexpr milliseconds ReconnectLimit{9000};
+constexpr milliseconds ReconnectWait{20};
+
+}  // namespace
+
+Session::Impl::Impl(const std::string& host) : Host(host), Target(host) {
+    Connect(OpenLimit, OpenLimit);
+}
+
+void Session::Impl::Connect(milliseconds limit, milliseconds wait) {
+    if (const auto known = Unit ? Unit->LastState() : nullptr) GUID = known->GUID;
+    Unit.reset();  // the earlier one must not raise events any more
+    Unit = std::make_unique<Internal::Connection>(Target, GUID, limit, Events);
+    Unit->WaitWhileConnecting(wait);
+}
+
+StatusCode Session::Impl::Reconnect(const std::string& host) {
+    const bool elsewhere = !host.empty() && host != Target;
+    if (Connected() && !elsewhere) return ZORVIC_STATUS_OK;
+    if (Unit->Connecting()) {
+        Unit->WaitWhileConnecting(ReconnectWait);
+    } else {
+        if (elsewhere) Target = host;
+        Connect(ReconnectLimit, ReconnectWait);
+    }
+    return Connected() ? ZORVIC_STATUS_OK : ZORVIC_STATUS_NETWORKERROR;
+}
+
+StatusCode Session::Impl::UpdatePreset(const Preset& preset) {
+    const auto state = State();
+    if (!state) return ZORVIC_STATUS_NETWORKERROR;
+    const auto request = Internal::DifferenceRequest(Edits.Find(preset.PK), preset);
+    if (request.fields().paths().empty()) {
+        return Settle(Internal::FindPreset(*state->Presets, preset.PK) ? ZORVIC_STATUS_OK : ZORVIC_STATUS_FAILED);
+    }
+    const StatusCode result = Command(&Internal::Wire::Unit::Stub::UpdatePreset, request);
+    if (result == ZORVIC_STATUS_OK) Edits.Sent(preset);
+    return result;
+}
+
+StatusCode Session::Impl::Power(Internal::Wire::PowerAction action) {
+    Internal::Wire::PowerRequest request;
+    request.set_action(action);
+    Internal::Wire::CommandReply reply;
+    // The unit may be gone before its next frame, so there is no effect to wait for.
+    return Settle(Ask(&Internal::Wire::Unit::Stub::Power, request, reply));
+}
+
+StatusCode Session::Impl::Settle(StatusCode result) {
+    using Internal::EventBit;
+    if (result != ZORVIC_STATUS_OK && Connected()) {
+        Events.Raise(EventBit(ZORVIC_STATE_PRESETS) | EventBit(ZORVIC_STATE_PRESETSTATES));
+    }
+    return result;
+}
+
+}  // namespace Zorvic

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "connection.h"
+#include "events.h"
+#include "preset_diff.h"
+#include "wire.h"
+
+#include <zorvic/session.h>
+
+#include <chrono>
+#include <memory>
+#include <string>
+
+namespace Zorvic {
+
+/// What a session is made of. Its members belong to the caller's thread; the parts that other threads reach lock
+/// themselves.
+struct Session::Impl {
+    explicit Impl(const std::string& host);
+
+    bool Connected() const { return Unit->Up(); }
+    StatusCode Reconnect(const std::string& host);
+    StatusCode UpdatePreset(const Preset& preset);
+    /// Null without a link.
+    std::shared_ptr<const Internal::UnitState> State() const { return Unit->State(); }
+
+    /// A command whose effect shows in the mirror when it returns.
+    template <class Request>
+    StatusCode Command(Internal::Connection::Method<Request, Internal::Wire::CommandReply> method,
+                       const Request& request);
+    /// A question to the unit, or a command without an effect to wait for.
+    template <class Request, class Reply>
+    StatusCode Ask(Internal::Connection::Method<Request, Reply> method, const Request& request, Reply& reply,
+                   std::chrono::milliseconds limit = Internal::Connection::CallLimit);
+    StatusCode Power(Internal::Wire::PowerAction action);
+    /// Passes the result of a command on. After a refusal the caller's display may show what it tried to do instead of
+    /// the unit's truth, so this session is told to look again.
+    StatusCode Settle(StatusCode result);
+
+    const std::string Host;  // as the session was opened
+    std::string Target;      // of the latest try
+    std::string GUID;        // of the first unit reached: the only one this session ever talks to
+    Internal::EditBase Edits;
+    Internal::EventThread Events;
+    std::unique_ptr<Internal::Connection> Unit;  // after Events: it stops first and so never raises into a dead thread
+
+private:
+    void Connect(std::chrono::milliseconds limit, std::chrono::milliseconds wait);
+};
+
+template <class Request, class Reply>
+StatusCode Session::Impl::Ask(Internal::Connection::Method<Request, Reply> method, const Request& request, Reply& reply,
+                              std::chrono::milliseconds limit) {
+    if (!Connected()) return ZORVIC_STATUS_NETWORKERROR;
+    if (!Internal::HasValidText(request)) return ZORVIC_STATUS_MISUSED;
+    return Unit->Outcome(Unit->Call(method, request, reply, limit));
+}
+
+template <class Request>
+StatusCode Session::Impl::Command(Internal::Connection::Method<Request, Internal::Wire::CommandReply> method,
+                                  const Request& request) {
+    const auto deadline = Internal::Connection::Clock::now() + Internal::Connection::CallLimit;
+    Internal::Wire::CommandReply reply;
+    StatusCode result = Ask(method, request, reply);
+    if (result == ZORVIC_STATUS_OK) result = Unit->AwaitEffect(reply.revision(), deadline);
+    return Settle(result);
+}
+
+}  // namespace Zorvic
