@@ -1,23 +1,319 @@
 #include "assetbrowser.h"
+
+#include "sessionmanager.h"
+#include "unitpath.h"
+
+#include <zorvic/session.h>
+
+#include <QAbstractItemView>
+#include <QElapsedTimer>
+#include <QKeyEvent>
+#include <QPointer>
+#include <QSet>
+#include <QShortcut>
+#include <QSignalBlocker>
+#include <QTimer>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <iostream>
+#include <utility>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr int FolderType = 1000;
+constexpr int FileType = 1001;
+constexpr auto RefreshPeriod = 2000ms;
+/// A listing that takes longer than this is felt as a hitch in whatever the operator does elsewhere.
+constexpr auto NoticeableDelay = 50ms;
+const QChar Separator = QLatin1Char('\\');
+
+int TypeOf(const Zorvic::ExternalAsset& entry) {
+    return entry.IsDirectory ? FolderType : FileType;
+}
+
+}  // namespace
+
 AssetBrowser::AssetBrowser(const std::string& guid, bool internalMode) : GUID(guid), InternalMode(internalMode) {
     setupUi(this);
+    setWindowIcon(QIcon(QStringLiteral(":icons/icon.png")));
+    PathUpButton->setIcon(QIcon(QStringLiteral(":/icons/up.png")));
     IngestProgressBar->hide();
+    // An open browser must not keep the program running when the main window is closed.
+    setAttribute(Qt::WA_QuitOnClose, false);
+    WireControls();
+    WireKeys();
     if (InternalMode) {
         PathChoice->setText(QStringLiteral("\\Assets"));
     }
+    StartRefreshing();
 }
+
+void AssetBrowser::WireControls() {
+    connect(CloseButton, &QPushButton::clicked, this, &AssetBrowser::OnCloseClicked);
+    connect(SelectButton, &QPushButton::clicked, this, &AssetBrowser::OnSelectClicked);
+    connect(PathUpButton, &QPushButton::clicked, this, &AssetBrowser::OnUpClicked);
+    connect(FilterBox, &QLineEdit::textChanged, this, &AssetBrowser::OnFilterChanged);
+    connect(AssetBrowserList, &QListWidget::itemDoubleClicked, this, &AssetBrowser::OnItemDoubleClicked);
+    connect(PathChoice, &QLineEdit::returnPressed, this, &AssetBrowser::UpdateAssetsList);
+    connect(DriveChoice, &QComboBox::currentTextChanged, this, &AssetBrowser::OnDriveChanged);
+}
+
+void AssetBrowser::WireKeys() {
+    auto* const selectKey = new QShortcut(QKeySequence(Qt::Key_Return), this);
+    // A key held down must not import the same files over and over.
+    selectKey->setAutoRepeat(false);
+    connect(selectKey, &QShortcut::activated, this, &AssetBrowser::OnSelectClicked);
+    auto* const closeKey = new QShortcut(QKeySequence(Qt::Key_Escape), this);
+    connect(closeKey, &QShortcut::activated, this, &AssetBrowser::OnCloseClicked);
+    PathChoice->installEventFilter(this);
+}
+
+void AssetBrowser::StartRefreshing() {
+    RefreshAll();
+    auto* const timer = new QTimer(this);
+    connect(timer, &QTimer::timeout, this, &AssetBrowser::OnRefreshDue);
+    timer->start(RefreshPeriod);
+}
+
+bool AssetBrowser::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == PathChoice && event->type() == QEvent::ShortcutOverride &&
+        static_cast<QKeyEvent*>(event)->key() == Qt::Key_Return) {
+        event->accept();
+        return true;
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+bool AssetBrowser::IsValidDrive(const std::string& /*mountpoint*/) {
+    return true;
+}
+
+std::unique_ptr<SessionHandle> AssetBrowser::FindSession() const {
+    return std::unique_ptr<SessionHandle>(SessionManager::GetInstance()->GetSessionByGUID(GUID));
+}
+
+/// A hidden browser is refreshed like a visible one, so that it opens up to date. Only a drive that answers slowly is
+/// left alone until somebody looks: one that hangs would otherwise hold up the whole console at every refresh.
+void AssetBrowser::OnRefreshDue() {
+    if (ListingSlow && !isVisible()) {
+        RefreshDrives();
+    } else {
+        RefreshAll();
+    }
+}
+
+void AssetBrowser::OnDriveChanged(const QString& drive) {
+    ChosenDrive = drive;
+    UpdateAssetsList();
+}
+
+void AssetBrowser::RefreshAll() {
+    const QPointer<AssetBrowser> self = this;
+    RefreshDrives();
+    if (self) UpdateAssetsList();
+}
+
+void AssetBrowser::RefreshDrives() {
+    const auto handle = FindSession();
+    if (!handle) return;
+    const QPointer<AssetBrowser> self = this;
+    std::vector<Zorvic::Drive> drives;
+    const bool known = handle->GetSession()->GetDisks(drives) == Zorvic::ZORVIC_STATUS_OK;
+    if (!self) return;
+    QStringList mountpoints;
+    if (known) {
+        for (const auto& drive : drives) {
+            if (IsValidDrive(drive.Mountpoint)) mountpoints += QString::fromStdString(drive.Mountpoint);
+        }
+    }
+    ShowDrives(mountpoints);
+}
+
+void AssetBrowser::ShowDrives(const QStringList& mountpoints) {
+    QStringList shown;
+    for (int i = 0; i < DriveChoice->count(); ++i) {
+        shown += DriveChoice->itemText(i);
+    }
+    // An open choice is not pulled away under the mouse; the next refresh comes soon.
+    if (mountpoints == shown || DriveChoice->view()->isVisible()) return;
+    // No listing of whatever drive is current while the box is filled.
+    const QSignalBlocker blocker(DriveChoice);
+    DriveChoice->clear();
+    DriveChoice->addItems(mountpoints);
+    if (ChosenDrive.isEmpty()) ChosenDrive = DriveChoice->itemText(0);
+    // No other drive steps in for one that is gone: the same path on it is another folder.
+    DriveChoice->setCurrentIndex(DriveChoice->findText(ChosenDrive));
+    DriveChoice->setPlaceholderText(ChosenDrive.isEmpty() ? QString() : tr("%1 (missing)").arg(ChosenDrive));
+}
+
+void AssetBrowser::UpdateAssetsList() {
+    const auto handle = FindSession();
+    if (!handle) return;
+    const QPointer<AssetBrowser> self = this;
+    const QString drive = DriveChoice->currentText();
+    const QString path = PathChoice->text();
+    std::vector<Zorvic::ExternalAsset> entries;
+    QElapsedTimer waited;
+    waited.start();
+    const auto status = handle->GetSession()->GetDiskAssets(entries, drive.toStdString(), path.toStdString());
+    if (!self) return;
+    ListingSlow = waited.hasExpired(NoticeableDelay.count());
+    ListingFailed = status != Zorvic::ZORVIC_STATUS_OK;
+    if (ListingFailed) return;
+    const bool sameFolder = drive == ListedDrive && path == ListedPath;
+    ListedDrive = drive;
+    ListedPath = path;
+    ShowEntries(entries, sameFolder);
+}
+
+void AssetBrowser::ShowEntries(const std::vector<Zorvic::ExternalAsset>& entries, bool sameFolder) {
+    QSet<QString> selected;
+    for (const auto* item : AssetBrowserList->selectedItems()) {
+        selected += item->text();
+    }
+    if (!sameFolder) AssetBrowserList->clear();
+    MergeEntries(entries);
+    for (int row = 0; row < AssetBrowserList->count(); ++row) {
+        auto* const item = AssetBrowserList->item(row);
+        if (selected.contains(item->text()) && !item->isSelected()) item->setSelected(true);
+        ApplyFilter(row, FilterBox->text());
+    }
+}
+
+void AssetBrowser::MergeEntries(const std::vector<Zorvic::ExternalAsset>& entries) {
+    QSet<QPair<QString, int>> present;
+    for (const auto& entry : entries) {
+        present += {QString::fromStdString(entry.Filename), TypeOf(entry)};
+    }
+    for (int row = AssetBrowserList->count() - 1; row >= 0; --row) {
+        const auto* const item = AssetBrowserList->item(row);
+        if (!present.contains({item->text(), item->type()})) delete AssetBrowserList->takeItem(row);
+    }
+    const QIcon folderIcon(QStringLiteral(":icons/folder.png"));
+    int row = 0;
+    for (const auto& entry : entries) {
+        const QString name = QString::fromStdString(entry.Filename);
+        const auto* const item = AssetBrowserList->item(row);
+        if (!item || item->text() != name || item->type() != TypeOf(entry)) {
+            auto* const added = new QListWidgetItem(name, nullptr, TypeOf(entry));
+            if (entry.IsDirectory) added->setIcon(folderIcon);
+            AssetBrowserList->insertItem(row, added);
+        }
+        ++row;
+    }
+    while (AssetBrowserList->count() > row) {
+        delete AssetBrowserList->takeItem(row);
+    }
+}
+
+bool AssetBrowser::ApplyFilter(int row, const QString& filter) {
+    const bool matches = AssetBrowserList->item(row)->text().contains(filter, Qt::CaseInsensitive);
+    // Each change lays the list out anew.
+    if (AssetBrowserList->isRowHidden(row) == matches) AssetBrowserList->setRowHidden(row, !matches);
+    return matches;
+}
+
+void AssetBrowser::OnFilterChanged(const QString& text) {
+    for (int row = 0; row < AssetBrowserList->count(); ++row) {
+        const bool matches = ApplyFilter(row, text);
+        std::cout << "Item " << AssetBrowserList->item(row)->text().toStdString() << (matches ? "true" : "false")
+                  << '\n';
+    }
+    std::cout << std::flush;
+}
+
+void AssetBrowser::OnUpClicked() {
+    const QString path = PathChoice->text();
+    const auto separator = path.lastIndexOf(Separator);
+    if (separator < 0) return;
+    PathChoice->setText(path.left(separator));
+    UpdateAssetsList();
+}
+
+void AssetBrowser::OnItemDoubleClicked(QListWidgetItem* item) {
+    if (item->type() == FileType) {
+        OnSelectClicked();
+    } else if (item->type() == FolderType) {
+        // While a folder is slow to open, the one before it is still on show: do not append its entries twice.
+        if (ListShowsChosenFolder()) PathChoice->setText(PathChoice->text() + Separator + item->text());
+        UpdateAssetsList();
+    }
+}
+
+bool AssetBrowser::ListShowsChosenFolder() const {
+    return !ListingFailed || (ListedDrive == DriveChoice->currentText() && ListedPath == PathChoice->text());
+}
+
+QStringList AssetBrowser::GetSelectedFiles() const {
+    QStringList names;
+    // The entries of another folder than drive and path name would make paths of files that nobody picked.
+    for (int row = 0; ListShowsChosenFolder() && row < AssetBrowserList->count(); ++row) {
+        const auto* const item = AssetBrowserList->item(row);
+        if (item->type() == FileType && item->isSelected()) names += item->text();
+    }
+    return names;
+}
+
+QString AssetBrowser::FullPath(const QString& fileName) const {
+    return DriveChoice->currentText() + QLatin1Char(':') + PathChoice->text() + Separator + fileName;
+}
+
 QStringList AssetBrowser::GetSelectedPaths() const {
-    return {};
+    QStringList paths = GetSelectedFiles();
+    std::ranges::transform(paths, paths.begin(), [this](const QString& name) { return FullPath(name); });
+    return paths;
 }
+
+void AssetBrowser::OnSelectClicked() {
+    for (const auto& name : GetSelectedFiles()) {
+        CurProgressAssets.insert(name.toStdString());
+    }
+    emit ItemsChosen(GetSelectedPaths());
+}
+
+void AssetBrowser::PerformImport() {
+    const auto handle = FindSession();
+    if (!handle) return;
+    const QPointer<AssetBrowser> self = this;
+    CurProgressAssets.clear();
+    const QStringList paths = GetSelectedPaths();
+    for (const auto& selected : paths) {
+        const std::string path = selected.toStdString();
+        CurProgressAssets.insert(StripPathFromFilename(path));
+        CurProgressAssets.insert(path);
+        std::cout << "Ingesting asset at \"" << path << "\"." << std::endl;
+        if (handle->GetSession()->InstallAsset(path) != Zorvic::ZORVIC_STATUS_OK) {
+            std::cerr << "Error ingesting asset " << path << std::endl;
+        }
+        if (!self) return;
+    }
+}
+
+void AssetBrowser::UpdateIngestProgress(const std::vector<Zorvic::Asset>& assets) {
+    constexpr int Nothing = -1;
+    constexpr int Complete = 100;
+    std::int64_t total = 0;
+    std::int64_t current = 0;
+    for (const auto& asset : assets) {
+        if (!CurProgressAssets.contains(StripPathFromFilename(asset.FullPath))) continue;
+        total += asset.TotalSize;
+        current += asset.CurrentSize;
+    }
+    int percentage = Nothing;
+    if (total != 0) {
+        const long double share = static_cast<long double>(current) / static_cast<long double>(total) * Complete;
+        percentage = static_cast<int>(std::clamp<long double>(share, 0, Complete));
+    }
+    IngestProgressBar->setValue(std::max(percentage, 0));
+    const bool over = percentage == Nothing || percentage == Complete;
+    if (over) CurProgressAssets.clear();
+    IngestProgressBar->setVisible(!over);
+}
+
 void AssetBrowser::OnCloseClicked() {
     hide();
 }
-void AssetBrowser::OnUpClicked() {}
-void AssetBrowser::OnSelectClicked() {}
-void AssetBrowser::OnFilterChanged(const QString&) {}
-void AssetBrowser::OnItemDoubleClicked(QListWidgetItem*) {}
-void AssetBrowser::RefreshAll() {}
-void AssetBrowser::RefreshDrives() {}
-void AssetBrowser::UpdateAssetsList() {}
-void AssetBrowser::PerformImport() {}
-void AssetBrowser::UpdateIngestProgress(const std::vector<Zorvic::Asset>&) {}

@@ -8,9 +8,12 @@
 #include <QStringList>
 #include <QWidget>
 
+#include <memory>
 #include <string>
 #include <unordered_set>
 #include <vector>
+
+class SessionHandle;
 
 /// Window that walks the folders of a unit's drives and lets the operator pick files, either to import them (and to
 /// watch the copy) or to choose an asset that the unit has already.
@@ -45,9 +48,42 @@ signals:
     /// Full paths of the chosen files; empty when only folders were selected.
     void ItemsChosen(QStringList paths);
 
+protected:
+    /// Return in the path field belongs to the field, not to the window's shortcut.
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
+    void WireControls();
+    void WireKeys();
+    void StartRefreshing();
+    void OnRefreshDue();
+    void OnDriveChanged(const QString& drive);
+
+    /// Which drives are offered: all of them. The place to leave some out.
+    static bool IsValidDrive(const std::string& mountpoint);
+    std::unique_ptr<SessionHandle> FindSession() const;
+    void ShowDrives(const QStringList& mountpoints);
+    void ShowEntries(const std::vector<Zorvic::ExternalAsset>& entries, bool sameFolder);
+    /// Brings the list in line with the entries and keeps the items of those that were listed before.
+    void MergeEntries(const std::vector<Zorvic::ExternalAsset>& entries);
+    /// Hides the row unless its text contains the filter text; true when it does.
+    bool ApplyFilter(int row, const QString& filter);
+    /// False when the folder that drive and path name could not be listed, so that the list shows an earlier one.
+    bool ListShowsChosenFolder() const;
+    /// Names of the selected files, in the order of the list.
+    QStringList GetSelectedFiles() const;
+    QString FullPath(const QString& fileName) const;
+
     /// File names and full paths of the files of the current import.
     std::unordered_set<std::string> CurProgressAssets;
     std::string GUID;
     bool InternalMode;
+    /// Survives the drive's absence, so that it is in use again when it comes back.
+    QString ChosenDrive;
+    // Where the entries in the list are from.
+    QString ListedDrive;
+    QString ListedPath;
+    bool ListingFailed = false;
+    /// The last listing held up the window noticeably.
+    bool ListingSlow = false;
 };
