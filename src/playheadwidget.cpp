@@ -1,6 +1,7 @@
 #include "playheadwidget.h"
 
 #include "clocktext.h"
+#include "style.h"
 
 #include <QGuiApplication>
 #include <QKeyEvent>
@@ -9,7 +10,6 @@
 #include <QPainter>
 #include <QPixmap>
 #include <QPointer>
-#include <QStyle>
 
 #include <algorithm>
 #include <iostream>
@@ -208,10 +208,8 @@ void PlayHeadWidget::DrawGrabbers() {
 void PlayHeadWidget::DrawHoverTimeCode() {
     if (HoverXCoord < 0) return;
     const QRect bar = BuildBarDimensions();
-    QFont labelFont(QFont().defaultFamily(), 7);
-    labelFont.setStyleStrategy(QFont::PreferAntialias);
     QPainter painter(this);
-    painter.setFont(labelFont);
+    painter.setFont(SizeDefaultFont(7));
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setBackgroundMode(Qt::OpaqueMode);
     painter.setPen(HoverBoxColor);
