@@ -1,0 +1,310 @@
+#include "presetbuilder.h"
+
+#include "assetbrowser.h"
+#include "log.h"
+#include "metadata_cache.h"
+#include "playerpanelwidget.h"
+#include "sessionmanager.h"
+#include "simulator.h"
+
+#include <zorvic/layout.h>
+#include <zorvic/session.h>
+#include <zorvic/tables.h>
+
+#include <QHideEvent>
+#include <QIcon>
+#include <QScreen>
+#include <QScrollBar>
+#include <QShortcut>
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <utility>
+
+namespace {
+
+constexpr std::size_t DefaultVolumeChannels = 16;
+constexpr int MaxLinkDigits = 255;
+
+QString LinkText(const Zorvic::Preset& preset) {
+    return QString::number(preset.PK) + QStringLiteral(" - ") + QString::fromStdString(preset.Name);
+}
+
+/// The number that a link's text starts with; 0 when it starts with none.
+int LeadingNumber(const QString& text) {
+    const auto* const end = std::find_if_not(text.begin(), text.begin() + std::min(text.size(), MaxLinkDigits),
+                                             [](QChar c) { return c >= QLatin1Char('0') && c <= QLatin1Char('9'); });
+    return text.left(static_cast<int>(end - text.begin())).toInt();
+}
+
+/// An empty canvas for each output that no canvas covers.
+void AddFreeOutputs(Zorvic::Preset& preset, const Zorvic::KonaHardwareState& hardware) {
+    std::size_t outputs = 0;
+    for (const Zorvic::CanvasInfo& canvas : preset.Canvases)
+        outputs += canvas.CanvasCfg.NumOutputs;
+    for (; outputs < hardware.Resolutions.size(); ++outputs) {
+        const auto size = ResolutionSizeMap.find(hardware.Resolutions.at(outputs));
+        Zorvic::CanvasInfo canvas;
+        canvas.CanvasCfg.Orientation = Zorvic::CanvasOrientation(Zorvic::CanvasOrientationEnum::Single, nullptr);
+        canvas.CanvasCfg.NumOutputs = 1;
+        canvas.CanvasCfg.Dimensions = size != ResolutionSizeMap.end() ? size->second : Zorvic::Size2D{1920, 1080};
+        canvas.SinkTypes = Zorvic::ZORVIC_SINK_KONA;
+        canvas.Index = static_cast<std::uint32_t>(preset.Canvases.size());
+        preset.Canvases.push_back(std::move(canvas));
+    }
+}
+
+void DropEmptyCanvases(Zorvic::Preset& preset) {
+    std::erase_if(preset.Canvases, [](const Zorvic::CanvasInfo& canvas) { return canvas.Assets.empty(); });
+    for (std::size_t i = 0; i < preset.Canvases.size(); ++i)
+        preset.Canvases[i].Index = static_cast<std::uint32_t>(i);
+}
+
+}  // namespace
+
+PresetBuilder::PresetBuilder(const std::string& guid, MetadataCache& cache)
+    : GUID(guid),
+      CurPreset(std::make_unique<Zorvic::Preset>()),
+      BrowserDialog(std::make_unique<AssetBrowser>(guid, true)),
+      SimWidget(new Simulator::SimulatorWidget(this, cache, false)),
+      MDCache(cache) {
+    setupUi(this);
+    setWindowIcon(QIcon(QStringLiteral(":icons/icon.png")));
+    SetUpShortcuts();
+    WireButtons();
+    WirePlaybackFields();
+    SimulatorGrid->addWidget(SimWidget, 0, 0);
+    connect(SimWidget, &Simulator::SimulatorWidget::SizingChanged, this, &PresetBuilder::RedrawPlayerPanels);
+    UpdateCachedPresets({});
+    RedrawFromPreset();
+    Update();
+}
+
+PresetBuilder::~PresetBuilder() = default;
+
+void PresetBuilder::SetUpShortcuts() {
+    // Without repetition: a key still held down from the asset browser must not save or close what lies below it.
+    auto* const save = new QShortcut(Qt::Key_Return, this);
+    save->setAutoRepeat(false);
+    connect(save, &QShortcut::activated, this, &PresetBuilder::Save);
+    auto* const close = new QShortcut(Qt::Key_Escape, this);
+    close->setAutoRepeat(false);
+    connect(close, &QShortcut::activated, this, &PresetBuilder::Close);
+}
+
+void PresetBuilder::WireButtons() {
+    connect(CloseButton, &QPushButton::clicked, this, &PresetBuilder::Close);
+    connect(CreateButton, &QPushButton::clicked, this, &PresetBuilder::Save);
+    connect(PresetNameBox, &QLineEdit::textChanged, CreateButton,
+            [this](const QString& name) { CreateButton->setEnabled(!name.isEmpty()); });
+}
+
+void PresetBuilder::WirePlaybackFields() {
+    connect(FadeCheck, &QCheckBox::stateChanged, this, &PresetBuilder::OnFadeChanged);
+    connect(FreezeCheck, &QCheckBox::stateChanged, this, &PresetBuilder::OnFreezeChanged);
+    connect(LoopForeverCheck, &QCheckBox::stateChanged, this, &PresetBuilder::OnLoopForeverChanged);
+}
+
+void PresetBuilder::OnFadeChanged() {
+    FadeSpin->setEnabled(FadeCheck->isChecked());
+    if (!FadeCheck->isChecked()) FadeSpin->setValue(0);
+}
+
+void PresetBuilder::OnFreezeChanged() {
+    const bool freeze = FreezeCheck->isChecked();
+    LoopForeverCheck->setEnabled(!freeze);
+    if (freeze) {
+        LoopForeverCheck->setChecked(false);
+        LoopSpin->setValue(0);
+    }
+    LoopSpin->setEnabled(!LoopForeverCheck->isChecked() && !freeze);
+}
+
+void PresetBuilder::OnLoopForeverChanged() {
+    LoopSpin->setEnabled(!LoopForeverCheck->isChecked());
+    if (LoopForeverCheck->isChecked()) LoopSpin->setValue(0);
+}
+
+void PresetBuilder::Save() {
+    hide();
+    emit CreateClicked();
+}
+
+void PresetBuilder::Close() {
+    hide();
+    emit CloseClicked();
+}
+
+void PresetBuilder::hideEvent(QHideEvent* event) {
+    // A minimised window stays in use; one that is put away leaves no browser behind that chooses for nobody.
+    if (!event->spontaneous()) EndChoosing();
+    QWidget::hideEvent(event);
+}
+
+void PresetBuilder::UpdateCachedPresets(std::vector<Zorvic::Preset>&& presets) {
+    QStringList texts{tr("None")};
+    for (const Zorvic::Preset& preset : presets)
+        texts.append(LinkText(preset));
+    CachedPresets = std::move(presets);
+
+    QStringList shown;
+    for (int i = 0; i < LinkSelect->count(); ++i)
+        shown.append(LinkSelect->itemText(i));
+    // The unit reports its presets many times a second: a list without a change stays open under the operator's hand.
+    if (shown == texts) return;
+    const int chosen = LeadingNumber(LinkSelect->currentText());
+    LinkSelect->hidePopup();
+    LinkSelect->clear();
+    LinkSelect->addItems(texts);
+    ChooseLink(chosen);
+}
+
+void PresetBuilder::ChooseLink(int pk) {
+    const auto preset = std::find_if(CachedPresets.begin(), CachedPresets.end(),
+                                     [pk](const Zorvic::Preset& candidate) { return candidate.PK == pk; });
+    if (pk > 0 && preset != CachedPresets.end()) LinkSelect->setCurrentText(LinkText(*preset));
+}
+
+void PresetBuilder::SetPreset(const Zorvic::Preset& preset) {
+    Zorvic::KonaHardwareState hardware;
+    {
+        const auto* const registry = SessionManager::GetInstance();
+        const std::unique_ptr<SessionHandle> handle(registry ? registry->GetSessionByGUID(GUID) : nullptr);
+        if (!handle) return;
+        if (!handle->GetSession()) {
+            ZORVIC_LOG_ERROR << "Unable to obtain session!";
+            return;
+        }
+        if (handle->GetSession()->GetKonaHardwareState(hardware) != Zorvic::ZORVIC_STATUS_OK) {
+            ZORVIC_LOG_ERROR << "Failed to obtain Kona hardware state!";
+            hardware = {};
+        }
+    }
+    EndChoosing();
+    auto loaded = std::make_unique<Zorvic::Preset>(preset);
+    AddFreeOutputs(*loaded, hardware);
+    // The panes point into the old preset until the simulator has the new one.
+    const auto old = std::exchange(CurPreset, std::move(loaded));
+    LinkSelect->setCurrentIndex(0);  // no preset takes over the link of the one edited before
+    RedrawFromPreset();
+    SimWidget->SetPreset(CurPreset.get(), nullptr, false);
+    FitSimulator();
+}
+
+void PresetBuilder::Update() {
+    const std::unique_ptr<Zorvic::Preset> compiled(CompilePreset());
+    SetPreset(*compiled);
+}
+
+void PresetBuilder::RedrawFromPreset() {
+    const Zorvic::Preset& preset = *CurPreset;
+    RedrawPlayerPanels();
+    PresetNameBox->setText(QString::fromStdString(preset.Name));
+    NotesBox->setText(QString::fromStdString(preset.Notes));
+    ChooseLink(preset.Link);
+    const bool freeze = FreezeCheck->isChecked();
+    LoopForeverCheck->setChecked(preset.Loop == -1 && !freeze);
+    LoopForeverCheck->setEnabled(!freeze);
+    LoopSpin->setValue(preset.Loop);
+    LoopSpin->setEnabled(!LoopForeverCheck->isChecked() && !freeze);
+    FadeCheck->setChecked(preset.FadeOutMS != 0);
+    FadeSpin->setEnabled(FadeCheck->isChecked());
+    FadeSpin->setValue(preset.FadeOutMS);
+    FreezeCheck->setChecked(preset.FreezeAtEnd);
+    CreateButton->setEnabled(!PresetNameBox->text().isEmpty());
+}
+
+void PresetBuilder::RedrawKeepingForm() {
+    StoreForm(*CurPreset);
+    // The link stays a choice of the form: "None" means the link that the preset was loaded with.
+    const int link = LinkSelect->currentIndex();
+    RedrawFromPreset();
+    LinkSelect->setCurrentIndex(link);
+}
+
+void PresetBuilder::RedrawPlayerPanels() {
+    Panels.clear();
+    for (std::size_t i = 0; i < CurPreset->Canvases.size(); ++i)
+        AddPlayerPanels(static_cast<std::uint32_t>(i), CurPreset->Canvases[i]);
+}
+
+void PresetBuilder::AddPlayerPanels(std::uint32_t canvasIndex, Zorvic::CanvasInfo& canvas) {
+    const std::unique_ptr<std::array<std::uint32_t, 2>> range(CurPreset->GetPlayerRangeForCanvas(canvasIndex));
+    if (!range) return;
+    const auto [first, last] = *range;
+    for (std::uint32_t output = first; output <= last; ++output) {
+        auto panel = std::make_unique<PlayerPanelWidget>(static_cast<Zorvic::Player>(1U << (output - 1)), &MDCache,
+                                                         output == first ? &canvas : nullptr);
+        const int position = std::min(static_cast<int>(output), PlayerPanelsLayout->count());
+        PlayerPanelsLayout->insertWidget(position, panel.get(), output == last ? 1 : 0, Qt::AlignLeft);
+        panel->show();  // at once: the layout would do it after the next frame
+        Panels.push_back(std::move(panel));
+    }
+}
+
+void PresetBuilder::FitSimulator() {
+    const QSize wanted = SimWidget->sizeHint();
+    const int scrollBar = SimulatorScroll->horizontalScrollBar()->sizeHint().height();
+    const int most = screen()->availableGeometry().width() * 3 / 4;
+    SimulatorScroll->setMinimumSize(std::min(wanted.width(), most),
+                                    wanted.height() + (wanted.width() > most ? scrollBar : 0));
+}
+
+void PresetBuilder::OnPaneClicked(Simulator::SimulatorPaneWidget* pane) {
+    Zorvic::CanvasInfo* const canvas = pane->GetCfg().Canvas;
+    if (!canvas) return;
+    if (canvas->Assets.size() == 1) {
+        canvas->Assets.clear();
+        pane->LoadButtonStates({});
+        pane->SetConfig(pane->GetCfg());
+        RedrawKeepingForm();
+        return;
+    }
+    disconnect(BrowserDialog.get(), &AssetBrowser::ItemsChosen, nullptr, nullptr);
+    connect(BrowserDialog.get(), &AssetBrowser::ItemsChosen, pane,
+            [this, pane](const QStringList& paths) { OnAssetsChosen(pane, paths); });
+    BrowserDialog->show();
+    BrowserDialog->raise();
+    BrowserDialog->activateWindow();
+}
+
+void PresetBuilder::OnAssetsChosen(Simulator::SimulatorPaneWidget* pane, const QStringList& paths) {
+    Zorvic::CanvasInfo* const canvas = pane->GetCfg().Canvas;
+    if (paths.isEmpty() || !canvas) return;
+    canvas->Assets.clear();
+    const std::string path = paths.front().toStdString();
+    const std::unique_ptr<Zorvic::AssetMetadata> metadata(MDCache.LookupAsset(path));
+    if (!metadata) {
+        ZORVIC_LOG_ERROR << "Unable to get asset metadata for asset " << path;
+        return;
+    }
+    Zorvic::AttachAssetToCanvas(Zorvic::ZORVIC_ECALIGN_SCALED_CENTERED, path, metadata->Resolution, *canvas);
+    pane->SetConfig(pane->GetCfg());
+    BrowserDialog->hide();
+    RedrawKeepingForm();
+}
+
+void PresetBuilder::EndChoosing() {
+    disconnect(BrowserDialog.get(), &AssetBrowser::ItemsChosen, nullptr, nullptr);
+    BrowserDialog->hide();
+}
+
+void PresetBuilder::StoreForm(Zorvic::Preset& preset) const {
+    preset.Name = PresetNameBox->text().toStdString();
+    preset.Notes = NotesBox->text().toStdString();
+    preset.Loop = LoopForeverCheck->isChecked() ? -1 : LoopSpin->value();
+    preset.FadeOutMS = FadeCheck->isChecked() ? FadeSpin->value() : 0;
+    preset.FreezeAtEnd = FreezeCheck->isChecked();
+    if (preset.FreezeAtEnd) preset.Loop = 0;
+}
+
+Zorvic::Preset* PresetBuilder::CompilePreset() {
+    auto preset = std::make_unique<Zorvic::Preset>(*CurPreset);
+    StoreForm(*preset);
+    if (LinkSelect->currentIndex() != 0) preset->Link = LeadingNumber(LinkSelect->currentText());
+    DropEmptyCanvases(*preset);
+    if (preset->TabDisplayOrder.empty()) preset->TabDisplayOrder.emplace(0, Zorvic::TabOrdering(0, 0));
+    if (preset->Volume.empty()) preset->Volume.assign(DefaultVolumeChannels, std::numeric_limits<std::uint16_t>::max());
+    return preset.release();
+}

@@ -1,0 +1,225 @@
+#include "simulatorpane.h"
+
+#include "log.h"
+#include "metadata_cache.h"
+
+#include <QEvent>
+#include <QMouseEvent>
+#include <QSignalBlocker>
+
+#include <array>
+#include <memory>
+#include <utility>
+
+namespace Simulator {
+
+const char* const PLAYERLABELTEXT = QT_TRANSLATE_NOOP("Simulator", "Player ");
+
+SimulatorPaneWidget::SimulatorPaneWidget(const SimulatorPaneConfig& cfg, MetadataCache& cache)
+    : CurCfg(cfg), MDCache(cache) {
+    setupUi(this);
+    // The controls take the presses that their disabled buttons let through: those are not clicks on the pane.
+    ControlsWidget->setAttribute(Qt::WA_NoMousePropagation);
+    SizingBox->installEventFilter(this);
+    WireControls();
+    SetConfig(cfg);
+}
+
+SimulatorPaneWidget::~SimulatorPaneWidget() = default;
+
+void SimulatorPaneWidget::WireControls() {
+    for (QPushButton* const button : {TopArrow, BottomArrow, LeftArrow, RightArrow, ResetButton}) {
+        connect(button, &QPushButton::clicked, this, [this, button] { OnArrowClicked(button); });
+        // A click must not take the keyboard from the list that the operator works in: the arrow goes disabled at
+        // once, and the focus would wander on to the next control.
+        button->setFocusPolicy(Qt::TabFocus);
+    }
+    connect(SizingBox, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
+            &SimulatorPaneWidget::OnSizingModeChanged);
+    connect(ClearButton, &QPushButton::clicked, this, &SimulatorPaneWidget::OnClearClicked);
+}
+
+void SimulatorPaneWidget::SetConfig(const SimulatorPaneConfig& cfg) {
+    Show(cfg, std::nullopt);
+}
+
+void SimulatorPaneWidget::Refresh(const SimulatorPaneConfig& cfg) {
+    Show(cfg, SimButtonStates{});
+}
+
+void SimulatorPaneWidget::Show(const SimulatorPaneConfig& cfg, const std::optional<SimButtonStates>& otherwise) {
+    CurCfg = cfg;
+    ShowTexts();
+    PaneWidget->setFixedSize(CurCfg.ScaledSize.Width, CurCfg.ScaledSize.Height);
+    SimLabelsWidget->setFixedWidth(CurCfg.ScaledSize.Width);
+    const auto inferred = InferButtonStates();
+    if (const auto& states = inferred ? inferred : otherwise) LoadButtonStates(*states);
+    ClearButton->setVisible(!CurCfg.ReadOnly);
+    if (CurCfg.CurPresetState) ShowPlayState(CurCfg.CurPresetState->IsPlaying);
+}
+
+void SimulatorPaneWidget::ShowTexts() {
+    const Zorvic::Size2D size = CurCfg.Canvas ? CurCfg.Canvas->CanvasCfg.Dimensions : Zorvic::Size2D{};
+    ResLabel->setText(QString::number(size.Width) + QLatin1Char('x') + QString::number(size.Height));
+
+    const std::unique_ptr<std::array<std::uint32_t, 2>> range(Zorvic::GetPlayerRange(CurCfg.Players));
+    if (!range) {
+        OutputsLabel->clear();
+    } else if ((*range)[0] == (*range)[1]) {
+        OutputsLabel->setText(tr("Output %1").arg((*range)[0]));
+    } else {
+        OutputsLabel->setText(tr("Outputs %1-%2").arg((*range)[0]).arg((*range)[1]));
+    }
+
+    if (CurCfg.HasAsset()) {
+        const QString path = QString::fromStdString(CurCfg.Canvas->Assets.front().FullPath);
+        PaneLabel->setTextFormat(Qt::PlainText);
+        PaneLabel->setText(path);
+        setToolTip(path);
+    } else {
+        PaneLabel->setTextFormat(Qt::RichText);
+        PaneLabel->setText(QStringLiteral("<b><font color=\"red\">%1</font></b>").arg(tr("No asset")));
+        setToolTip(tr("No asset"));
+    }
+}
+
+void SimulatorPaneWidget::ShowPlayState(bool playing) {
+    if (playing) SizingBox->hidePopup();  // an open list would still take a choice
+    SizingBox->setEnabled(!playing);
+    SizingBox->setToolTip(playing ? tr("Scale mode cannot be changed while the preset is running.")
+                                  : tr("Click to change scale mode"));
+}
+
+void SimulatorPaneWidget::Detach() {
+    SizingBox->hidePopup();
+    CurCfg.Canvas = nullptr;
+    CurCfg.CurPreset = nullptr;
+    CurCfg.CurPresetState = nullptr;
+}
+
+SimButtonStates SimulatorPaneWidget::GetButtonStates() const {
+    const auto pressed = [this](const QPushButton* arrow) { return !arrow->isEnabledTo(this); };
+    return {.SizerBox = static_cast<std::uint32_t>(SizingBox->currentIndex()),
+            .Up = pressed(TopArrow),
+            .Down = pressed(BottomArrow),
+            .Left = pressed(LeftArrow),
+            .Right = pressed(RightArrow)};
+}
+
+void SimulatorPaneWidget::LoadButtonStates(const SimButtonStates& states) {
+    const QSignalBlocker silence(SizingBox);
+    SizingBox->setCurrentIndex(static_cast<int>(states.SizerBox));
+    TopArrow->setEnabled(!states.Up);
+    BottomArrow->setEnabled(!states.Down);
+    LeftArrow->setEnabled(!states.Left);
+    RightArrow->setEnabled(!states.Right);
+}
+
+void SimulatorPaneWidget::LoadButtonStatesFromPreset() {
+    if (const auto states = InferButtonStates()) LoadButtonStates(*states);
+}
+
+std::optional<SimButtonStates> SimulatorPaneWidget::InferButtonStates() {
+    if (!CurCfg.HasAsset()) return std::nullopt;
+    const Zorvic::CanvasInfo& canvas = *CurCfg.Canvas;
+    const Zorvic::PinnedAsset& asset = canvas.Assets.front();
+    const Zorvic::Size2D& canvasSize = canvas.CanvasCfg.Dimensions;
+    if (Known && Known->Path == asset.FullPath && Known->Coords == asset.PinnedCoords &&
+        Known->CanvasSize == canvasSize)
+        return Known->States;
+
+    Known.reset();
+    const std::unique_ptr<Zorvic::AssetMetadata> metadata(MDCache.LookupAsset(asset.FullPath));
+    if (!metadata) return std::nullopt;
+    Known = KnownPlacement{asset.FullPath, asset.PinnedCoords, canvasSize, std::nullopt};
+    Zorvic::CanvasInfo attempt = canvas;
+    for (const auto& [alignment, states] : GetSizingMaps().AlignmentToButtons) {
+        attempt.Assets.clear();
+        Zorvic::AttachAssetToCanvas(alignment, asset.FullPath, metadata->Resolution, attempt);
+        if (!attempt.Assets.empty() && attempt.Assets.front().PinnedCoords == asset.PinnedCoords) {
+            Known->States = states;
+            break;
+        }
+    }
+    return Known->States;
+}
+
+void SimulatorPaneWidget::ApplySizingFromButtonStates(const SimButtonStates& states, const std::string& assetPath) {
+    const auto& alignments = GetSizingMaps().ButtonsToAlignment;
+    const auto alignment = alignments.find(states);
+    if (alignment == alignments.end()) {
+        ZORVIC_LOG_ERROR << "Unknown state for sizing buttons!";
+        return;
+    }
+    const std::unique_ptr<Zorvic::AssetMetadata> metadata(MDCache.LookupAsset(assetPath));
+    if (!metadata) {
+        ZORVIC_LOG_ERROR << "Unable to retrieve metadata for asset " << assetPath;
+        return;
+    }
+    if (!CurCfg.Canvas) return;
+    Zorvic::CanvasInfo placed = *CurCfg.Canvas;
+    placed.Assets.clear();
+    Zorvic::AttachAssetToCanvas(alignment->second, assetPath, metadata->Resolution, placed);
+    // What the library cannot place (a sound file has no size) stays where it is instead of vanishing from the preset.
+    if (placed.Assets.empty()) return;
+    KeepPicture(placed.Assets.front());
+    CurCfg.Canvas->Assets = std::move(placed.Assets);
+}
+
+// Moving an asset must not undo the picture adjustments that the operator made to it.
+void SimulatorPaneWidget::KeepPicture(Zorvic::PinnedAsset& placed) const {
+    if (!CurCfg.HasAsset()) return;
+    const Zorvic::PinnedAsset& before = CurCfg.Canvas->Assets.front();
+    if (before.FullPath != placed.FullPath) return;
+    placed.Hue = before.Hue;
+    placed.Saturation = before.Saturation;
+    placed.Brightness = before.Brightness;
+    placed.Contrast = before.Contrast;
+}
+
+void SimulatorPaneWidget::OnArrowClicked(QPushButton* button) {
+    if (!CurCfg.HasAsset()) return;
+    for (const auto& [one, other] : {std::pair(LeftArrow, RightArrow), std::pair(TopArrow, BottomArrow)}) {
+        if (button == one) other->setEnabled(true);
+        if (button == other) one->setEnabled(true);
+    }
+    if (button == ResetButton) {
+        for (QPushButton* const each : {TopArrow, BottomArrow, LeftArrow, RightArrow, ResetButton})
+            each->setEnabled(true);
+    } else {
+        button->setEnabled(!button->isEnabledTo(this));
+    }
+    const std::string path = CurCfg.Canvas->Assets.front().FullPath;
+    ApplySizingFromButtonStates(GetButtonStates(), path);
+    emit SizingChanged(this);
+}
+
+void SimulatorPaneWidget::OnSizingModeChanged() {
+    if (!CurCfg.HasAsset()) return;
+    const std::string path = CurCfg.Canvas->Assets.front().FullPath;
+    ApplySizingFromButtonStates({.SizerBox = GetButtonStates().SizerBox}, path);
+    emit SizingChanged(this);
+}
+
+void SimulatorPaneWidget::OnClearClicked() {
+    if (!CurCfg.HasAsset()) return;
+    CurCfg.Canvas->Assets.clear();
+    SetConfig(GetCfg());
+    emit SizingChanged(this);
+}
+
+void SimulatorPaneWidget::mousePressEvent(QMouseEvent* event) {
+    event->accept();
+    emit Clicked(this);
+}
+
+bool SimulatorPaneWidget::eventFilter(QObject* watched, QEvent* event) {
+    // A wheel that only passes over the box must not place an asset on a running unit.
+    if (watched == SizingBox && event->type() == QEvent::Wheel && !SizingBox->hasFocus()) {
+        event->ignore();
+        return true;
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+}  // namespace Simulator
