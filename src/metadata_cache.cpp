@@ -6,15 +6,6 @@
 
 #include "sessionmanager.h"
 
-namespace {
-
-std::unique_ptr<SessionHandle> FindSession(const std::string& guid) {
-    const auto* registry = SessionManager::GetInstance();
-    return std::unique_ptr<SessionHandle>(registry ? registry->GetSessionByGUID(guid) : nullptr);
-}
-
-}  // namespace
-
 MetadataCache::MetadataCache(const std::string& guid) : GUID(guid) {}
 
 Zorvic::AssetMetadata* MetadataCache::LookupAsset(const Zorvic::Asset& asset) {

@@ -64,3 +64,8 @@ SessionManager::SessionMap::const_iterator SessionManager::FindByIP(const std::s
     return std::find_if(Sessions.begin(), Sessions.end(),
                         [&ip](const auto& entry) { return entry.second->GetHost() == ip; });
 }
+
+std::unique_ptr<SessionHandle> FindSession(const std::string& guid) {
+    const auto* registry = SessionManager::GetInstance();
+    return std::unique_ptr<SessionHandle>(registry ? registry->GetSessionByGUID(guid) : nullptr);
+}

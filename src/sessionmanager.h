@@ -68,3 +68,6 @@ private:
     mutable std::recursive_mutex SessionsLock;
     SessionMap Sessions;
 };
+
+/// The unit's session from the process-wide registry; null when there is neither.
+std::unique_ptr<SessionHandle> FindSession(const std::string& guid);

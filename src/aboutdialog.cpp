@@ -1,0 +1,17 @@
+#include "aboutdialog.h"
+
+#include <QIcon>
+#include <QPixmap>
+
+AboutDialog::AboutDialog() {
+    setupUi(this);
+    setAttribute(Qt::WA_DeleteOnClose);
+    setWindowIcon(QIcon(QStringLiteral(":icons/icon.png")));
+    LogoLabel->setPixmap(QPixmap(QStringLiteral(":icons/aboutlogo.png")));
+    connect(DismissButton, &QPushButton::clicked, this, &AboutDialog::OnDismissClicked);
+}
+
+void AboutDialog::OnDismissClicked() {
+    // Later, because the button that was clicked goes with the dialog.
+    deleteLater();
+}

@@ -1,0 +1,115 @@
+#include "sessionmanager.h"
+
+#include "support/fakezorvic.h"
+
+#include <gmock/gmock.h>
+
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <utility>
+
+namespace {
+
+using Handle = std::unique_ptr<SessionHandle>;
+
+class Registry : public testing::Test {
+protected:
+    Registry() {
+        FakeZorvic::Reset();
+        FakeZorvic::AddUnit("10.0.0.1", "guid-1", "Stage");
+        FakeZorvic::AddUnit("10.0.0.2", "guid-2", "Lobby");
+    }
+
+    std::unique_ptr<SessionManager> Sessions = std::make_unique<SessionManager>();
+};
+
+TEST_F(Registry, IsTheInstanceForAsLongAsItLives) {
+    EXPECT_EQ(SessionManager::GetInstance(), Sessions.get());
+    Handle(Sessions->CreateSessionByIP("10.0.0.1"));
+    Sessions.reset();
+    EXPECT_EQ(SessionManager::GetInstance(), nullptr);
+    EXPECT_EQ(FindSession("guid-1"), nullptr);
+    EXPECT_EQ(FakeZorvic::LiveSessions(), 0U);
+}
+
+TEST_F(Registry, FindsASessionByGuidAndByTheHostTextItWasOpenedWith) {
+    Handle(Sessions->CreateSessionByIP("10.0.0.1"));
+    Handle(Sessions->CreateSessionByIP("10.0.0.2"));
+    const Handle byGuid(Sessions->GetSessionByGUID("guid-2"));
+    const Handle byHost(Sessions->GetSessionByIP("10.0.0.2"));
+    ASSERT_TRUE(byGuid && byHost);
+    EXPECT_EQ(byGuid->GetSession()->GetHost(), "10.0.0.2");
+    EXPECT_EQ(byHost->GetSession(), byGuid->GetSession());
+    EXPECT_EQ(Handle(Sessions->GetSessionByGUID("10.0.0.2")), nullptr);
+    EXPECT_EQ(Handle(Sessions->GetSessionByIP("10.0.0.02")), nullptr);
+}
+
+TEST_F(Registry, KeepsNothingOfAUnitThatCannotBeUsed) {
+    FakeZorvic::At("10.0.0.1").Reachable = false;
+    FakeZorvic::At("10.0.0.2").Fail("GetUnitID", Zorvic::ZORVIC_STATUS_FAILED);
+    FakeZorvic::AddUnit("10.0.0.3", "");
+    for (const auto* host : {"10.0.0.1", "10.0.0.2", "10.0.0.3", "nowhere", ""}) {
+        EXPECT_EQ(Handle(Sessions->CreateSessionByIP(host)), nullptr) << host;
+    }
+    EXPECT_EQ(FakeZorvic::LiveSessions(), 0U);
+}
+
+TEST_F(Registry, AFailedReconnectionLeavesTheSessionThatWorks) {
+    Handle(Sessions->CreateSessionByIP("10.0.0.1"));
+    FakeZorvic::At("10.0.0.1").Reachable = false;
+    EXPECT_EQ(Handle(Sessions->CreateSessionByIP("10.0.0.1")), nullptr);
+    EXPECT_NE(Handle(Sessions->GetSessionByGUID("guid-1")), nullptr);
+}
+
+TEST_F(Registry, ASecondSessionOfAUnitReplacesTheFirst) {
+    FakeZorvic::AddUnit("stage.local", "guid-1", "Stage");
+    Handle(Sessions->CreateSessionByIP("10.0.0.1"));
+    const Handle second(Sessions->CreateSessionByIP("stage.local"));
+    ASSERT_TRUE(second);
+    EXPECT_EQ(FakeZorvic::LiveSessions("10.0.0.1"), 0U);
+    EXPECT_EQ(Handle(Sessions->GetSessionByGUID("guid-1"))->GetSession(), second->GetSession());
+}
+
+TEST_F(Registry, DeletesExactlyTheNamedSession) {
+    Handle(Sessions->CreateSessionByIP("10.0.0.1"));
+    Handle(Sessions->CreateSessionByIP("10.0.0.2"));
+    EXPECT_FALSE(Sessions->DeleteSessionByGUID("10.0.0.1"));
+    EXPECT_FALSE(Sessions->DeleteSessionByIP("guid-1"));
+    EXPECT_TRUE(Sessions->DeleteSessionByGUID("guid-1"));
+    EXPECT_FALSE(Sessions->DeleteSessionByGUID("guid-1"));
+    EXPECT_EQ(FakeZorvic::LiveSessions("10.0.0.2"), 1U);
+    EXPECT_TRUE(Sessions->DeleteSessionByIP("10.0.0.2"));
+    EXPECT_EQ(FakeZorvic::LiveSessions(), 0U);
+}
+
+TEST(Handles, HoldTheLockUntilTheLastOneIsGone) {
+    std::recursive_mutex mutex;
+    const auto lockedElsewhere = [&mutex] {
+        bool locked = false;
+        std::jthread([&] {
+            locked = !mutex.try_lock();
+            if (!locked) mutex.unlock();
+        }).join();
+        return locked;
+    };
+    auto outer = std::make_unique<SessionHandle>(nullptr, std::unique_lock(mutex));
+    auto inner = std::make_unique<SessionHandle>(nullptr, std::unique_lock(mutex));
+    outer.reset();
+    EXPECT_TRUE(lockedElsewhere());
+    auto moved = std::make_unique<SessionHandle>(std::move(*inner));
+    inner.reset();
+    EXPECT_TRUE(lockedElsewhere());
+    moved.reset();
+    EXPECT_FALSE(lockedElsewhere());
+}
+
+TEST_F(Registry, AHandleThatWasMovedFromGrantsNothing) {
+    const Handle first(Sessions->CreateSessionByIP("10.0.0.1"));
+    auto* session = first->GetSession();
+    const SessionHandle second(std::move(*first));
+    EXPECT_EQ(first->GetSession(), nullptr);
+    EXPECT_EQ(second.GetSession(), session);
+}
+
+}  // namespace
