@@ -1,0 +1,112 @@
+#pragma once
+
+#include "clock.h"
+#include "media_catalog.h"
+#include "playback/levels.h"
+#include "playback/trim.h"
+
+#include <zorvic/v1/unit.pb.h>
+
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace ZorvicUnit {
+
+using PresetPtr = std::shared_ptr<const zorvic::v1::Preset>;
+
+struct PlayState {
+    std::int32_t TRT = 0;           ///< ms
+    std::uint32_t CurrentLoop = 0;  ///< pass now playing, from 1; 0 when stopped
+    bool Playing = false;           ///< also while paused
+    bool Paused = false;
+};
+
+struct PlayPosition {
+    std::int32_t PK = 0;
+    std::int32_t RemainingMS = 0;  ///< before the end of the running time
+    StereoLevels Levels{};         ///< 0 while paused
+};
+
+/// What plays, as a clock: a position is computed from the moment at which it last jumped, never added up, so that it
+/// does not drift and a late call finds every pass and every linked preset begun at its right time.
+///
+/// A preset whose media have no known length yet plays without moving, and starts to move when the length is known.
+/// Not safe for use from several threads; the owner holds one lock around every call.
+class Playback {
+public:
+    /// Both must outlive the object.
+    Playback(const Clock& clock, const MediaCatalog& catalog);
+    ~Playback();
+
+    /// Adds a preset, or takes over its edited state at once, playing or not.
+    void Put(PresetPtr preset);
+    /// Forgets a preset, playing or not.
+    void Remove(std::int32_t pk);
+    /// Ends everything and forgets all presets.
+    void Clear();
+
+    /// Starts at the in point (or at a cued position); resumes a paused preset; restarts a playing one, and one that is
+    /// paused with nothing left to play. Throws Fault NotFound or Refused (preset or asset on its way out).
+    void Take(std::int32_t pk);
+    /// Pauses or goes on. Throws Fault NotFound, or Refused when the preset does not play.
+    void Pause(std::int32_t pk);
+    /// Stops; a preset that does not play loses its cued position. Throws Fault NotFound.
+    void End(std::int32_t pk);
+    /// Jumps to a remaining time, clamped to the running time; above the signed range it counts as 0. Cues the next
+    /// take of a preset that does not play. Throws Fault NotFound.
+    void Seek(std::int32_t pk, std::uint32_t timeMS);
+
+    /// While set, the preset can not begin to play. Setting it throws Fault NotFound, or Refused while it plays.
+    void SetRetired(std::int32_t pk, bool retired);
+    /// While held, no preset with this asset can begin to play. Throws Fault Refused while one plays.
+    void HoldAsset(const std::string& path);
+    void ReleaseAsset(const std::string& path);
+
+    /// Looks up the lengths of these assets again.
+    void MediaChanged(std::span<const std::string> paths);
+
+    /// Carries out everything that is due by now. The readers below show the moment of the last call of a member that
+    /// is not const.
+    void Advance();
+
+    /// Counts up whenever a PlayState may have changed.
+    std::uint64_t StatesVersion() const { return Version; }
+    /// A stopped state for an unknown preset.
+    PlayState StateOf(std::int32_t pk) const;
+    /// Every preset that plays or is paused, by key.
+    std::vector<PlayPosition> Positions() const;
+    /// True while any position moves.
+    bool Rolling() const;
+
+private:
+    using Duration = std::chrono::nanoseconds;
+    struct Run;
+    struct Entry;
+
+    Entry& Find(std::int32_t pk);
+    bool UsesHeldAsset(const Entry& entry) const;
+    void RefreshLength(Entry& entry);
+    void Begin(Entry& entry, Clock::TimePoint at);
+    void TakeAt(Entry& entry, Clock::TimePoint at);
+    void Stop(Entry& entry);
+    void FinishPass(Entry& entry, Clock::TimePoint at);
+    void FollowLink(std::int32_t pk, Clock::TimePoint at);
+    void Rebase(Entry& entry) const;
+
+    const Clock& Time;
+    const MediaCatalog& Catalog;
+    std::map<std::int32_t, Entry> Entries;
+    std::set<std::int32_t> Active;  ///< keys of the entries that have a run
+    std::multiset<std::string> HeldAssets;
+    Clock::TimePoint Now;
+    std::uint64_t Version = 1;
+};
+
+}  // namespace ZorvicUnit
