@@ -1,0 +1,111 @@
+#include "feed/feed.h"
+
+#include "fault.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace ZorvicUnit {
+
+std::uint64_t Feed::Publish(std::vector<FeedChange> changes) {
+    const std::scoped_lock lock(Mutex);
+    bool any = false;
+    for (FeedChange& change : changes)
+        any = Apply(change) || any;
+    if (any) {
+        DropTombstones();
+        Changed.notify_all();
+    }
+    return Last;
+}
+
+std::uint64_t Feed::Revision() const {
+    const std::scoped_lock lock(Mutex);
+    return Last;
+}
+
+bool Feed::Apply(FeedChange& change) {
+    const auto found = Slots.find(change.Key);
+    if (found == Slots.end() && change.Gone) return false;
+    if (found != Slots.end() && found->second.Gone == change.Gone && *found->second.Piece == *change.Piece)
+        return false;
+    Slot& slot = Slots[change.Key];
+    ByNumber.erase(slot.Number);
+    Tombstones.erase(slot.Number);
+    slot = {.Number = ++Last, .Piece = std::move(change.Piece), .Gone = change.Gone};
+    ByNumber.emplace(slot.Number, change.Key);
+    if (slot.Gone) Tombstones.insert(slot.Number);
+    return true;
+}
+
+// A part that is gone is kept until every subscriber has been told.
+void Feed::DropTombstones() {
+    std::uint64_t told = Last;
+    for (const Subscription* subscriber : Subscribers) {
+        if (subscriber->Started && !subscriber->Over) told = std::min(told, subscriber->Sent);
+    }
+    while (!Tombstones.empty() && (*Tombstones.begin() <= told || Tombstones.size() > MaxTombstones)) {
+        const std::uint64_t number = *Tombstones.begin();
+        for (Subscription* subscriber : Subscribers)
+            subscriber->Over = subscriber->Over || (subscriber->Started && subscriber->Sent < number);
+        const auto part = ByNumber.find(number);
+        Slots.erase(part->second);
+        ByNumber.erase(part);
+        Tombstones.erase(Tombstones.begin());
+    }
+}
+
+void Feed::EndSubscriptions() {
+    const std::scoped_lock lock(Mutex);
+    for (Subscription* subscriber : Subscribers)
+        subscriber->Over = true;
+    Changed.notify_all();
+}
+
+void Feed::Close() {
+    EndSubscriptions();
+    const std::scoped_lock lock(Mutex);
+    Closed = true;
+    Changed.notify_all();
+}
+
+Feed::Subscription::Subscription(Feed& feed) : Source(feed) {
+    const std::scoped_lock lock(Source.Mutex);
+    if (Source.Subscribers.size() >= MaxSubscribers) throw Fault(FaultKind::Refused, "too many consoles");
+    Source.Subscribers.insert(this);
+}
+
+Feed::Subscription::~Subscription() {
+    const std::scoped_lock lock(Source.Mutex);
+    Source.Subscribers.erase(this);
+}
+
+std::optional<Feed::Subscription::Batch> Feed::Subscription::Next(std::chrono::milliseconds limit) {
+    std::unique_lock lock(Source.Mutex);
+    const auto over = [this] { return Over || Source.Closed; };
+    if (!Started && !over()) return TakeSnapshot();
+    Source.Changed.wait_for(lock, limit, [&] { return over() || Source.Last > Sent; });
+    if (over()) return std::nullopt;
+    return TakeChanges();
+}
+
+Feed::Subscription::Batch Feed::Subscription::TakeSnapshot() {
+    Batch batch{.Revision = Source.Last, .Pieces = {}, .Snapshot = true};
+    batch.Pieces.reserve(Source.Slots.size());
+    for (const auto& [key, slot] : Source.Slots) {
+        if (!slot.Gone) batch.Pieces.push_back(slot.Piece);
+    }
+    Started = true;
+    Sent = batch.Revision;
+    return batch;
+}
+
+Feed::Subscription::Batch Feed::Subscription::TakeChanges() {
+    Batch batch{.Revision = Source.Last, .Pieces = {}, .Snapshot = false};
+    for (auto part = Source.ByNumber.upper_bound(Sent); part != Source.ByNumber.end(); ++part)
+        batch.Pieces.push_back(Source.Slots.at(part->second).Piece);
+    Sent = batch.Revision;
+    return batch;
+}
+
+}  // namespace ZorvicUnit

@@ -1,0 +1,108 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace ZorvicUnit {
+
+/// Kinds of state, in the order in which a snapshot sends them.
+enum class FeedKind { Identity, Presets, States, Assets, Hardware, Drives, TimeCodes };
+
+/// Names one independently changing part of the state: a preset by its key, an asset by its path, the only part of
+/// its kind by an empty Id.
+struct FeedKey {
+    FeedKind Kind = FeedKind::Identity;
+    std::string Id;
+    auto operator<=>(const FeedKey&) const = default;
+};
+
+/// A serialised Piece message, shared by every console it is sent to.
+using PieceBytes = std::shared_ptr<const std::string>;
+
+/// The newest value of one part. Gone: the piece tells consoles to drop the part; a snapshot does not mention it.
+struct FeedChange {
+    FeedKey Key;
+    PieceBytes Piece;
+    bool Gone = false;
+};
+
+/// The unit's state as consoles see it: for every part its newest piece, numbered by the change that made it. A
+/// subscriber that falls behind finds only newest pieces, so nothing queues however slow it reads. Safe to use from
+/// several threads; nothing is called with the lock held.
+class Feed {
+public:
+    class Subscription;
+
+    /// Publishes the changes in one step and gives the revision at which they show. What is the same as before is no
+    /// change; with no change at all the revision stays.
+    std::uint64_t Publish(std::vector<FeedChange> changes);
+    std::uint64_t Revision() const;
+
+    /// Ends all subscriptions that there are; new ones can begin.
+    void EndSubscriptions();
+    /// Ends all subscriptions, and lets none begin.
+    void Close();
+
+private:
+    struct Slot {
+        std::uint64_t Number = 0;
+        PieceBytes Piece;
+        bool Gone = false;
+    };
+    // A subscriber that would keep more notices of gone parts alive is ended; it comes back with a snapshot.
+    static constexpr std::size_t MaxTombstones = 20'000;
+
+    bool Apply(FeedChange& change);
+    void DropTombstones();
+
+    mutable std::mutex Mutex;  ///< guards everything below
+    std::condition_variable Changed;
+    std::map<FeedKey, Slot> Slots;
+    std::map<std::uint64_t, FeedKey> ByNumber;  ///< the same parts in the order of their last change
+    std::set<std::uint64_t> Tombstones;         ///< numbers of the slots that are gone
+    std::set<Subscription*> Subscribers;
+    std::uint64_t Last = 0;
+    bool Closed = false;
+};
+
+/// One console's view of the feed, read by one thread. The feed must outlive it.
+class Feed::Subscription {
+public:
+    struct Batch {
+        std::uint64_t Revision = 0;      ///< reached once all pieces are applied
+        std::vector<PieceBytes> Pieces;  ///< empty: nothing has changed
+        bool Snapshot = false;
+    };
+    static constexpr std::size_t MaxSubscribers = 64;
+
+    /// Throws Fault Refused when there are too many subscribers already.
+    explicit Subscription(Feed& feed);
+    ~Subscription();
+    Subscription(const Subscription&) = delete;
+    Subscription& operator=(const Subscription&) = delete;
+
+    /// The snapshot at the first call, then everything that changed since the last one, waiting for a change no longer
+    /// than the limit. Nothing when the subscription is over.
+    std::optional<Batch> Next(std::chrono::milliseconds limit);
+
+private:
+    friend class Feed;
+    Batch TakeSnapshot();
+    Batch TakeChanges();
+
+    Feed& Source;
+    std::uint64_t Sent = 0;  ///< guarded by the feed's mutex, as are the flags
+    bool Started = false;
+    bool Over = false;
+};
+
+}  // namespace ZorvicUnit
