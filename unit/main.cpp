@@ -1,1 +1,67 @@
-int main() {}
+#include "fault.h"
+#include "options.h"
+#include "service/daemon.h"
+#include "service/power_switch.h"
+
+#include <spdlog/sinks/stdout_sinks.h>
+#include <spdlog/spdlog.h>
+
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+// The process ends by then even when a disk hangs; nothing that was acknowledged is lost by it.
+constexpr std::chrono::milliseconds EndLimit(1800);
+
+// Starts the program again in this process, on the port that it has been running on.
+[[noreturn]] void Reexecute(int argc, char** argv, bool portGiven, std::uint16_t port) {
+    std::vector<std::string> arguments(argv, argv + argc);
+    if (!portGiven) arguments.push_back("--port=" + std::to_string(port));
+    std::vector<char*> pointers;
+    for (std::string& argument : arguments)
+        pointers.push_back(argument.data());
+    pointers.push_back(nullptr);
+    execv("/proc/self/exe", pointers.data());
+    spdlog::critical("reboot: can not start the program again");
+    std::_Exit(EXIT_FAILURE);
+}
+
+[[noreturn]] void End(bool again, int argc, char** argv, bool portGiven, std::uint16_t port) {
+    if (again) Reexecute(argc, argv, portGiven, port);
+    std::fflush(nullptr);
+    std::_Exit(EXIT_SUCCESS);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    spdlog::set_default_logger(spdlog::stderr_logger_mt("zorvic-unit"));
+    ZorvicUnit::Options options;
+    if (const auto status = ZorvicUnit::ParseOptions(argc, argv, options)) return *status;
+    ZorvicUnit::PowerSwitch power;
+    try {
+        ZorvicUnit::Daemon daemon(options, power);
+        const std::uint16_t port = daemon.Listener().Port();
+        std::printf("listening on %s\n", daemon.Listener().Address().c_str());
+        std::fflush(stdout);
+        const bool again = daemon.Run() == zorvic::v1::POWER_ACTION_REBOOT;
+        spdlog::info(again ? "reboot" : "shutdown");
+        std::thread([=] {
+            std::this_thread::sleep_for(EndLimit);
+            spdlog::warn("a part of the unit does not stop; ending without it");
+            End(again, argc, argv, options.Port != 0, port);
+        }).detach();
+        daemon.Stop();
+        End(again, argc, argv, options.Port != 0, port);
+    } catch (const std::exception& error) {
+        spdlog::critical("{}", error.what());
+        return EXIT_FAILURE;
+    }
+}
