@@ -1,0 +1,118 @@
+#include "events.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <future>
+#include <memory>
+
+using namespace Zorvic;
+using namespace Zorvic::Internal;
+
+namespace {
+
+/// A callback that waits inside, the first time it is called, until it is let go.
+struct Gate {
+    std::promise<void> Entered;
+    std::promise<void> LetGo;
+    std::atomic<bool> Inside = false;
+    std::atomic<int> Calls = 0;
+
+    static void Callback(StateEventType, void* user) {
+        auto& gate = *static_cast<Gate*>(user);
+        gate.Inside = true;
+        if (++gate.Calls == 1) {
+            gate.Entered.set_value();
+            gate.LetGo.get_future().wait();
+        }
+        gate.Inside = false;
+    }
+
+    /// Starts an action that must not return before the callback has, lets the callback go, and says whether it did.
+    template <class Action>
+    bool InsideAfter(Action action) {
+        Entered.get_future().wait();
+        auto insideAtReturn = std::async(std::launch::async, [this, &action] {
+            action();
+            return Inside.load();
+        });
+        insideAtReturn.wait_for(std::chrono::milliseconds(50));  // time for a return that comes too early
+        LetGo.set_value();
+        return insideAtReturn.get();
+    }
+};
+
+void Count(StateEventType, void* user) {
+    ++*static_cast<std::atomic<int>*>(user);
+}
+
+void AwaitCount(const std::atomic<int>& count, int least) {
+    while (count < least)
+        std::this_thread::yield();
+}
+
+}  // namespace
+
+TEST(EventThread, EventsWhileTheCallbackRunsBecomeOne) {
+    Gate gate;
+    std::atomic<int> others = 0;
+    EventThread events;
+    events.Register(ZORVIC_STATE_PRESETS, Gate::Callback, &gate);
+    gate.Entered.get_future().wait();
+    for (int i = 0; i < 100; ++i)
+        events.Raise(EventBit(ZORVIC_STATE_PRESETS));
+    gate.LetGo.set_value();
+    AwaitCount(gate.Calls, 2);
+    events.Register(ZORVIC_STATE_ASSETS, Count, &others);  // answered after all that was raised before
+    AwaitCount(others, 1);
+    EXPECT_EQ(gate.Calls, 2);
+}
+
+TEST(EventThread, UnregisteringWaitsForTheRunningCallback) {
+    Gate gate;
+    EventThread events;
+    events.Register(ZORVIC_STATE_PRESETS, Gate::Callback, &gate);
+    EXPECT_FALSE(gate.InsideAfter([&] { events.Register(ZORVIC_STATE_PRESETS, nullptr, nullptr); }));
+}
+
+TEST(EventThread, ACallbackMayUnregisterItself) {
+    struct Once {
+        EventThread Events;
+        std::atomic<int> Calls = 0;
+        static void Callback(StateEventType type, void* user) {
+            auto& once = *static_cast<Once*>(user);
+            once.Events.Register(type, nullptr, nullptr);
+            once.Events.Register(ZORVIC_STATE_ASSETS, Count, &once.Calls);
+        }
+    } once;
+    once.Events.Register(ZORVIC_STATE_PRESETS, Once::Callback, &once);
+    AwaitCount(once.Calls, 1);
+}
+
+// The sanitizers see a callback that reaches its user data after that was freed.
+TEST(EventThread, UserDataMayGoAsSoonAsItsRegistrationIsGone) {
+    EventThread events;
+    std::atomic<bool> done = false;
+    std::thread raiser([&] {
+        while (!done)
+            events.Raise(AllEvents);
+    });
+    for (int i = 0; i < 2000; ++i) {
+        auto first = std::make_unique<std::atomic<int>>(0);
+        auto second = std::make_unique<std::atomic<int>>(0);
+        events.Register(ZORVIC_STATE_TIMECODE, Count, first.get());
+        events.Register(ZORVIC_STATE_TIMECODE, Count, second.get());
+        first.reset();
+        if (i % 10 == 0) AwaitCount(*second, 1);
+        events.Register(ZORVIC_STATE_TIMECODE, nullptr, nullptr);
+    }
+    done = true;
+    raiser.join();
+}
+
+TEST(EventThread, DestructionWaitsForTheRunningCallback) {
+    Gate gate;
+    auto events = std::make_unique<EventThread>();
+    events->Register(ZORVIC_STATE_PRESETS, Gate::Callback, &gate);
+    EXPECT_FALSE(gate.InsideAfter([&] { events.reset(); }));
+}

@@ -1,0 +1,125 @@
+#include "conversions.h"
+#include "preset_diff.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+using namespace Zorvic;
+using namespace Zorvic::Internal;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+Preset FullPreset() {
+    Preset preset;
+    preset.PK = 7;
+    preset.Name = "Opening";
+    preset.Volume = {100, 65535};
+    preset.Canvases.resize(1);
+    preset.Canvases[0].CanvasCfg.Dimensions = {3840, 1080};
+    preset.Canvases[0].SinkTypes = static_cast<SinkType>(ZORVIC_SINK_KONA | ZORVIC_SINK_BMD);
+    preset.Canvases[0].Assets.resize(1);
+    preset.Canvases[0].Assets[0].FullPath = "C:\\Assets\\clip.mov";
+    for (const int id : {5, 2, 9})
+        preset.Gotos[id].TimeMS = id * 1000;
+    preset.TabDisplayOrder[0] = TabOrdering(0, 3);
+    preset.FreezeAtEnd = true;
+    return preset;
+}
+
+std::vector<std::string> MaskOf(const Preset& base, const Preset& edited) {
+    const auto request = DifferenceRequest(&base, edited);
+    return {request.fields().paths().begin(), request.fields().paths().end()};
+}
+
+}  // namespace
+
+TEST(Conversions, PresetSurvivesTheWire) {
+    const Wire::Preset wire = ToWire(FullPreset());
+    EXPECT_EQ(ToWire(FromWire(wire)).SerializeAsString(), wire.SerializeAsString());
+    ASSERT_EQ(wire.gotos_size(), 3);
+    EXPECT_EQ(wire.gotos(0).id(), 2) << "marks travel in order of id";
+    EXPECT_EQ(FromWire(wire).Gotos.at(9).TimeMS, 9000);
+}
+
+TEST(Conversions, StrangeValuesPassThroughOrAreLimited) {
+    Wire::Preset wire;
+    wire.add_volume(70000);
+    wire.add_canvases()->set_orientation(77);
+    wire.mutable_canvases(0)->set_width(-5);
+    const Preset preset = FromWire(wire);
+    EXPECT_THAT(preset.Volume, ElementsAre(65535));
+    EXPECT_EQ(static_cast<int>(preset.Canvases[0].CanvasCfg.Orientation.Orientation), 77);
+    EXPECT_EQ(preset.Canvases[0].CanvasCfg.Dimensions.Width, -5);
+    Wire::HardwareState hardware;
+    for (int i = 0; i < 6; ++i)
+        hardware.add_resolutions(99);
+    EXPECT_EQ(static_cast<int>(FromWire(hardware).Resolutions[3]), 99);
+}
+
+TEST(PictureValues, EverySliderPositionReadsBackAsItWasSet) {
+    for (int k = -100; k <= 100; ++k) {
+        for (const float sent : {static_cast<float>(k) / 100.0F, static_cast<float>(k) * 0.01F,
+                                 static_cast<float>(k / 100.0 + 9e-7), static_cast<float>(k / 100.0 - 9e-7)}) {
+            const float stored = StoredPictureValue(sent);
+            EXPECT_EQ(static_cast<int>(static_cast<double>(stored) * 100.0), k) << sent;
+            EXPECT_EQ(StoredPictureValue(stored), stored) << sent;
+            EXPECT_LT(std::abs(static_cast<double>(stored) - k / 100.0), 1.2e-7) << sent;
+        }
+    }
+    for (const float other : {0.295F, 0.29001F, 1e30F, INFINITY})
+        EXPECT_EQ(StoredPictureValue(other), other);
+    EXPECT_TRUE(std::isnan(StoredPictureValue(NAN)));
+}
+
+TEST(PresetDifference, NamesExactlyTheChangedFields) {
+    const Preset base = FullPreset();
+    EXPECT_THAT(MaskOf(base, base), IsEmpty());
+    Preset edited = base;
+    edited.Name = "Closing";
+    edited.Volume[0] = 0;
+    edited.Gotos[2].Name = "Verse";
+    edited.FreezeAtEnd = false;
+    EXPECT_THAT(MaskOf(base, edited), ElementsAre("name", "gotos", "volume", "freeze_at_end"));
+    const auto request = DifferenceRequest(&base, edited);
+    EXPECT_EQ(request.preset().pk(), 7);
+    EXPECT_EQ(request.preset().canvases_size(), 0) << "what is not in the mask does not travel";
+    EXPECT_EQ(DifferenceRequest(nullptr, base).fields().paths_size(), 18);
+}
+
+TEST(PresetDifference, RoundingAloneIsNoChange) {
+    Preset base = FullPreset();
+    Preset edited = base;
+    float& stored = base.Canvases[0].Assets[0].Hue;
+    float& slider = edited.Canvases[0].Assets[0].Hue;
+    slider = 0.29F;
+    stored = StoredPictureValue(slider);
+    ASSERT_NE(stored, slider);
+    EXPECT_THAT(MaskOf(base, edited), IsEmpty()) << "the unit holds what sending would make of it";
+    stored = slider;
+    EXPECT_THAT(MaskOf(base, edited), IsEmpty()) << "the unit's own unrounded value was not touched";
+    stored = std::nextafter(slider, 0.0F);
+    EXPECT_THAT(MaskOf(base, edited), ElementsAre("canvases"));
+}
+
+TEST(EditBase, IsTheCopyLastHandedOutOrSent) {
+    const auto list = [](const std::string& name) {
+        Preset preset = FullPreset();
+        preset.Name = name;
+        return std::make_shared<PresetList>(PresetList{std::make_shared<const Preset>(preset)});
+    };
+    EditBase edits;
+    EXPECT_EQ(edits.Find(7), nullptr);
+    edits.HandedOut(list("read"));
+    EXPECT_EQ(edits.Find(7)->Name, "read");
+    EXPECT_EQ(edits.Find(8), nullptr);
+    Preset sent = FullPreset();
+    sent.Name = "sent";
+    edits.Sent(sent);
+    EXPECT_EQ(edits.Find(7)->Name, "sent");
+    edits.HandedOut(list("read again"));
+    EXPECT_EQ(edits.Find(7)->Name, "read again");
+}
