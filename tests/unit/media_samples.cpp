@@ -1,0 +1,79 @@
+#include "unit/media_samples.h"
+
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <numbers>
+#include <stdexcept>
+
+namespace ZorvicUnit {
+
+namespace {
+
+std::filesystem::path MakeTempDirectory() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "zorvic-test-XXXXXX").string();
+    if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary directory");
+    return pattern;
+}
+
+void Append(std::string& bytes, std::uint32_t value, int size) {
+    for (int i = 0; i < size; ++i)
+        bytes += static_cast<char>(value >> (8 * i) & 0xFFU);
+}
+
+}  // namespace
+
+TempDirectory::TempDirectory() : Path(MakeTempDirectory()) {}
+
+TempDirectory::~TempDirectory() {
+    std::error_code ignored;
+    std::filesystem::remove_all(Path, ignored);
+}
+
+void WriteFile(const std::filesystem::path& file, const std::string& bytes) {
+    std::ofstream(file, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
+
+std::string ReadFile(const std::filesystem::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+bool Encode(const std::string& arguments, const std::filesystem::path& file) {
+    const std::filesystem::path log = file.parent_path() / "encode.log";
+    const std::string command =
+        "ffmpeg -nostdin -y -v error " + arguments + " '" + file.string() + "' 2> '" + log.string() + "'";
+    const int status = std::system(command.c_str());
+    const std::string messages = ReadFile(log);
+    std::filesystem::remove(log);
+    if (status == 0) return true;
+    std::filesystem::remove(file);
+    if (messages.find("Unknown encoder") != std::string::npos) return false;
+    throw std::runtime_error(command + ": " + messages);
+}
+
+std::string ToneFile(int variant) {
+    constexpr std::uint32_t Rate = 48000;
+    std::string samples;
+    for (std::uint32_t i = 0; i < Rate; ++i) {
+        const double phase = 2 * std::numbers::pi * 1000 * i / Rate;
+        Append(samples, static_cast<std::uint32_t>(std::lround(16384 * std::sin(phase)) + variant), 2);
+    }
+    std::string file = "RIFF";
+    Append(file, static_cast<std::uint32_t>(36 + samples.size()), 4);
+    file += "WAVEfmt ";
+    Append(file, 16, 4);
+    Append(file, 1, 2);
+    Append(file, 1, 2);
+    Append(file, Rate, 4);
+    Append(file, Rate * 2, 4);
+    Append(file, 2, 2);
+    Append(file, 16, 2);
+    file += "data";
+    Append(file, static_cast<std::uint32_t>(samples.size()), 4);
+    return file + samples;
+}
+
+}  // namespace ZorvicUnit

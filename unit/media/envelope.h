@@ -1,0 +1,20 @@
+#pragma once
+
+#include "media/media_file.h"
+#include "media_catalog.h"
+
+#include <filesystem>
+#include <optional>
+
+namespace ZorvicUnit {
+
+/// Level of a meter for a peak between 0 and 1: decibels, so that -60 dBFS and below is 0, full scale is 100, and every
+/// 0.6 dB between is one step.
+std::uint8_t MeterLevel(float peak);
+
+/// Decodes the sound of a media file once, from start to end, and notes the peak of every step. Of more than two
+/// channels the first two count. Steps before the sound begins are silent; at most 24 hours are kept. Nothing when the
+/// file has no sound that can be decoded. Throws Fault like MediaFile; stops within a second of limit.Stop (Slow).
+std::optional<Envelope> ReadEnvelope(const std::filesystem::path& file, const ReadLimit& limit);
+
+}  // namespace ZorvicUnit

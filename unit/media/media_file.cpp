@@ -1,0 +1,144 @@
+#include "media/media_file.h"
+
+#include "fault.h"
+
+extern "C" {
+#include <libavformat/avformat.h>
+#include <libavutil/log.h>
+#include <libavutil/mem.h>
+}
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <mutex>
+
+namespace ZorvicUnit {
+
+namespace {
+
+constexpr int BufferBytes = 64 * 1024;
+
+// A file with a weaker likeness than this to a format is taken for what it is not: random bytes pass as raw streams.
+constexpr int LeastLikeness = AVPROBE_SCORE_RETRY;
+
+int RefuseOtherFiles(AVFormatContext*, AVIOContext**, const char*, int, AVDictionary**) {
+    return AVERROR(EPERM);
+}
+
+// The library's own messages go to standard error, past the log, and name every oddity of a stranger's file.
+void SilenceLibrary() {
+    static std::once_flag once;
+    std::call_once(once, [] { av_log_set_level(AV_LOG_QUIET); });
+}
+
+}  // namespace
+
+struct MediaFile::Source {
+    std::filesystem::path File;
+    ReadLimit Limit;
+    int Descriptor = -1;
+    AVIOContext* Buffered = nullptr;
+
+    ~Source() {
+        if (Buffered != nullptr) av_freep(&Buffered->buffer);
+        avio_context_free(&Buffered);
+        if (Descriptor >= 0) close(Descriptor);
+    }
+
+    static int Read(void* opaque, std::uint8_t* buffer, int size) {
+        const auto* self = static_cast<Source*>(opaque);
+        if (self->Limit.Reached()) return AVERROR_EXIT;
+        const ssize_t got = read(self->Descriptor, buffer, static_cast<std::size_t>(size));
+        if (got < 0) return AVERROR(errno);
+        return got == 0 ? AVERROR_EOF : static_cast<int>(got);
+    }
+
+    static std::int64_t Seek(void* opaque, std::int64_t offset, int whence) {
+        const auto* self = static_cast<Source*>(opaque);
+        if (whence == AVSEEK_SIZE) {
+            struct stat status = {};
+            return fstat(self->Descriptor, &status) == 0 ? status.st_size : AVERROR(errno);
+        }
+        const off_t at = lseek(self->Descriptor, offset, whence & ~AVSEEK_FORCE);
+        return at < 0 ? AVERROR(errno) : at;
+    }
+
+    static int Interrupted(void* opaque) { return static_cast<Source*>(opaque)->Limit.Reached() ? 1 : 0; }
+};
+
+MediaFile::MediaFile(const std::filesystem::path& file, const ReadLimit& limit)
+    : Input(std::make_unique<Source>(Source{file, limit})) {
+    SilenceLibrary();
+    // Not blocking, so that a pipe in the place of a file does not hold the thread.
+    Input->Descriptor = open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    if (Input->Descriptor < 0)
+        throw Fault(FaultKind::NotFound, "cannot open " + file.string() + ": " + std::strerror(errno));
+    struct stat status = {};
+    if (fstat(Input->Descriptor, &status) != 0 || !S_ISREG(status.st_mode))
+        throw Fault(FaultKind::Refused, file.string() + " is not a regular file");
+    try {
+        Open();
+    } catch (...) {
+        avformat_close_input(&Format);
+        throw;
+    }
+}
+
+MediaFile::~MediaFile() {
+    avformat_close_input(&Format);
+}
+
+void MediaFile::Open() {
+    auto* const buffer = static_cast<unsigned char*>(av_malloc(BufferBytes));
+    Input->Buffered = avio_alloc_context(buffer, BufferBytes, 0, Input.get(), &Source::Read, nullptr, &Source::Seek);
+    Format = avformat_alloc_context();
+    if (buffer == nullptr || Input->Buffered == nullptr || Format == nullptr) throw std::bad_alloc();
+    Format->pb = Input->Buffered;
+    Format->flags |= AVFMT_FLAG_CUSTOM_IO;
+    Format->io_open = &RefuseOtherFiles;
+    Format->interrupt_callback = {&Source::Interrupted, Input.get()};
+
+    // Without the name: what a file holds decides, not how it is called (a text must not become a film of its letters).
+    if (avformat_open_input(&Format, nullptr, nullptr, nullptr) < 0 || Format->probe_score < LeastLikeness) {
+        CheckLimit();
+        throw Fault(FaultKind::Refused, Input->File.string() + " is not a media file");
+    }
+    const int found = avformat_find_stream_info(Format, nullptr);
+    CheckLimit();
+    if (found < 0) throw Fault(FaultKind::Refused, Input->File.string() + " has no readable streams");
+}
+
+void MediaFile::CheckLimit() const {
+    if (Input->Limit.Reached()) throw Fault(FaultKind::Slow, "reading " + Input->File.string() + " took too long");
+}
+
+const AVStream* MediaFile::Video() const {
+    const int index = av_find_best_stream(Format, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
+    if (index < 0) return nullptr;
+    const AVStream* stream = Format->streams[index];
+    const bool cover = (stream->disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
+    const bool sized = stream->codecpar->width > 0 && stream->codecpar->height > 0;
+    return !cover && sized ? stream : nullptr;
+}
+
+const AVStream* MediaFile::Audio() const {
+    const int index = av_find_best_stream(Format, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
+    if (index < 0) return nullptr;
+    const AVStream* stream = Format->streams[index];
+    const bool known = stream->codecpar->sample_rate > 0 && stream->codecpar->ch_layout.nb_channels > 0;
+    return known ? stream : nullptr;
+}
+
+void MediaFile::ReadOnly(const AVStream& stream) {
+    for (unsigned i = 0; i < Format->nb_streams; ++i)
+        Format->streams[i]->discard = Format->streams[i] == &stream ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
+}
+
+bool MediaFile::Read(AVPacket& packet) {
+    return !Input->Limit.Reached() && av_read_frame(Format, &packet) >= 0;
+}
+
+}  // namespace ZorvicUnit
