@@ -12,25 +12,12 @@ namespace ZorvicUnit {
 
 namespace {
 
-std::filesystem::path MakeTempDirectory() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "zorvic-test-XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary directory");
-    return pattern;
-}
-
 void Append(std::string& bytes, std::uint32_t value, int size) {
     for (int i = 0; i < size; ++i)
         bytes += static_cast<char>(value >> (8 * i) & 0xFFU);
 }
 
 }  // namespace
-
-TempDirectory::TempDirectory() : Path(MakeTempDirectory()) {}
-
-TempDirectory::~TempDirectory() {
-    std::error_code ignored;
-    std::filesystem::remove_all(Path, ignored);
-}
 
 void WriteFile(const std::filesystem::path& file, const std::string& bytes) {
     std::ofstream(file, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));

@@ -1,20 +1,22 @@
 #pragma once
 
+#include "support/childprocess.h"
+
 #include <filesystem>
 #include <string>
 
 namespace ZorvicUnit {
 
-/// A directory that lives as long as the object.
-class TempDirectory {
+/// A temporary directory whose files are named with a slash.
+class MediaDirectory {
 public:
-    TempDirectory();
-    ~TempDirectory();
-    TempDirectory(const TempDirectory&) = delete;
-    TempDirectory& operator=(const TempDirectory&) = delete;
     std::filesystem::path operator/(const std::string& name) const { return Path / name; }
 
-    const std::filesystem::path Path;
+private:
+    const TemporaryDirectory Owner;
+
+public:
+    const std::filesystem::path Path = Owner.Path();
 };
 
 void WriteFile(const std::filesystem::path& file, const std::string& bytes);

@@ -38,7 +38,7 @@ class ProbeOf : public testing::TestWithParam<Format> {};
 
 TEST_P(ProbeOf, NamesWhatTheEncoderMade) {
     const Format& format = GetParam();
-    const TempDirectory directory;
+    const MediaDirectory directory;
     if (!Encode(format.Arguments, directory / format.File)) GTEST_SKIP() << "no encoder";
     const AssetMetadata metadata = Probe(directory / format.File, ReadLimit::Within(seconds(10)));
 
@@ -78,7 +78,7 @@ INSTANTIATE_TEST_SUITE_P(
     });
 
 TEST(Probe, StillsLastTenSecondsAndHaveNoRate) {
-    const TempDirectory directory;
+    const MediaDirectory directory;
     for (const char* name : {"still.png", "still.jpg", "still.bmp", "still.gif"}) {
         ASSERT_TRUE(Encode(Picture + "-frames:v 1", directory / name));
         const AssetMetadata metadata = Probe(directory / name, ReadLimit::Within(seconds(10)));
@@ -91,7 +91,7 @@ TEST(Probe, StillsLastTenSecondsAndHaveNoRate) {
 }
 
 TEST(Probe, ShowsTheSizeAsDisplayedWhenThePictureIsTurned) {
-    const TempDirectory directory;
+    const MediaDirectory directory;
     ASSERT_TRUE(Encode(Picture + "-c:v mpeg4", directory / "lying.mp4"));
     ASSERT_TRUE(Encode("-i '" + (directory / "lying.mp4").string() + "' -c copy -metadata:s:v rotate=90",
                        directory / "turned.mp4"));
@@ -101,7 +101,7 @@ TEST(Probe, ShowsTheSizeAsDisplayedWhenThePictureIsTurned) {
 }
 
 TEST(Probe, RoundsTheFrameRateAndAveragesAVariableOne) {
-    const TempDirectory directory;
+    const MediaDirectory directory;
     ASSERT_TRUE(Encode("-f lavfi -i testsrc=size=64x64:rate=30000/1001:duration=1 -c:v mpeg4", directory / "drop.mp4"));
     EXPECT_EQ(Probe(directory / "drop.mp4", ReadLimit::Within(seconds(10))).fps(), 30);
     // 25 pictures in the first second, 5 in each of the four that follow: 45 in 5 s.
@@ -113,7 +113,7 @@ TEST(Probe, RoundsTheFrameRateAndAveragesAVariableOne) {
 }
 
 TEST(Probe, TakesTheCoverOfAnAudioFileForNoPicture) {
-    const TempDirectory directory;
+    const MediaDirectory directory;
     ASSERT_TRUE(Encode(Picture + "-frames:v 1", directory / "cover.png"));
     ASSERT_TRUE(Encode(Tone + "-i '" + (directory / "cover.png").string() +
                            "' -map 0 -map 1 -c:a libmp3lame -c:v copy -disposition:v attached_pic",
@@ -126,7 +126,7 @@ TEST(Probe, TakesTheCoverOfAnAudioFileForNoPicture) {
 }
 
 TEST(Probe, RefusesWhatIsNotMedia) {
-    const TempDirectory directory;
+    const MediaDirectory directory;
     WriteFile(directory / "text.mp4", "Notes for the stage manager.\n");
     WriteFile(directory / "report.txt", std::string(5000, 'x') + "\n");
     WriteFile(directory / "empty.mov", "");
@@ -141,7 +141,7 @@ TEST(Probe, RefusesWhatIsNotMedia) {
 }
 
 TEST(Probe, SurvivesGarbageAndDamagedFiles) {
-    const TempDirectory directory;
+    const MediaDirectory directory;
     ASSERT_TRUE(Encode(Picture + Tone + "-c:v mpeg4 -c:a aac", directory / "whole.mp4"));
     const std::string whole = ReadFile(directory / "whole.mp4");
     const auto seed = std::random_device{}();
@@ -165,7 +165,7 @@ TEST(Probe, SurvivesGarbageAndDamagedFiles) {
 }
 
 TEST(Probe, GivesUpAtItsLimit) {
-    const TempDirectory directory;
+    const MediaDirectory directory;
     WriteFile(directory / "tone.wav", ToneFile());
     const std::atomic<bool> stop = true;
     ReadLimit limit;
@@ -184,7 +184,7 @@ TEST(MeterLevel, CountsDecibelsAboveMinusSixty) {
 }
 
 TEST(ReadEnvelope, FollowsTheSoundOfEachChannel) {
-    const TempDirectory directory;
+    const MediaDirectory directory;
     // Left: silent, from 0.5 s on at half of full scale; right: a tenth throughout.
     ASSERT_TRUE(
         Encode("-f lavfi -i \"aevalsrc='if(gte(t,0.5),0.5,0)*sin(2*PI*1000*t)|0.1*sin(2*PI*1000*t):s=48000:d=1'\"",
@@ -199,7 +199,7 @@ TEST(ReadEnvelope, FollowsTheSoundOfEachChannel) {
 }
 
 TEST(ReadEnvelope, PutsMonoOnBothSidesAndTakesTheFirstTwoOfMore) {
-    const TempDirectory directory;
+    const MediaDirectory directory;
     WriteFile(directory / "mono.wav", ToneFile());
     const auto mono = ReadEnvelope(directory / "mono.wav", {});
     ASSERT_TRUE(mono);
@@ -212,7 +212,7 @@ TEST(ReadEnvelope, PutsMonoOnBothSidesAndTakesTheFirstTwoOfMore) {
 }
 
 TEST(ReadEnvelope, KeepsTheDelayOfSoundThatStartsAfterThePicture) {
-    const TempDirectory directory;
+    const MediaDirectory directory;
     ASSERT_TRUE(
         Encode("-f lavfi -i testsrc=size=64x64:rate=25:duration=2 -itsoffset 0.5 " + Tone + "-c:v mpeg4 -c:a pcm_s16le",
                directory / "late.mov"));
@@ -224,7 +224,7 @@ TEST(ReadEnvelope, KeepsTheDelayOfSoundThatStartsAfterThePicture) {
 }
 
 TEST(ReadEnvelope, GivesNothingWithoutSound) {
-    const TempDirectory directory;
+    const MediaDirectory directory;
     ASSERT_TRUE(Encode(Picture + "-c:v mpeg4", directory / "mute.mp4"));
     EXPECT_FALSE(ReadEnvelope(directory / "mute.mp4", {}));
 }

@@ -1,16 +1,73 @@
 #include "assets/asset_store.h"
 
+#include "assets/asset_index.h"
+#include "assets/asset_scanner.h"
+#include "assets/asset_table.h"
+#include "assets/drive_reader.h"
+#include "assets/drive_table.h"
+#include "assets/file_copy.h"
+#include "assets/importer.h"
 #include "fault.h"
+#include "media/probe.h"
+
+#include <spdlog/spdlog.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <utility>
 
 namespace ZorvicUnit {
 
+namespace {
+
+constexpr std::chrono::milliseconds ReadLimitOfCallers{1500};
+
+std::vector<DriveRoot> ToRoots(const AssetStore::Options& options) {
+    std::vector<DriveRoot> roots = {{"C", options.StoreDirectory, false}};
+    for (const ExternalDrive& drive : options.Drives)
+        roots.push_back({drive.Letter, drive.Directory, true});
+    return roots;
+}
+
+}  // namespace
+
 struct AssetStore::Impl {
-    AssetStore::Options Options;
+    Impl(const Options& options, Database& database, const Clock& clock)
+        : Watch(options.Watch),
+          AssetsDirectory(options.StoreDirectory / "Assets"),
+          Drives(ToRoots(options)),
+          Table(database),
+          Time(clock) {
+        for (const DriveRoot& drive : Drives.All())
+            Readers.push_back(std::make_unique<DriveReader>(drive));
+    }
+
+    void Notify() const {
+        if (Listener && Index.HasChanges()) Listener();
+    }
+
+    DriveReader& ReaderOf(const DrivePlace& place) {
+        const auto index = place.Drive - Drives.All().data();
+        return *Readers[static_cast<std::size_t>(index)];
+    }
+
+    const bool Watch;
+    const std::filesystem::path AssetsDirectory;
+    const DriveTable Drives;
+    std::vector<std::unique_ptr<DriveReader>> Readers;  ///< in the order of Drives
+    AssetIndex Index;
+    AssetTable Table;
+    const Clock& Time;
     std::function<void()> Listener;
+    // Destroyed in reverse order: the importer hands finished files to the scanner.
+    AssetScanner Scanner{Drives, Index, Table, Time, [this] { Notify(); }};
+    Importer Imports{AssetsDirectory, Index, Table, Scanner, [this] { Notify(); }};
 };
 
-AssetStore::AssetStore(Options options, Database& /*database*/, const Clock& /*clock*/)
-    : Parts(std::make_unique<Impl>(Impl{std::move(options), {}})) {}
+AssetStore::AssetStore(Options options, Database& database, const Clock& clock)
+    : Parts(std::make_unique<Impl>(options, database, clock)) {}
 
 AssetStore::~AssetStore() = default;
 
@@ -19,46 +76,74 @@ void AssetStore::SetListener(std::function<void()> listener) {
 }
 
 void AssetStore::Start() {
-    std::filesystem::create_directories(Parts->Options.StoreDirectory / "Assets");
+    std::filesystem::create_directories(Parts->AssetsDirectory);
+    Parts->Imports.Sweep();
+    Parts->Scanner.Start(Parts->Watch);
 }
 
 std::vector<zorvic::v1::Asset> AssetStore::Assets() const {
-    return {};
+    return Parts->Index.Assets();
 }
 
 AssetChanges AssetStore::TakeChanges() {
-    return {};
+    return Parts->Index.TakeChanges();
 }
 
-std::optional<std::int32_t> AssetStore::DurationMS(const std::string& /*path*/) const {
-    return std::nullopt;
+std::optional<std::int32_t> AssetStore::DurationMS(const std::string& path) const {
+    const auto metadata = Parts->Index.Metadata(path);
+    return metadata ? std::optional(metadata->duration_ms()) : std::nullopt;
 }
 
-std::shared_ptr<const Envelope> AssetStore::Levels(const std::string& /*path*/) const {
-    return nullptr;
+std::shared_ptr<const Envelope> AssetStore::Levels(const std::string& path) const {
+    auto [levels, toLoad] = Parts->Index.Levels(path);
+    if (toLoad) Parts->Scanner.LoadLevels(*toLoad);
+    return levels;
 }
 
 zorvic::v1::AssetMetadata AssetStore::ReadMetadata(const std::string& path) const {
-    throw Fault(FaultKind::Missing, "cannot read the metadata of " + path + " yet");
+    if (auto known = Parts->Index.Metadata(path)) return *std::move(known);
+    const auto content = Parts->Index.Find(path);
+    if (!content) throw Fault(FaultKind::NotFound, "there is no asset " + path);
+    auto metadata = Probe(ResolveOnDrive(Parts->Drives.Parse(path)), ReadLimit::Within(ReadLimitOfCallers));
+    metadata.set_file_path(path);
+    return metadata;
 }
 
 void AssetStore::Delete(const std::string& path) {
-    throw Fault(FaultKind::Missing, "cannot delete " + path + " yet");
+    const DrivePlace place = Parts->Drives.Parse(path);
+    if (!place.IsBelowAssets()) throw Fault(FaultKind::Misused, path + " is not the path of an asset");
+    if (!Parts->Index.EndImport(path)) {
+        if (!Parts->Index.Find(path)) throw Fault(FaultKind::NotFound, "there is no asset " + path);
+        const auto file = place.HostPath();
+        if (unlink(file.c_str()) != 0 && errno != ENOENT)
+            throw Fault(FaultKind::Internal, "cannot delete " + path + ": " + std::strerror(errno));
+        Parts->Index.Remove(path);
+        SyncDirectory(file.parent_path());
+        Parts->Table.Remove({path});
+    }
+    Parts->Notify();
 }
 
 std::vector<zorvic::v1::Drive> AssetStore::Drives() const {
-    return {};
+    std::vector<zorvic::v1::Drive> drives;
+    for (const auto& reader : Parts->Readers)
+        drives.push_back(reader->Space());
+    return drives;
 }
 
-std::vector<zorvic::v1::DirectoryEntry> AssetStore::ListDirectory(const std::string& drive,
-                                                                  const std::string& /*path*/) {
-    throw Fault(FaultKind::Missing, "cannot list drive " + drive + " yet");
+std::vector<zorvic::v1::DirectoryEntry> AssetStore::ListDirectory(const std::string& drive, const std::string& path) {
+    const DrivePlace place = Parts->Drives.Parse(drive, path);
+    return Parts->ReaderOf(place).List(place.Names);
 }
 
 void AssetStore::Install(const std::string& path) {
-    throw Fault(FaultKind::Missing, "cannot import " + path + " yet");
+    const DrivePlace place = Parts->Drives.Parse(path);
+    if (place.Names.empty()) throw Fault(FaultKind::Misused, path + " is no file");
+    Parts->Imports.Add(Parts->ReaderOf(place).FindFile(place.Names), place.Names.back());
 }
 
-void AssetStore::RescanNow() {}
+void AssetStore::RescanNow() {
+    Parts->Scanner.Scan();
+}
 
 }  // namespace ZorvicUnit

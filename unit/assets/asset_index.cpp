@@ -1,0 +1,287 @@
+#include "assets/asset_index.h"
+
+#include "assets/names.h"
+#include "fault.h"
+
+#include <zorvic/enums.h>
+
+#include <utility>
+
+namespace ZorvicUnit {
+
+namespace {
+
+using zorvic::v1::Asset;
+using zorvic::v1::AssetMetadata;
+
+constexpr std::int64_t NanosecondsPerSecond = 1'000'000'000;
+
+Asset Describe(const std::string& path, const FileStamp& stamp, Zorvic::AssetState state) {
+    Asset asset;
+    asset.set_full_path(path);
+    asset.set_last_modified(stamp.ModifiedNS / NanosecondsPerSecond);
+    asset.set_total_size(stamp.Size);
+    asset.set_current_size(stamp.Size);
+    asset.set_status(state);
+    return asset;
+}
+
+}  // namespace
+
+void AssetIndex::Remember(std::vector<AssetRecord> records) {
+    const std::lock_guard guard(Lock);
+    for (AssetRecord& record : records)
+        Remembered[record.Content.Path] = std::move(record);
+}
+
+void AssetIndex::BeginScan() {
+    const std::lock_guard guard(Lock);
+    TouchedDuringScan.clear();
+}
+
+AssetIndex::ScanResult AssetIndex::FinishScan(const TreeContent& content, Clock::TimePoint now,
+                                              std::int64_t restedBefore) {
+    const std::lock_guard guard(Lock);
+    ScanResult result;
+    std::set<std::string> seen;
+    for (const FoundFile& found : content.Files) {
+        seen.insert(found.UnitPath);
+        if (!TouchedDuringScan.contains(found.UnitPath)) Meet(found, now, restedBefore, result);
+    }
+    if (content.Complete) Forget(seen, result);
+    return result;
+}
+
+void AssetIndex::Meet(const FoundFile& found, Clock::TimePoint now, std::int64_t restedBefore, ScanResult& result) {
+    const auto [at, isNew] = Files.try_emplace(found.UnitPath);
+    File& file = at->second;
+    if (isNew || file.Stamp != found.Stamp) {
+        const bool listed =
+            isNew ? HasMediaExtension(found.UnitPath) : file.Listed || HasMediaExtension(found.UnitPath);
+        file = {};
+        file.Stamp = found.Stamp;
+        file.Changed = now;
+        file.Listed = listed;
+        Changed.insert(found.UnitPath);
+        const auto known = Remembered.extract(found.UnitPath);
+        if (!known.empty() && known.mapped().Content.Stamp == found.Stamp) {
+            MakeReady(file, known.mapped());
+            result.Known.push_back(known.mapped());
+        }
+    }
+    if (file.At != Stage::Settling) return;
+    if (now - file.Changed >= Rest || (isNew && found.Stamp.ModifiedNS < restedBefore)) {
+        file.At = Stage::Reading;
+        result.ToProbe.push_back({found.UnitPath, found.Stamp});
+    } else {
+        result.Settling = true;
+    }
+}
+
+void AssetIndex::Forget(const std::set<std::string>& seen, ScanResult& result) {
+    for (auto at = Files.begin(); at != Files.end();) {
+        if (seen.contains(at->first) || TouchedDuringScan.contains(at->first)) {
+            ++at;
+            continue;
+        }
+        result.Gone.push_back(at->first);
+        Changed.insert(at->first);
+        at = Files.erase(at);
+    }
+    for (const auto& [path, record] : std::exchange(Remembered, {}))
+        result.Gone.push_back(path);
+}
+
+void AssetIndex::MakeReady(File& file, const AssetRecord& record) {
+    file.At = Stage::Ready;
+    file.Listed = true;
+    file.Checksum = record.Checksum;
+    file.Metadata = record.Metadata;
+    file.LevelsStored = record.LevelsStored;
+}
+
+AssetIndex::File* AssetIndex::Current(const AssetContent& content) {
+    const auto at = Files.find(content.Path);
+    return at == Files.end() || at->second.Stamp != content.Stamp ? nullptr : &at->second;
+}
+
+bool AssetIndex::SetMetadata(const AssetContent& content, const AssetMetadata& metadata) {
+    const std::lock_guard guard(Lock);
+    File* file = Current(content);
+    if (file == nullptr || file->At != Stage::Reading) return false;
+    file->Metadata = metadata;
+    file->Listed = true;
+    Changed.insert(content.Path);
+    return true;
+}
+
+std::optional<AssetRecord> AssetIndex::SetChecksum(const AssetContent& content, const std::string& checksum) {
+    const std::lock_guard guard(Lock);
+    File* file = Current(content);
+    if (file == nullptr || file->At != Stage::Reading || !file->Metadata) return std::nullopt;
+    file->Checksum = checksum;
+    file->At = Stage::Ready;
+    Changed.insert(content.Path);
+    return AssetRecord{content, checksum, *file->Metadata};
+}
+
+bool AssetIndex::SetLevels(const AssetContent& content, std::shared_ptr<const Envelope> levels) {
+    const std::lock_guard guard(Lock);
+    File* file = Current(content);
+    if (file == nullptr) return false;
+    file->Levels = std::move(levels);
+    return true;
+}
+
+bool AssetIndex::SetNotMedia(const AssetContent& content) {
+    const std::lock_guard guard(Lock);
+    File* file = Current(content);
+    if (file == nullptr) return false;
+    file->At = Stage::NotMedia;
+    file->Listed = false;
+    file->Metadata.reset();
+    Changed.insert(content.Path);
+    return true;
+}
+
+void AssetIndex::Remove(const std::string& path) {
+    const std::lock_guard guard(Lock);
+    Files.erase(path);
+    TouchedDuringScan.insert(path);
+    Changed.insert(path);
+}
+
+std::uint64_t AssetIndex::BeginImport(const std::string& path, const FileStamp& source) {
+    const std::lock_guard guard(Lock);
+    const auto at = Imports.find(path);
+    if (at != Imports.end() && at->second.Shown.status() == Zorvic::ZORVIC_ASSETSTATE_INGESTING)
+        throw Fault(FaultKind::Refused, path + " is already on its way into the store");
+    Import import{++LastImport, false, Describe(path, source, Zorvic::ZORVIC_ASSETSTATE_INGESTING)};
+    import.Shown.set_current_size(0);
+    Imports[path] = std::move(import);
+    Changed.insert(path);
+    return LastImport;
+}
+
+AssetIndex::Import* AssetIndex::Current(const std::string& path, std::uint64_t import) {
+    const auto at = Imports.find(path);
+    return at == Imports.end() || at->second.Number != import ? nullptr : &at->second;
+}
+
+bool AssetIndex::SetImportProgress(const std::string& path, std::uint64_t import, std::int64_t size) {
+    const std::lock_guard guard(Lock);
+    Import* found = Current(path, import);
+    if (found == nullptr) return false;
+    if (found->Shown.current_size() == size) return true;
+    found->Shown.set_current_size(size);
+    Changed.insert(path);
+    return true;
+}
+
+bool AssetIndex::BeginCommit(const std::string& path, std::uint64_t import) {
+    const std::lock_guard guard(Lock);
+    Import* found = Current(path, import);
+    if (found != nullptr) found->Committing = true;
+    return found != nullptr;
+}
+
+void AssetIndex::FinishImport(const AssetRecord& record) {
+    const std::lock_guard guard(Lock);
+    const std::string& path = record.Content.Path;
+    Imports.erase(path);
+    File& file = Files[path] = {};
+    file.Stamp = record.Content.Stamp;
+    MakeReady(file, record);
+    TouchedDuringScan.insert(path);
+    Changed.insert(path);
+}
+
+void AssetIndex::FailImport(const std::string& path, std::uint64_t import) {
+    const std::lock_guard guard(Lock);
+    Import* found = Current(path, import);
+    if (found == nullptr) return;
+    found->Committing = false;
+    found->Shown.set_status(Zorvic::ZORVIC_ASSETSTATE_ERROR);
+    found->Shown.set_current_size(found->Shown.total_size());
+    Changed.insert(path);
+}
+
+bool AssetIndex::EndImport(const std::string& path) {
+    const std::lock_guard guard(Lock);
+    const auto at = Imports.find(path);
+    if (at == Imports.end()) return false;
+    if (at->second.Committing) throw Fault(FaultKind::Refused, "the import of " + path + " is just being finished");
+    Imports.erase(at);
+    Changed.insert(path);
+    return true;
+}
+
+std::optional<Asset> AssetIndex::Show(const std::string& path) const {
+    if (const auto import = Imports.find(path); import != Imports.end()) return import->second.Shown;
+    const auto at = Files.find(path);
+    if (at == Files.end() || !at->second.Listed) return std::nullopt;
+    const File& file = at->second;
+    const bool ready = file.At == Stage::Ready;
+    Asset asset =
+        Describe(path, file.Stamp, ready ? Zorvic::ZORVIC_ASSETSTATE_READY : Zorvic::ZORVIC_ASSETSTATE_PROCESSING);
+    asset.set_checksum(file.Checksum);
+    if (file.Metadata) *asset.mutable_metadata() = *file.Metadata;
+    return asset;
+}
+
+std::vector<Asset> AssetIndex::Assets() const {
+    const std::lock_guard guard(Lock);
+    std::set<std::string> paths;
+    for (const auto& [path, file] : Files)
+        paths.insert(paths.end(), path);
+    for (const auto& [path, import] : Imports)
+        paths.insert(path);
+    std::vector<Asset> assets;
+    for (const std::string& path : paths)
+        if (auto asset = Show(path)) assets.push_back(std::move(*asset));
+    return assets;
+}
+
+AssetChanges AssetIndex::TakeChanges() {
+    const std::lock_guard guard(Lock);
+    AssetChanges changes;
+    for (const std::string& path : std::exchange(Changed, {})) {
+        if (auto asset = Show(path)) {
+            Shown.insert(path);
+            changes.Upserted.push_back(std::move(*asset));
+        } else if (Shown.erase(path) > 0) {
+            changes.Removed.push_back(path);
+        }
+    }
+    return changes;
+}
+
+bool AssetIndex::HasChanges() const {
+    const std::lock_guard guard(Lock);
+    return !Changed.empty();
+}
+
+std::optional<AssetContent> AssetIndex::Find(const std::string& path) const {
+    const std::lock_guard guard(Lock);
+    const auto at = Files.find(path);
+    if (at == Files.end() || !at->second.Listed) return std::nullopt;
+    return AssetContent{path, at->second.Stamp};
+}
+
+std::optional<AssetMetadata> AssetIndex::Metadata(const std::string& path) const {
+    const std::lock_guard guard(Lock);
+    const auto at = Files.find(path);
+    return at == Files.end() ? std::nullopt : at->second.Metadata;
+}
+
+AssetIndex::LevelsAnswer AssetIndex::Levels(const std::string& path) {
+    const std::lock_guard guard(Lock);
+    const auto at = Files.find(path);
+    if (at == Files.end()) return {};
+    LevelsAnswer answer{at->second.Levels, std::nullopt};
+    if (std::exchange(at->second.LevelsStored, false) && answer.Levels == nullptr)
+        answer.ToLoad = AssetContent{path, at->second.Stamp};
+    return answer;
+}
+
+}  // namespace ZorvicUnit

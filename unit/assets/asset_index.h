@@ -1,0 +1,127 @@
+#pragma once
+
+#include "assets/asset_store.h"
+#include "assets/tree_walk.h"
+#include "clock.h"
+#include "media_catalog.h"
+
+#include <zorvic/v1/unit.pb.h>
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace ZorvicUnit {
+
+/// One content of one file: what a worker was asked to read.
+struct AssetContent {
+    std::string Path;  ///< of the unit
+    FileStamp Stamp;
+};
+
+/// What is known of a content once it was read.
+struct AssetRecord {
+    AssetContent Content;
+    std::string Checksum;
+    zorvic::v1::AssetMetadata Metadata;
+    bool LevelsStored = false;  ///< levels (or that there are none) can be loaded
+};
+
+/// The list of assets in memory and what it shows of each: files that rest, are read, are ready or are no media, and
+/// imports in front of them. Touches neither disk nor threads; safe to call from every thread, and never slow.
+class AssetIndex {
+public:
+    /// How long a file must not change before it counts as complete.
+    static constexpr std::chrono::seconds Rest{2};
+
+    struct ScanResult {
+        std::vector<AssetContent> ToProbe;  ///< complete, and not known yet
+        std::vector<AssetRecord> Known;     ///< came to the list, known from before
+        std::vector<std::string> Gone;
+        bool Settling = false;  ///< some file has not rested yet: scan again soon
+    };
+
+    /// Contents known from an earlier run; before the first scan.
+    void Remember(std::vector<AssetRecord> records);
+    /// To be called before the disk is read: what Remove() and FinishImport() change until FinishScan() is newer than
+    /// what the scan saw.
+    void BeginScan();
+    /// Takes over what the disk holds. `restedBefore` (as ModifiedNS): files that a scan meets for the first time and
+    /// that are older than this count as complete at once.
+    ScanResult FinishScan(const TreeContent& content, Clock::TimePoint now, std::int64_t restedBefore);
+
+    // Results of the workers. False when the file has changed or gone meanwhile: the result is then dropped.
+    bool SetMetadata(const AssetContent& content, const zorvic::v1::AssetMetadata& metadata);
+    std::optional<AssetRecord> SetChecksum(const AssetContent& content, const std::string& checksum);
+    bool SetLevels(const AssetContent& content, std::shared_ptr<const Envelope> levels);
+    bool SetNotMedia(const AssetContent& content);
+
+    /// Forgets a file that was deleted.
+    void Remove(const std::string& path);
+
+    // Imports. The number tells an import from a later one to the same path.
+    /// Throws Refused when an import to this path is on its way.
+    std::uint64_t BeginImport(const std::string& path, const FileStamp& source);
+    /// False when the import was ended from outside.
+    bool SetImportProgress(const std::string& path, std::uint64_t import, std::int64_t size);
+    /// From here on EndImport() refuses; false when the import was ended before.
+    bool BeginCommit(const std::string& path, std::uint64_t import);
+    void FinishImport(const AssetRecord& record);
+    void FailImport(const std::string& path, std::uint64_t import);
+    /// Takes an import or a failed one off the list; false when there is none, Refused when it is being finished.
+    bool EndImport(const std::string& path);
+
+    std::vector<zorvic::v1::Asset> Assets() const;
+    AssetChanges TakeChanges();
+    bool HasChanges() const;
+
+    /// The file behind a listed asset; nothing when there is none (unknown, or an import that replaces nothing).
+    std::optional<AssetContent> Find(const std::string& path) const;
+    std::optional<zorvic::v1::AssetMetadata> Metadata(const std::string& path) const;
+    struct LevelsAnswer {
+        std::shared_ptr<const Envelope> Levels;
+        std::optional<AssetContent> ToLoad;  ///< given once: these levels are stored and should be loaded
+    };
+    LevelsAnswer Levels(const std::string& path);
+
+private:
+    enum class Stage { Settling, Reading, Ready, NotMedia };
+    struct File {
+        FileStamp Stamp;
+        Clock::TimePoint Changed;
+        Stage At = Stage::Settling;
+        bool Listed = false;
+        std::string Checksum;
+        std::optional<zorvic::v1::AssetMetadata> Metadata;
+        std::shared_ptr<const Envelope> Levels;
+        bool LevelsStored = false;
+    };
+    struct Import {
+        std::uint64_t Number = 0;
+        bool Committing = false;
+        zorvic::v1::Asset Shown;
+    };
+
+    void Meet(const FoundFile& found, Clock::TimePoint now, std::int64_t restedBefore, ScanResult& result);
+    void Forget(const std::set<std::string>& seen, ScanResult& result);
+    void MakeReady(File& file, const AssetRecord& record);
+    File* Current(const AssetContent& content);
+    Import* Current(const std::string& path, std::uint64_t import);
+    std::optional<zorvic::v1::Asset> Show(const std::string& path) const;
+
+    mutable std::mutex Lock;  ///< guards all below
+    std::map<std::string, AssetRecord> Remembered;
+    std::map<std::string, File> Files;
+    std::map<std::string, Import> Imports;
+    std::uint64_t LastImport = 0;
+    std::set<std::string> TouchedDuringScan;
+    std::set<std::string> Changed;
+    std::set<std::string> Shown;  ///< paths that TakeChanges() has given out as being there
+};
+
+}  // namespace ZorvicUnit

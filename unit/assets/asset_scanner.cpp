@@ -1,0 +1,186 @@
+#include "assets/asset_scanner.h"
+
+#include "assets/file_reader.h"
+#include "assets/names.h"
+#include "fault.h"
+#include "media/checksum.h"
+#include "media/envelope.h"
+#include "media/probe.h"
+
+#include <spdlog/spdlog.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace ZorvicUnit {
+
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+// Files that are just being written are looked at this often.
+constexpr milliseconds SettlingPeriod{500};
+// Without the kernel's help.
+constexpr milliseconds BlindPeriod{1500};
+// With it, changes that it cannot see (a network store) are still met, at a five-hundredth of the processor.
+constexpr milliseconds LongestPeriod = seconds(30);
+constexpr int CostShare = 500;
+// A file that grows reports every write: scans take at most a tenth of the time.
+constexpr milliseconds LeastPause{200};
+constexpr int BusyCostShare = 10;
+
+constexpr seconds StreamLimit{60};
+constexpr std::size_t SaveAtOnce = 64;
+
+milliseconds Longer(std::chrono::steady_clock::duration cost, int share, milliseconds least, milliseconds most) {
+    return std::clamp(std::chrono::duration_cast<milliseconds>(cost * share), least, most);
+}
+
+std::int64_t NowNS() {
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(now).count();
+}
+
+ReadLimit Until(const Worker& worker) {
+    return {std::chrono::steady_clock::time_point::max(), &worker.Stopping()};
+}
+
+}  // namespace
+
+AssetScanner::AssetScanner(const DriveTable& drives, AssetIndex& index, AssetTable& table, const Clock& clock,
+                           std::function<void()> notify)
+    : Drives(drives),
+      Index(index),
+      Table(table),
+      Time(clock),
+      Notify(std::move(notify)),
+      Walker(drives.All().front()) {}
+
+AssetScanner::~AssetScanner() {
+    // All are asked before the first is waited for.
+    for (auto* worker : {&Levels, &Checksums, &Streams, &Watcher})
+        if (*worker) (*worker)->RequestStop();
+    Watch.WakeUp();
+    Watcher.reset();
+    Streams.reset();
+    Checksums.reset();
+    SaveFinished();
+}
+
+void AssetScanner::Start(bool watch) {
+    Levels.emplace("zu-levels", Manners::Last);
+    Checksums.emplace("zu-checksums", Manners::Modest);
+    Streams.emplace("zu-streams", Manners::Modest);
+    Index.Remember(Table.Load());
+    Scan();
+    if (!watch) return;
+    Watcher.emplace("zu-scan", Manners::Normal);
+    Watcher->Post(0, [this] { WatchLoop(); });
+}
+
+void AssetScanner::WatchLoop() {
+    while (!Watcher->Stopping()) {
+        const milliseconds quiet =
+            Watch.IsComplete() ? Longer(Cost, CostShare, BlindPeriod, LongestPeriod) : BlindPeriod;
+        Watch.Wait(Settling ? SettlingPeriod : quiet);
+        if (Watcher->Stopping()) return;
+        try {
+            Scan();
+        } catch (const std::exception& error) {
+            spdlog::error("looking for assets: {}", error.what());
+        }
+        Watch.Pause(Longer(Cost, BusyCostShare, LeastPause, BlindPeriod));
+    }
+}
+
+void AssetScanner::Scan() {
+    std::vector<std::string> gone;
+    {
+        const std::lock_guard guard(ScanLock);
+        const auto began = std::chrono::steady_clock::now();
+        Index.BeginScan();
+        const TreeContent content = Walker.Walk([this](const auto& directory) { Watch.Add(directory); });
+        const std::int64_t rested = NowNS() - std::chrono::nanoseconds(AssetIndex::Rest).count();
+        AssetIndex::ScanResult result = Index.FinishScan(content, Time.Now(), std::exchange(First, false) ? rested : 0);
+        for (const AssetContent& complete : result.ToProbe)
+            Streams->Post(0, [this, complete] { ReadStreams(complete); });
+        for (const AssetRecord& record : result.Known)
+            if (!record.LevelsStored) ReadLevels(record.Content);
+        gone = std::move(result.Gone);
+        Settling = result.Settling;
+        Cost = std::chrono::steady_clock::now() - began;
+    }
+    Notify();
+    try {
+        Table.Remove(gone);
+    } catch (const Fault& fault) {
+        spdlog::error("cannot forget {} assets that are gone: {}", gone.size(), fault.what());
+    }
+}
+
+std::filesystem::path AssetScanner::FileOf(const AssetContent& content) const {
+    return Drives.Parse(content.Path).HostPath();
+}
+
+void AssetScanner::ReadStreams(const AssetContent& content) {
+    try {
+        ReadLimit limit = ReadLimit::Within(StreamLimit);
+        limit.Stop = &Streams->Stopping();
+        zorvic::v1::AssetMetadata metadata = Probe(FileOf(content), limit);
+        metadata.set_file_path(content.Path);
+        if (Index.SetMetadata(content, metadata))
+            Checksums->Post(content.Stamp.Size, [this, content] { ReadChecksum(content); });
+    } catch (const std::exception& error) {
+        if (Streams->Stopping()) return;
+        if (Index.SetNotMedia(content)) spdlog::info("{} is no asset: {}", content.Path, error.what());
+    }
+    Notify();
+}
+
+void AssetScanner::ReadChecksum(const AssetContent& content) {
+    try {
+        Checksum checksum;
+        ReadWhole(FileOf(content), Checksums->Stopping(), [&](auto bytes) { checksum.Add(bytes); });
+        if (auto record = Index.SetChecksum(content, checksum.Hex())) Finished.push_back(std::move(*record));
+    } catch (const std::exception& error) {
+        if (Checksums->Stopping()) return;
+        if (Index.SetNotMedia(content)) spdlog::warn("{} cannot be read: {}", content.Path, error.what());
+    }
+    Notify();
+    // One synchronised write for many small files: the preset store waits behind each.
+    if (!Checksums->HasWork() || Finished.size() >= SaveAtOnce) SaveFinished();
+}
+
+void AssetScanner::SaveFinished() {
+    const auto records = std::exchange(Finished, {});
+    if (records.empty()) return;
+    try {
+        Table.Save(records);
+    } catch (const Fault& fault) {
+        spdlog::error("cannot keep what was read of {} assets: {}", records.size(), fault.what());
+    }
+    for (const AssetRecord& record : records)
+        ReadLevels(record.Content);
+}
+
+void AssetScanner::ReadLevels(const AssetContent& content) {
+    Levels->Post(content.Stamp.Size, [this, content] {
+        std::shared_ptr<const Envelope> levels;
+        try {
+            if (auto read = ReadEnvelope(FileOf(content), Until(*Levels)))
+                levels = std::make_shared<const Envelope>(std::move(*read));
+        } catch (const Fault& fault) {
+            if (Levels->Stopping()) return;
+            spdlog::warn("no levels for {}: {}", content.Path, fault.what());
+        }
+        if (Index.SetLevels(content, levels)) Table.SaveLevels(content, levels.get());
+    });
+}
+
+void AssetScanner::LoadLevels(const AssetContent& content) {
+    // Before all files that wait to be read: it is short, and something is about to play.
+    Streams->Post(-1, [this, content] { Index.SetLevels(content, Table.LoadLevels(content)); });
+}
+
+}  // namespace ZorvicUnit

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "assets/asset_index.h"
+#include "assets/asset_table.h"
+#include "assets/change_watch.h"
+#include "assets/drive_table.h"
+#include "assets/tree_walk.h"
+#include "assets/worker.h"
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+
+namespace ZorvicUnit {
+
+/// Keeps the index equal to the disk: looks for files, and has new ones read, first their streams, then their checksum,
+/// then their levels, each by a thread of its own, so that a long film does not keep a short one waiting.
+class AssetScanner {
+public:
+    /// `notify` is called from the worker threads, without a lock, when the index may have changed.
+    AssetScanner(const DriveTable& drives, AssetIndex& index, AssetTable& table, const Clock& clock,
+                 std::function<void()> notify);
+    ~AssetScanner();
+
+    /// Scans once in the calling thread, then on every change when `watch` is set.
+    void Start(bool watch);
+    /// Compares disk and index once, in the calling thread; scans of several threads go one after the other.
+    void Scan();
+
+    /// Has levels computed, or brought back from the table.
+    void ReadLevels(const AssetContent& content);
+    void LoadLevels(const AssetContent& content);
+
+private:
+    void WatchLoop();
+    void ReadStreams(const AssetContent& content);
+    void ReadChecksum(const AssetContent& content);
+    void SaveFinished();
+    std::filesystem::path FileOf(const AssetContent& content) const;
+
+    const DriveTable& Drives;
+    AssetIndex& Index;
+    AssetTable& Table;
+    const Clock& Time;
+    const std::function<void()> Notify;
+
+    std::mutex ScanLock;  ///< held for a whole scan; guards the five below
+    TreeWalk Walker;
+    ChangeWatch Watch;
+    bool First = true;
+    bool Settling = false;
+    std::chrono::steady_clock::duration Cost{};  ///< of the last scan
+
+    std::vector<AssetRecord> Finished;  ///< read and not yet in the table; of the checksum thread only
+
+    // Destroyed in reverse order: each hands its results to the ones above it.
+    std::optional<Worker> Levels;
+    std::optional<Worker> Checksums;
+    std::optional<Worker> Streams;
+    std::optional<Worker> Watcher;
+};
+
+}  // namespace ZorvicUnit

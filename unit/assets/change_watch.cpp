@@ -1,0 +1,64 @@
+#include "assets/change_watch.h"
+
+#include <poll.h>
+#include <spdlog/spdlog.h>
+#include <sys/eventfd.h>
+#include <sys/inotify.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+
+namespace ZorvicUnit {
+
+namespace {
+
+constexpr std::uint32_t Changes = IN_CREATE | IN_DELETE | IN_MODIFY | IN_CLOSE_WRITE | IN_ATTRIB | IN_MOVED_FROM |
+                                  IN_MOVED_TO | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
+
+// The events' content does not matter: the directories are read again.
+bool Discard(int descriptor) {
+    std::array<char, 16384> buffer = {};
+    bool any = false;
+    while (read(descriptor, buffer.data(), buffer.size()) > 0)
+        any = true;
+    return any;
+}
+
+}  // namespace
+
+ChangeWatch::ChangeWatch()
+    : Notify(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)), Alarm(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)) {}
+
+ChangeWatch::~ChangeWatch() {
+    if (Notify >= 0) close(Notify);
+    if (Alarm >= 0) close(Alarm);
+}
+
+void ChangeWatch::Add(const std::filesystem::path& directory) {
+    if (Notify >= 0 && inotify_add_watch(Notify, directory.c_str(), Changes) >= 0) return;
+    if (errno == ENOENT || errno == ENOTDIR) return;
+    if (Complete)
+        spdlog::warn("cannot watch {}: {}; looking for changes instead", directory.string(), std::strerror(errno));
+    Complete = false;
+}
+
+bool ChangeWatch::Wait(std::chrono::milliseconds limit) {
+    std::array<pollfd, 2> events = {pollfd{Notify, POLLIN, 0}, pollfd{Alarm, POLLIN, 0}};
+    poll(events.data(), events.size(), static_cast<int>(limit.count()));
+    Discard(Alarm);
+    return Notify >= 0 && Discard(Notify);
+}
+
+void ChangeWatch::Pause(std::chrono::milliseconds limit) {
+    pollfd event = {Alarm, POLLIN, 0};
+    poll(&event, 1, static_cast<int>(limit.count()));
+}
+
+void ChangeWatch::WakeUp() const {
+    const std::uint64_t one = 1;
+    [[maybe_unused]] const auto written = write(Alarm, &one, sizeof one);
+}
+
+}  // namespace ZorvicUnit

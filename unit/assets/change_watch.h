@@ -1,0 +1,39 @@
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+
+namespace ZorvicUnit {
+
+/// Wakes a thread when something in the watched directories changes. Where the kernel cannot tell (too many watches, a
+/// network file system) the caller has to look by itself.
+class ChangeWatch {
+public:
+    ChangeWatch();
+    ~ChangeWatch();
+    ChangeWatch(const ChangeWatch&) = delete;
+    ChangeWatch& operator=(const ChangeWatch&) = delete;
+
+    /// Watches a directory (not what is below it); again for a known one does nothing. A directory that goes is
+    /// forgotten by itself.
+    void Add(const std::filesystem::path& directory);
+
+    /// Waits for a change, for WakeUp() or for the time to pass. True when something changed.
+    bool Wait(std::chrono::milliseconds limit);
+
+    /// Waits for WakeUp() or for the time to pass, whatever changes.
+    void Pause(std::chrono::milliseconds limit);
+
+    /// Ends a wait or a pause; from any thread.
+    void WakeUp() const;
+
+    /// Whether every directory given is watched.
+    bool IsComplete() const { return Complete; }
+
+private:
+    int Notify;
+    int Alarm;
+    bool Complete = true;
+};
+
+}  // namespace ZorvicUnit

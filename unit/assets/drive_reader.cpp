@@ -1,0 +1,198 @@
+#include "assets/drive_reader.h"
+
+#include "assets/names.h"
+#include "assets/worker.h"
+#include "fault.h"
+
+#include <strings.h>
+#include <sys/statvfs.h>
+
+#include <algorithm>
+#include <condition_variable>
+#include <deque>
+#include <optional>
+#include <utility>
+
+namespace ZorvicUnit {
+
+namespace {
+
+using zorvic::v1::DirectoryEntry;
+
+constexpr std::size_t MostQuestions = 16;
+constexpr std::chrono::milliseconds Farewell{300};
+
+template <typename T>
+bool IsReady(const std::shared_future<T>& answer, std::chrono::milliseconds limit = {}) {
+    return answer.valid() && answer.wait_for(limit) == std::future_status::ready;
+}
+
+bool ByName(const DirectoryEntry& left, const DirectoryEntry& right) {
+    if (left.directory() != right.directory()) return left.directory();
+    const int order = strcasecmp(left.filename().c_str(), right.filename().c_str());
+    return order != 0 ? order < 0 : left.filename() < right.filename();
+}
+
+// Nothing when the entry is not for a console: other kinds of file, and what leads off the drive.
+std::optional<DirectoryEntry> Describe(const DrivePlace& place, const std::filesystem::directory_entry& found) {
+    const std::string name = found.path().filename().string();
+    if (IsHidden(name) || NameProblem(name) != nullptr) return std::nullopt;
+    DrivePlace below = place;
+    below.Names.push_back(name);
+    std::error_code error;
+    if (found.is_symlink(error)) {
+        try {
+            ResolveOnDrive(below);
+        } catch (const Fault&) {
+            return std::nullopt;
+        }
+    }
+    DirectoryEntry entry;
+    entry.set_filename(name);
+    entry.set_full_path(below.UnitPath());
+    entry.set_directory(found.is_directory(error));
+    if (entry.directory()) return entry;
+    if (!HasMediaExtension(name) || !found.is_regular_file(error)) return std::nullopt;
+    const auto size = found.file_size(error);
+    entry.set_size(error ? 0 : static_cast<std::int64_t>(size));
+    return entry;
+}
+
+}  // namespace
+
+/// What reader and thread share.
+struct DriveReader::State {
+    const DriveRoot Drive;
+    std::mutex Lock;  ///< guards all below
+    std::condition_variable Wake;
+    std::deque<std::function<void()>> Questions;
+    bool Stop = false;
+    bool Ended = false;
+};
+
+DriveReader::DriveReader(DriveRoot drive)
+    : Shared(new State{std::move(drive), {}, {}, {}}), Thread([shared = Shared] { Run(shared); }) {}
+
+DriveReader::~DriveReader() {
+    std::unique_lock guard(Shared->Lock);
+    Shared->Stop = true;
+    Shared->Questions.clear();
+    Shared->Wake.notify_all();
+    const bool ended = Shared->Wake.wait_for(guard, Farewell, [this] { return Shared->Ended; });
+    guard.unlock();
+    if (ended) {
+        Thread.join();
+    } else {
+        Thread.detach();
+    }
+}
+
+void DriveReader::Run(const std::shared_ptr<State>& shared) {
+    NameThread("zu-drive-" + shared->Drive.Letter, Manners::Modest);
+    std::unique_lock guard(shared->Lock);
+    while (true) {
+        shared->Wake.wait(guard, [&] { return shared->Stop || !shared->Questions.empty(); });
+        if (shared->Stop) break;
+        const auto question = std::move(shared->Questions.front());
+        shared->Questions.pop_front();
+        guard.unlock();
+        question();
+        guard.lock();
+    }
+    shared->Ended = true;
+    shared->Wake.notify_all();
+}
+
+template <typename T>
+std::shared_future<T> DriveReader::Ask(std::function<T(const DriveRoot&)> question) {
+    // The thread may outlive the reader: it gets copies, and the state stays as long as its thread.
+    const auto task = std::make_shared<std::packaged_task<T()>>(
+        [question = std::move(question), drive = Shared->Drive] { return question(drive); });
+    const std::lock_guard guard(Shared->Lock);
+    if (Shared->Questions.size() >= MostQuestions)
+        throw Fault(FaultKind::Slow, "drive " + Shared->Drive.Letter + " does not answer");
+    Shared->Questions.emplace_back([task] { (*task)(); });
+    Shared->Wake.notify_all();
+    return task->get_future().share();
+}
+
+DriveReader::Listing DriveReader::ListDirectory(const DrivePlace& place) {
+    const auto path = ResolveOnDrive(place);
+    std::error_code error;
+    if (!std::filesystem::is_directory(path, error))
+        throw Fault(FaultKind::Misused, place.UnitPath() + " is no directory");
+    Listing listing;
+    for (std::filesystem::directory_iterator at(path, error), end; !error && at != end; at.increment(error))
+        if (auto entry = Describe(place, *at)) listing.Entries.push_back(std::move(*entry));
+    if (error) throw Fault(FaultKind::NotFound, "cannot list " + place.UnitPath() + ": " + error.message());
+    std::sort(listing.Entries.begin(), listing.Entries.end(), &ByName);
+    listing.Finished = std::chrono::steady_clock::now();
+    return listing;
+}
+
+std::shared_future<DriveReader::Listing> DriveReader::AskOrFind(const std::vector<std::string>& names) {
+    const std::lock_guard guard(Lock);
+    const auto stale = [oldest = std::chrono::steady_clock::now() - Freshness](const auto& known) {
+        if (!IsReady(known.second)) return false;
+        try {
+            return known.second.get().Finished < oldest;
+        } catch (const Fault&) {
+            return true;
+        }
+    };
+    std::erase_if(Listings, stale);
+    auto& listing = Listings[names];
+    if (!listing.valid())
+        listing = Ask<Listing>([names](const DriveRoot& drive) { return ListDirectory({&drive, names}); });
+    return listing;
+}
+
+std::vector<DirectoryEntry> DriveReader::List(const std::vector<std::string>& names) {
+    const auto listing = AskOrFind(names);
+    if (!IsReady(listing, Patience)) throw Fault(FaultKind::Slow, "drive " + Shared->Drive.Letter + " is slow");
+    const std::lock_guard guard(Lock);
+    Listings.erase(names);
+    return listing.get().Entries;
+}
+
+SourceFile DriveReader::FindFile(const std::vector<std::string>& names) {
+    const auto found = Ask<SourceFile>([names](const DriveRoot& drive) {
+        const auto file = ResolveOnDrive({&drive, names});
+        return SourceFile{file, ReadStamp(file)};
+    });
+    if (!IsReady(found, Patience)) throw Fault(FaultKind::Slow, "drive " + Shared->Drive.Letter + " is slow");
+    return found.get();
+}
+
+zorvic::v1::Drive DriveReader::ReadSpace(const DriveRoot& drive) {
+    zorvic::v1::Drive space;
+    space.set_mountpoint(drive.Letter);
+    space.set_external(drive.External);
+    struct statvfs figures = {};
+    if (statvfs(drive.Directory.c_str(), &figures) != 0) return space;
+    const auto block = static_cast<std::int64_t>(figures.f_frsize);
+    space.set_total(block * static_cast<std::int64_t>(figures.f_blocks));
+    space.set_used(block * static_cast<std::int64_t>(figures.f_blocks - figures.f_bfree));
+    space.set_free(block * static_cast<std::int64_t>(figures.f_bavail));
+    return space;
+}
+
+zorvic::v1::Drive DriveReader::Space() {
+    std::unique_lock guard(Lock);
+    LastSpace.set_mountpoint(Shared->Drive.Letter);
+    LastSpace.set_external(Shared->Drive.External);
+    // A drive that hangs is waited for once, not at every call.
+    const bool isNew = !NextSpace.valid();
+    if (isNew) NextSpace = Ask<zorvic::v1::Drive>(&ReadSpace);
+    const auto answer = NextSpace;
+    guard.unlock();
+    const bool ready = IsReady(answer, isNew ? Patience : std::chrono::milliseconds(0));
+    guard.lock();
+    if (ready) {
+        LastSpace = answer.get();
+        NextSpace = {};
+    }
+    return LastSpace;
+}
+
+}  // namespace ZorvicUnit

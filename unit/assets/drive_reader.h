@@ -1,0 +1,73 @@
+#pragma once
+
+#include "assets/drive_table.h"
+#include "assets/tree_walk.h"
+
+#include <zorvic/v1/unit.pb.h>
+
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <future>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace ZorvicUnit {
+
+/// A regular file to copy from, with all links followed.
+struct SourceFile {
+    std::filesystem::path File;
+    FileStamp Stamp;
+};
+
+/// Reads one drive in a thread of its own, so that a drive that hangs or has to spin up first holds nobody for longer
+/// than Patience. Safe to call from every thread.
+class DriveReader {
+public:
+    static constexpr std::chrono::milliseconds Patience{120};
+    /// How long a listing that came too late waits for the question to be asked again.
+    static constexpr std::chrono::seconds Freshness{5};
+
+    explicit DriveReader(DriveRoot drive);
+    /// A thread that hangs in the drive is left behind rather than waited for.
+    ~DriveReader();
+    DriveReader(const DriveReader&) = delete;
+    DriveReader& operator=(const DriveReader&) = delete;
+
+    /// Directories, then media files, each by name without regard to case. Slow: goes on and answers a later call.
+    /// NotFound, Misused (no directory), Refused (leads out of the drive).
+    std::vector<zorvic::v1::DirectoryEntry> List(const std::vector<std::string>& names);
+
+    /// NotFound, Refused (leads out of the drive), Slow.
+    SourceFile FindFile(const std::vector<std::string>& names);
+
+    /// Sizes; those last read when the drive is slow, 0 before the first answer.
+    zorvic::v1::Drive Space();
+
+private:
+    struct Listing {
+        std::vector<zorvic::v1::DirectoryEntry> Entries;
+        std::chrono::steady_clock::time_point Finished;
+    };
+    struct State;
+
+    static void Run(const std::shared_ptr<State>& shared);
+    static Listing ListDirectory(const DrivePlace& place);
+    static zorvic::v1::Drive ReadSpace(const DriveRoot& drive);
+    template <typename T>
+    std::shared_future<T> Ask(std::function<T(const DriveRoot&)> question);
+    std::shared_future<Listing> AskOrFind(const std::vector<std::string>& names);
+
+    const std::shared_ptr<State> Shared;  ///< the thread's too, which may outlive the reader
+    std::thread Thread;
+    std::mutex Lock;  ///< guards all below
+    std::map<std::vector<std::string>, std::shared_future<Listing>> Listings;
+    std::shared_future<zorvic::v1::Drive> NextSpace;
+    zorvic::v1::Drive LastSpace;
+};
+
+}  // namespace ZorvicUnit

@@ -1,0 +1,98 @@
+#include "assets/drive_table.h"
+
+#include "assets/names.h"
+#include "fault.h"
+
+#include <algorithm>
+#include <cctype>
+
+namespace ZorvicUnit {
+
+namespace {
+
+std::string Capital(std::string_view letter) {
+    std::string text(letter);
+    for (char& character : text)
+        character = static_cast<char>(std::toupper(static_cast<unsigned char>(character)));
+    return text;
+}
+
+void CheckLetters(const std::vector<DriveRoot>& drives) {
+    std::string seen;
+    for (const DriveRoot& drive : drives) {
+        if (drive.Letter.size() != 1 || drive.Letter[0] < 'A' || drive.Letter[0] > 'Z')
+            throw Fault(FaultKind::Misused, "\"" + ForLog(drive.Letter) + "\" is no drive letter");
+        if (seen.find(drive.Letter) != std::string::npos)
+            throw Fault(FaultKind::Misused, "drive " + drive.Letter + " is given twice");
+        seen += drive.Letter;
+    }
+}
+
+std::vector<std::string> SplitNames(std::string_view path) {
+    std::vector<std::string> names;
+    for (std::size_t at = 0; at < path.size();) {
+        const std::size_t end = std::min(path.find('\\', at), path.size());
+        const std::string_view name = path.substr(at, end - at);
+        at = end + 1;
+        if (name.empty()) continue;
+        const bool leads = name == "." || name == ".." || name.find('/') != std::string_view::npos;
+        if (leads || NameProblem(name) != nullptr)
+            throw Fault(FaultKind::Misused, "\"" + ForLog(path) + "\" is not a path on a drive of the unit");
+        names.emplace_back(name);
+    }
+    return names;
+}
+
+}  // namespace
+
+std::string DrivePlace::UnitPath() const {
+    std::string path = Drive->Letter + ":";
+    if (Names.empty()) path += '\\';
+    for (const std::string& name : Names)
+        path += '\\' + name;
+    return path;
+}
+
+std::filesystem::path DrivePlace::HostPath() const {
+    std::filesystem::path path = Drive->Directory;
+    for (const std::string& name : Names)
+        path /= name;
+    return path;
+}
+
+bool DrivePlace::IsBelowAssets() const {
+    return !Drive->External && Names.size() > 1 && Names.front() == "Assets";
+}
+
+DriveTable::DriveTable(std::vector<DriveRoot> drives) : Drives(std::move(drives)) {
+    CheckLetters(Drives);
+}
+
+const DriveRoot& DriveTable::Find(std::string_view letter) const {
+    const auto found = std::find_if(Drives.begin(), Drives.end(),
+                                    [capital = Capital(letter)](const auto& drive) { return drive.Letter == capital; });
+    if (found == Drives.end()) throw Fault(FaultKind::NotFound, "there is no drive \"" + ForLog(letter) + "\"");
+    return *found;
+}
+
+DrivePlace DriveTable::Parse(std::string_view path) const {
+    if (path.size() < 3 || path[1] != ':' || path[2] != '\\')
+        throw Fault(FaultKind::Misused, "\"" + ForLog(path) + "\" is not a path of the unit");
+    return Parse(path.substr(0, 1), path.substr(3));
+}
+
+DrivePlace DriveTable::Parse(std::string_view letter, std::string_view path) const {
+    return {&Find(letter), SplitNames(path)};
+}
+
+std::filesystem::path ResolveOnDrive(const DrivePlace& place) {
+    std::error_code error;
+    const auto root = std::filesystem::canonical(place.Drive->Directory, error);
+    const auto target = error ? root : std::filesystem::canonical(place.HostPath(), error);
+    if (error) throw Fault(FaultKind::NotFound, place.UnitPath() + ": " + error.message());
+    const auto [end, rest] = std::mismatch(root.begin(), root.end(), target.begin(), target.end());
+    if (end != root.end()) throw Fault(FaultKind::Refused, place.UnitPath() + " leads out of its drive");
+    return target;
+}
+
+}  // namespace ZorvicUnit

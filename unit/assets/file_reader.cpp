@@ -1,0 +1,41 @@
+#include "assets/file_reader.h"
+
+#include "assets/descriptor.h"
+#include "fault.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <vector>
+
+namespace ZorvicUnit {
+
+namespace {
+
+constexpr std::size_t PieceBytes = std::size_t{256} << 10U;
+
+}  // namespace
+
+void ReadWhole(const std::filesystem::path& file, const std::atomic<bool>& stop,
+               const std::function<void(std::span<const char>)>& take) {
+    const Descriptor source(open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    if (!source.IsOpen())
+        throw Fault(FaultKind::NotFound, "cannot open " + file.string() + ": " + std::strerror(errno));
+    posix_fadvise(source.Get(), 0, 0, POSIX_FADV_SEQUENTIAL);
+    std::vector<char> piece(PieceBytes);
+    off_t done = 0;
+    while (true) {
+        if (stop) throw Fault(FaultKind::Slow, "stopped reading " + file.string());
+        const ssize_t got = read(source.Get(), piece.data(), piece.size());
+        if (got < 0 && errno == EINTR) continue;
+        if (got < 0) throw Fault(FaultKind::Internal, "cannot read " + file.string() + ": " + std::strerror(errno));
+        if (got == 0) return;
+        take(std::span(piece.data(), static_cast<std::size_t>(got)));
+        posix_fadvise(source.Get(), done, got, POSIX_FADV_DONTNEED);
+        done += got;
+    }
+}
+
+}  // namespace ZorvicUnit

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <atomic>
+#include <filesystem>
+#include <functional>
+#include <span>
+
+namespace ZorvicUnit {
+
+/// Gives a whole file in pieces, from its start to its end, and lets the system forget the pieces behind: a film read
+/// once must not push what plays out of memory. Throws Fault: NotFound (cannot be opened), Internal (cannot be read),
+/// Slow (stop turned true).
+void ReadWhole(const std::filesystem::path& file, const std::atomic<bool>& stop,
+               const std::function<void(std::span<const char>)>& take);
+
+}  // namespace ZorvicUnit

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "assets/asset_index.h"
+#include "assets/asset_scanner.h"
+#include "assets/asset_table.h"
+#include "assets/drive_reader.h"
+#include "assets/worker.h"
+
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <string>
+
+namespace ZorvicUnit {
+
+/// Copies files into the store, one after the other, in a thread of its own. A copy carries a hidden name until it is
+/// complete, on disk and known to be media; only then does it take the place of an older file.
+class Importer {
+public:
+    /// `assets` is the store's Assets directory; `notify` is called from the thread when the index has changed.
+    Importer(std::filesystem::path assets, AssetIndex& index, AssetTable& table, AssetScanner& scanner,
+             std::function<void()> notify);
+    /// Gives up the running copy and removes what there is of it.
+    ~Importer();
+
+    /// Removes what an interrupted run has left. Before the first Add().
+    void Sweep() const;
+
+    /// Lists the asset as being ingested and queues the copy. Misused (a name that would be hidden), Refused.
+    void Add(const SourceFile& source, const std::string& name);
+
+private:
+    struct Order {
+        SourceFile Source;
+        std::string Path;              ///< of the asset
+        std::filesystem::path Target;  ///< on the host
+        std::uint64_t Number = 0;
+    };
+    void Carry(const Order& order);
+    AssetRecord CopyAndProbe(const Order& order, const std::filesystem::path& part);
+    void ShowProgress(const Order& order, std::int64_t done);
+
+    const std::filesystem::path Assets;
+    AssetIndex& Index;
+    AssetTable& Table;
+    AssetScanner& Scanner;
+    const std::function<void()> Notify;
+    std::chrono::steady_clock::time_point LastShown;  ///< of the thread only
+    Worker Copies;
+};
+
+}  // namespace ZorvicUnit

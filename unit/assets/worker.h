@@ -1,0 +1,54 @@
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <string>
+#include <thread>
+
+namespace ZorvicUnit {
+
+/// How much a thread may get in the way of what plays.
+enum class Manners {
+    Normal,
+    Modest,  ///< gives way when processor or disk are wanted
+    Last,    ///< takes what nobody else wants
+};
+
+/// Names the calling thread (at most 15 bytes) and sets its priorities.
+void NameThread(const std::string& name, Manners manners);
+
+/// One named thread that does its jobs one after the other. An exception of a job is logged and ends that job only.
+class Worker {
+public:
+    using Job = std::function<void()>;
+
+    Worker(std::string name, Manners manners);
+    /// Drops the jobs that wait and joins the thread; see Stopping().
+    ~Worker();
+    Worker(const Worker&) = delete;
+    Worker& operator=(const Worker&) = delete;
+
+    /// From any thread. Jobs of lower order go first, then in order of arrival.
+    void Post(std::int64_t order, Job job);
+    bool HasWork() const;
+
+    /// Turns true when the thread is to end: a long job looks at it and gives up within a second.
+    const std::atomic<bool>& Stopping() const { return Stop; }
+    /// Drops the jobs that wait and asks the running one to give up; returns at once.
+    void RequestStop();
+
+private:
+    void Run(const std::string& name, Manners manners);
+
+    std::atomic<bool> Stop = false;
+    mutable std::mutex Lock;  ///< guards Jobs
+    std::condition_variable Wake;
+    std::multimap<std::int64_t, Job> Jobs;
+    std::thread Thread;
+};
+
+}  // namespace ZorvicUnit
