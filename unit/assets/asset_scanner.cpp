@@ -42,10 +42,6 @@ std::int64_t NowNS() {
     return std::chrono::duration_cast<std::chrono::nanoseconds>(now).count();
 }
 
-ReadLimit Until(const Worker& worker) {
-    return {std::chrono::steady_clock::time_point::max(), &worker.Stopping()};
-}
-
 }  // namespace
 
 AssetScanner::AssetScanner(const DriveTable& drives, AssetIndex& index, AssetTable& table, const Clock& clock,
@@ -167,14 +163,16 @@ void AssetScanner::SaveFinished() {
 void AssetScanner::ReadLevels(const AssetContent& content) {
     Levels->Post(content.Stamp.Size, [this, content] {
         std::shared_ptr<const Envelope> levels;
+        std::string problem;
         try {
-            if (auto read = ReadEnvelope(FileOf(content), Until(*Levels)))
+            if (auto read = ReadEnvelope(FileOf(content), {.Stop = &Levels->Stopping()}))
                 levels = std::make_shared<const Envelope>(std::move(*read));
         } catch (const Fault& fault) {
-            if (Levels->Stopping()) return;
-            spdlog::warn("no levels for {}: {}", content.Path, fault.what());
+            problem = fault.what();
         }
-        if (Index.SetLevels(content, levels)) Table.SaveLevels(content, levels.get());
+        if (Levels->Stopping() || !Index.SetLevels(content, levels)) return;
+        if (!problem.empty()) spdlog::warn("no levels for {}: {}", content.Path, problem);
+        Table.SaveLevels(content, levels.get());
     });
 }
 
