@@ -1,0 +1,18 @@
+#pragma once
+
+#include <zorvic/types.h>
+
+#include <QString>
+
+#include <cstdint>
+
+// Texts of the asset list.
+
+/// Bytes as "512.00MiB", from 2^30 on as "1.50GiB".
+QString SizeText(std::int64_t bytes);
+/// "1920x1080@30"
+QString DimensionsText(const Zorvic::AssetMetadata& metadata);
+/// "h264/aac", or "h264" without audio.
+QString CodecText(const Zorvic::AssetMetadata& metadata);
+/// Empty for a state that this program does not know.
+QString StatusText(Zorvic::AssetState state);

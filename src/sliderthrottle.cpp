@@ -1,0 +1,30 @@
+#include "sliderthrottle.h"
+
+#include <QSlider>
+
+#include <chrono>
+
+SliderThrottle::SliderThrottle(QSlider* slider) : QObject(slider), Slider(slider) {
+    using namespace std::chrono_literals;
+    Pause.setSingleShot(true);
+    Pause.setInterval(40ms);
+    connect(slider, &QSlider::valueChanged, this, &SliderThrottle::OnValueChanged);
+    connect(slider, &QSlider::sliderReleased, this, &SliderThrottle::SendPending);
+    connect(&Pause, &QTimer::timeout, this, &SliderThrottle::SendPending);
+}
+
+void SliderThrottle::OnValueChanged() {
+    IsPending = true;
+    if (!Slider->isSliderDown() || !Pause.isActive()) {
+        SendPending();
+    }
+}
+
+void SliderThrottle::SendPending() {
+    if (!IsPending) return;
+    IsPending = false;
+    if (Slider->isSliderDown()) {
+        Pause.start();
+    }
+    emit Changed(Slider->value());
+}

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QPointer>
+#include <QTreeWidget>
+
+/// One rebuild of a list's rows: updates are off until it ends, the scroll position is kept. The event loop runs
+/// inside, so that a nested rebuild may overtake this one, or the list may be closed.
+class TreeRebuild {
+public:
+    /// What all rebuilds of one list share; lives as long as the list.
+    struct State {
+        int Running = 0;
+        int Latest = 0;
+        int ScrollPosition = 0;
+    };
+
+    TreeRebuild(QTreeWidget* tree, State& shared);
+    ~TreeRebuild();
+    TreeRebuild(const TreeRebuild&) = delete;
+    TreeRebuild& operator=(const TreeRebuild&) = delete;
+
+    /// Handles what is pending, which also lays out the new rows. False when the list is gone or shows newer rows than
+    /// these: the caller must leave everything as it is then.
+    bool ProcessEvents();
+
+private:
+    bool IsLatest() const { return Tree && Shared.Latest == Number; }
+
+    QPointer<QTreeWidget> Tree;
+    State& Shared;  ///< not to be touched once the list is gone
+    int Number;
+};

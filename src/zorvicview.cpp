@@ -1,0 +1,323 @@
+#include "zorvicview.h"
+
+#include "assetbrowser.h"
+#include "marknamedelegate.h"
+#include "playheadwidget.h"
+#include "presetbuilder.h"
+#include "presettreedelegate.h"
+#include "simulator.h"
+
+#include <zorvic/tables.h>
+
+#include <QCoreApplication>
+#include <QDrag>
+#include <QPointer>
+#include <QTimer>
+
+#include <unordered_set>
+#include <utility>
+
+const std::unordered_map<ZorvicView::PresetColumn, std::string> ZorvicView::PresetFieldNames = {
+    {PresetColumn::STATUS, QT_TRANSLATE_NOOP("ZorvicView", "Status")},
+    {PresetColumn::PK, QT_TRANSLATE_NOOP("ZorvicView", "Preset #")},
+    {PresetColumn::NAME, QT_TRANSLATE_NOOP("ZorvicView", "Name")},
+    {PresetColumn::NOTES, QT_TRANSLATE_NOOP("ZorvicView", "Notes")},
+    {PresetColumn::TIME, QT_TRANSLATE_NOOP("ZorvicView", "Time")},
+    {PresetColumn::TRT, QT_TRANSLATE_NOOP("ZorvicView", "TRT")},
+    {PresetColumn::LOOP, QT_TRANSLATE_NOOP("ZorvicView", "Loop")},
+    {PresetColumn::LINK, QT_TRANSLATE_NOOP("ZorvicView", "Link")},
+};
+
+const std::unordered_map<ZorvicView::AssetColumn, std::string> ZorvicView::AssetFieldNames = {
+    {AssetColumn::NAME, QT_TRANSLATE_NOOP("ZorvicView", "Name")},
+    {AssetColumn::FOLDER, QT_TRANSLATE_NOOP("ZorvicView", "Folder")},
+    {AssetColumn::STATUS, QT_TRANSLATE_NOOP("ZorvicView", "Status")},
+    {AssetColumn::TRT, QT_TRANSLATE_NOOP("ZorvicView", "Length")},
+    {AssetColumn::SIZE, QT_TRANSLATE_NOOP("ZorvicView", "File size")},
+    {AssetColumn::DIMENSIONS, QT_TRANSLATE_NOOP("ZorvicView", "Dimensions")},
+    {AssetColumn::CODEC, QT_TRANSLATE_NOOP("ZorvicView", "Codec")},
+    {AssetColumn::ABITRATE, QT_TRANSLATE_NOOP("ZorvicView", "Audio\nBitrate")},
+    {AssetColumn::ACHANNELS, QT_TRANSLATE_NOOP("ZorvicView", "Audio\nChannels")},
+};
+
+const std::unordered_map<ZorvicView::GotosColumn, std::string> ZorvicView::GotosFieldNames = {
+    {GotosColumn::INDEX, QT_TRANSLATE_NOOP("ZorvicView", "ID")},
+    {GotosColumn::GOBUTTON, ""},
+    {GotosColumn::NAME, QT_TRANSLATE_NOOP("ZorvicView", "Name")},
+    {GotosColumn::POSITION, QT_TRANSLATE_NOOP("ZorvicView", "Position")},
+};
+
+const std::unordered_map<ZorvicView::CountdownsColumn, std::string> ZorvicView::CountdownsFieldNames = {
+    {CountdownsColumn::INDEX, QT_TRANSLATE_NOOP("ZorvicView", "ID")},
+    {CountdownsColumn::NAME, QT_TRANSLATE_NOOP("ZorvicView", "Name")},
+    {CountdownsColumn::POSITION, QT_TRANSLATE_NOOP("ZorvicView", "Position")},
+    {CountdownsColumn::REMAINING, QT_TRANSLATE_NOOP("ZorvicView", "Remaining")},
+};
+
+namespace {
+
+/// Header texts and widths of one table. Only the visible rows are measured: measuring all of them takes most of the
+/// time of a rebuild.
+template <typename Column>
+void SetUpTable(QTreeWidget* tree, const std::unordered_map<Column, std::string>& names,
+                const std::unordered_set<Column>& stretched = {}) {
+    QStringList texts;
+    for (int column = 1; column < static_cast<int>(Column::MAX); ++column) {
+        const auto& name = names.at(static_cast<Column>(column));
+        texts << (name.empty() ? QString() : QCoreApplication::translate("ZorvicView", name.c_str()));
+    }
+    tree->setColumnCount(static_cast<int>(texts.size()));
+    tree->setHeaderLabels(texts);
+    tree->header()->setResizeContentsPrecision(0);
+    tree->header()->setStretchLastSection(false);
+    for (int index = 0; index < texts.size(); ++index) {
+        const bool stretch = stretched.count(static_cast<Column>(index + 1)) != 0;
+        tree->header()->setSectionResizeMode(index, stretch ? QHeaderView::Stretch : QHeaderView::ResizeToContents);
+    }
+}
+
+constexpr std::uint32_t Bits(ZorvicView::ViewUpdateFlags flags) {
+    return static_cast<std::uint32_t>(flags);
+}
+
+constexpr std::uint32_t BitOf(Zorvic::StateEventType type) {
+    return std::uint32_t{1} << ((static_cast<std::uint32_t>(type) - 1) % 32);
+}
+
+QString VideoModeText(const Zorvic::KonaHardwareState& state) {
+    QString resolutions;
+    for (const auto resolution : state.Resolutions) {
+        resolutions += QString::fromStdString(ResolutionMap.at(resolution)) % QLatin1Char(' ');
+    }
+    return ZorvicView::tr("Video Mode: <b><font color=\"#00cd00\"> %1 @ %2fps</font></b>")
+        .arg(resolutions, QString::fromStdString(RefreshMap.at(state.RefreshRate)));
+}
+
+}  // namespace
+
+ZorvicView::ZorvicView(const std::string& guid, const std::string& ip)
+    : MDCache(guid),
+      GUID(guid),
+      IP(ip),
+      BrowserDialog(std::make_unique<AssetBrowser>(guid, false)),
+      PresetDialog(std::make_unique<PresetBuilder>(guid, MDCache)),
+      Simulator(new ::Simulator::SimulatorWidget(this, MDCache, true)),
+      ScrubBar(new PlayHeadWidget(this)) {
+    using namespace std::chrono_literals;
+    setupUi(this);
+    SetUpPresetList();
+    SetUpPanes();
+    SetUpColumns();
+    SetUpMarks();
+    WirePresetList();
+    WireTransport();
+    WireMarks();
+    WireAssets();
+    WireMix();
+    WireShortcuts();
+    WireLayoutPane();
+    WireDialogs();
+    UpdatePresetLabels({});
+    UpdateAssetsLabel({});
+    StartTimer(100ms, &ZorvicView::ProcessViewUpdateFlags);
+    StartTimer(250ms, &ZorvicView::UpdateStatus);
+    StartTimer(10s, &ZorvicView::CheckConnection);
+    InitialAssetScan();
+}
+
+// Children die after this object's own members, and dying they still report focus, edits and removed children.
+ZorvicView::~ZorvicView() {
+    PresetsView->removeEventFilter(this);
+    for (auto* child : findChildren<QObject*>()) {
+        child->disconnect(this);
+    }
+    GotoEditor->Cancel();
+    CountdownEditor->Cancel();
+}
+
+void ZorvicView::SetUpPanes() {
+    PanelSplit->setStretchFactor(1, 1);
+    Simulator->SetPreset(nullptr, nullptr, false);
+    delete SimulatorLayout->replaceWidget(SimulatorPlaceholder, Simulator);
+    delete SimulatorPlaceholder;
+    const auto paneHeight = ::Simulator::SimulatorPaneConfig::CalcROBaseSize() + 16;
+    SimulatorLayoutWidget->setMinimumHeight(static_cast<int>(paneHeight) * 2);
+    SimulatorCheckBox->setChecked(true);
+    delete TransportGrid->replaceWidget(ScrubBar_, ScrubBar);
+    delete ScrubBar_;
+    ScrubBar->SetBaseTimes(100, 100);
+    ScrubBar->SetTrim(100, 0);
+    // Nothing feeds this clock, and one that stands still would mislead.
+    label_2->hide();
+}
+
+void ZorvicView::SetUpColumns() {
+    static const std::unordered_set<PresetColumn> ExcludedPVFields = {PresetColumn::NOTES};
+    SetUpTable(PresetsView, PresetFieldNames, ExcludedPVFields);
+    SetUpTable(AssetsView, AssetFieldNames);
+    SetUpTable(GotosView, GotosFieldNames);
+    SetUpTable(CountdownsView, CountdownsFieldNames);
+    const int name = AssetColumnTypeToIndex(AssetColumn::NAME);
+    AssetsView->header()->setSectionResizeMode(name, QHeaderView::Interactive);
+    AssetsView->header()->resizeSection(name, AssetNameColumnWidth);
+}
+
+void ZorvicView::StartTimer(std::chrono::milliseconds period, void (ZorvicView::*slot)()) {
+    auto* timer = new QTimer(this);
+    connect(timer, &QTimer::timeout, this, slot);
+    timer->start(period);
+}
+
+void ZorvicView::WireLayoutPane() {
+    connect(SimulatorCheckBox, &QCheckBox::stateChanged, this,
+            [this](int state) { SimulatorLayoutWidget->setVisible(state != 0); });
+    connect(Simulator, &::Simulator::SimulatorWidget::SizingChanged, this, &ZorvicView::OnSizingChanged);
+}
+
+void ZorvicView::WireDialogs() {
+    connect(BrowserDialog.get(), &AssetBrowser::ItemsChosen, BrowserDialog.get(), &AssetBrowser::PerformImport);
+    connect(PresetDialog.get(), &PresetBuilder::CreateClicked, this, &ZorvicView::OnCreatorDone);
+    connect(PresetDialog.get(), &PresetBuilder::CloseClicked, this, [this] { PresetDialog->SetPreset({}); });
+}
+
+std::unique_ptr<SessionHandle> ZorvicView::LookupSession() const {
+    const auto* manager = SessionManager::GetInstance();
+    return std::unique_ptr<SessionHandle>(manager ? manager->GetSessionByGUID(GUID) : nullptr);
+}
+
+SessionHandle ZorvicView::GetSessionHandle() const {
+    auto handle = LookupSession();
+    return handle ? SessionHandle(std::move(*handle)) : SessionHandle(nullptr, {});
+}
+
+void ZorvicView::EditCurrentPreset(const std::function<bool(Zorvic::Session&, Zorvic::Preset&)>& edit) {
+    const auto handle = LookupSession();
+    if (!handle) return;
+    const auto preset = GetSelectedPreset(handle->GetSession());
+    if (preset && edit(*handle->GetSession(), *preset)) {
+        handle->GetSession()->UpdatePreset(*preset);
+    }
+}
+
+void ZorvicView::OnStateEvent(Zorvic::StateEventType type, void* view) {
+    static_cast<ZorvicView*>(view)->SetViewUpdateFlag(type);
+}
+
+void ZorvicView::SetViewUpdateFlag(Zorvic::StateEventType type) {
+    if (type == Zorvic::ZORVIC_STATE_INVALID) return;
+    const std::scoped_lock lock(FlagMutex);
+    UpdateFlags = static_cast<ViewUpdateFlags>(Bits(UpdateFlags) | BitOf(type));
+}
+
+void ZorvicView::ClearViewUpdateFlag(Zorvic::StateEventType type) {
+    const std::scoped_lock lock(FlagMutex);
+    const auto cleared = type == Zorvic::ZORVIC_STATE_INVALID ? ~std::uint32_t{0} : BitOf(type);
+    UpdateFlags = static_cast<ViewUpdateFlags>(Bits(UpdateFlags) & ~cleared);
+}
+
+ZorvicView::ViewUpdateFlags ZorvicView::PopViewUpdateFlags() {
+    const std::scoped_lock lock(FlagMutex);
+    return std::exchange(UpdateFlags, ViewUpdateFlags::INVALID);
+}
+
+void ZorvicView::ProcessViewUpdateFlags() {
+    const auto flags = PostponeRowRefreshes(Bits(PopViewUpdateFlags()));
+    if (flags == 0) return;
+    const auto handle = LookupSession();
+    if (!handle) return;
+    const QPointer<ZorvicView> self(this);
+    for (auto bit = Bits(ViewUpdateFlags::MINVALUE); bit <= Bits(ViewUpdateFlags::MAXVALUE); bit *= 2) {
+        if ((flags & bit) == 0) continue;
+        if (!RefreshFor(static_cast<ViewUpdateFlags>(bit), *handle->GetSession()) || !self) return;
+    }
+}
+
+bool ZorvicView::RefreshFor(ViewUpdateFlags flag, Zorvic::Session& session) {
+    switch (flag) {
+        case ViewUpdateFlags::PRESETS: {
+            std::vector<Zorvic::Preset> presets;
+            if (session.GetPresets(presets) != Zorvic::ZORVIC_STATUS_OK) return false;
+            AcceptPresets(presets);
+            return true;
+        }
+        case ViewUpdateFlags::PSTATES:
+            AcceptPresetStates();
+            return true;
+        case ViewUpdateFlags::ASSETS: {
+            std::vector<Zorvic::Asset> assets;
+            if (session.GetAssets(assets) != Zorvic::ZORVIC_STATUS_OK) return false;
+            AcceptAssets(assets);
+            return true;
+        }
+        case ViewUpdateFlags::TIMECODE:
+            return RefreshTimeCodes(session);
+        default:  // the status timer shows the hardware state
+            return true;
+    }
+}
+
+bool ZorvicView::RefreshTimeCodes(Zorvic::Session& session) {
+    std::vector<Zorvic::PresetState> states;
+    if (session.GetPresetStates(states) != Zorvic::ZORVIC_STATUS_OK) return false;
+    std::unordered_map<int, Zorvic::TimeCode> codes;
+    for (const auto& state : states) {
+        if (!state.IsPlaying) continue;
+        const auto entry = codes.try_emplace(state.PK).first;
+        if (session.GetTimeCode(entry->second, state.PK) != Zorvic::ZORVIC_STATUS_OK) {
+            codes.erase(entry);
+        }
+    }
+    AcceptTimeCodes(codes);
+    return true;
+}
+
+// A drag moves whatever rows are selected when it is dropped, so the rows must not change under it. The drag object
+// lives until the moved rows have been reported.
+std::uint32_t ZorvicView::PostponeRowRefreshes(std::uint32_t flags) {
+    constexpr auto Rows = Bits(ViewUpdateFlags::PRESETS) | Bits(ViewUpdateFlags::PSTATES);
+    if ((flags & Rows) == 0 || !PresetsView->findChild<QDrag*>(QString(), Qt::FindDirectChildrenOnly)) return flags;
+    const std::scoped_lock lock(FlagMutex);
+    UpdateFlags = static_cast<ViewUpdateFlags>(Bits(UpdateFlags) | (flags & Rows));
+    return flags & ~Rows;
+}
+
+void ZorvicView::UpdateStatus() {
+    const auto handle = LookupSession();
+    if (!handle) return;
+    QString text;
+    Zorvic::KonaHardwareState state;
+    if (!handle->GetSession()->Connected()) {
+        text = tr("<b><font color=\"#cd0000\">Disconnected from server</font></b>");
+    } else if (handle->GetSession()->GetKonaHardwareState(state) != Zorvic::ZORVIC_STATUS_OK) {
+        text = tr("Error fetching unit status. Check connection.");
+    } else {
+        text = VideoModeText(state);
+    }
+    if (text != StatusLabel->text()) {
+        StatusLabel->setText(text);
+    }
+}
+
+void ZorvicView::CheckConnection() {
+    const auto handle = LookupSession();
+    if (handle && !handle->GetSession()->Connected()) {
+        handle->GetSession()->Reconnect({});
+    }
+}
+
+void ZorvicView::OnSizingChanged() {
+    const auto handle = LookupSession();
+    if (handle && Simulator->GetPreset()) {
+        handle->GetSession()->UpdatePreset(*Simulator->GetPreset());
+    }
+}
+
+// A drag inside the list ends with the removal of its drag object, after the rows were moved. Widgets that come and go
+// (and the delegate, at the end) have moved nothing.
+bool ZorvicView::eventFilter(QObject* object, QEvent* event) {
+    if (object != PresetsView || event->type() != QEvent::ChildRemoved) return QWidget::eventFilter(object, event);
+    const auto* child = static_cast<QChildEvent*>(event)->child();
+    if (child->isWidgetType() || child == PresetTreeDelegateObj.get()) return QWidget::eventFilter(object, event);
+    RebuildTabOrderings();
+    return true;
+}

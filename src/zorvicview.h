@@ -1,0 +1,274 @@
+#pragma once
+
+#include "metadata_cache.h"
+#include "sessionmanager.h"
+#include "treerebuild.h"
+#include "ui_zorvicview.h"
+
+#include <zorvic/session.h>
+
+#include <QPixmap>
+#include <QTime>
+#include <QWidget>
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+class AssetBrowser;
+class MarkNameDelegate;
+class PlayHeadWidget;
+class PresetBuilder;
+class PresetTreeDelegate;
+namespace Simulator {
+class SimulatorWidget;
+}
+
+/// The tab that shows and drives one unit. The unit is the authority: commands do not change the display, the unit's
+/// next state event does. No session is kept; every operation looks it up by the GUID and does nothing without one.
+///
+/// GUI thread only, but for OnStateEvent and SetViewUpdateFlag. Whoever registers OnStateEvent with a session
+/// unregisters it before the view dies. AcceptPresets, AcceptPresetStates, AcceptAssets, ProcessViewUpdateFlags and the
+/// context menu run the event loop: the view may be gone when they return.
+class ZorvicView : public QWidget, public Ui::ZorvicViewUI {
+    Q_OBJECT
+
+public:
+    /// One bit per kind of state event: 1 shifted left by the type minus 1.
+    enum class ViewUpdateFlags : std::uint32_t {
+        INVALID = 0,
+        PRESETS = 1,
+        MINVALUE = 1,
+        PSTATES = 2,
+        ASSETS = 4,
+        HWSTATE = 8,
+        TIMECODE = 16,
+        MAXVALUE = 16
+    };
+    enum class PresetColumn { INVALID, STATUS, PK, NAME, NOTES, TIME, TRT, LOOP, LINK, MAX };
+    enum class AssetColumn { INVALID, NAME, STATUS, FOLDER, TRT, SIZE, DIMENSIONS, CODEC, ABITRATE, ACHANNELS, MAX };
+    enum class GotosColumn { INVALID, INDEX, GOBUTTON, NAME, POSITION, MAX };
+    enum class CountdownsColumn { INVALID, INDEX, NAME, POSITION, REMAINING, MAX };
+
+    static const std::unordered_map<PresetColumn, std::string> PresetFieldNames;
+    static const std::unordered_map<AssetColumn, std::string> AssetFieldNames;
+    static const std::unordered_map<GotosColumn, std::string> GotosFieldNames;
+    static const std::unordered_map<CountdownsColumn, std::string> CountdownsFieldNames;
+    static constexpr int AssetNameColumnWidth = 256;
+
+    static constexpr int PresetColumnTypeToIndex(PresetColumn column) { return static_cast<int>(column) - 1; }
+    static constexpr int AssetColumnTypeToIndex(AssetColumn column) { return static_cast<int>(column) - 1; }
+    static constexpr int GotosColumnTypeToIndex(GotosColumn column) { return static_cast<int>(column) - 1; }
+    static constexpr int CountdownsColumnTypeToIndex(CountdownsColumn column) { return static_cast<int>(column) - 1; }
+
+    // Frame: zorvicview.cpp
+
+    /// Scans the unit's assets before it returns, with a progress window and the event loop running.
+    ZorvicView(const std::string& guid, const std::string& ip);
+    ~ZorvicView() override;
+
+    const std::string& GetGUID() const { return GUID; }
+    /// A handle without a session when the unit is gone.
+    SessionHandle GetSessionHandle() const;
+
+    /// The state-event callback; `view` is the ZorvicView. Any thread.
+    static void OnStateEvent(Zorvic::StateEventType type, void* view);
+    /// Any thread.
+    void SetViewUpdateFlag(Zorvic::StateEventType type);
+    /// ZORVIC_STATE_INVALID clears all.
+    void ClearViewUpdateFlag(Zorvic::StateEventType type);
+    ViewUpdateFlags PopViewUpdateFlags();
+
+    bool eventFilter(QObject* object, QEvent* event) override;
+
+    // Preset list: zorvicview_presets.cpp
+
+    /// Rebuilds the list and shows the unit's selected preset in all panes. Throws std::out_of_range for a preset
+    /// without a place in the current tab; nothing has changed then.
+    void AcceptPresets(const std::vector<Zorvic::Preset>& list);
+    void AcceptPresetStates();
+    std::unordered_map<int, Zorvic::PresetState> GetPresetStates(Zorvic::Session* session) const;
+    static QPixmap GetIconForPreset(const Zorvic::PresetState& state);
+    void UpdatePresetLabels(const Zorvic::Preset& preset);
+    QTreeWidgetItem* GetSelectedPresetItem() const;
+    QList<QTreeWidgetItem*> GetSelectedPresetItems() const;
+    std::unique_ptr<Zorvic::Preset> GetSelectedPreset(Zorvic::Session* session = nullptr) const;
+    /// A selected key that the unit does not have gives a default-constructed preset.
+    std::unordered_map<int, Zorvic::Preset> GetSelectedPresets(Zorvic::Session* session = nullptr) const;
+    QTreeWidgetItem* LookupPresetItem(int pk) const;
+    std::unique_ptr<Zorvic::Preset> LookupPreset(Zorvic::Session* session, int pk) const;
+    std::unique_ptr<Zorvic::PresetState> LookupPresetState(Zorvic::Session* session, int pk) const;
+    /// Gives every preset the place of its row, after rows were dragged.
+    void RebuildTabOrderings();
+
+    // Transport: zorvicview_transport.cpp
+
+    QTime GetSeekBoxTime() const;
+
+    // Timecodes and marks: zorvicview_marks.cpp
+
+    void AcceptTimeCodes(const std::unordered_map<int, Zorvic::TimeCode>& codes);
+    /// Shows a preset at rest.
+    void SetBaseTRT(Zorvic::Session* session, int pk);
+    void UpdateGCs(const Zorvic::Preset& preset, const Zorvic::PresetState& state);
+    void UpdateCountdowns(const Zorvic::Preset& preset, const Zorvic::PresetState& state,
+                          const Zorvic::TimeCode& timeCode);
+    static QString RemainingTimeToColor(int remainingMS);
+
+    // Assets: zorvicview_assets.cpp
+
+    void AcceptAssets(const std::vector<Zorvic::Asset>& assets);
+    void UpdateAssetsLabel(const std::vector<Zorvic::Asset>& assets);
+    void InitialAssetScan();
+
+    // Mix: zorvicview_mix.cpp
+
+    void SetVolSliders(const Zorvic::Preset& preset);
+    void SetVideoSliderPlayers(const Zorvic::Preset& preset);
+    void UpdateVideoSliders(const Zorvic::Preset& preset);
+    void OnVideoSliderChanged(float value, float Zorvic::PinnedAsset::*member);
+
+public slots:
+    void ProcessViewUpdateFlags();
+    void UpdateStatus();
+    void CheckConnection();
+    void OnSizingChanged();
+
+    void OnPresetSelected();
+    void ToggleCreatePreset();
+    void EditSelectedPreset();
+    void CloneSelectedPresets();
+    void DeleteSelectedPresets();
+    void OnCreatorDone();
+    void OnPresetRightClick(const QPoint& point);
+
+    void OnTakePressed();
+    void OnPausePressed();
+    void OnEndPressed();
+    void OnEnterKeyPressed();
+    void OnGoto30Pressed();
+    void OnGoto10Pressed();
+    void OnDirectSeek();
+    /// Steps the play head by 50 ms: towards the end when true.
+    void OnSeekKey(bool back);
+    void OnSetInPointClicked();
+    void OnSetOutPointClicked();
+    void OnResetTrimClicked();
+    void OnScrubMoved(int remaining);
+    void OnTrimStartMoved(int remaining);
+    void OnTrimEndMoved(int remaining);
+
+    void OnNewGCClicked(bool countdown);
+    void OnGotoChanged(QTreeWidgetItem* item, int column);
+    void OnCountdownChanged(QTreeWidgetItem* item, int column);
+    void OnDelGotoClicked();
+    void OnDelCountdownClicked();
+    void OnGotoTriggered(int pk, int timeMS);
+
+    void OnAssetDeleteClicked();
+    void OnAssetImportClicked();
+    void OnAssetToggleClicked();
+
+    void OnVolSliderMoved(int value, QSlider* slider);
+
+private:
+    // Frame
+    void SetUpPanes();
+    void SetUpColumns();
+    void StartTimer(std::chrono::milliseconds period, void (ZorvicView::*slot)());
+    void WireShortcuts();
+    void WireDialogs();
+    void WireLayoutPane();
+    std::unique_ptr<SessionHandle> LookupSession() const;
+    /// False ends the round. The view may be gone then, and otherwise too.
+    bool RefreshFor(ViewUpdateFlags flag, Zorvic::Session& session);
+    std::uint32_t PostponeRowRefreshes(std::uint32_t flags);
+    bool RefreshTimeCodes(Zorvic::Session& session);
+    /// Runs `edit` on a copy of the current preset and sends the copy when that returned true.
+    void EditCurrentPreset(const std::function<bool(Zorvic::Session&, Zorvic::Preset&)>& edit);
+
+    // Preset list
+    void SetUpPresetList();
+    void WirePresetList();
+    bool FillPresetList(const std::vector<Zorvic::Preset>& sorted,
+                        const std::unordered_map<int, Zorvic::PresetState>& states);
+    void ShowCurrentPreset(QTreeWidgetItem* row, const Zorvic::Preset& preset, const Zorvic::PresetState& state);
+    /// Key of the current preset, 0 without one.
+    int CurrentPK() const;
+    std::vector<int> SelectedKeys() const;
+    std::unordered_map<int, QTreeWidgetItem*> RowsByPK() const;
+    /// The selected presets that the unit still has, by PK.
+    std::vector<Zorvic::Preset> PresentSelection(Zorvic::Session* session) const;
+    void RunOnRows(const std::vector<int>& keys, void (ZorvicView::*slot)());
+
+    // Transport
+    void WireTransport();
+    void OnEscapePressed();
+    void CommandSelection(Zorvic::StatusCode (Zorvic::Session::*command)(std::int32_t));
+    using SeekTarget = std::uint32_t (*)(const Zorvic::Preset&, const Zorvic::PresetState&);
+    void GotoBeforeOut(int beforeOutMS, SeekTarget target);
+    void ShowSeekTime(int remainingMS);
+
+    // Timecodes and marks
+    struct MarkKind;
+    void SetUpMarks();
+    void WireMarks();
+    MarkKind GotoKind() const;
+    MarkKind CountdownKind() const;
+    void ShowTimeCode(const Zorvic::Preset& preset, const Zorvic::PresetState& state, const Zorvic::TimeCode& timeCode);
+    void ShowRestingState(const Zorvic::Preset& preset, const Zorvic::PresetState& state);
+    void FillGotos(const Zorvic::Preset& preset);
+    void FillCountdowns(const Zorvic::Preset& preset);
+    bool IsEditingMark() const;
+    void RenameMark(const MarkKind& kind, QTreeWidgetItem* item, int column);
+    void DeleteMarks(const MarkKind& kind);
+    void OnMarkEditingEnded();
+
+    // Assets
+    void WireAssets();
+    QTreeWidgetItem* MakeAssetRow(const Zorvic::Asset& asset);
+
+    // Mix
+    void WireMix();
+    void WireVideoSlider(QSlider* slider, float Zorvic::PinnedAsset::*member);
+    void WireMixSlider(QSlider* slider, const std::function<void(int)>& send);
+    bool DragIsOver() const;
+    void OnMixSliderReleased();
+    void OnActivePlayerChanged();
+    Zorvic::PinnedAsset* FindAdjustedAsset(const Zorvic::Preset& preset) const;
+    /// The preset whose values a running refresh puts on the sliders, if it is `preset`; otherwise null.
+    const Zorvic::Preset* RefreshOf(const Zorvic::Preset& preset) const;
+
+    MetadataCache MDCache;
+    std::string GUID;
+    std::string IP;
+    std::unique_ptr<AssetBrowser> BrowserDialog;
+    std::unique_ptr<PresetBuilder> PresetDialog;
+    ::Simulator::SimulatorWidget* Simulator;
+    PlayHeadWidget* ScrubBar;
+    std::unique_ptr<PresetTreeDelegate> PresetTreeDelegateObj;
+    std::mutex FlagMutex;  ///< guards UpdateFlags; held for one bit operation, never together with the registry's lock
+    ViewUpdateFlags UpdateFlags = ViewUpdateFlags::INVALID;
+    int CurPresetTab = 0;
+    bool AssetViewExpanded = false;
+
+    TreeRebuild::State PresetRebuild;
+    TreeRebuild::State AssetRebuild;
+    /// What the seek box shows as soon as the operator does not edit it.
+    QString SeekText;
+    QString SeekStyle;
+    /// The preset whose marks are in the tables; their IDs mean nothing for another one.
+    int MarksPK = 0;
+    bool MarksAreStale = false;
+    MarkNameDelegate* GotoEditor = nullptr;
+    MarkNameDelegate* CountdownEditor = nullptr;
+    const Zorvic::Preset* MixRefresh = nullptr;
+    /// The current preset when the operator took hold of a mix slider.
+    std::optional<int> MixDragPK;
+};
