@@ -1,0 +1,185 @@
+#include "mainwindow.h"
+
+#include "aboutdialog.h"
+#include "sessionmanager.h"
+#include "zorvicchooser.h"
+#include "zorvicview.h"
+
+#include <QIcon>
+
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+#include <utility>
+#include <vector>
+
+namespace {
+
+bool IsRegistered(const std::string& guid, const Zorvic::Session* session) {
+    const auto handle = FindSession(guid);
+    return handle && handle->GetSession() == session;
+}
+
+/// Registers for every kind of event; a null callback unregisters, and then none is running when this returns.
+void SetCallbacks(Zorvic::Session& session, Zorvic::StateEventCallback callback, ZorvicView* view) {
+    for (int type = Zorvic::ZORVIC_STATE_PRESETS; type <= Zorvic::ZORVIC_STATE_TIMECODE; ++type) {
+        session.SetStateEventCallback(static_cast<Zorvic::StateEventType>(type), callback, view);
+    }
+}
+
+QString TabLabel(const std::string& host, const std::string& guid, const std::string& name) {
+    QString label = QString::fromStdString(name == guid ? host : host + ":" + name);
+    // A single ampersand would make the next letter a shortcut.
+    return label.replace(QLatin1Char('&'), QLatin1String("&&"));
+}
+
+}  // namespace
+
+MainWindow::MainWindow() {
+    setupUi(this);
+    setWindowIcon(QIcon(QStringLiteral(":icons/icon.png")));
+    WireMenus();
+    connect(ZorvicTabs, &QTabWidget::tabCloseRequested, this, &MainWindow::OnTabCloseClick);
+    connect(ZorvicTabs, &QTabWidget::currentChanged, this, &MainWindow::OnTabsChanged);
+    OnTabsChanged();
+}
+
+MainWindow::~MainWindow() {
+    while (!Views.empty()) {
+        RemoveView(std::string(Views.begin()->first));
+    }
+}
+
+void MainWindow::WireMenus() {
+    connect(NewMenuItem, &QAction::triggered, this, &MainWindow::OnConnectMenuClicked);
+    connect(actionQuit, &QAction::triggered, this, &MainWindow::OnQuitClicked);
+    connect(AboutMenuItem, &QAction::triggered, this, &MainWindow::OnAboutClicked);
+    connect(CreatePresetMenuItem, &QAction::triggered, this, &MainWindow::OnCreatePresetClicked);
+    connect(EditPresetMenuItem, &QAction::triggered, this, &MainWindow::OnEditPresetClicked);
+    connect(ClonePresetMenuItem, &QAction::triggered, this, &MainWindow::OnClonePresetClicked);
+    connect(DeletePresetMenuItem, &QAction::triggered, this, &MainWindow::OnDeletePresetClicked);
+
+    const std::pair<QAction*, PowerMethod> powerItems[] = {{SoftRebootMenuItem, &Zorvic::Session::SoftRebootZorvic},
+                                                           {RebootMenuItem, &Zorvic::Session::RebootZorvic},
+                                                           {ShutdownMenuItem, &Zorvic::Session::ShutdownZorvic}};
+    for (const auto& [item, method] : powerItems) {
+        connect(item, &QAction::triggered, this, [this, method = method] { CallPowerMethod(method); });
+    }
+}
+
+ZorvicView* MainWindow::AddView(Zorvic::Session* session) {
+    std::string guid;
+    std::string name;
+    if (session->GetUnitID(guid, name) != Zorvic::ZORVIC_STATUS_OK) {
+        ReattachView(session);
+        return nullptr;
+    }
+    const std::string host = session->GetHost();
+    RemoveView(guid);
+    auto view = BuildView(guid, session);
+    if (!view) return nullptr;
+
+    SetCallbacks(*session, &ZorvicView::OnStateEvent, view.get());
+    auto& entry = Views[guid];
+    entry = std::move(view);
+    ZorvicTabs->setCurrentIndex(ZorvicTabs->addTab(entry.get(), TabLabel(host, guid, name)));
+    return entry.get();
+}
+
+/// Null when the session was closed or replaced while the event loop ran in here: the pointer dangles then.
+std::unique_ptr<ZorvicView> MainWindow::BuildView(const std::string& guid, Zorvic::Session* session) const {
+    auto view = std::make_unique<ZorvicView>(guid, session->GetHost());
+    if (!IsRegistered(guid, session)) return nullptr;
+    std::vector<Zorvic::Asset> assets;
+    session->GetAssets(assets);
+    view->AcceptAssets(assets);
+    view->AcceptPresetStates();
+    if (!IsRegistered(guid, session)) return nullptr;
+    return view;
+}
+
+void MainWindow::RemoveView(const std::string& guid) {
+    const auto found = Views.find(guid);
+    if (found == Views.end()) return;
+    // A session that was replaced took its callbacks along; its successor has none of this view's yet.
+    if (const auto handle = FindSession(guid)) SetCallbacks(*handle->GetSession(), nullptr, nullptr);
+    const auto view = std::move(found->second);
+    Views.erase(found);
+}
+
+/// A new session took the place of the one that reported to an open tab, but it gets no tab of its own: from now on it
+/// reports to that tab, which would otherwise show its last state for ever.
+void MainWindow::ReattachView(Zorvic::Session* session) const {
+    for (const auto& [guid, view] : Views) {
+        if (IsRegistered(guid, session)) SetCallbacks(*session, &ZorvicView::OnStateEvent, view.get());
+    }
+}
+
+void MainWindow::OnTabCloseClick(int index) {
+    const auto* view = qobject_cast<ZorvicView*>(ZorvicTabs->widget(index));
+    if (!view) return;
+    const std::string guid = view->GetGUID();
+    ZorvicTabs->removeTab(index);
+    RemoveView(guid);
+}
+
+ZorvicView* MainWindow::CurrentView() const {
+    auto* view = qobject_cast<ZorvicView*>(ZorvicTabs->currentWidget());
+    return view && FindSession(view->GetGUID()) ? view : nullptr;
+}
+
+void MainWindow::OnCreatePresetClicked() {
+    if (auto* view = CurrentView()) view->ToggleCreatePreset();
+}
+
+void MainWindow::OnEditPresetClicked() {
+    if (auto* view = CurrentView()) view->EditSelectedPreset();
+}
+
+void MainWindow::OnClonePresetClicked() {
+    if (auto* view = CurrentView()) view->CloneSelectedPresets();
+}
+
+void MainWindow::OnDeletePresetClicked() {
+    if (auto* view = CurrentView()) view->DeleteSelectedPresets();
+}
+
+void MainWindow::CallPowerMethod(PowerMethod method) {
+    const auto* view = CurrentView();
+    if (!view) return;
+    const SessionHandle handle = view->GetSessionHandle();
+    (handle.GetSession()->*method)();
+}
+
+void MainWindow::OnTabsChanged() {
+    const bool hasTabs = ZorvicTabs->count() > 0;
+    ZorvicTabs->setVisible(hasTabs);
+    NoUnitsLabel->setVisible(!hasTabs);
+    for (auto* menu : {PresetMenu, ToolsMenu}) {
+        for (auto* action : menu->actions()) {
+            action->setEnabled(hasTabs);
+        }
+    }
+}
+
+void MainWindow::OnAboutClicked() {
+    auto* dialog = new AboutDialog;  // deletes itself
+    dialog->show();
+}
+
+void MainWindow::OnConnectMenuClicked() {
+    auto* chooser = ZorvicChooser::Instance;
+    if (!chooser) return;
+    chooser->show();
+    chooser->raise();
+    chooser->activateWindow();
+}
+
+void MainWindow::OnQuitClicked() {
+    // At once, without closing windows: units must not notice, and nothing here is worth saving.
+    std::cout.flush();
+    std::cerr.flush();
+    std::clog.flush();
+    std::fflush(nullptr);
+    std::_Exit(0);
+}

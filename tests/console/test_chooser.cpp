@@ -1,0 +1,218 @@
+#include "mainwindow.h"
+#include "sessionmanager.h"
+#include "support/fakezorvic.h"
+#include "zorvicchooser.h"
+
+#include <gmock/gmock.h>
+
+#include <QScrollBar>
+#include <QTest>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+using Column = ZorvicChooser::ChooserColumn;
+
+Zorvic::LANZorvic MakeUnit(const std::string& ip, const std::string& nickname = "Stage") {
+    Zorvic::LANZorvic unit;
+    unit.IP = ip;
+    unit.GUID = "guid-" + ip;
+    unit.Nickname = nickname;
+    unit.CurrentRole = Zorvic::ZORVIC_ROLE_PRIMARY;
+    unit.Type = Zorvic::ZORVIC_UTYPE_LUMEN;
+    unit.CommunicatorVersion = "7.1";
+    unit.APIVersion = "3";
+    return unit;
+}
+
+class Chooser : public testing::Test {
+protected:
+    Chooser() {
+        FakeZorvic::Reset();
+        FakeZorvic::ClearCalls();
+        FakeZorvic::AddUnit("10.0.0.1", "guid-10.0.0.1");
+        FakeZorvic::AddUnit("10.0.0.2", "guid-10.0.0.2");
+    }
+
+    /// What the list holds from now on, as the next periodic refresh finds it.
+    void Find(const std::vector<Zorvic::LANZorvic>& units) {
+        FakeZorvic::SetLANZorvics(units);
+        Window.RefreshLANZorvics();
+    }
+    void ShowActive() {
+        Window.show();
+        Window.activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&Window));
+    }
+    void Press(QTreeWidgetItem* item) {
+        QTest::mouseClick(List->viewport(), Qt::LeftButton, {}, List->visualItemRect(item).center());
+    }
+    std::string Cell(int row, Column column) const {
+        return List->topLevelItem(row)->text(ZorvicChooser::ColumnTypeToIndex(column)).toStdString();
+    }
+    std::string Address() const { return Window.ZorvicIPBox->text().toStdString(); }
+
+    SessionManager Sessions;
+    MainWindow Main;
+    ZorvicChooser Window{&Main};
+    QTreeWidget* List = Window.ZorvicFinderList;
+};
+
+TEST_F(Chooser, ShowsWhatIsKnownOfAUnit) {
+    Window.show();
+    auto newer = MakeUnit("10.0.0.2", "guid-10.0.0.2");
+    newer.Type = static_cast<Zorvic::UnitType>(17);
+    newer.CurrentRole = Zorvic::ZORVIC_ROLE_MAX;
+    Find({MakeUnit("10.0.0.1"), newer, MakeUnit("10.0.0.3")});
+    const std::vector<std::string> headers = {"IP", "Nickname", "Type", "GUID", "Role", "Version", "API"};
+    const std::vector<std::string> cells = {"10.0.0.1", "Stage", "Lumen", "guid-10.0.0.1", "Primary", "7.1", "3"};
+    for (int index = 0; index < 7; ++index) {
+        EXPECT_EQ(List->headerItem()->text(index).toStdString(), headers.at(static_cast<std::size_t>(index)));
+        EXPECT_EQ(List->topLevelItem(0)->text(index).toStdString(), cells.at(static_cast<std::size_t>(index)));
+    }
+    EXPECT_EQ(Cell(1, Column::NICKNAME), "(none)");
+    EXPECT_EQ(Cell(1, Column::TYPE), "");
+    EXPECT_EQ(Cell(1, Column::ROLE), "");
+    EXPECT_EQ(Cell(1, Column::VERSION), "7.1");
+    EXPECT_EQ(List->topLevelItemCount(), 3);
+}
+
+TEST_F(Chooser, SearchesOnlyWhileItIsVisible) {
+    Window.RefreshLANZorvics();
+    EXPECT_TRUE(FakeZorvic::Calls("GetLANZorvics").empty());
+    FakeZorvic::SetLANZorvics({MakeUnit("10.0.0.1")});
+    Window.show();
+    EXPECT_EQ(List->topLevelItemCount(), 1);
+}
+
+TEST_F(Chooser, OffersTheFirstUnitOnlyWhenNothingIsTypedOrSelected) {
+    Window.show();
+    Find({});
+    Window.ZorvicIPBox->setText(QStringLiteral("192.168.7"));
+    Find({MakeUnit("10.0.0.1"), MakeUnit("10.0.0.2")});
+    EXPECT_EQ(Address(), "192.168.7");
+    EXPECT_TRUE(List->selectedItems().isEmpty());
+    Window.ZorvicIPBox->clear();
+    Window.RefreshLANZorvics();
+    EXPECT_EQ(Address(), "10.0.0.1");
+    Window.ZorvicIPBox->setText(QStringLiteral("typed over a selection"));
+    Find({MakeUnit("10.0.0.2"), MakeUnit("10.0.0.1")});
+    EXPECT_EQ(Address(), "typed over a selection");
+}
+
+TEST_F(Chooser, TheSelectionFollowsItsUnitAndEndsWithIt) {
+    Window.show();
+    Find({MakeUnit("10.0.0.2"), MakeUnit("10.0.0.3")});
+    auto* row = List->topLevelItem(1);
+    Press(row);
+    EXPECT_EQ(Address(), "10.0.0.3");
+    Find({MakeUnit("10.0.0.1"), MakeUnit("10.0.0.3", "renamed"), MakeUnit("10.0.0.2")});
+    EXPECT_EQ(List->topLevelItem(1), row) << "a row that a click is under way on must stay";
+    EXPECT_EQ(Cell(1, Column::NICKNAME), "renamed");
+    EXPECT_EQ(List->selectedItems(), QList<QTreeWidgetItem*>{row});
+    Find({MakeUnit("10.0.0.1"), MakeUnit("10.0.0.2")});
+    EXPECT_TRUE(List->selectedItems().isEmpty());
+    EXPECT_EQ(Address(), "10.0.0.3");
+}
+
+TEST_F(Chooser, AnUnchangedListIsNotTouched) {
+    Window.show();
+    std::vector<Zorvic::LANZorvic> units;
+    for (int number = 1; number < 60; ++number) {
+        units.push_back(MakeUnit("10.0.1." + std::to_string(number)));
+    }
+    Find(units);
+    List->verticalScrollBar()->setValue(List->verticalScrollBar()->maximum());
+    const int scrolledTo = List->verticalScrollBar()->value();
+    ASSERT_GT(scrolledTo, 0);
+    bool touched = false;
+    QObject::connect(List->model(), &QAbstractItemModel::dataChanged, &Window, [&] { touched = true; });
+    QObject::connect(List->model(), &QAbstractItemModel::rowsRemoved, &Window, [&] { touched = true; });
+    Find(units);
+    EXPECT_FALSE(touched);
+    units.pop_back();
+    units.push_back(MakeUnit("10.0.1.99"));
+    Find(units);
+    EXPECT_TRUE(touched);
+    EXPECT_EQ(List->verticalScrollBar()->value(), scrolledTo);
+}
+
+TEST_F(Chooser, ArrowKeysInTheListChooseTheAddress) {
+    ShowActive();
+    Find({MakeUnit("10.0.0.1"), MakeUnit("10.0.0.2")});
+    List->setFocus();
+    QTest::keyClick(List, Qt::Key_Down);
+    EXPECT_EQ(Address(), "10.0.0.2");
+}
+
+TEST_F(Chooser, ReturnAnywhereConnectsOnce) {
+    for (QWidget* focused : std::vector<QWidget*>{Window.ZorvicIPBox, List, Window.ConnectButton}) {
+        FakeZorvic::ClearCalls();
+        ShowActive();
+        Window.ZorvicIPBox->setText(QStringLiteral("10.0.0.1"));
+        focused->setFocus();
+        QTest::keyClick(focused, Qt::Key_Return);
+        EXPECT_EQ(FakeZorvic::Calls("Session").size(), 1U);
+        EXPECT_EQ(Main.ZorvicTabs->count(), 1);
+        EXPECT_FALSE(Window.isVisible());
+    }
+    ShowActive();
+    Window.ZorvicIPBox->setFocus();
+    QTest::keyClick(Window.ZorvicIPBox, Qt::Key_Enter, Qt::KeypadModifier);
+    EXPECT_EQ(FakeZorvic::Calls("Session").size(), 2U);
+}
+
+TEST_F(Chooser, ADoubleClickConnectsToThatUnit) {
+    Window.show();
+    Find({MakeUnit("10.0.0.1"), MakeUnit("10.0.0.2")});
+    auto* row = List->topLevelItem(1);
+    Press(row);
+    QTest::mouseDClick(List->viewport(), Qt::LeftButton, {}, List->visualItemRect(row).center());
+    EXPECT_EQ(FakeZorvic::LastCall("Session").Host, "10.0.0.2");
+    EXPECT_EQ(Main.ZorvicTabs->count(), 1);
+}
+
+TEST_F(Chooser, AFailedConnectChangesNothing) {
+    FakeZorvic::At("10.0.0.1").Reachable = false;
+    Main.show();
+    Window.show();
+    for (const auto* address : {"10.0.0.1", "no such host", ""}) {
+        Window.ZorvicIPBox->setText(QLatin1String(address));
+        Window.OnConnectClicked();
+        EXPECT_TRUE(Window.isVisible());
+        EXPECT_EQ(Address(), address);
+    }
+    EXPECT_EQ(Main.ZorvicTabs->count(), 0);
+    EXPECT_EQ(FakeZorvic::LiveSessions(), 0U);
+}
+
+TEST_F(Chooser, ConnectingAgainWhileATabIsBuiltDoesNothing) {
+    ShowActive();
+    Window.ZorvicIPBox->setText(QStringLiteral("10.0.0.1"));
+    FakeZorvic::SetHook([this](const FakeZorvic::Call& call) {
+        if (call.Operation != "GetAssets") return;
+        Window.RefreshLANZorvics();
+        Window.ConnectButton->click();
+        QTest::keyClick(&Window, Qt::Key_Return);
+    });
+    Window.OnConnectClicked();
+    FakeZorvic::SetHook(nullptr);
+    EXPECT_EQ(FakeZorvic::Calls("Session").size(), 1U);
+    EXPECT_EQ(Main.ZorvicTabs->count(), 1);
+    Window.OnConnectClicked();
+    EXPECT_EQ(FakeZorvic::Calls("Session").size(), 2U) << "the next connect works again";
+}
+
+TEST_F(Chooser, BringsBackAClosedMainWindowWithTheNewTab) {
+    Window.show();
+    ASSERT_FALSE(Main.isVisible());
+    Window.ZorvicIPBox->setText(QStringLiteral("10.0.0.1"));
+    Window.OnConnectClicked();
+    EXPECT_TRUE(Main.isVisible());
+    Main.NewMenuItem->trigger();
+    EXPECT_TRUE(Window.isVisible());
+}
+
+}  // namespace

@@ -1,0 +1,171 @@
+#include "mainwindow.h"
+
+#include "sessionmanager.h"
+#include "support/fakezorvic.h"
+#include "zorvicview.h"
+
+#include <gmock/gmock.h>
+
+#include <QPointer>
+#include <QPushButton>
+#include <QTimer>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+constexpr std::size_t EventTypes = 5;
+
+class Shell : public testing::Test {
+protected:
+    Shell() {
+        FakeZorvic::Reset();
+        FakeZorvic::ClearCalls();
+        FakeZorvic::AddUnit("10.0.0.1", "guid-1", "Stage & Hall");
+        FakeZorvic::AddUnit("10.0.0.2", "guid-2", "guid-2");
+    }
+
+    ZorvicView* Connect(const std::string& host) {
+        const std::unique_ptr<SessionHandle> handle(Sessions.CreateSessionByIP(host));
+        return Window->AddView(handle->GetSession());
+    }
+    void CloseTab(ZorvicView* view) { emit Window->ZorvicTabs->tabCloseRequested(Window->ZorvicTabs->indexOf(view)); }
+    std::vector<std::string> Labels() const {
+        std::vector<std::string> labels;
+        for (int index = 0; index < Window->ZorvicTabs->count(); ++index) {
+            labels.push_back(Window->ZorvicTabs->tabText(index).toStdString());
+        }
+        return labels;
+    }
+    void UseEveryUnitMenu() {
+        Window->OnCreatePresetClicked();
+        Window->OnEditPresetClicked();
+        Window->OnClonePresetClicked();
+        Window->OnDeletePresetClicked();
+        Window->CallPowerMethod(&Zorvic::Session::SoftRebootZorvic);
+        Window->CallPowerMethod(&Zorvic::Session::RebootZorvic);
+        Window->CallPowerMethod(&Zorvic::Session::ShutdownZorvic);
+    }
+
+    SessionManager Sessions;
+    std::unique_ptr<MainWindow> Window = std::make_unique<MainWindow>();
+};
+
+TEST_F(Shell, ShowsEachUnitInATabNamedAfterHostAndUnit) {
+    Connect("10.0.0.1");
+    auto* second = Connect("10.0.0.2");
+    EXPECT_THAT(Labels(), ElementsAre("10.0.0.1:Stage && Hall", "10.0.0.2"));
+    EXPECT_EQ(Window->ZorvicTabs->currentWidget(), second);
+    EXPECT_THAT(FakeZorvic::RegistrationsFor(second), SizeIs(EventTypes));
+}
+
+TEST_F(Shell, ConnectingAgainReplacesTheTabAtTheEnd) {
+    const QPointer<ZorvicView> first = Connect("10.0.0.1");
+    Connect("10.0.0.2");
+    const auto* again = Connect("10.0.0.1");
+    EXPECT_TRUE(first.isNull());
+    EXPECT_THAT(Labels(), ElementsAre("10.0.0.2", "10.0.0.1:Stage && Hall"));
+    EXPECT_THAT(FakeZorvic::RegistrationsFor(again), SizeIs(EventTypes));
+    EXPECT_THAT(FakeZorvic::Registrations(), SizeIs(2 * EventTypes));
+}
+
+TEST_F(Shell, AClosedTabIsUnregisteredBeforeItDiesAndItsSessionStays) {
+    const QPointer<ZorvicView> closed = Connect("10.0.0.1");
+    const auto* other = Connect("10.0.0.2");
+    bool aliveThroughout = true;
+    FakeZorvic::SetHook([&](const FakeZorvic::Call& call) {
+        if (call.Operation == "SetStateEventCallback") aliveThroughout = aliveThroughout && closed;
+    });
+    CloseTab(closed);
+    FakeZorvic::SetHook(nullptr);
+    EXPECT_TRUE(aliveThroughout);
+    EXPECT_TRUE(closed.isNull());
+    EXPECT_THAT(FakeZorvic::RegistrationsFor(other), SizeIs(EventTypes));
+    EXPECT_THAT(FakeZorvic::Registrations(), SizeIs(EventTypes));
+    EXPECT_EQ(FakeZorvic::LiveSessions("10.0.0.1"), 1U);
+    emit Window->ZorvicTabs->tabCloseRequested(7);
+    EXPECT_THAT(Labels(), ElementsAre("10.0.0.2"));
+}
+
+TEST_F(Shell, TheWindowLeavesNoCallbackBehind) {
+    Connect("10.0.0.1");
+    Connect("10.0.0.2");
+    Window.reset();
+    EXPECT_THAT(FakeZorvic::Registrations(), IsEmpty());
+}
+
+TEST_F(Shell, ATabWhoseSessionIsGoneStillCloses) {
+    auto* view = Connect("10.0.0.1");
+    Sessions.DeleteSessionByGUID("guid-1");
+    CloseTab(view);
+    EXPECT_THAT(Labels(), IsEmpty());
+}
+
+TEST_F(Shell, UnitMenusDoNothingWithoutATabOrWithoutASession) {
+    UseEveryUnitMenu();
+    EXPECT_THAT(FakeZorvic::Calls(), IsEmpty());
+    EXPECT_FALSE(Window->ShutdownMenuItem->isEnabled());
+    Connect("10.0.0.1");
+    EXPECT_TRUE(Window->ShutdownMenuItem->isEnabled());
+    Sessions.DeleteSessionByGUID("guid-1");
+    UseEveryUnitMenu();
+    EXPECT_THAT(FakeZorvic::Commands(), IsEmpty());
+}
+
+TEST_F(Shell, PowerEntriesReachTheUnitOfTheCurrentTabOnly) {
+    auto* first = Connect("10.0.0.1");
+    Connect("10.0.0.2");
+    Window->SoftRebootMenuItem->trigger();
+    EXPECT_EQ(FakeZorvic::LastCall("SoftRebootZorvic").Host, "10.0.0.2");
+    Window->ZorvicTabs->setCurrentIndex(Window->ZorvicTabs->indexOf(first));
+    Window->RebootMenuItem->trigger();
+    Window->ShutdownMenuItem->trigger();
+    EXPECT_EQ(FakeZorvic::LastCall("RebootZorvic").Host, "10.0.0.1");
+    EXPECT_THAT(FakeZorvic::Commands(), ElementsAre("SoftRebootZorvic", "RebootZorvic", "ShutdownZorvic"));
+}
+
+TEST_F(Shell, AUnitThatDoesNotTellItsIdGetsNoTabAndTheOldOneKeepsItsEvents) {
+    const auto* view = Connect("10.0.0.1");
+    const std::unique_ptr<SessionHandle> handle(Sessions.CreateSessionByIP("10.0.0.1"));
+    ASSERT_THAT(FakeZorvic::RegistrationsFor(view), IsEmpty()) << "they went with the old session";
+    FakeZorvic::At("10.0.0.1").Fail("GetUnitID", Zorvic::ZORVIC_STATUS_NETWORKERROR);
+    EXPECT_EQ(Window->AddView(handle->GetSession()), nullptr);
+    EXPECT_EQ(Window->ZorvicTabs->count(), 1);
+    EXPECT_THAT(FakeZorvic::RegistrationsFor(view), SizeIs(EventTypes));
+}
+
+TEST_F(Shell, ASessionReplacedWhileItsTabIsBuiltGetsNoTab) {
+    auto* session = std::unique_ptr<SessionHandle>(Sessions.CreateSessionByIP("10.0.0.1"))->GetSession();
+    // Runs inside the event loop of the first scan.
+    QTimer::singleShot(0, Window.get(),
+                       [this] { std::unique_ptr<SessionHandle>(Sessions.CreateSessionByIP("10.0.0.1")); });
+    EXPECT_EQ(Window->AddView(session), nullptr);
+    EXPECT_EQ(Window->ZorvicTabs->count(), 0);
+    EXPECT_THAT(FakeZorvic::Registrations(), IsEmpty());
+}
+
+TEST_F(Shell, TheAboutBoxOutlivesNothing) {
+    Window->AboutMenuItem->trigger();
+    QPointer<QWidget> about;
+    for (auto* widget : QApplication::topLevelWidgets()) {
+        if (widget->windowTitle() == QStringLiteral("About Zorvic Control")) about = widget;
+    }
+    ASSERT_FALSE(about.isNull());
+    about->findChild<QPushButton*>(QStringLiteral("DismissButton"))->click();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(about.isNull());
+}
+
+TEST_F(Shell, QuitEndsTheProcessAtOnceWithStatusZero) {
+    Connect("10.0.0.1");
+    EXPECT_EXIT(Window->actionQuit->trigger(), testing::ExitedWithCode(0), "");
+}
+
+}  // namespace
