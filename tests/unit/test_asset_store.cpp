@@ -1,8 +1,10 @@
+#include "assets/drive_reader.h"
 #include "media/checksum.h"
 #include "unit/asset_fixture.h"
 
 #include <sys/stat.h>
 
+#include <future>
 #include <random>
 
 namespace ZorvicUnit {
@@ -242,6 +244,45 @@ TEST_F(AssetStoreTest, RefusesToListWhatIsNotADirectoryOfTheDrive) {
     EXPECT_EQ(fault("E", "absent"), FaultKind::NotFound);
     EXPECT_EQ(fault("", ""), FaultKind::NotFound);
     EXPECT_EQ(fault("Q", ""), FaultKind::NotFound);
+}
+
+TEST(DriveReader, AnswersLaterWhatWasSlow) {
+    std::promise<void> gate;
+    std::atomic<int> listings = 0;
+    DriveReader reader({"E", "/"}, [&, open = gate.get_future().share()](const DrivePlace&) {
+        ++listings;
+        open.wait();
+        return std::vector<zorvic::v1::DirectoryEntry>(3);
+    });
+    const auto size = [&]() -> std::size_t {
+        try {
+            return reader.List({"media"}).size();
+        } catch (const Fault& fault) {
+            EXPECT_EQ(fault.Kind, FaultKind::Slow);
+            return 0;
+        }
+    };
+    EXPECT_EQ(size(), 0);
+    EXPECT_EQ(size(), 0);
+    EXPECT_THROW(reader.FindFile({"etc", "hosts"}), Fault) << "the drive hangs for this too";
+    EXPECT_EQ(reader.Space().total(), 0);
+    gate.set_value();
+    EXPECT_TRUE(WaitUntil([&] { return size() == 3; }));
+    EXPECT_EQ(listings, 1) << "one question, asked again until it was answered";
+    EXPECT_EQ(size(), 3);
+    EXPECT_EQ(listings, 2) << "an answer is given once";
+}
+
+TEST(DriveReader, EndsThoughItsDriveHangs) {
+    const auto gate = std::make_shared<std::promise<void>>();
+    {
+        DriveReader reader({"E", "/"}, [gate, open = gate->get_future().share()](const DrivePlace&) {
+            open.wait();
+            return std::vector<zorvic::v1::DirectoryEntry>();
+        });
+        EXPECT_THROW(reader.List({}), Fault);
+    }
+    gate->set_value();
 }
 
 TEST(AssetStoreOptions, RefuseLettersThatAreNoneOrGivenTwice) {

@@ -196,14 +196,15 @@ void AssetIndex::FinishImport(const AssetRecord& record) {
     Changed.insert(path);
 }
 
-void AssetIndex::FailImport(const std::string& path, std::uint64_t import) {
+bool AssetIndex::FailImport(const std::string& path, std::uint64_t import) {
     const std::lock_guard guard(Lock);
     Import* found = Current(path, import);
-    if (found == nullptr) return;
+    if (found == nullptr) return false;
     found->Committing = false;
     found->Shown.set_status(Zorvic::ZORVIC_ASSETSTATE_ERROR);
     found->Shown.set_current_size(found->Shown.total_size());
     Changed.insert(path);
+    return true;
 }
 
 bool AssetIndex::EndImport(const std::string& path) {

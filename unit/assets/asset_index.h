@@ -72,7 +72,8 @@ public:
     /// From here on EndImport() refuses; false when the import was ended before.
     bool BeginCommit(const std::string& path, std::uint64_t import);
     void FinishImport(const AssetRecord& record);
-    void FailImport(const std::string& path, std::uint64_t import);
+    /// False when the import was ended before.
+    bool FailImport(const std::string& path, std::uint64_t import);
     /// Takes an import or a failed one off the list; false when there is none, Refused when it is being finished.
     bool EndImport(const std::string& path);
 

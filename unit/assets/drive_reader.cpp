@@ -1,23 +1,17 @@
 #include "assets/drive_reader.h"
 
-#include "assets/names.h"
 #include "assets/worker.h"
 #include "fault.h"
 
-#include <strings.h>
 #include <sys/statvfs.h>
 
-#include <algorithm>
 #include <condition_variable>
 #include <deque>
-#include <optional>
 #include <utility>
 
 namespace ZorvicUnit {
 
 namespace {
-
-using zorvic::v1::DirectoryEntry;
 
 constexpr std::size_t MostQuestions = 16;
 constexpr std::chrono::milliseconds Farewell{300};
@@ -25,37 +19,6 @@ constexpr std::chrono::milliseconds Farewell{300};
 template <typename T>
 bool IsReady(const std::shared_future<T>& answer, std::chrono::milliseconds limit = {}) {
     return answer.valid() && answer.wait_for(limit) == std::future_status::ready;
-}
-
-bool ByName(const DirectoryEntry& left, const DirectoryEntry& right) {
-    if (left.directory() != right.directory()) return left.directory();
-    const int order = strcasecmp(left.filename().c_str(), right.filename().c_str());
-    return order != 0 ? order < 0 : left.filename() < right.filename();
-}
-
-// Nothing when the entry is not for a console: other kinds of file, and what leads off the drive.
-std::optional<DirectoryEntry> Describe(const DrivePlace& place, const std::filesystem::directory_entry& found) {
-    const std::string name = found.path().filename().string();
-    if (IsHidden(name) || NameProblem(name) != nullptr) return std::nullopt;
-    DrivePlace below = place;
-    below.Names.push_back(name);
-    std::error_code error;
-    if (found.is_symlink(error)) {
-        try {
-            ResolveOnDrive(below);
-        } catch (const Fault&) {
-            return std::nullopt;
-        }
-    }
-    DirectoryEntry entry;
-    entry.set_filename(name);
-    entry.set_full_path(below.UnitPath());
-    entry.set_directory(found.is_directory(error));
-    if (entry.directory()) return entry;
-    if (!HasMediaExtension(name) || !found.is_regular_file(error)) return std::nullopt;
-    const auto size = found.file_size(error);
-    entry.set_size(error ? 0 : static_cast<std::int64_t>(size));
-    return entry;
 }
 
 }  // namespace
@@ -70,8 +33,10 @@ struct DriveReader::State {
     bool Ended = false;
 };
 
-DriveReader::DriveReader(DriveRoot drive)
-    : Shared(new State{std::move(drive), {}, {}, {}}), Thread([shared = Shared] { Run(shared); }) {}
+DriveReader::DriveReader(DriveRoot drive, Lister lister)
+    : Shared(new State{std::move(drive), {}, {}, {}}),
+      ListEntries(std::move(lister)),
+      Thread([shared = Shared] { Run(shared); }) {}
 
 DriveReader::~DriveReader() {
     std::unique_lock guard(Shared->Lock);
@@ -116,20 +81,6 @@ std::shared_future<T> DriveReader::Ask(std::function<T(const DriveRoot&)> questi
     return task->get_future().share();
 }
 
-DriveReader::Listing DriveReader::ListDirectory(const DrivePlace& place) {
-    const auto path = ResolveOnDrive(place);
-    std::error_code error;
-    if (!std::filesystem::is_directory(path, error))
-        throw Fault(FaultKind::Misused, place.UnitPath() + " is no directory");
-    Listing listing;
-    for (std::filesystem::directory_iterator at(path, error), end; !error && at != end; at.increment(error))
-        if (auto entry = Describe(place, *at)) listing.Entries.push_back(std::move(*entry));
-    if (error) throw Fault(FaultKind::NotFound, "cannot list " + place.UnitPath() + ": " + error.message());
-    std::sort(listing.Entries.begin(), listing.Entries.end(), &ByName);
-    listing.Finished = std::chrono::steady_clock::now();
-    return listing;
-}
-
 std::shared_future<DriveReader::Listing> DriveReader::AskOrFind(const std::vector<std::string>& names) {
     const std::lock_guard guard(Lock);
     const auto stale = [oldest = std::chrono::steady_clock::now() - Freshness](const auto& known) {
@@ -143,11 +94,14 @@ std::shared_future<DriveReader::Listing> DriveReader::AskOrFind(const std::vecto
     std::erase_if(Listings, stale);
     auto& listing = Listings[names];
     if (!listing.valid())
-        listing = Ask<Listing>([names](const DriveRoot& drive) { return ListDirectory({&drive, names}); });
+        listing = Ask<Listing>([names, list = ListEntries](const DriveRoot& drive) {
+            auto entries = list({&drive, names});
+            return Listing{std::move(entries), std::chrono::steady_clock::now()};
+        });
     return listing;
 }
 
-std::vector<DirectoryEntry> DriveReader::List(const std::vector<std::string>& names) {
+std::vector<zorvic::v1::DirectoryEntry> DriveReader::List(const std::vector<std::string>& names) {
     const auto listing = AskOrFind(names);
     if (!IsReady(listing, Patience)) throw Fault(FaultKind::Slow, "drive " + Shared->Drive.Letter + " is slow");
     const std::lock_guard guard(Lock);

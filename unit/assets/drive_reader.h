@@ -1,5 +1,6 @@
 #pragma once
 
+#include "assets/directory_listing.h"
 #include "assets/drive_table.h"
 #include "assets/tree_walk.h"
 
@@ -32,14 +33,14 @@ public:
     /// How long a listing that came too late waits for the question to be asked again.
     static constexpr std::chrono::seconds Freshness{5};
 
-    explicit DriveReader(DriveRoot drive);
+    using Lister = std::function<std::vector<zorvic::v1::DirectoryEntry>(const DrivePlace&)>;
+    explicit DriveReader(DriveRoot drive, Lister lister = &ListDirectoryNow);
     /// A thread that hangs in the drive is left behind rather than waited for.
     ~DriveReader();
     DriveReader(const DriveReader&) = delete;
     DriveReader& operator=(const DriveReader&) = delete;
 
-    /// Directories, then media files, each by name without regard to case. Slow: goes on and answers a later call.
-    /// NotFound, Misused (no directory), Refused (leads out of the drive).
+    /// What the lister gives or throws. Slow: goes on and answers a later call.
     std::vector<zorvic::v1::DirectoryEntry> List(const std::vector<std::string>& names);
 
     /// NotFound, Refused (leads out of the drive), Slow.
@@ -56,13 +57,13 @@ private:
     struct State;
 
     static void Run(const std::shared_ptr<State>& shared);
-    static Listing ListDirectory(const DrivePlace& place);
     static zorvic::v1::Drive ReadSpace(const DriveRoot& drive);
     template <typename T>
     std::shared_future<T> Ask(std::function<T(const DriveRoot&)> question);
     std::shared_future<Listing> AskOrFind(const std::vector<std::string>& names);
 
     const std::shared_ptr<State> Shared;  ///< the thread's too, which may outlive the reader
+    const Lister ListEntries;
     std::thread Thread;
     std::mutex Lock;  ///< guards all below
     std::map<std::vector<std::string>, std::shared_future<Listing>> Listings;

@@ -95,4 +95,13 @@ std::filesystem::path ResolveOnDrive(const DrivePlace& place) {
     return target;
 }
 
+bool StaysOnDrive(const DrivePlace& place) {
+    try {
+        ResolveOnDrive(place);
+        return true;
+    } catch (const Fault&) {
+        return false;
+    }
+}
+
 }  // namespace ZorvicUnit

@@ -51,5 +51,7 @@ private:
 /// The file or directory on the host, with all links followed. Throws NotFound when it is not there, Refused when it
 /// lies outside its drive. Touches the disk.
 std::filesystem::path ResolveOnDrive(const DrivePlace& place);
+/// Whether the same would succeed.
+bool StaysOnDrive(const DrivePlace& place);
 
 }  // namespace ZorvicUnit

@@ -82,8 +82,8 @@ void Importer::Carry(const Order& order) {
         std::error_code ignored;
         std::filesystem::remove(part, ignored);
         if (Copies.Stopping()) return;
-        spdlog::error("importing {} from {}: {}", order.Path, order.Source.File.string(), error.what());
-        Index.FailImport(order.Path, order.Number);
+        if (Index.FailImport(order.Path, order.Number))
+            spdlog::error("importing {} from {}: {}", order.Path, order.Source.File.string(), error.what());
         Notify();
     }
 }

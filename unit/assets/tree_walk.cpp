@@ -27,15 +27,6 @@ FileStamp StampOf(const struct stat& status) {
     return {status.st_size, std::int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec};
 }
 
-bool StaysOnDrive(const DrivePlace& place) {
-    try {
-        ResolveOnDrive(place);
-        return true;
-    } catch (const Fault&) {
-        return false;
-    }
-}
-
 }  // namespace
 
 FileStamp ReadStamp(const std::filesystem::path& file) {

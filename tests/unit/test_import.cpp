@@ -1,0 +1,230 @@
+#include "media/checksum.h"
+#include "unit/asset_fixture.h"
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace ZorvicUnit {
+namespace {
+
+using namespace Zorvic;  // NOLINT(google-build-using-namespace): the states' names are long enough
+
+class ImportTest : public AssetFixture {
+protected:
+    std::optional<FaultKind> InstallFault(const std::string& path) {
+        return FaultOf([&] { Store->Install(path); });
+    }
+
+    /// Hidden leftovers in the store.
+    std::size_t Parts() const {
+        std::size_t count = 0;
+        for (const auto& entry : std::filesystem::directory_iterator(Disk / "Assets"))
+            if (entry.path().extension() == ".part") ++count;
+        return count;
+    }
+
+    /// A file that is slow to copy because of its size, and takes no room.
+    void WriteSparse(const std::string& name, std::uintmax_t size) const {
+        WriteFile(Usb / name, ToneFile());
+        std::filesystem::resize_file(Usb / name, size);
+    }
+
+    const std::string Clip = "C:\\Assets\\clip.wav";
+};
+
+TEST_F(ImportTest, ListsTheAssetAtOnceAndBringsItIn) {
+    Open();
+    std::filesystem::create_directories(Usb / "media");
+    WriteFile(Usb / "media/clip.wav", ToneFile());
+    Store->Install("E:\\media\\clip.wav");
+    const auto asset = Find(Clip);
+    ASSERT_TRUE(asset);
+    EXPECT_EQ(asset->total_size(), ToneFile().size());
+    ASSERT_TRUE(WaitForStatus(Clip, ZORVIC_ASSETSTATE_READY));
+    EXPECT_EQ(ReadFile(Asset("clip.wav")), ToneFile());
+    Checksum checksum;
+    checksum.Add(ToneFile());
+    EXPECT_EQ(Find(Clip)->checksum(), checksum.Hex());
+    EXPECT_EQ(Store->DurationMS(Clip), 1000);
+    EXPECT_EQ(Parts(), 0);
+    EXPECT_TRUE(WaitUntil([&] { return Store->Levels(Clip) != nullptr; }));
+    Store->RescanNow();
+    EXPECT_EQ(StatusOf(Clip), ZORVIC_ASSETSTATE_READY) << "the scan meets a file that it knows";
+}
+
+TEST_F(ImportTest, QueuedOnesAreListedWithNothingCopied) {
+    Open();
+    WriteSparse("long.wav", 200'000'000);
+    WriteFile(Usb / "clip.wav", ToneFile());
+    Store->Install("E:\\long.wav");
+    Store->Install("E:\\clip.wav");
+    const auto queued = Find(Clip);
+    ASSERT_TRUE(queued);
+    EXPECT_EQ(queued->status(), ZORVIC_ASSETSTATE_INGESTING);
+    EXPECT_EQ(queued->current_size(), 0);
+    EXPECT_EQ(queued->total_size(), ToneFile().size());
+    EXPECT_EQ(InstallFault("E:\\clip.wav"), FaultKind::Refused) << "on its way already";
+
+    EXPECT_TRUE(WaitUntil([&] { return Find("C:\\Assets\\long.wav")->current_size() > 0; }));
+    Store->Delete("C:\\Assets\\long.wav");
+    EXPECT_FALSE(Find("C:\\Assets\\long.wav"));
+    EXPECT_TRUE(WaitForStatus(Clip, ZORVIC_ASSETSTATE_READY)) << "the next one goes on";
+    EXPECT_EQ(Parts(), 0);
+    EXPECT_FALSE(std::filesystem::exists(Asset("long.wav")));
+}
+
+TEST_F(ImportTest, ReplacesAnOlderFileOnlyWhenComplete) {
+    Open();
+    WriteFile(Usb / "clip.wav", ToneFile());
+    Store->Install("E:\\clip.wav");
+    ASSERT_TRUE(WaitForStatus(Clip, ZORVIC_ASSETSTATE_READY));
+    const std::string newer = ToneFile(1) + ToneFile(2);
+    WriteFile(Usb / "clip.wav", newer);
+    Store->Install("E:\\clip.wav");
+    EXPECT_EQ(Store->DurationMS(Clip), 1000) << "what is there goes on playing";
+    ASSERT_TRUE(WaitForStatus(Clip, ZORVIC_ASSETSTATE_READY));
+    EXPECT_EQ(ReadFile(Asset("clip.wav")), newer);
+
+    WriteFile(Usb / "clip.wav", "no media at all");
+    Store->Install("E:\\clip.wav");
+    ASSERT_TRUE(WaitForStatus(Clip, ZORVIC_ASSETSTATE_ERROR));
+    EXPECT_EQ(ReadFile(Asset("clip.wav")), newer) << "a failed import must not cost the old file";
+    Store->Delete(Clip);
+    EXPECT_EQ(StatusOf(Clip), ZORVIC_ASSETSTATE_READY) << "dismissing the failure shows the old file again";
+    EXPECT_TRUE(std::filesystem::exists(Asset("clip.wav")));
+}
+
+TEST_F(ImportTest, AFailureIsShownAndTheOthersGoOn) {
+    Open();
+    WriteFile(Usb / "damaged.mov", std::string(5000, 'x'));
+    WriteFile(Usb / "clip.wav", ToneFile());
+    Store->Install("E:\\damaged.mov");
+    Store->Install("E:\\clip.wav");
+    ASSERT_TRUE(WaitForStatus(Clip, ZORVIC_ASSETSTATE_READY));
+    const auto failed = Find("C:\\Assets\\damaged.mov");
+    ASSERT_TRUE(failed);
+    EXPECT_EQ(failed->status(), ZORVIC_ASSETSTATE_ERROR);
+    EXPECT_EQ(failed->current_size(), 5000);
+    EXPECT_EQ(failed->total_size(), 5000);
+    EXPECT_EQ(Parts(), 0);
+    Store->Delete("C:\\Assets\\damaged.mov");
+    EXPECT_FALSE(Find("C:\\Assets\\damaged.mov"));
+}
+
+TEST_F(ImportTest, ASourceThatGoesWhileQueuedIsAFailure) {
+    Open();
+    WriteSparse("long.wav", 200'000'000);
+    WriteFile(Usb / "clip.wav", ToneFile());
+    Store->Install("E:\\long.wav");
+    Store->Install("E:\\clip.wav");
+    std::filesystem::remove(Usb / "clip.wav");
+    Store->Delete("C:\\Assets\\long.wav");
+    EXPECT_TRUE(WaitForStatus(Clip, ZORVIC_ASSETSTATE_ERROR));
+}
+
+TEST_F(ImportTest, AFailedImportCanBeTriedAgain) {
+    Open();
+    WriteFile(Usb / "clip.wav", "unfinished");
+    Store->Install("E:\\clip.wav");
+    ASSERT_TRUE(WaitForStatus(Clip, ZORVIC_ASSETSTATE_ERROR));
+    WriteFile(Usb / "clip.wav", ToneFile());
+    Store->Install("E:\\clip.wav");
+    EXPECT_TRUE(WaitForStatus(Clip, ZORVIC_ASSETSTATE_READY));
+}
+
+TEST_F(ImportTest, RefusesWhatIsNotAFileOfADrive) {
+    Open();
+    std::filesystem::create_directories(Usb / "folder");
+    std::filesystem::create_symlink("/etc/hosts", Usb / "hosts.mov");
+    ASSERT_EQ(mkfifo((Usb / "pipe.mov").c_str(), 0600), 0);
+    WriteFile(Usb / ".hidden.wav", ToneFile());
+    WriteFile(Asset("own.wav"), ToneFile());
+    std::filesystem::create_directories(Asset("sub"));
+    WriteFile(Asset("sub/own.wav"), ToneFile());
+    EXPECT_EQ(InstallFault("E:\\absent.mov"), FaultKind::NotFound);
+    EXPECT_EQ(InstallFault("E:\\folder"), FaultKind::NotFound);
+    EXPECT_EQ(InstallFault("E:\\pipe.mov"), FaultKind::NotFound);
+    EXPECT_EQ(InstallFault("E:\\hosts.mov"), FaultKind::Refused);
+    EXPECT_EQ(InstallFault("E:\\.hidden.wav"), FaultKind::Misused);
+    EXPECT_EQ(InstallFault("C:\\Assets\\own.wav"), FaultKind::Refused);
+    EXPECT_EQ(InstallFault("C:\\Assets\\sub\\own.wav"), FaultKind::Refused);
+    EXPECT_EQ(InstallFault("E:\\..\\clip.wav"), FaultKind::Misused);
+    EXPECT_EQ(InstallFault("/etc/hosts"), FaultKind::Misused);
+    EXPECT_EQ(InstallFault("E:\\"), FaultKind::Misused);
+    EXPECT_TRUE(Store->Assets().empty());
+}
+
+TEST_F(ImportTest, LongestNamesFit) {
+    Open();
+    const std::string name = std::string(251, 'n') + ".wav";
+    WriteFile(Usb / name, ToneFile());
+    Store->Install("E:\\" + name);
+    EXPECT_TRUE(WaitForStatus("C:\\Assets\\" + name, ZORVIC_ASSETSTATE_READY));
+}
+
+TEST_F(ImportTest, StoppingGivesUpTheCopyAndLeavesNothing) {
+    Open();
+    WriteSparse("long.wav", 400'000'000);
+    Store->Install("E:\\long.wav");
+    ASSERT_TRUE(WaitUntil([&] { return Find("C:\\Assets\\long.wav")->current_size() > 0; }));
+    Store.reset();
+    EXPECT_EQ(Parts(), 0);
+    EXPECT_FALSE(std::filesystem::exists(Asset("long.wav")));
+}
+
+TEST_F(ImportTest, AKilledImportLeavesTheOldFileAndNoHalfOne) {
+    std::filesystem::create_directories(Disk / "Assets");
+    WriteFile(Asset("clip.wav"), ToneFile());
+    WriteFile(Asset("clip.part"), "somebody else's");
+    WriteSparse("clip.wav", 400'000'000);
+    const pid_t child = fork();
+    if (child == 0) {
+        Database rows(Disk / "child.db");
+        AssetStore store({Disk.Path, {{"E", Usb.Path}}, false}, rows, Time);
+        store.Start();
+        store.Install("E:\\clip.wav");
+        for (;;)
+            pause();
+    }
+    const bool copying = WaitUntil([&] { return Parts() == 2; });
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+    ASSERT_TRUE(copying);
+    Open();
+    EXPECT_EQ(Parts(), 1);
+    EXPECT_TRUE(std::filesystem::exists(Asset("clip.part")));
+    EXPECT_EQ(ReadFile(Asset("clip.wav")), ToneFile());
+}
+
+// The limit holds for a whole process, so the store lives in a child.
+TEST(ImportOnAFullDisk, EndsInAnErrorAndTheUnitLives) {
+    const MediaDirectory disk, usb;
+    WriteFile(usb / "large.wav", ToneFile() + std::string(5'000'000, '\0'));
+    WriteFile(usb / "clip.wav", ToneFile());
+    const pid_t child = fork();
+    if (child == 0) {
+        Database rows(disk / "zorvic.db");
+        const SteadyClock clock;
+        AssetStore store({disk.Path, {{"E", usb.Path}}, false}, rows, clock);
+        store.Start();
+        const rlimit limit{4'000'000, 4'000'000};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        store.Install("E:\\large.wav");
+        store.Install("E:\\clip.wav");
+        const bool done = WaitUntil([&] {
+            const auto assets = store.Assets();
+            return assets.size() == 2 && assets[0].status() == ZORVIC_ASSETSTATE_READY &&
+                   assets[1].status() == ZORVIC_ASSETSTATE_ERROR && assets[1].current_size() == assets[1].total_size();
+        });
+        _exit(done ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+    EXPECT_FALSE(std::filesystem::exists(disk / "Assets/large.wav"));
+}
+
+}  // namespace
+}  // namespace ZorvicUnit
