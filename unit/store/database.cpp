@@ -13,19 +13,33 @@ namespace ZorvicUnit {
 
 namespace {
 
+// The system's own reason for the last failure on one of the database's two files.
+int LastErrno(sqlite3* handle, int whichFile) {
+    sqlite3_file* file = nullptr;
+    int reason = 0;
+    sqlite3_file_control(handle, "main", whichFile, &file);
+    if (file && file->pMethods) file->pMethods->xFileControl(file, SQLITE_FCNTL_LAST_ERRNO, &reason);
+    return reason;
+}
+
 // A quota and the file size limit are reported as plain write errors; to the operator they are a full disk all the
 // same.
 bool IsFull(sqlite3* handle) {
-    const int code = sqlite3_errcode(handle);
+    const int code = sqlite3_extended_errcode(handle);
     if (code == SQLITE_FULL) return true;
-    const int reason = sqlite3_system_errno(handle);
-    return code == SQLITE_IOERR && (reason == ENOSPC || reason == EFBIG || reason == EDQUOT);
+    if (code != SQLITE_IOERR_WRITE) return false;
+    for (const int file : {SQLITE_FCNTL_JOURNAL_POINTER, SQLITE_FCNTL_FILE_POINTER}) {
+        const int reason = LastErrno(handle, file);
+        if (reason == ENOSPC || reason == EFBIG || reason == EDQUOT) return true;
+    }
+    return false;
 }
 
 [[noreturn]] void Raise(sqlite3* handle, std::string_view what) {
     const FaultKind kind = IsFull(handle) ? FaultKind::DiskFull : FaultKind::Internal;
-    throw Fault(kind,
-                fmt::format("store: {}: {} ({})", what, sqlite3_errmsg(handle), sqlite3_extended_errcode(handle)));
+    const char* remark = kind == FaultKind::DiskFull ? ", the disk is full" : "";
+    throw Fault(kind, fmt::format("store: {}: {} ({}){}", what, sqlite3_errmsg(handle),
+                                  sqlite3_extended_errcode(handle), remark));
 }
 
 }  // namespace
