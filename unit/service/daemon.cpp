@@ -15,7 +15,7 @@ namespace {
 
 constexpr auto ApiVersion = "1.0";
 // Commands in flight get this long to finish; the process must be gone within two seconds.
-constexpr std::chrono::milliseconds StopLimit(1000);
+constexpr std::chrono::milliseconds DrainLimit(1000);
 // A handler's reply leaves after the handler has returned; nothing tells when.
 constexpr std::chrono::milliseconds ReplyTime(100);
 
@@ -52,7 +52,8 @@ Daemon::~Daemon() {
 void Daemon::Stop() {
     Announcing.reset();
     Updates.Close();
-    if (Requests) Requests->Stop(StopLimit);
+    Service.Drain(DrainLimit);
+    if (Requests) Requests->Stop(ReplyTime);
     Requests.reset();
     Ticking.reset();
     Keeping.reset();

@@ -25,7 +25,7 @@ namespace {
 }
 
 void CheckText(const char* what, const std::string& text, std::size_t limit) {
-    if (text.size() > limit) Misuse(fmt::format("{} is longer than {} bytes", what, limit));
+    if (text.size() > limit) Misuse(fmt::format("{} of more than {} bytes", what, limit));
     if (!IsUtf8(text)) Misuse(fmt::format("{} is not valid UTF-8", what));
 }
 

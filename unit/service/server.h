@@ -24,7 +24,8 @@ public:
     /// "address:port" as it is written for people and programs.
     const std::string& Address() const { return BoundAddress; }
 
-    /// Takes no more requests, lets those in flight finish until the limit and then cancels them.
+    /// Takes no more requests, lets those in flight finish until the limit and then cancels them. Waits for the limit
+    /// whenever a console is connected: an idle console does not notice that it is asked to leave.
     void Stop(std::chrono::milliseconds limit);
 
 private:

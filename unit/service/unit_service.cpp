@@ -44,11 +44,9 @@ StatusCode ToStatusCode(FaultKind kind) {
     return StatusCode::INTERNAL;
 }
 
-// Carries out one request; what says on what, for the log.
+// Turns what the action throws into its status; what says what was tried on what, for the log.
 template <typename Action>
-Status Answer(const ServerContext& context, const std::string& what, const Action& action) {
-    // A command whose console has given up is not carried out late.
-    if (context.IsCancelled()) return {StatusCode::CANCELLED, "given up by the caller"};
+Status Attempt(const std::string& what, const Action& action) {
     try {
         action();
         spdlog::debug("{}: done", what);
@@ -60,6 +58,15 @@ Status Answer(const ServerContext& context, const std::string& what, const Actio
         spdlog::error("{}: {}", what, error.what());
         return {StatusCode::INTERNAL, error.what()};
     }
+}
+
+// Carries out one request, unless the unit is ending. A command whose console has given up is not carried out late.
+template <typename Action>
+Status Answer(RequestGate& gate, const ServerContext& context, const std::string& what, const Action& action) {
+    const RequestGate::Pass pass(gate);
+    if (!pass.Granted()) return {StatusCode::UNAVAILABLE, "the unit is ending"};
+    if (context.IsCancelled()) return {StatusCode::CANCELLED, "given up by the caller"};
+    return Attempt(what, action);
 }
 
 std::string OnPreset(const char* what, std::int32_t pk) {
@@ -81,7 +88,7 @@ UnitService::UnitService(zorvic::v1::Identity identity, UnitModel& model, AssetL
 Status UnitService::Watch(ServerContext* context, const zorvic::v1::WatchRequest* /*request*/,
                           grpc::ServerWriter<zorvic::v1::Frame>* writer) {
     bool over = false;
-    const Status status = Answer(*context, "watch", [&] {
+    const Status status = Attempt("watch", [&] {
         Feed::Subscription subscription(Updates);
         const auto write = [&](const zorvic::v1::Frame& frame) { return writer->Write(frame); };
         while (!context->IsCancelled()) {
@@ -101,68 +108,71 @@ Status UnitService::Identify(ServerContext* /*context*/, const zorvic::v1::Ident
 
 Status UnitService::CreatePreset(ServerContext* context, const zorvic::v1::CreatePresetRequest* request,
                                  CommandReply* reply) {
-    return Answer(*context, "create preset", [&] { reply->set_revision(Model.CreatePreset(request->preset())); });
+    return Answer(Gate, *context, "create preset", [&] { reply->set_revision(Model.CreatePreset(request->preset())); });
 }
 
 Status UnitService::UpdatePreset(ServerContext* context, const zorvic::v1::UpdatePresetRequest* request,
                                  CommandReply* reply) {
-    return Answer(*context, OnPreset("update", request->preset().pk()),
+    return Answer(Gate, *context, OnPreset("update", request->preset().pk()),
                   [&] { reply->set_revision(Model.UpdatePreset(request->preset(), request->fields())); });
 }
 
 Status UnitService::DeletePreset(ServerContext* context, const zorvic::v1::PresetRequest* request,
                                  CommandReply* reply) {
-    return Answer(*context, OnPreset("delete", request->pk()),
+    return Answer(Gate, *context, OnPreset("delete", request->pk()),
                   [&] { reply->set_revision(Model.DeletePreset(request->pk())); });
 }
 
 Status UnitService::SelectPreset(ServerContext* context, const zorvic::v1::PresetRequest* request,
                                  CommandReply* reply) {
-    return Answer(*context, OnPreset("select", request->pk()),
+    return Answer(Gate, *context, OnPreset("select", request->pk()),
                   [&] { reply->set_revision(Model.SelectPreset(request->pk())); });
 }
 
 Status UnitService::Take(ServerContext* context, const zorvic::v1::PresetRequest* request, CommandReply* reply) {
-    return Answer(*context, OnPreset("take", request->pk()), [&] { reply->set_revision(Model.Take(request->pk())); });
+    return Answer(Gate, *context, OnPreset("take", request->pk()),
+                  [&] { reply->set_revision(Model.Take(request->pk())); });
 }
 
 Status UnitService::Pause(ServerContext* context, const zorvic::v1::PresetRequest* request, CommandReply* reply) {
-    return Answer(*context, OnPreset("pause", request->pk()), [&] { reply->set_revision(Model.Pause(request->pk())); });
+    return Answer(Gate, *context, OnPreset("pause", request->pk()),
+                  [&] { reply->set_revision(Model.Pause(request->pk())); });
 }
 
 Status UnitService::End(ServerContext* context, const zorvic::v1::PresetRequest* request, CommandReply* reply) {
-    return Answer(*context, OnPreset("end", request->pk()), [&] { reply->set_revision(Model.End(request->pk())); });
+    return Answer(Gate, *context, OnPreset("end", request->pk()),
+                  [&] { reply->set_revision(Model.End(request->pk())); });
 }
 
 Status UnitService::SeekTo(ServerContext* context, const zorvic::v1::SeekRequest* request, CommandReply* reply) {
-    return Answer(*context, OnPreset("seek", request->pk()),
+    return Answer(Gate, *context, OnPreset("seek", request->pk()),
                   [&] { reply->set_revision(Model.SeekTo(request->pk(), request->time_ms())); });
 }
 
 Status UnitService::CreateMark(ServerContext* context, const zorvic::v1::MarkRequest* request, CommandReply* reply) {
-    return Answer(*context, OnMark("create", *request), [&] { reply->set_revision(Model.CreateMark(*request)); });
+    return Answer(Gate, *context, OnMark("create", *request), [&] { reply->set_revision(Model.CreateMark(*request)); });
 }
 
 Status UnitService::RenameMark(ServerContext* context, const zorvic::v1::MarkRequest* request, CommandReply* reply) {
-    return Answer(*context, OnMark("rename", *request), [&] { reply->set_revision(Model.RenameMark(*request)); });
+    return Answer(Gate, *context, OnMark("rename", *request), [&] { reply->set_revision(Model.RenameMark(*request)); });
 }
 
 Status UnitService::DeleteMark(ServerContext* context, const zorvic::v1::MarkRequest* request, CommandReply* reply) {
-    return Answer(*context, OnMark("delete", *request), [&] { reply->set_revision(Model.DeleteMark(*request)); });
+    return Answer(Gate, *context, OnMark("delete", *request), [&] { reply->set_revision(Model.DeleteMark(*request)); });
 }
 
 Status UnitService::DeleteAsset(ServerContext* context, const zorvic::v1::AssetRequest* request, CommandReply* reply) {
-    return Answer(*context, "delete asset " + request->path(),
+    return Answer(Gate, *context, "delete asset " + request->path(),
                   [&] { reply->set_revision(Assets.Delete(request->path())); });
 }
 
 Status UnitService::InstallAsset(ServerContext* context, const zorvic::v1::AssetRequest* request, CommandReply* reply) {
-    return Answer(*context, "install asset " + request->path(),
+    return Answer(Gate, *context, "install asset " + request->path(),
                   [&] { reply->set_revision(Assets.Install(request->path())); });
 }
 
 Status UnitService::Power(ServerContext* context, const zorvic::v1::PowerRequest* request, CommandReply* reply) {
-    return Answer(*context, fmt::format("power action {}", static_cast<int>(request->action())), [&] {
+    return Answer(Gate, *context, fmt::format("power action {}", static_cast<int>(request->action())), [&] {
         if (!zorvic::v1::PowerAction_IsValid(request->action()) ||
             request->action() == zorvic::v1::POWER_ACTION_UNSPECIFIED)
             throw Fault(FaultKind::Misused, "no such power action");
@@ -173,13 +183,13 @@ Status UnitService::Power(ServerContext* context, const zorvic::v1::PowerRequest
 
 Status UnitService::ReadAssetMetadata(ServerContext* context, const zorvic::v1::AssetRequest* request,
                                       zorvic::v1::AssetMetadata* reply) {
-    return Answer(*context, "read metadata of " + request->path(),
+    return Answer(Gate, *context, "read metadata of " + request->path(),
                   [&] { *reply = Assets.ReadMetadata(request->path()); });
 }
 
 Status UnitService::ListDirectory(ServerContext* context, const zorvic::v1::ListDirectoryRequest* request,
                                   zorvic::v1::ListDirectoryReply* reply) {
-    return Answer(*context, fmt::format("list {} of drive {}", request->path(), request->drive()),
+    return Answer(Gate, *context, fmt::format("list {} of drive {}", request->path(), request->drive()),
                   [&] { *reply = Assets.ListDirectory(request->drive(), request->path()); });
 }
 

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "service/request_gate.h"
+
 #include <zorvic/v1/unit.grpc.pb.h>
 
+#include <chrono>
 #include <functional>
 
 namespace ZorvicUnit {
@@ -19,6 +22,9 @@ public:
     /// All references must outlive the object. power is called from a handler's thread before the reply has left, so it
     /// must only take note.
     UnitService(zorvic::v1::Identity identity, UnitModel& model, AssetLink& assets, Feed& feed, PowerHandler power);
+
+    /// Turns further requests away and waits for those being carried out, no longer than the limit.
+    void Drain(std::chrono::milliseconds limit) { Gate.Close(limit); }
 
     grpc::Status Watch(grpc::ServerContext* context, const zorvic::v1::WatchRequest* request,
                        grpc::ServerWriter<zorvic::v1::Frame>* writer) override;
@@ -64,6 +70,7 @@ private:
     AssetLink& Assets;
     Feed& Updates;
     const PowerHandler OnPower;
+    RequestGate Gate;
 };
 
 }  // namespace ZorvicUnit

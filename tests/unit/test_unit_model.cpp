@@ -1,0 +1,239 @@
+#include "fault.h"
+#include "feed/feed.h"
+#include "service/unit_model.h"
+#include "store/database.h"
+#include "support/childprocess.h"
+#include "unit/unitfakes.h"
+
+#include <gmock/gmock.h>
+
+#include <future>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+
+using zorvic::v1::Preset;
+using ZorvicUnit::Database;
+using ZorvicUnit::Fault;
+using ZorvicUnit::FaultKind;
+using ZorvicUnit::Feed;
+using ZorvicUnit::UnitModel;
+
+namespace {
+
+constexpr auto Clip = "C:\\Assets\\clip.mov";
+
+/// What a console knows after it has applied everything that was sent to it.
+struct Mirror {
+    explicit Mirror(Feed& feed) : Source(feed) {}
+
+    void Read() {
+        const auto batch = Source.Next(std::chrono::milliseconds(0));
+        ASSERT_TRUE(batch);
+        for (const auto& bytes : batch->Pieces) {
+            zorvic::v1::Piece piece;
+            ASSERT_TRUE(piece.ParseFromString(*bytes));
+            for (const Preset& preset : piece.presets().upserted())
+                Presets[preset.pk()] = preset;
+            for (const std::int32_t pk : piece.presets().removed())
+                Presets.erase(pk);
+            if (piece.has_states()) States = piece.states();
+            if (piece.has_timecodes()) TimeCodes = piece.timecodes();
+        }
+    }
+    std::set<std::int32_t> Selected() const {
+        std::set<std::int32_t> keys;
+        for (const auto& state : States.states()) {
+            if (state.selected()) keys.insert(state.pk());
+        }
+        return keys;
+    }
+
+    Feed::Subscription Source;
+    std::map<std::int32_t, Preset> Presets;
+    zorvic::v1::PresetStates States;
+    zorvic::v1::TimeCodes TimeCodes;
+};
+
+class UnitModelTest : public ::testing::Test {
+protected:
+    UnitModelTest() {
+        Catalog.Durations[Clip] = 10'000;
+        Start();
+    }
+    void Start() {
+        Console.reset();
+        Model.reset();
+        Updates.emplace();
+        Model.emplace(UnitModel::Profile{}, Store, Time, Catalog, *Updates);
+        Console.emplace(*Updates);
+        Console->Read();
+    }
+    std::int32_t Create() {
+        Model->CreatePreset(PresetWith(0, Clip));
+        Console->Read();
+        return Console->Presets.rbegin()->first;
+    }
+    std::uint64_t Update(const Preset& preset, const char* field) {
+        google::protobuf::FieldMask mask;
+        if (*field) mask.add_paths(field);
+        return Model->UpdatePreset(preset, mask);
+    }
+    template <typename Command>
+    std::optional<FaultKind> FaultOf(const Command& command) {
+        try {
+            command();
+        } catch (const Fault& fault) {
+            return fault.Kind;
+        }
+        return std::nullopt;
+    }
+
+    TemporaryDirectory Directory;
+    Database Store{Directory.Path() + "/zorvic.db"};
+    FakeClock Time;
+    FakeCatalog Catalog;
+    std::optional<Feed> Updates;
+    std::optional<UnitModel> Model;
+    std::optional<Mirror> Console;
+};
+
+TEST_F(UnitModelTest, AnUpdateWithoutDifferenceCostsNoRevision) {
+    Preset preset = Console->Presets[Create()];
+    const auto revision = Model->Revision();
+    EXPECT_EQ(Update(preset, "name"), revision);
+    preset.set_name("other");
+    EXPECT_EQ(Update(preset, ""), revision);
+    EXPECT_EQ(Update(preset, "loop"), revision);
+    EXPECT_GT(Update(preset, "name"), revision);
+    Console->Read();
+    EXPECT_EQ(Console->Presets[preset.pk()].name(), "other");
+}
+
+TEST_F(UnitModelTest, EveryPresetHasAPlaceInTheFirstTab) {
+    const std::int32_t first = Create();
+    const std::int32_t second = Create();
+    Preset preset = Console->Presets[second];
+    EXPECT_EQ(Console->Presets[first].tab_order(0).index(), 0);
+    EXPECT_EQ(preset.tab_order(0).index(), 1);
+    preset.clear_tab_order();
+    Update(preset, "tab_order");
+    Start();
+    EXPECT_EQ(Console->Presets[second].tab_order(0).index(), 1);
+}
+
+TEST_F(UnitModelTest, APlayingPresetIsNotDeletedAndASelectedOneLeavesNoSelection) {
+    const std::int32_t pk = Create();
+    Model->SelectPreset(pk);
+    Model->Take(pk);
+    Model->Pause(pk);
+    EXPECT_EQ(FaultOf([&] { Model->DeletePreset(pk); }), FaultKind::Refused);
+    EXPECT_EQ(FaultOf([&] { UnitModel::AssetHold(*Model, Clip); }), FaultKind::Refused);
+    Model->End(pk);
+    Console->Read();
+    EXPECT_THAT(Console->Selected(), testing::ElementsAre(pk));
+    Model->DeletePreset(pk);
+    Console->Read();
+    EXPECT_TRUE(Console->Presets.empty());
+    EXPECT_TRUE(Console->States.states().empty());
+    EXPECT_EQ(FaultOf([&] { Model->SelectPreset(pk); }), FaultKind::NotFound);
+    EXPECT_EQ(FaultOf([&] { Model->Take(pk); }), FaultKind::NotFound);
+    EXPECT_EQ(Create(), pk + 1);
+}
+
+TEST_F(UnitModelTest, AFailedWriteChangesNothing) {
+    const std::int32_t pk = Create();
+    Preset preset = Console->Presets[pk];
+    preset.set_name("other");
+    const auto revision = Model->Revision();
+    Store.Execute("PRAGMA query_only = ON");
+    EXPECT_EQ(FaultOf([&] { Model->CreatePreset(preset); }), FaultKind::Internal);
+    EXPECT_EQ(FaultOf([&] { Update(preset, "name"); }), FaultKind::Internal);
+    EXPECT_EQ(FaultOf([&] { Model->DeletePreset(pk); }), FaultKind::Internal);
+    EXPECT_EQ(Model->Revision(), revision);
+    Model->Take(pk);  // not left behind as one that is being deleted
+    Store.Execute("PRAGMA query_only = OFF");
+    EXPECT_GT(Update(preset, "name"), revision);
+}
+
+TEST_F(UnitModelTest, MarksAreAddressedByTheirTime) {
+    zorvic::v1::MarkRequest mark;
+    mark.set_pk(Create());
+    mark.set_kind(zorvic::v1::MARK_KIND_COUNTDOWN);
+    for (const std::int32_t time : {9'000, 3'000}) {
+        mark.set_time_ms(time);
+        Model->CreateMark(mark);
+    }
+    EXPECT_EQ(FaultOf([&] { Model->CreateMark(mark); }), FaultKind::Refused);
+    mark.set_name("chorus");
+    Model->RenameMark(mark);
+    mark.set_time_ms(9'000);
+    Model->DeleteMark(mark);
+    EXPECT_EQ(FaultOf([&] { Model->DeleteMark(mark); }), FaultKind::NotFound);
+    EXPECT_EQ(FaultOf([&] { Model->RenameMark(mark); }), FaultKind::NotFound);
+    mark.set_kind(zorvic::v1::MARK_KIND_UNSPECIFIED);
+    EXPECT_EQ(FaultOf([&] { Model->CreateMark(mark); }), FaultKind::Misused);
+    Console->Read();
+    const Preset& preset = Console->Presets[mark.pk()];
+    ASSERT_EQ(preset.countdowns_size(), 1);
+    EXPECT_EQ(preset.countdowns(0).id(), 2);
+    EXPECT_EQ(preset.countdowns(0).name(), "chorus");
+}
+
+TEST_F(UnitModelTest, APausedPositionStaysReadableAndIsNotSentAgain) {
+    const std::int32_t pk = Create();
+    Model->Take(pk);
+    Time.Pass(4'000);
+    EXPECT_TRUE(Model->Tick());
+    Model->Pause(pk);
+    const auto revision = Model->Revision();
+    Time.Pass(4'000);
+    EXPECT_FALSE(Model->Tick());
+    EXPECT_EQ(Model->Revision(), revision);
+    Console->Read();
+    ASSERT_EQ(Console->TimeCodes.timecodes_size(), 1);
+    EXPECT_EQ(Console->TimeCodes.timecodes(0).time_ms(), 6'000);
+    Model->End(pk);
+    Console->Read();
+    EXPECT_TRUE(Console->TimeCodes.timecodes().empty());
+}
+
+TEST_F(UnitModelTest, TheSelectionIsThereAfterAStartAndAReloadEndsPlayback) {
+    const std::int32_t pk = Create();
+    Create();
+    Model->SelectPreset(pk);
+    Model->SaveSelection();
+    Start();
+    EXPECT_THAT(Console->Selected(), testing::ElementsAre(pk));
+    Model->Take(pk);
+    Model->Reload();
+    Console->Read();
+    EXPECT_EQ(Console->Presets.size(), 2U);
+    EXPECT_THAT(Console->Selected(), testing::ElementsAre(pk));
+    EXPECT_TRUE(Console->TimeCodes.timecodes().empty());
+}
+
+// The disk is slow while another thread holds the store.
+TEST_F(UnitModelTest, ASlowDiskDelaysNeitherTakesNorTimecodes) {
+    const std::int32_t pk = Create();
+    Preset preset = Console->Presets[pk];
+    preset.set_name("written late");
+    std::optional<ZorvicUnit::Transaction> slow(std::in_place, Store);
+    auto update = std::async(std::launch::async, [&] { Update(preset, "name"); });
+    Model->Take(pk);
+    for (int tick = 0; tick < 100; ++tick) {
+        Time.Pass(50);
+        Model->Tick();
+    }
+    Model->SelectPreset(pk);
+    Console->Read();
+    EXPECT_EQ(Console->TimeCodes.timecodes(0).time_ms(), 5'000);
+    EXPECT_NE(Console->Presets[pk].name(), "written late");
+    slow.reset();
+    update.get();
+    Console->Read();
+    EXPECT_EQ(Console->Presets[pk].name(), "written late");
+}
+
+}  // namespace

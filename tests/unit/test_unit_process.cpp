@@ -1,0 +1,288 @@
+#include "support/childprocess.h"
+#include "unit/unitfakes.h"
+
+#include <gmock/gmock.h>
+#include <grpcpp/create_channel.h>
+#include <grpcpp/security/credentials.h>
+#include <zorvic/v1/unit.grpc.pb.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <memory>
+#include <random>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+using testing::HasSubstr;
+using zorvic::v1::CommandReply;
+using zorvic::v1::Preset;
+
+namespace {
+
+constexpr std::chrono::seconds Watchdog(60);
+
+std::string ReadFile(const std::string& file) {
+    std::ostringstream text;
+    text << std::ifstream(file).rdbuf();
+    return text.str();
+}
+
+// The log of a process before must not be taken for the new one's.
+std::string FreshFile(const std::string& file) {
+    std::filesystem::remove(file);
+    return file;
+}
+
+/// A unit as a process of its own, and a console's connection to it.
+class UnitProcess {
+public:
+    explicit UnitProcess(const std::string& directory, const std::string& port = "0")
+        : Log(FreshFile(directory + "/log")),
+          Process({ZORVIC_UNIT_PROGRAM, "--store", directory + "/store", "--port", port, "--announce", "off"}, Log) {
+        Connect(1);
+    }
+    /// Waits until the unit has said that it listens this many times.
+    void Connect(std::size_t times) {
+        std::string address;
+        ASSERT_TRUE(WaitUntil([&] { return !(address = Address(times)).empty(); }, Watchdog)) << ReadFile(Log);
+        grpc::ChannelArguments arguments;
+        arguments.SetInt(GRPC_ARG_USE_LOCAL_SUBCHANNEL_POOL, 1);
+        Channel = grpc::CreateCustomChannel(address, grpc::InsecureChannelCredentials(), arguments);
+        Stub = zorvic::v1::Unit::NewStub(Channel);
+    }
+    std::string Address(std::size_t times) const {
+        const std::string log = ReadFile(Log);
+        const std::string words = "listening on ";
+        std::size_t at = std::string::npos;
+        for (std::size_t begin = 0; times > 0; --times) {
+            at = log.find(words, begin);
+            begin = at + 1;
+            if (at == std::string::npos || log.find('\n', at) == std::string::npos) return {};
+        }
+        return log.substr(at + words.size(), log.find('\n', at) - at - words.size());
+    }
+    grpc::Status Create(const Preset& preset) {
+        zorvic::v1::CreatePresetRequest request;
+        *request.mutable_preset() = preset;
+        return Call([&](auto* context, auto* reply) { return Stub->CreatePreset(context, request, reply); });
+    }
+    grpc::Status Take(std::int32_t pk) {
+        zorvic::v1::PresetRequest request;
+        request.set_pk(pk);
+        return Call([&](auto* context, auto* reply) { return Stub->Take(context, request, reply); });
+    }
+    grpc::Status Power(zorvic::v1::PowerAction action) {
+        zorvic::v1::PowerRequest request;
+        request.set_action(action);
+        return Call([&](auto* context, auto* reply) { return Stub->Power(context, request, reply); });
+    }
+    grpc::Status Call(const std::function<grpc::Status(grpc::ClientContext*, CommandReply*)>& call) {
+        grpc::ClientContext context;
+        context.set_deadline(std::chrono::system_clock::now() + Watchdog);
+        CommandReply reply;
+        return call(&context, &reply);
+    }
+
+    const std::string Log;
+    ChildProcess Process;
+    std::shared_ptr<grpc::Channel> Channel;
+    std::unique_ptr<zorvic::v1::Unit::Stub> Stub;
+};
+
+/// A console that watches.
+class Watcher {
+public:
+    explicit Watcher(UnitProcess& unit) {
+        Context.set_deadline(std::chrono::system_clock::now() + Watchdog);
+        Stream = unit.Stub->Watch(&Context, {});
+    }
+    ~Watcher() { Context.TryCancel(); }
+
+    /// Reads one frame; false when the stream is over.
+    bool Read() {
+        if (!Stream->Read(&Last)) return false;
+        for (const std::string& bytes : Last.pieces()) {
+            zorvic::v1::Piece piece;
+            EXPECT_TRUE(piece.ParseFromString(bytes));
+            for (const Preset& preset : piece.presets().upserted())
+                Presets[preset.pk()] = preset;
+        }
+        return true;
+    }
+    void ReadSnapshot() {
+        do {
+            ASSERT_TRUE(Read());
+            EXPECT_TRUE(Last.snapshot());
+        } while (Last.more());
+    }
+    grpc::Status ReadToEnd() {
+        while (Read()) {
+        }
+        return Stream->Finish();
+    }
+
+    std::map<std::int32_t, Preset> Presets;
+    zorvic::v1::Frame Last;
+
+private:
+    grpc::ClientContext Context;
+    std::unique_ptr<grpc::ClientReader<zorvic::v1::Frame>> Stream;
+};
+
+class UnitProcessTest : public ::testing::Test {
+protected:
+    /// Exit status of a unit that ends by itself; what it wrote is in Output.
+    int RunToEnd(const std::vector<std::string>& options) {
+        std::vector<std::string> arguments{ZORVIC_UNIT_PROGRAM};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        const std::string file = Directory.Path() + "/output";
+        ChildProcess process(arguments, file);
+        const auto status = process.Wait(Watchdog);
+        Output = ReadFile(file);
+        return status.value_or(-1);
+    }
+    TemporaryDirectory Directory;
+    std::string Output;
+};
+
+TEST_F(UnitProcessTest, BadOptionsAreNamedAndEndWithTwo) {
+    const std::vector<std::vector<std::string>> cases = {
+        {"--port", "65536"},
+        {"--port", "x"},
+        {"--listen", "nonsense"},
+        {"--listen", "0.0.0.0"},
+        {"--tls-dir", "/tmp"},
+        {"--role", "boss"},
+        {"--type", "x"},
+        {"--video-mode", "480p"},
+        {"--refresh", "61"},
+        {"--drive", "C=/media"},
+        {"--drive", "e=/media"},
+        {"--drive", "E="},
+        {"--nickname", "\xFF\xFE"},
+        {"--nickname", std::string(257, 'x')},
+    };
+    for (const auto& options : cases) {
+        auto arguments = options;
+        arguments.insert(arguments.end(), {"--store", Directory.Path() + "/store"});
+        EXPECT_EQ(RunToEnd(arguments), 2) << options[0] << ' ' << options[1];
+        EXPECT_THAT(Output, HasSubstr(options[0]));
+    }
+    EXPECT_EQ(RunToEnd({}), 2);
+    EXPECT_THAT(Output, HasSubstr("--store"));
+    EXPECT_EQ(RunToEnd({"--store", Directory.Path(), "--nonsense"}), 2);
+}
+
+TEST_F(UnitProcessTest, ATakenPortAndAnUnusableStoreEndWithOneAndAReason) {
+    UnitProcess unit(Directory.Path());
+    const std::string address = unit.Address(1);
+    const std::string port = address.substr(address.rfind(':') + 1);
+    EXPECT_EQ(RunToEnd({"--store", Directory.Path() + "/other", "--port", port, "--announce", "off"}), 1);
+    EXPECT_THAT(Output, HasSubstr("the port is taken"));
+    EXPECT_EQ(RunToEnd({"--store", Directory.Path() + "/store", "--port", "0", "--announce", "off"}), 1);
+    EXPECT_THAT(Output, HasSubstr("in use by another unit"));
+    EXPECT_EQ(RunToEnd({"--store", "/dev/null/x", "--port", "0", "--announce", "off"}), 1);
+    EXPECT_THAT(Output, HasSubstr("/dev/null/x"));
+}
+
+TEST_F(UnitProcessTest, AnEndingSignalEndsSessionsAndTheProcess) {
+    for (const int signal : {SIGTERM, SIGINT}) {
+        UnitProcess unit(Directory.Path());
+        Watcher watcher(unit);
+        watcher.ReadSnapshot();
+        unit.Process.Signal(signal);
+        EXPECT_EQ(watcher.ReadToEnd().error_code(), grpc::StatusCode::UNAVAILABLE);
+        EXPECT_EQ(unit.Process.Wait(Watchdog), 0);
+    }
+}
+
+TEST_F(UnitProcessTest, FailuresReachTheWireAsTheirStatus) {
+    UnitProcess unit(Directory.Path());
+    EXPECT_EQ(unit.Take(1).error_code(), grpc::StatusCode::NOT_FOUND);
+    EXPECT_EQ(unit.Power(zorvic::v1::POWER_ACTION_UNSPECIFIED).error_code(), grpc::StatusCode::INVALID_ARGUMENT);
+    auto preset = PresetWith(0, "a");
+    preset.add_volume(70'000);
+    EXPECT_EQ(unit.Create(preset).error_code(), grpc::StatusCode::INVALID_ARGUMENT);
+    EXPECT_THAT(ReadFile(unit.Log), HasSubstr("create preset: a volume of 70000"));
+}
+
+TEST_F(UnitProcessTest, SoftRebootEndsSessionsAndGoesOnServing) {
+    UnitProcess unit(Directory.Path());
+    ASSERT_TRUE(unit.Create(PresetWith(0, "a")).ok());
+    Watcher watcher(unit);
+    watcher.ReadSnapshot();
+    EXPECT_TRUE(unit.Power(zorvic::v1::POWER_ACTION_SOFT_REBOOT).ok());
+    EXPECT_EQ(watcher.ReadToEnd().error_code(), grpc::StatusCode::UNAVAILABLE);
+    Watcher again(unit);
+    again.ReadSnapshot();
+    EXPECT_EQ(again.Presets.size(), 1U);
+}
+
+TEST_F(UnitProcessTest, RebootComesBackOnItsPortAndShutdownDoesNot) {
+    UnitProcess unit(Directory.Path());
+    ASSERT_TRUE(unit.Create(PresetWith(0, "a")).ok());
+    const std::string address = unit.Address(1);
+    for (const std::size_t times : {2U, 3U}) {
+        ASSERT_TRUE(unit.Power(zorvic::v1::POWER_ACTION_REBOOT).ok());
+        unit.Connect(times);
+        EXPECT_EQ(unit.Address(times), address);
+        Watcher watcher(unit);
+        watcher.ReadSnapshot();
+        EXPECT_EQ(watcher.Presets.size(), 1U);
+    }
+    EXPECT_TRUE(unit.Power(zorvic::v1::POWER_ACTION_SHUTDOWN).ok());
+    EXPECT_EQ(unit.Process.Wait(Watchdog), 0);
+}
+
+TEST_F(UnitProcessTest, ConsolesThatDoNotReadHoldUpNobody) {
+    UnitProcess unit(Directory.Path());
+    std::vector<std::unique_ptr<Watcher>> stuck;
+    for (int number = 0; number < 40; ++number)
+        stuck.push_back(std::make_unique<Watcher>(unit));
+    auto preset = PresetWith(0, "a");
+    preset.set_notes(std::string(60'000, 'n'));
+    for (int number = 0; number < 50; ++number)
+        ASSERT_TRUE(unit.Create(preset).ok());
+    Watcher reading(unit);
+    reading.ReadSnapshot();
+    EXPECT_EQ(reading.Presets.size(), 50U);
+    while (stuck.back()->Presets.size() < 50)
+        ASSERT_TRUE(stuck.back()->Read());
+}
+
+// Killed at any instant of a save, the unit comes back with every preset that it acknowledged, and with nothing half.
+TEST_F(UnitProcessTest, KeepsEveryAcknowledgedPresetThroughKills) {
+    const auto seed = std::random_device{}();
+    SCOPED_TRACE(testing::Message() << "seed " << seed);
+    std::mt19937 random(seed);
+    std::size_t acknowledged = 0;
+    std::size_t sent = 0;
+    for (int round = 0; round < 8; ++round) {
+        UnitProcess unit(Directory.Path());
+        Watcher watcher(unit);
+        watcher.ReadSnapshot();
+        EXPECT_GE(watcher.Presets.size(), acknowledged);
+        EXPECT_LE(watcher.Presets.size(), sent);
+        for (const auto& [pk, preset] : watcher.Presets)
+            EXPECT_EQ(preset.notes(), std::string(2'000, 'n'));
+        acknowledged = sent = watcher.Presets.size();
+        auto preset = PresetWith(0, "a");
+        preset.set_notes(std::string(2'000, 'n'));
+        const auto lifetime = std::chrono::milliseconds(random() % 200);
+        const std::jthread killer([&] {
+            std::this_thread::sleep_for(lifetime);
+            unit.Process.Signal(SIGKILL);
+        });
+        for (++sent; unit.Create(preset).ok(); ++sent)
+            ++acknowledged;
+        EXPECT_EQ(unit.Process.Wait(Watchdog), 128 + SIGKILL);
+    }
+    EXPECT_GT(acknowledged, 0U);
+}
+
+}  // namespace
