@@ -1,0 +1,266 @@
+#include "announce/announce_places.h"
+#include "announce/announcer.h"
+#include "discovery_service.h"
+#include "support/childprocess.h"
+#include "support/multicast.h"
+
+#include <gmock/gmock.h>
+#include <grpcpp/server_builder.h>
+#include <zorvic/discovery.h>
+#include <zorvic/v1/unit.grpc.pb.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <future>
+#include <set>
+
+using namespace Zorvic;
+using namespace Zorvic::Internal;
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+AnnouncedUnit Announced(const std::string& key, const std::string& address = "127.0.0.1",
+                        const std::vector<std::string>& text = {}) {
+    return {key, address, 9477, text};
+}
+
+LANZorvic Identity(const std::string& guid, const std::string& nickname) {
+    LANZorvic unit;
+    unit.GUID = guid;
+    unit.Nickname = nickname;
+    return unit;
+}
+
+std::vector<std::string> GUIDs(const std::vector<LANZorvic>& units) {
+    std::vector<std::string> guids;
+    for (const auto& unit : units)
+        guids.push_back(unit.GUID);
+    return guids;
+}
+
+/// Answers for the hosts in Alive with the host as GUID, inside Ask().
+struct FakeProber final : UnitProber {
+    std::mutex Lock;
+    std::set<std::string> Alive;
+    void Ask(const std::string& host, Done done) override {
+        const std::scoped_lock guard(Lock);
+        done(Alive.contains(host) ? std::optional(Identity(host, host)) : std::nullopt);
+    }
+};
+
+/// A browser that a test speaks for through the listener. Counts itself.
+struct FakeBrowser final : ServiceBrowser {
+    explicit FakeBrowser(std::atomic<int>& running) : Running(running) { ++Running; }
+    ~FakeBrowser() override { --Running; }
+    std::atomic<int>& Running;
+};
+
+/// A real server that knows only who it is.
+struct IdentityServer final : zorvic::v1::Unit::Service {
+    explicit IdentityServer(const std::string& address) {
+        grpc::ServerBuilder builder;
+        builder.AddListeningPort(address + ":0", grpc::InsecureServerCredentials(), &Port);
+        builder.RegisterService(this);
+        Server = builder.BuildAndStart();
+    }
+    grpc::Status Identify(grpc::ServerContext*, const zorvic::v1::IdentifyRequest*,
+                          zorvic::v1::Identity* reply) override {
+        reply->set_guid("guid-of-the-answer");
+        reply->set_nickname("Left wing");
+        reply->set_role(ZORVIC_ROLE_PRIMARY);
+        return grpc::Status::OK;
+    }
+    int Port = 0;
+    std::unique_ptr<grpc::Server> Server;
+};
+
+class Tracker : public testing::Test {
+protected:
+    void AnswerAll(const std::optional<LANZorvic>& answer) {
+        for (const auto& question : Subject.TakeDue(Now))
+            Subject.Answer(question.ID, answer, Now);
+    }
+    UnitTracker Subject;
+    UnitTracker::TimePoint Now{1h};
+};
+
+}  // namespace
+
+TEST(Announcement, SurvivesGarbageAndKeepsUnknownNumbers) {
+    const auto unit = FromAnnouncement({"k",
+                                        "10.0.0.7",
+                                        9500,
+                                        {"GUID=g", "nickname=a=b", "role=77", "type=9x", "api", "=", "",
+                                         std::string("version=\0\xff", 10), "guid=second", "type=2"}});
+    EXPECT_EQ(unit.GUID, "g");
+    EXPECT_EQ(unit.Nickname, "a=b");
+    EXPECT_EQ(unit.CurrentRole, 77);
+    EXPECT_EQ(unit.Type, ZORVIC_UTYPE_INVALID);
+    EXPECT_EQ(unit.APIVersion, "");
+    EXPECT_EQ(unit.CommunicatorVersion, std::string("\0\xff", 2));
+    EXPECT_EQ(unit.IP, "10.0.0.7:9500");
+    EXPECT_EQ(FromAnnouncement({"k", "10.0.0.7", 9477, {"role=99999999999"}}).CurrentRole, ZORVIC_ROLE_INVALID);
+}
+
+TEST(Announcement, AnswerWinsAndLeavesGapsToTheAnnouncement) {
+    LANZorvic answer = Identity("real", "Real");
+    answer.CurrentRole = ZORVIC_ROLE_MIRROR;
+    const auto unit =
+        Merge(Announced("k", "10.0.0.7", {"guid=forged", "nickname=x", "role=1", "type=2", "api=1"}), answer);
+    EXPECT_EQ(unit.GUID, "real");
+    EXPECT_EQ(unit.CurrentRole, ZORVIC_ROLE_MIRROR);
+    EXPECT_EQ(unit.Type, ZORVIC_UTYPE_SERVER_M20X);
+    EXPECT_EQ(unit.APIVersion, "1");
+    EXPECT_EQ(unit.IP, "10.0.0.7");
+}
+
+TEST(Announcement, ListIsOrderedAndNamesAUnitOnce) {
+    std::vector<LANZorvic> units = {Identity("3", "b"), Identity("2", "b"), Identity("9", "a"), Identity("", "c"),
+                                    Identity("3", "b")};
+    SortAndUnite(units);
+    EXPECT_THAT(GUIDs(units), ElementsAre("9", "2", "3"));
+}
+
+TEST(Announcement, GoesWhereTheAddressIsReached) {
+    const std::vector<ZorvicUnit::InterfaceAddress> present = {
+        {"lo", 1, "127.0.0.1", true}, {"eth0", 2, "10.0.0.7", false}, {"eth1", 3, "10.1.0.7", false}};
+    using ZorvicUnit::PlacesToAnnounce;
+    const ZorvicUnit::InterfaceAddress second{"lo", 1, "127.0.0.2", true};
+    EXPECT_THAT(PlacesToAnnounce("127.0.0.2", "", present), ElementsAre(second));
+    EXPECT_THAT(PlacesToAnnounce("127.0.0.2", "eth0", present), IsEmpty());
+    EXPECT_THAT(PlacesToAnnounce("0.0.0.0", "", present), ElementsAre(present[1], present[2]));
+    EXPECT_THAT(PlacesToAnnounce("0.0.0.0", "lo", present), ElementsAre(present[0]));
+    EXPECT_THAT(PlacesToAnnounce("10.1.0.7", "", present), ElementsAre(present[2]));
+    EXPECT_THAT(PlacesToAnnounce("10.1.0.7", "eth0", present), IsEmpty());
+}
+
+TEST_F(Tracker, ListsOnlyUnitsThatAnswer) {
+    Subject.Announce(Announced("silent"), Now);
+    AnswerAll(std::nullopt);
+    EXPECT_THAT(Subject.Units(), IsEmpty());
+    Subject.Announce(Announced("new"), Now);
+    AnswerAll(Identity("g", "n"));
+    EXPECT_THAT(GUIDs(Subject.Units()), ElementsAre("g"));
+    EXPECT_EQ(Subject.NextDue(), Now + UnitTracker::Interval);
+    Subject.Withdraw("new");
+    EXPECT_THAT(Subject.Units(), IsEmpty());
+}
+
+TEST_F(Tracker, KilledUnitGoesAtTheSecondMissAndComesBack) {
+    Subject.Announce(Announced("k"), Now);
+    AnswerAll(Identity("g", "n"));
+    Now += 2s;
+    AnswerAll(std::nullopt);
+    EXPECT_EQ(Subject.Units().size(), 1U);
+    AnswerAll(std::nullopt);
+    EXPECT_THAT(Subject.Units(), IsEmpty());
+    EXPECT_THAT(Subject.TakeDue(Now), IsEmpty());
+    Now += 2s;
+    AnswerAll(Identity("g", "n"));
+    EXPECT_EQ(Subject.Units().size(), 1U);
+}
+
+TEST_F(Tracker, LateAnswerOfAnEarlierPlaceIsIgnored) {
+    Subject.Announce(Announced("k", "10.0.0.1"), Now);
+    const auto first = Subject.TakeDue(Now).at(0);
+    EXPECT_THAT(Subject.TakeDue(Now), IsEmpty());
+    Subject.Announce(Announced("k", "10.0.0.2"), Now);
+    Subject.Answer(first.ID, Identity("old", "old"), Now);
+    EXPECT_THAT(Subject.Units(), IsEmpty());
+    Subject.Clear();
+    Subject.Announce(Announced("k"), Now);
+    EXPECT_NE(Subject.TakeDue(Now).at(0).ID, first.ID);
+}
+
+TEST(Service, FollowsTenUnitsThatComeAndGoAndRestsWhenNobodyAsks) {
+    auto owned = std::make_unique<FakeProber>();
+    auto& prober = *owned;
+    std::atomic<int> running{0};
+    std::atomic<ServiceListener*> listener{nullptr};
+    DiscoveryService service(
+        [&](ServiceListener& given) {
+            listener = &given;
+            return std::make_unique<FakeBrowser>(running);
+        },
+        std::move(owned), 200ms);
+    EXPECT_EQ(running, 0);
+    ASSERT_TRUE(WaitUntil([&] { return service.Units().empty() && running == 1 && listener.load() != nullptr; }));
+    {
+        const std::scoped_lock guard(prober.Lock);
+        for (int i = 0; i < 10; ++i)
+            prober.Alive.insert("10.0.0." + std::to_string(i));
+    }
+    for (int i = 0; i < 10; ++i) {
+        listener.load()->OnAnnounced(Announced(std::to_string(i), "10.0.0." + std::to_string(i)));
+    }
+    EXPECT_TRUE(WaitUntil([&] { return service.Units().size() == 10; }));
+    {
+        const std::scoped_lock guard(prober.Lock);
+        prober.Alive = {"10.0.0.3"};
+    }
+    EXPECT_TRUE(WaitUntil([&] { return GUIDs(service.Units()) == std::vector<std::string>{"10.0.0.3"}; }));
+    listener.load()->OnWithdrawn("3");
+    EXPECT_THAT(service.Units(), IsEmpty());
+    EXPECT_TRUE(WaitUntil([&] { return running == 0; }));
+}
+
+TEST(Service, SaysOnceWhyItCannotSearchAndStaysUsable) {
+    testing::internal::CaptureStderr();
+    {
+        std::atomic<int> tries{0};
+        DiscoveryService service(
+            [&](ServiceListener&) -> std::unique_ptr<ServiceBrowser> {
+                ++tries;
+                throw std::runtime_error("the port is taken");
+            },
+            std::make_unique<FakeProber>(), 200ms);
+        EXPECT_TRUE(WaitUntil([&] { return service.Units().empty() && tries == 1; }));
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "libzorvic: the network cannot be searched for units: the port is taken\n");
+}
+
+TEST(Prober, TellsALivingUnitFromADeadOneAndFromGarbage) {
+    std::promise<std::optional<LANZorvic>> alive;
+    std::promise<std::optional<LANZorvic>> dead;
+    std::promise<std::optional<LANZorvic>> garbage;
+    auto prober = MakeUnitProber();
+    IdentityServer server("127.0.0.1");
+    const std::string host = "127.0.0.1:" + std::to_string(server.Port);
+    prober->Ask(host, [&](const auto& answer) { alive.set_value(answer); });
+    EXPECT_EQ(alive.get_future().get()->Nickname, "Left wing");
+    server.Server->Shutdown();
+    prober->Ask(host, [&](const auto& answer) { dead.set_value(answer); });
+    prober->Ask("not a host", [&](const auto& answer) { garbage.set_value(answer); });
+    prober.reset();  // waits for the answers
+    EXPECT_FALSE(dead.get_future().get().has_value());
+    EXPECT_FALSE(garbage.get_future().get().has_value());
+}
+
+TEST(Loopback, AnnouncedUnitIsFoundAndLeavesWithItsGoodbye) {
+    if (const auto obstacle = WhyNoMulticastOnLoopback(); !obstacle.empty()) GTEST_SKIP() << obstacle;
+    setenv("ZORVIC_DISCOVERY", "lo", 1);
+    IdentityServer server("127.0.0.2");
+    ZorvicUnit::AnnouncerConfig config;
+    config.Address = "127.0.0.2";
+    config.Port = static_cast<std::uint16_t>(server.Port);
+    config.GUID = "guid-of-the-answer";
+    config.Nickname = std::string(300, 'n');
+    config.Type = ZORVIC_UTYPE_LUMEN;
+    const auto isThere = [&] { return !GetLANZorvics().empty(); };
+    {
+        // A unit with the same id, as after copying a store: it takes another name and takes nothing from the first.
+        const ZorvicUnit::Announcer announcer(config);
+        config.Port = 1;
+        const ZorvicUnit::Announcer twin(config);
+        ASSERT_TRUE(WaitUntil(isThere));
+        const auto unit = GetLANZorvics().at(0);
+        EXPECT_EQ(unit.Nickname, "Left wing");
+        EXPECT_EQ(unit.Type, ZORVIC_UTYPE_LUMEN);
+        EXPECT_EQ(unit.IP, "127.0.0.2:" + std::to_string(server.Port));
+    }
+    EXPECT_TRUE(WaitUntil([&] { return !isThere(); }));
+}
