@@ -125,7 +125,8 @@ ZorvicView::ZorvicView(const std::string& guid, const std::string& ip)
     InitialAssetScan();
 }
 
-// Children die after this object's own members, and dying they still report focus, edits and removed children.
+// Children die after this object's own members. Dying they report focus, edits and removed children, and hiding they
+// measure rows with the delegate.
 ZorvicView::~ZorvicView() {
     PresetsView->removeEventFilter(this);
     for (auto* child : findChildren<QObject*>()) {
@@ -133,6 +134,7 @@ ZorvicView::~ZorvicView() {
     }
     GotoEditor->Cancel();
     CountdownEditor->Cancel();
+    hide();
 }
 
 void ZorvicView::SetUpPanes() {

@@ -1,0 +1,168 @@
+#include "playheadwidget.h"
+#include "viewfixture.h"
+
+using namespace Zorvic;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+class MarksTest : public ViewTest {
+protected:
+    MarksTest() {
+        for (const int pk : {1, 2}) {
+            AddMark(Preset(pk).Gotos, 10, 30000, "Chorus");
+            AddMark(Preset(pk).Gotos, 2, 45000, "Verse");
+            AddMark(Preset(pk).Countdowns, 1, 20000, "Lights");
+        }
+        Open();
+        View->GCTabs->setCurrentIndex(1);
+    }
+    static void AddMark(std::unordered_map<std::int32_t, PresetMark>& marks, int id, int timeMS, const char* name) {
+        marks[id].ID = id;
+        marks[id].TimeMS = timeMS;
+        marks[id].Name = name;
+    }
+    std::vector<std::string> GotoNames() const { return Column(View->GotosView, 2); }
+    QLineEdit* Editor() const {
+        for (auto* editor : View->GotosView->findChildren<QLineEdit*>()) {
+            if (editor->isVisible()) return editor;
+        }
+        return nullptr;
+    }
+    /// Double-clicks the position of the first goto and types.
+    void Rename(const char* text) const {
+        auto* view = View->GotosView;
+        const auto place = view->visualItemRect(view->topLevelItem(0)).center();
+        QTest::mouseDClick(view->viewport(), Qt::LeftButton, {}, place);
+        emit view->itemDoubleClicked(view->topLevelItem(0), 3);
+        ASSERT_NE(Editor(), nullptr);
+        QTest::keyClicks(Editor(), QString::fromLatin1(text));
+    }
+};
+
+TEST_F(MarksTest, TimecodesShowInEveryPlace) {
+    EXPECT_EQ(ZorvicView::RemainingTimeToColor(20999), QStringLiteral("yellow"));
+    Preset(1).OutPosition = 5000;
+    Play(1, 25500);
+    Unit.TimeCodes[1].VUData = {40, 140};
+    Play(2, 90000);
+    SelectRows({2});
+    Pump(ZORVIC_STATE_PRESETSTATES, ZORVIC_STATE_TIMECODE);
+    EXPECT_THAT(Column(View->PresetsView, 4), ElementsAre("00:00:20", "00:01:30", "00:01:40"));
+    EXPECT_EQ(View->LookupPresetItem(1)->foreground(4).color(), QColor(Qt::yellow));
+    EXPECT_EQ(View->SeekBox->text(), QStringLiteral("00:00:20"));
+    EXPECT_EQ(View->SeekBox->styleSheet(), QStringLiteral("color: yellow;"));
+    EXPECT_EQ(View->findChild<PlayHeadWidget*>()->GetHead(), 25500);
+    EXPECT_EQ(View->LChannelVol->value(), 40);
+    EXPECT_EQ(View->RChannelVol->value(), 100);
+    EXPECT_THAT(Column(View->CountdownsView, 3), ElementsAre("00:00:05"));
+    Play(1, 4000);
+    Unit.TimeCodes[1].VUData = {7};
+    Pump(ZORVIC_STATE_TIMECODE);
+    EXPECT_EQ(View->SeekBox->text(), QStringLiteral("23:59:59"));
+    EXPECT_EQ(View->LChannelVol->value(), 40);
+    EXPECT_THAT(Column(View->CountdownsView, 3), ElementsAre("00:00:00"));
+}
+
+TEST_F(MarksTest, ATimecodeOfAPresetThatIsGoneIsSkipped) {
+    Play(2, 90000);
+    TimeCode code;
+    code.Time = 90000;
+    EXPECT_NO_THROW(View->AcceptTimeCodes({{2, code}, {77, code}}));
+    Unit.States.erase(Unit.States.begin() + 1);
+    EXPECT_NO_THROW(View->AcceptTimeCodes({{2, code}}));
+    EXPECT_EQ(View->LookupPresetItem(2)->text(4), QStringLiteral("00:01:30"));
+}
+
+TEST_F(MarksTest, TypingInTheSeekBoxIsNotOverwritten) {
+    Play(1, 25500);
+    View->SeekBox->setFocus();
+    View->SeekBox->selectAll();
+    QTest::keyClicks(View->SeekBox, QStringLiteral("1:2"));
+    Pump(ZORVIC_STATE_TIMECODE);
+    EXPECT_EQ(View->SeekBox->text(), QStringLiteral("1:2"));
+    EXPECT_EQ(View->findChild<PlayHeadWidget*>()->GetHead(), 25500);
+    Press(Qt::Key_Escape);
+    EXPECT_EQ(View->SeekBox->text(), QStringLiteral("00:00:25"));
+}
+
+TEST_F(MarksTest, TablesListMarksByNumberAndGoThere) {
+    EXPECT_THAT(Column(View->GotosView, 0), ElementsAre("2", "10"));
+    EXPECT_THAT(Column(View->GotosView, 3), ElementsAre("00:00:45", "00:00:30"));
+    auto* go = View->GotosView->itemWidget(View->GotosView->topLevelItem(1), 1);
+    QTest::mouseClick(go, Qt::LeftButton);
+    EXPECT_THAT(FakeZorvic::Commands(), ElementsAre("SeekTo 1 30000"));
+}
+
+TEST_F(MarksTest, NewMarksStandAtThePlayPositionUnderItsName) {
+    Click("GotosNewButton");
+    Play(1, 12000);
+    Preset(1).OutPosition = 2000;
+    View->GCTabs->setCurrentIndex(2);
+    Click("CDNewButton");
+    Unit.TimeCodes.clear();
+    Click("CDNewButton");
+    EXPECT_THAT(FakeZorvic::Commands(), ElementsAre("CreateGoto 1 60000 00:01:00", "CreateCountdown 1 12000 00:00:10"));
+}
+
+TEST_F(MarksTest, ReturnAndEscapeWhileRenamingStayInTheEditor) {
+    Rename("Bridge");
+    Press(Qt::Key_Escape);
+    QCoreApplication::processEvents();
+    EXPECT_THAT(GotoNames(), ElementsAre("Verse", "Chorus"));
+    EXPECT_THAT(FakeZorvic::Commands(), IsEmpty());
+    Rename("Bridge");
+    Press(Qt::Key_Return);
+    QCoreApplication::processEvents();
+    EXPECT_THAT(FakeZorvic::Commands(), ElementsAre("RenameGoto 1 45000 Bridge"));
+    EXPECT_EQ(Editor(), nullptr);
+}
+
+TEST_F(MarksTest, ARefusedNameGoesBackWithoutAnotherTry) {
+    Unit.Fail("RenameGoto", ZORVIC_STATUS_FAILED);
+    View->GotosView->topLevelItem(0)->setText(2, QStringLiteral("Bridge"));
+    EXPECT_THAT(FakeZorvic::Commands(), ElementsAre("RenameGoto 1 45000 Bridge"));
+    EXPECT_THAT(GotoNames(), ElementsAre("Verse", "Chorus"));
+    View->GotosView->topLevelItem(0)->setText(3, QStringLiteral("00:00:01"));
+    View->GotosView->topLevelItem(0)->setText(0, QStringLiteral("99"));
+    EXPECT_NO_THROW(View->GotosView->topLevelItem(0)->setText(2, QStringLiteral("Nobody")));
+    EXPECT_THAT(FakeZorvic::Commands(), testing::SizeIs(1));
+}
+
+TEST_F(MarksTest, AnOpenEditorHoldsTheTablesOfItsPreset) {
+    Rename("Bridge");
+    Preset(1).Gotos[10].Name = "Outro";
+    Pump(ZORVIC_STATE_PRESETSTATES);
+    ASSERT_NE(Editor(), nullptr);
+    EXPECT_EQ(Editor()->text(), QStringLiteral("Bridge"));
+    Press(Qt::Key_Return);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(FakeZorvic::LastCall("RenameGoto").ToString(), "RenameGoto 1 45000 Bridge");
+    EXPECT_THAT(GotoNames(), ElementsAre("Bridge", "Outro"));
+}
+
+TEST_F(MarksTest, AnOpenEditorNeverCommitsToAnotherPreset) {
+    Rename("Bridge");
+    SelectOnUnit(2);
+    Preset(2).Gotos[2].Name = "Solo";
+    Pump(ZORVIC_STATE_PRESETSTATES);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(Editor(), nullptr);
+    EXPECT_THAT(GotoNames(), ElementsAre("Solo", "Chorus"));
+    EXPECT_THAT(FakeZorvic::Commands(), IsEmpty());
+}
+
+TEST_F(MarksTest, MarksOfAPresetThatIsNoLongerCurrentAreLeftAlone) {
+    View->GotosView->topLevelItem(0)->setSelected(true);
+    SelectRows({2});
+    Click("GotosDeleteButton");
+    View->GotosView->topLevelItem(0)->setText(2, QStringLiteral("Bridge"));
+    EXPECT_THAT(FakeZorvic::Commands(), IsEmpty());
+    SelectRows({1});
+    View->GotosView->selectAll();
+    Click("GotosDeleteButton");
+    EXPECT_THAT(FakeZorvic::Commands(), ElementsAre("DeleteGoto 1 45000", "DeleteGoto 1 30000"));
+}
+
+}  // namespace

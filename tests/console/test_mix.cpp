@@ -1,0 +1,139 @@
+#include "picturevalue.h"
+#include "viewfixture.h"
+
+using namespace Zorvic;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+namespace {
+
+class MixTest : public ViewTest {
+protected:
+    MixTest() {
+        for (const int pk : {1, 2}) {
+            for (std::uint32_t i = 0; i < 2; ++i) {
+                CanvasInfo canvas;
+                canvas.Index = i;
+                canvas.CanvasCfg.NumOutputs = 1;
+                canvas.Assets.resize(1);
+                canvas.Assets[0].Hue = i == 0 ? 0.3F : -0.4F;
+                Preset(pk).Canvases.push_back(canvas);
+            }
+        }
+        Open();
+    }
+    PinnedAsset& Picture(int pk, std::size_t canvas) { return Preset(pk).Canvases[canvas].Assets[0]; }
+    QPoint Knob(const QSlider* slider) const {
+        QStyleOptionSlider option;
+        option.initFrom(slider);
+        option.orientation = slider->orientation();
+        option.minimum = slider->minimum();
+        option.maximum = slider->maximum();
+        option.sliderPosition = option.sliderValue = slider->value();
+        option.upsideDown = slider->orientation() == Qt::Vertical;
+        return slider->style()->subControlRect(QStyle::CC_Slider, &option, QStyle::SC_SliderHandle, slider).center();
+    }
+    void Hold(QSlider* slider) const {
+        QTest::mousePress(slider, Qt::LeftButton, {}, Knob(slider));
+        ASSERT_TRUE(slider->isSliderDown());
+    }
+    static std::vector<std::uint16_t> SentVolume() { return FakeZorvic::LastCall("UpdatePreset").Sent->Volume; }
+};
+
+TEST(PictureValue, TruncatesTowardsZeroAndSurvivesAnything) {
+    EXPECT_EQ(PicturePosition(-0.555F), -55);
+    EXPECT_EQ(PicturePosition(1e30F), 100);
+    EXPECT_EQ(PicturePosition(std::nanf("")), 0);
+    EXPECT_FLOAT_EQ(PictureValue(-55), -0.55F);
+}
+
+TEST_F(MixTest, ASliderSetsItsChannelOrBoth) {
+    View->RChannel->setValue(40000);
+    EXPECT_THAT(SentVolume(), ElementsAre(100, 40000));
+    View->BindAudioChannels->setChecked(true);
+    View->LChannel->setValue(5);
+    EXPECT_THAT(SentVolume(), ElementsAre(5, 5));
+    Preset(1).Volume = {7};
+    FakeZorvic::ClearCalls();
+    View->LChannel->setValue(6);
+    EXPECT_THAT(FakeZorvic::Commands(), IsEmpty());
+    Pump(ZORVIC_STATE_PRESETS);
+    EXPECT_EQ(View->LChannel->value(), 6);
+}
+
+TEST_F(MixTest, ARefreshNeverReachesTheBoundChannel) {
+    View->BindAudioChannels->setChecked(true);
+    Preset(1).Volume = {1000, 2000};
+    Pump(ZORVIC_STATE_PRESETS);
+    EXPECT_THAT(SentVolume(), ElementsAre(1000, 2000));
+    EXPECT_THAT(Preset(1).Volume, ElementsAre(1000, 2000));
+}
+
+TEST_F(MixTest, ARefreshDoesNotUndoWhatAnotherConsoleSetMeanwhile) {
+    const auto older = Unit.Presets;
+    Preset(1).Volume = {3000, 4000};
+    Picture(1, 0).Hue = 0.7F;
+    View->AcceptPresets(older);  // nothing differs from what is shown
+    auto changed = older;
+    changed[0].Volume = {1000, 2000};
+    changed[0].Canvases[0].Assets[0].Hue = 0.5F;
+    View->AcceptPresets(changed);
+    EXPECT_THAT(Preset(1).Volume, ElementsAre(3000, 4000));
+    EXPECT_FLOAT_EQ(Picture(1, 0).Hue, 0.7F);
+}
+
+TEST_F(MixTest, PictureSlidersAdjustTheChosenPlayersAsset) {
+    EXPECT_THAT(View->ActivePlayerSel->currentText(), QStringLiteral("Player 1"));
+    EXPECT_EQ(View->HueSel->value(), 30);
+    View->ActivePlayerSel->setCurrentText(QStringLiteral("Player 2"));
+    EXPECT_EQ(View->HueSel->value(), -40);
+    View->HueSel->setValue(-55);
+    EXPECT_FLOAT_EQ(Picture(1, 1).Hue, -0.55F);
+    EXPECT_FLOAT_EQ(Picture(1, 0).Hue, 0.3F);
+    Pump(ZORVIC_STATE_PRESETS);
+    EXPECT_EQ(View->ActivePlayerSel->currentText(), QStringLiteral("Player 2"));
+    Preset(1).Canvases.resize(1);
+    Pump(ZORVIC_STATE_PRESETS);
+    EXPECT_EQ(View->ActivePlayerSel->currentText(), QStringLiteral("Player 1"));
+    EXPECT_EQ(View->HueSel->value(), 30);
+    Preset(1).Canvases[0].Assets.resize(2);
+    FakeZorvic::ClearCalls();
+    View->HueSel->setValue(9);
+    EXPECT_THAT(FakeZorvic::Commands(), IsEmpty());
+}
+
+TEST_F(MixTest, AHeldKnobStaysUntilItIsReleased) {
+    Hold(View->LChannel);
+    Preset(1).Volume = {30000, 40000};
+    Pump(ZORVIC_STATE_PRESETS);
+    EXPECT_EQ(View->LChannel->value(), 100);
+    EXPECT_EQ(View->RChannel->value(), 40000);
+    QTest::mouseRelease(View->LChannel, Qt::LeftButton);
+    EXPECT_EQ(View->LChannel->value(), 30000);
+}
+
+TEST_F(MixTest, AFastDragSendsFewValuesButTheLast) {
+    Hold(View->LChannel);
+    for (int value = 1000; value <= 30000; value += 100) {
+        View->LChannel->setSliderPosition(value);
+    }
+    EXPECT_THAT(FakeZorvic::Commands(), SizeIs(testing::Lt(30)));
+    QTest::mouseRelease(View->LChannel, Qt::LeftButton);
+    EXPECT_EQ(Preset(1).Volume[0], 30000);
+    EXPECT_EQ(View->LChannel->value(), 30000);
+}
+
+TEST_F(MixTest, ADragEndsWhereThePresetDoes) {
+    Hold(View->LChannel);
+    View->LChannel->setSliderPosition(1000);
+    View->LChannel->setSliderPosition(2000);
+    SelectOnUnit(2);
+    Pump(ZORVIC_STATE_PRESETSTATES);
+    View->LChannel->setSliderPosition(3000);
+    QTest::mouseRelease(View->LChannel, Qt::LeftButton);
+    EXPECT_THAT(Preset(2).Volume, ElementsAre(100, 200));
+    EXPECT_EQ(View->LChannel->value(), 100);
+}
+
+}  // namespace

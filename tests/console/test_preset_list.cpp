@@ -1,0 +1,149 @@
+#include "presetbuilder.h"
+#include "viewfixture.h"
+
+#include <QMenu>
+
+using namespace Zorvic;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+namespace {
+
+class PresetListTest : public ViewTest {
+protected:
+    QTreeWidget& List() const { return *View->PresetsView; }
+    std::vector<std::string> Names() const { return Column(View->PresetsView, 2); }
+
+    /// Opens the context menu; `whileOpen` runs inside it and gets its actions.
+    void RightClick(const std::function<void(QList<QAction*>)>& whileOpen) {
+        QTimer::singleShot(0, qApp, [whileOpen] {
+            const QPointer<QMenu> menu(qobject_cast<QMenu*>(QApplication::activePopupWidget()));
+            whileOpen(menu->actions());
+            menu->close();
+        });
+        View->OnPresetRightClick({5, 5});
+    }
+};
+
+TEST_F(PresetListTest, RowsShowThePresetsInTheOrderOfTheirTab) {
+    Preset(1).TabDisplayOrder[0].Index = 9;
+    Preset(2).Loop = -1;
+    Preset(2).Link = 3;
+    Preset(2).InPosition = 70000;
+    Preset(2).OutPosition = 10000;
+    Preset(3).Link = 77;
+    Play(3, 5000);
+    Open();
+    EXPECT_THAT(Column(&List(), 1), ElementsAre("2", "3", "1"));
+    EXPECT_THAT(Column(&List(), 4), ElementsAre("00:01:00", "00:01:40", "00:01:00"));
+    EXPECT_THAT(Column(&List(), 5), ElementsAre("00:01:00", "00:01:40", "00:01:00"));
+    EXPECT_THAT(Column(&List(), 6), ElementsAre("\u221E", "0", "0"));
+    EXPECT_THAT(Column(&List(), 7), ElementsAre("3 - Finale", "", ""));
+    EXPECT_FALSE(View->LookupPresetItem(3)->icon(0).isNull());
+    EXPECT_TRUE(View->LookupPresetItem(1)->icon(0).isNull());
+    EXPECT_EQ(View->GetSelectedPresetItem(), View->LookupPresetItem(1));
+    EXPECT_EQ(View->VideoPresetLabel->text(), QStringLiteral("<b>Preset:</b> Opener"));
+}
+
+TEST_F(PresetListTest, APresetWithoutAPlaceRaisesAndChangesNothing) {
+    Open();
+    Preset(2).TabDisplayOrder.clear();
+    EXPECT_THROW(View->AcceptPresetStates(), std::out_of_range);
+    EXPECT_THAT(Names(), ElementsAre("Opener", "Break", "Finale"));
+    EXPECT_TRUE(List().updatesEnabled());
+}
+
+TEST_F(PresetListTest, AnEmptyAnswerKeepsTheRows) {
+    Open();
+    View->AcceptPresets({});
+    EXPECT_THAT(Names(), SizeIs(3));
+    EXPECT_EQ(View->GotosPresetLabel->text(), QStringLiteral("No preset selected"));
+}
+
+TEST_F(PresetListTest, OnlyTheOperatorsChoiceSelectsOnTheUnit) {
+    Open();
+    // Another console selects while this one refreshes.
+    FakeZorvic::SetHook([this](const FakeZorvic::Call& call) {
+        if (call.Operation == "GetPresetStates" && FakeZorvic::Calls("GetPresetStates").size() == 2) SelectOnUnit(3);
+    });
+    Pump(ZORVIC_STATE_PRESETSTATES);
+    FakeZorvic::SetHook(nullptr);
+    EXPECT_THAT(FakeZorvic::Commands(), IsEmpty());
+    View->LookupPresetItem(2)->setSelected(true);
+    SelectRows({});
+    View->PresetsView->setCurrentItem(View->LookupPresetItem(2));
+    EXPECT_THAT(FakeZorvic::Commands(), ElementsAre("SelectPreset 2"));
+    EXPECT_EQ(View->Times->text(), QStringLiteral("00:01:40"));
+}
+
+TEST_F(PresetListTest, RefreshesKeepTheScrollPositionEvenNestedOnes) {
+    for (int i = 0; i < 60; ++i) {
+        AddPreset("More", 1000);
+    }
+    Open();
+    List().verticalScrollBar()->setValue(300);
+    QTimer::singleShot(0, qApp, [this] {
+        AddPreset("Newest", 1000);
+        View->AcceptPresetStates();
+        EXPECT_EQ(List().verticalScrollBar()->value(), 300);
+    });
+    View->AcceptPresetStates();
+    EXPECT_EQ(List().verticalScrollBar()->value(), 300);
+    EXPECT_EQ(Names().back(), "Newest");
+    EXPECT_TRUE(List().updatesEnabled());
+    // The overtaken refresh must not hand its older list to the builder.
+    for (auto* widget : QApplication::topLevelWidgets()) {
+        if (const auto* builder = qobject_cast<PresetBuilder*>(widget)) {
+            EXPECT_EQ(builder->LinkSelect->itemText(builder->LinkSelect->count() - 1), QStringLiteral("64 - Newest"));
+        }
+    }
+}
+
+TEST_F(PresetListTest, AMenuActsOnTheRowsItWasOpenedFor) {
+    Open();
+    SelectRows({2, 3});
+    RightClick([this](const QList<QAction*>& actions) {
+        EXPECT_FALSE(actions[0]->isEnabled());
+        Forget(3);
+        SelectOnUnit(1);
+        Pump(ZORVIC_STATE_PRESETSTATES);
+        actions[2]->trigger();
+    });
+    EXPECT_THAT(FakeZorvic::Commands(), ElementsAre("DeletePreset 2"));
+    FakeZorvic::ClearCalls();
+    SelectRows({2});
+    RightClick([this](const QList<QAction*>& actions) {
+        Pump(ZORVIC_STATE_PRESETSTATES);
+        actions[1]->trigger();
+    });
+    EXPECT_THAT(FakeZorvic::Commands(), IsEmpty());
+}
+
+TEST_F(PresetListTest, AViewMayBeClosedUnderItsMenu) {
+    Open();
+    RightClick([this](const QList<QAction*>& actions) {
+        Close();
+        actions[2]->trigger();
+    });
+    EXPECT_THAT(FakeZorvic::Commands(), IsEmpty());
+}
+
+TEST_F(PresetListTest, CloningCopiesWhatTheUnitStillHas) {
+    Open();
+    SelectRows({1, 2});
+    Forget(2);
+    Click("DupPresetsButton");
+    EXPECT_THAT(FakeZorvic::Commands(), ElementsAre("CreatePreset Opener - copy"));
+    EXPECT_THAT(FakeZorvic::LastCall("CreatePreset").Sent->Volume, ElementsAre(100, 200));
+    EXPECT_EQ(FakeZorvic::LastCall("CreatePreset").Sent->PK, 0);
+}
+
+TEST_F(PresetListTest, DeletingAsksNothing) {
+    Open();
+    SelectRows({1, 3});
+    Click("DeletePresetsButton");
+    EXPECT_THAT(FakeZorvic::Commands(), ElementsAre("DeletePreset 1", "DeletePreset 3"));
+}
+
+}  // namespace
