@@ -42,5 +42,9 @@ bool PlayerPanelWidget::ShowAsset(MetadataCache& cache) {
     if (metadata->AChannels != 0) text += QStringLiteral("<b>/</b>") + shown(metadata->AudioFormat);
     AssetInfoLabel->setText(text);
     AssetInfoLabel->setToolTip(shown(metadata->FilePath));
+    // The window's layout asks for no height that depends on a width, so the panel takes what the narrowest one needs.
+    const QMargins margins = InternalLayout->contentsMargins();
+    const int narrowest = PlayerPanelInternal->minimumWidth() - margins.left() - margins.right();
+    AssetInfoLabel->setMinimumHeight(qMax(AssetInfoLabel->minimumHeight(), AssetInfoLabel->heightForWidth(narrowest)));
     return true;
 }

@@ -51,7 +51,7 @@ void SimulatorPaneWidget::Show(const SimulatorPaneConfig& cfg, const std::option
     CurCfg = cfg;
     ShowTexts();
     PaneWidget->setFixedSize(CurCfg.ScaledSize.Width, CurCfg.ScaledSize.Height);
-    SimLabelsWidget->setFixedWidth(CurCfg.ScaledSize.Width);
+    FitLabels();
     const auto inferred = InferButtonStates();
     if (const auto& states = inferred ? inferred : otherwise) LoadButtonStates(*states);
     ClearButton->setVisible(!CurCfg.ReadOnly);
@@ -81,6 +81,17 @@ void SimulatorPaneWidget::ShowTexts() {
         PaneLabel->setText(QStringLiteral("<b><font color=\"red\">%1</font></b>").arg(tr("No asset")));
         setToolTip(tr("No asset"));
     }
+}
+
+void SimulatorPaneWidget::FitLabels() {
+    SimLabelsWidget->setFixedWidth(CurCfg.ScaledSize.Width);
+    // Over a narrow canvas the two texts stand below each other instead of cutting each other off.
+    const QMargins margins = LabelsLayout->contentsMargins();
+    const int gap = fontMetrics().averageCharWidth();
+    const int beside = OutputsLabel->sizeHint().width() + gap + ResLabel->sizeHint().width();
+    const bool fits = beside + margins.left() + margins.right() <= CurCfg.ScaledSize.Width;
+    LabelsLayout->setDirection(fits ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
+    ResLabel->setAlignment(fits ? Qt::AlignRight : Qt::AlignLeft);
 }
 
 void SimulatorPaneWidget::ShowPlayState(bool playing) {

@@ -67,6 +67,7 @@ private:
     void WireControls();
     void Show(const SimulatorPaneConfig& cfg, const std::optional<SimButtonStates>& otherwise);
     void ShowTexts();
+    void FitLabels();
     void ShowPlayState(bool playing);
     void KeepPicture(Zorvic::PinnedAsset& placed) const;
     std::optional<SimButtonStates> InferButtonStates();
