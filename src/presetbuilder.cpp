@@ -4,6 +4,7 @@
 #include "log.h"
 #include "metadata_cache.h"
 #include "playerpanelwidget.h"
+#include "popupkeys.h"
 #include "sessionmanager.h"
 #include "simulator.h"
 
@@ -91,6 +92,8 @@ void PresetBuilder::SetUpShortcuts() {
     auto* const close = new QShortcut(Qt::Key_Escape, this);
     close->setAutoRepeat(false);
     connect(close, &QShortcut::activated, this, &PresetBuilder::Close);
+    KeepKeysInPopup(*LinkSelect);
+    KeepKeysInPopup(*TabBox);
 }
 
 void PresetBuilder::WireButtons() {

@@ -2,6 +2,7 @@
 
 #include "log.h"
 #include "metadata_cache.h"
+#include "popupkeys.h"
 
 #include <QEvent>
 #include <QMouseEvent>
@@ -21,6 +22,7 @@ SimulatorPaneWidget::SimulatorPaneWidget(const SimulatorPaneConfig& cfg, Metadat
     // The controls take the presses that their disabled buttons let through: those are not clicks on the pane.
     ControlsWidget->setAttribute(Qt::WA_NoMousePropagation);
     SizingBox->installEventFilter(this);
+    KeepKeysInPopup(*SizingBox);
     WireControls();
     SetConfig(cfg);
 }

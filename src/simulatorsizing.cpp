@@ -16,12 +16,12 @@ SizingMaps BuildSizingMaps() {
         {Zorvic::ZORVIC_ECALIGN_TOPRIGHT, {.Up = true, .Right = true}},
         {Zorvic::ZORVIC_ECALIGN_BOTTOMLEFT, {.Down = true, .Left = true}},
         {Zorvic::ZORVIC_ECALIGN_BOTTOMRIGHT, {.Down = true, .Right = true}},
-        {Zorvic::ZORVIC_ECALIGN_STRETCHED, {.SizerBox = 2}},
+        {Zorvic::ZORVIC_ECALIGN_SCALED_CENTERED, {.SizerBox = 1}},
         {Zorvic::ZORVIC_ECALIGN_SCALED_TOP, {.SizerBox = 1, .Up = true}},
         {Zorvic::ZORVIC_ECALIGN_SCALED_BOTTOM, {.SizerBox = 1, .Down = true}},
         {Zorvic::ZORVIC_ECALIGN_SCALED_LEFT, {.SizerBox = 1, .Left = true}},
         {Zorvic::ZORVIC_ECALIGN_SCALED_RIGHT, {.SizerBox = 1, .Right = true}},
-        {Zorvic::ZORVIC_ECALIGN_SCALED_CENTERED, {.SizerBox = 1}},
+        {Zorvic::ZORVIC_ECALIGN_STRETCHED, {.SizerBox = 2}},
     };
     for (const auto& [alignment, states] : maps.AlignmentToButtons)
         maps.ButtonsToAlignment.emplace(states, alignment);

@@ -36,7 +36,8 @@ struct std::hash<Simulator::SimButtonStates> {
 namespace Simulator {
 
 struct SizingMaps {
-    /// In the order in which placements are tried: where several give the same coordinates, the first is shown.
+    /// In the order in which placements are tried: where several give the same coordinates, the first is shown. So
+    /// the centred ones come first: an asset that reaches from edge to edge shows no arrow that nobody pressed.
     std::vector<std::pair<Zorvic::EasyCanvasAlignment, SimButtonStates>> AlignmentToButtons;
     /// The inverse. A combination without an entry (a corner in scale mode, an arrow in stretch mode) means nothing.
     std::unordered_map<SimButtonStates, Zorvic::EasyCanvasAlignment> ButtonsToAlignment;

@@ -1,0 +1,289 @@
+#include "simulator.h"
+
+#include "authoringunit.h"
+
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QPointer>
+#include <QSignalSpy>
+#include <QTest>
+#include <QWheelEvent>
+#include <QWindow>
+
+#include <functional>
+#include <set>
+
+using namespace Simulator;
+using namespace Zorvic;
+
+namespace {
+
+class SimulatorTest : public AuthoringTest {
+protected:
+    SimulatorWidget& Show(const Preset& preset, bool readOnly = true) {
+        Widget = std::make_unique<SimulatorWidget>(nullptr, Cache, readOnly);
+        Set(preset);
+        Widget->show();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(Widget.get()));
+        return *Widget;
+    }
+    bool Set(const Preset& preset, bool playing = false) {
+        auto state = std::make_unique<PresetState>();
+        state->IsPlaying = playing;
+        return Widget->SetPreset(std::make_unique<Preset>(preset).release(), state.release(), true);
+    }
+    SimulatorPaneWidget* Pane(int column = 0) const {
+        const auto panes = Widget->findChildren<SimulatorPaneWidget*>();
+        return column < panes.size() ? panes.at(column) : nullptr;
+    }
+    const CanvasInfo& Shown() const { return Widget->GetPreset()->Canvases.at(0); }
+    Cube Coords() const { return Shown().Assets.at(0).PinnedCoords; }
+    /// Where the window system would deliver it, so that what is hit decides who gets it.
+    void Press(const QWidget* target) const {
+        QTest::mouseClick(Widget->windowHandle(), Qt::LeftButton, Qt::NoModifier,
+                          target->mapTo(Widget.get(), target->rect().center()));
+    }
+
+    std::unique_ptr<SimulatorWidget> Widget;
+};
+
+TEST(SizingMapsTest, EveryPlacementHasItsOwnButtonsAndOthersHaveNoMeaning) {
+    const auto& maps = GetSizingMaps();
+    std::set<EasyCanvasAlignment> alignments;
+    std::set<std::uint64_t> packed;
+    for (const auto& [alignment, states] : maps.AlignmentToButtons) {
+        alignments.insert(alignment);
+        packed.insert(PackButtonStates(states));
+        EXPECT_EQ(maps.ButtonsToAlignment.at(states), alignment);
+    }
+    EXPECT_EQ(alignments.size(), 15U);
+    EXPECT_EQ(packed.size(), 15U);
+    EXPECT_EQ(maps.ButtonsToAlignment.at({.SizerBox = 0, .Down = true, .Right = true}), ZORVIC_ECALIGN_BOTTOMRIGHT);
+    EXPECT_EQ(maps.ButtonsToAlignment.count({.Up = true, .Down = true}), 0U);
+    EXPECT_EQ(maps.ButtonsToAlignment.count({.SizerBox = 1, .Up = true, .Left = true}), 0U);
+    EXPECT_EQ(maps.ButtonsToAlignment.count({.SizerBox = 2, .Up = true}), 0U);
+}
+
+TEST(PaneConfigTest, PanesAreScaledByTheClassOfTheCanvas) {
+    EXPECT_EQ(SimulatorPaneConfig::CalcWidget2D({1920, 1080}, false), (Size2D{227, 128}));
+    EXPECT_EQ(SimulatorPaneConfig::CalcWidget2D({3840, 2160}, false), (Size2D{284, 160}));
+    EXPECT_EQ(SimulatorPaneConfig::CalcWidget2D({1280, 720}, false), (Size2D{170, 96}));
+    // The offscreen screen is smaller than 1920x1080.
+    EXPECT_EQ(SimulatorPaneConfig::CalcWidget2D({1920, 1080}, true), (Size2D{128, 72}));
+    EXPECT_EQ(SimulatorPaneConfig::CalcWidget2D({0, 0}, false), (Size2D{96, 96}));
+    EXPECT_EQ(SimulatorPaneConfig::CalcWidget2D({2000000000, 1}, false).Width, QWIDGETSIZE_MAX);
+}
+
+TEST_F(SimulatorTest, WhatCannotBeShownLeavesTheWidgetEmptyAndIsLogged) {
+    struct Case {
+        std::function<void(Preset&)> Spoil;
+        bool Result;
+        const char* Log;
+    };
+    const auto orient = [](CanvasOrientationEnum orientation, std::uint32_t outputs) {
+        return [=](Preset& preset) {
+            preset.Canvases[0].CanvasCfg.Orientation = {orientation, nullptr};
+            preset.Canvases[0].CanvasCfg.NumOutputs = outputs;
+        };
+    };
+    const std::vector<Case> cases = {
+        {[](Preset& p) { p.Canvases[0].Assets.resize(2); }, true,
+         "Canvas 0 contains multiple assets, unsupported. Bailing out."},
+        {[](Preset& p) { p.Canvases[0].Index = 5; }, false,
+         "Improperly sorted canvases, Canvas.Index of 5 does not match the array index of 0!"},
+        {orient(CanvasOrientationEnum::Single, 2), false, "Output count 2 on a \"Single\" layout!"},
+        {orient(CanvasOrientationEnum::Landscape, 1), false,
+         "Less than 2 outputs for a Landscape layout! Output count: 1"},
+        {orient(CanvasOrientationEnum::Portrait, 2), false, "Unsupported orientation with integer code 5"},
+    };
+    for (const Case& each : cases) {
+        Preset preset = PresetWith(Wide, ZORVIC_ECALIGN_CENTERED);
+        Show(preset);
+        ASSERT_NE(Pane(), nullptr);
+        each.Spoil(preset);
+        EXPECT_EQ(Set(preset), each.Result);
+        EXPECT_EQ(Pane(), nullptr);
+        EXPECT_TRUE(Logged(each.Log)) << each.Log;
+    }
+}
+
+TEST_F(SimulatorTest, APaneTellsResolutionOutputsAndAsset) {
+    Preset preset = PresetWith(Gone, ZORVIC_ECALIGN_CENTERED);
+    preset.Canvases[0] = Canvas(0, {3840, 1080}, 2);
+    AttachAssetToCanvas(ZORVIC_ECALIGN_CENTERED, Gone, {640, 300}, preset.Canvases[0]);
+    preset.Canvases.push_back(Canvas(1));
+    Show(preset, false);
+    EXPECT_EQ(Pane(0)->ResLabel->text(), QStringLiteral("3840x1080"));
+    EXPECT_EQ(Pane(0)->OutputsLabel->text(), QStringLiteral("Outputs 1-2"));
+    EXPECT_EQ(Pane(0)->PaneLabel->text(), QString::fromUtf8(Gone));
+    EXPECT_EQ(Pane(0)->PaneLabel->textFormat(), Qt::PlainText);  // a path is not markup
+    EXPECT_EQ(Pane(0)->PaneWidget->size(), QSize(568, 160));
+    EXPECT_EQ(Pane(1)->OutputsLabel->text(), QStringLiteral("Output 3"));
+    EXPECT_EQ(Pane(1)->PaneLabel->text(), QStringLiteral("<b><font color=\"red\">No asset</font></b>"));
+    EXPECT_EQ(Pane(1)->toolTip(), QStringLiteral("No asset"));
+    EXPECT_TRUE(Pane(1)->ClearButton->isVisible());
+    const std::unique_ptr<std::vector<SimulatorPaneConfig>> configs(Widget->GetPaneConfigs());
+    EXPECT_EQ(configs->at(1).Canvas, &Widget->GetPreset()->Canvases[1]);
+}
+
+TEST_F(SimulatorTest, ArrowsCombineToCornersAndReleaseTheirOpposites) {
+    Show(PresetWith(Wide, ZORVIC_ECALIGN_CENTERED));
+    QSignalSpy changed(Widget.get(), &SimulatorWidget::SizingChanged);
+    Pane()->TopArrow->click();
+    Pane()->LeftArrow->click();
+    EXPECT_EQ(Coords(), Placed(ZORVIC_ECALIGN_TOPLEFT));
+    Pane()->BottomArrow->click();
+    EXPECT_TRUE(Pane()->TopArrow->isEnabled());
+    EXPECT_EQ(Coords(), Placed(ZORVIC_ECALIGN_BOTTOMLEFT));
+    Pane()->ResetButton->click();
+    EXPECT_EQ(Pane()->GetButtonStates(), SimButtonStates{});
+    EXPECT_EQ(Coords(), Placed(ZORVIC_ECALIGN_CENTERED));
+    Pane()->SizingBox->setCurrentIndex(2);
+    EXPECT_EQ(Coords(), Placed(ZORVIC_ECALIGN_STRETCHED));
+    EXPECT_EQ(changed.count(), 5);
+
+    Pane()->TopArrow->click();
+    EXPECT_TRUE(Logged("Unknown state for sizing buttons!"));
+    EXPECT_EQ(Coords(), Placed(ZORVIC_ECALIGN_STRETCHED));
+}
+
+TEST_F(SimulatorTest, LoadingShowsThePlacementAndPlacesNothing) {
+    for (const auto& [alignment, states] : GetSizingMaps().AlignmentToButtons) {
+        Show(PresetWith(Wide, alignment));
+        QSignalSpy changed(Widget.get(), &SimulatorWidget::SizingChanged);
+        Set(PresetWith(Wide, alignment));
+        const auto shown = GetSizingMaps().ButtonsToAlignment.at(Pane()->GetButtonStates());
+        EXPECT_EQ(Placed(shown), Placed(alignment));
+        if (states.SizerBox == 0) {  // only these differ from each other for this asset
+            EXPECT_EQ(Pane()->GetButtonStates(), states);
+        }
+        EXPECT_EQ(Coords(), Placed(alignment));
+        EXPECT_EQ(changed.count(), 0);
+    }
+    // From edge to edge every placement is the same; no arrow looks pressed.
+    Show(PresetWith(Wide, ZORVIC_ECALIGN_SCALED_CENTERED));
+    EXPECT_EQ(Pane()->GetButtonStates(), SimButtonStates{.SizerBox = 1});
+}
+
+TEST_F(SimulatorTest, OnlyPressesBesideTheControlsAreClicksOnThePane) {
+    Show(PresetWith(Wide, ZORVIC_ECALIGN_TOPCENTER), false);
+    QSignalSpy clicked(Pane(), &SimulatorPaneWidget::Clicked);
+    ASSERT_FALSE(Pane()->TopArrow->isEnabled());
+    Press(Pane()->TopArrow);
+    Press(Pane()->ControlsWidget);
+    Press(Pane()->LeftArrow);
+    EXPECT_EQ(clicked.count(), 0);
+    Press(Pane()->PaneLabel);
+    Press(Pane()->ResLabel);
+    Press(Pane()->PaneWidget);
+    EXPECT_EQ(clicked.count(), 3);
+}
+
+TEST_F(SimulatorTest, ARefreshKeepsFocusOpenBoxAndPlacementAndAsksTheUnitNothing) {
+    Show(PresetWith(Wide, ZORVIC_ECALIGN_CENTERED));
+    const QPointer<SimulatorPaneWidget> pane = Pane();
+    pane->TopArrow->click();
+    const Preset sentBack = *Widget->GetPreset();
+    pane->SizingBox->setFocus();
+    pane->SizingBox->showPopup();
+    Set(sentBack);
+    FakeZorvic::ClearCalls();
+    Set(sentBack);
+    EXPECT_THAT(FakeZorvic::Calls(), testing::IsEmpty());
+    ASSERT_EQ(Pane(), pane);
+    EXPECT_TRUE(pane->SizingBox->view()->isVisible());
+    EXPECT_EQ(pane->GetButtonStates(), SimButtonStates{.Up = true});
+    pane->LeftArrow->click();
+    EXPECT_EQ(Coords(), Placed(ZORVIC_ECALIGN_TOPLEFT));  // in the preset that is shown now
+
+    Set(*Widget->GetPreset(), true);
+    EXPECT_FALSE(pane->SizingBox->view()->isVisible());
+    EXPECT_FALSE(pane->SizingBox->isEnabled());
+    EXPECT_EQ(pane->SizingBox->toolTip(), QStringLiteral("Scale mode cannot be changed while the preset is running."));
+    EXPECT_TRUE(pane->ResetButton->isEnabled());
+}
+
+TEST_F(SimulatorTest, AnotherPresetNeverGetsAChoiceMadeForTheOneBefore) {
+    Show(PresetWith(Wide, ZORVIC_ECALIGN_CENTERED));
+    const QPointer<SimulatorPaneWidget> pane = Pane();
+    pane->SizingBox->showPopup();
+    Preset other = *Widget->GetPreset();
+    other.PK = 8;
+    Set(other);
+    EXPECT_FALSE(pane->SizingBox->view()->isVisible());
+    pane->SizingBox->setCurrentIndex(2);
+    pane->TopArrow->click();
+    pane->ClearButton->click();
+    EXPECT_EQ(Coords(), Placed(ZORVIC_ECALIGN_CENTERED));
+}
+
+TEST_F(SimulatorTest, PanesMayBeReplacedFromTheirOwnSignals) {
+    const std::vector<std::function<void()>> acts = {
+        [this] { Pane()->TopArrow->click(); },
+        [this] { Pane()->ClearButton->click(); },
+        [this] { Press(Pane()->PaneWidget); },
+        [this] {
+            Pane()->SizingBox->setFocus();
+            QTest::keyClick(Pane()->SizingBox, Qt::Key_Down);
+        },
+    };
+    for (const auto& act : acts) {
+        Show(PresetWith(Wide, ZORVIC_ECALIGN_CENTERED), false);
+        const QPointer<SimulatorPaneWidget> pane = Pane();
+        int replaced = 0;
+        const auto replace = [&] {
+            Preset other = PresetWith(Full, ZORVIC_ECALIGN_CENTERED);
+            other.PK = ++replaced + 100;
+            Set(other);
+        };
+        QObject::connect(Widget.get(), &SimulatorWidget::SizingChanged, Widget.get(), replace);
+        QObject::connect(pane, &SimulatorPaneWidget::Clicked, Widget.get(), replace);
+        act();
+        EXPECT_EQ(replaced, 1);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QCoreApplication::processEvents();
+        EXPECT_EQ(pane, nullptr);
+    }
+}
+
+TEST_F(SimulatorTest, AnAssetThatIsGoneIsStillNamedAndStaysWhereItIs) {
+    Show(PresetWith(Gone, ZORVIC_ECALIGN_TOPLEFT));
+    EXPECT_EQ(Pane()->toolTip(), QString::fromUtf8(Gone));
+    EXPECT_EQ(Pane()->GetButtonStates(), SimButtonStates{});
+    Pane()->RightArrow->click();
+    EXPECT_TRUE(Logged("Unable to retrieve metadata for asset " + std::string(Gone)));
+    EXPECT_EQ(Coords(), Placed(ZORVIC_ECALIGN_TOPLEFT));
+}
+
+TEST_F(SimulatorTest, PlacingKeepsThePictureAndNeverLosesTheAsset) {
+    Preset preset = PresetWith(Wide, ZORVIC_ECALIGN_CENTERED);
+    preset.Canvases[0].Assets[0].Brightness = 0.25F;
+    Show(preset);
+    Pane()->LeftArrow->click();
+    EXPECT_EQ(Shown().Assets.at(0).Brightness, 0.25F);
+
+    Show(PresetWith(Sound, ZORVIC_ECALIGN_CENTERED));  // the library places nothing without a size
+    Pane()->LeftArrow->click();
+    EXPECT_EQ(Shown().Assets.size(), 1U);
+}
+
+TEST_F(SimulatorTest, ControlsOfAnEmptyCanvasAndAPassingWheelDoNothing) {
+    Preset preset = PresetWith(Wide, ZORVIC_ECALIGN_CENTERED);
+    Show(preset);
+    QWheelEvent wheel({5, 5}, Pane()->SizingBox->mapToGlobal({5, 5}), {0, -120}, {0, -120}, Qt::NoButton,
+                      Qt::NoModifier, Qt::NoScrollPhase, false);
+    Pane()->TopArrow->setFocus();
+    QApplication::sendEvent(Pane()->SizingBox, &wheel);
+    EXPECT_EQ(Pane()->SizingBox->currentIndex(), 0);
+
+    preset.Canvases[0].Assets.clear();
+    Show(preset, false);
+    QSignalSpy changed(Widget.get(), &SimulatorWidget::SizingChanged);
+    Pane()->TopArrow->click();
+    Pane()->SizingBox->setCurrentIndex(1);
+    Pane()->ClearButton->click();
+    EXPECT_EQ(changed.count(), 0);
+    EXPECT_TRUE(Shown().Assets.empty());
+}
+
+}  // namespace
