@@ -172,8 +172,9 @@ void PlayHeadWidget::paintEvent(QPaintEvent* /*event*/) {
 void PlayHeadWidget::DrawFocus() {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(palette().color(QPalette::Highlight));
-    painter.drawRoundedRect(QRectF(BuildBarDimensions()).adjusted(-2.5, -2.5, 2.5, 2.5), 2, 2);
+    // Lighter than the bar's own border, to be told from it across a dark room.
+    painter.setPen(QPen(palette().color(QPalette::Highlight).lighter(130), 1.5));
+    painter.drawRoundedRect(QRectF(BuildBarDimensions()).adjusted(-3, -3, 4, 3.5), 3, 3);
 }
 
 void PlayHeadWidget::DrawBarPortions() {
