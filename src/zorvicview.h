@@ -221,6 +221,7 @@ private:
     void WireMarks();
     MarkKind GotoKind() const;
     MarkKind CountdownKind() const;
+    void ShowRowTime(QTreeWidgetItem* row, int remainingMS);
     void ShowTimeCode(const Zorvic::Preset& preset, const Zorvic::PresetState& state, const Zorvic::TimeCode& timeCode);
     void ShowRestingState(const Zorvic::Preset& preset, const Zorvic::PresetState& state);
     void FillGotos(const Zorvic::Preset& preset);

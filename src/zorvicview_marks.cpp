@@ -32,16 +32,16 @@ QString PositionText(int positionMS, const Zorvic::Preset& preset) {
     return ClockText(WrapSubtract(positionMS, preset.OutPosition));
 }
 
-/// Writes only what differs: every write makes the view measure its columns again.
-void ShowRemaining(QTreeWidgetItem* row, int column, int remainingMS) {
+/// Writes only what differs, and tells whether anything did.
+bool ShowRemaining(QTreeWidgetItem* row, int column, int remainingMS) {
     const QString text = ClockText(remainingMS);
     const QBrush brush(QColor(RemainingTimeColor(remainingMS)));
-    if (row->text(column) != text) {
+    const bool differs = row->text(column) != text || row->foreground(column) != brush;
+    if (differs) {
         row->setText(column, text);
-    }
-    if (row->foreground(column) != brush) {
         row->setForeground(column, brush);
     }
+    return differs;
 }
 
 QPushButton* MakeGoButton() {
@@ -126,12 +126,19 @@ void ZorvicView::AcceptTimeCodes(const std::unordered_map<int, Zorvic::TimeCode>
         const auto state = code == codes.end() ? states.end() : states.find(preset.PK);
         if (state == states.end()) continue;
         if (const auto row = rows.find(preset.PK); row != rows.end()) {
-            ShowRemaining(row->second, PresetColumnTypeToIndex(PresetColumn::TIME),
-                          WrapSubtract(code->second.Time, preset.OutPosition));
+            ShowRowTime(row->second, WrapSubtract(code->second.Time, preset.OutPosition));
         }
         if (state->second.IsSelected) {
             ShowTimeCode(preset, state->second, code->second);
         }
+    }
+}
+
+/// Repaints the row, and no more: hearing of the change, the list would measure its columns again for every row.
+void ZorvicView::ShowRowTime(QTreeWidgetItem* row, int remainingMS) {
+    const QSignalBlocker blocker(PresetsView->model());
+    if (ShowRemaining(row, PresetColumnTypeToIndex(PresetColumn::TIME), remainingMS)) {
+        PresetsView->viewport()->update(PresetsView->visualItemRect(row));
     }
 }
 

@@ -66,7 +66,8 @@ void ZorvicView::OnEnterKeyPressed() {
     auto* session = handle->GetSession();
     for (const auto& preset : PresentSelection(session)) {
         const auto state = LookupPresetState(session, preset.PK);
-        if (state && state->IsPlaying) {
+        if (!state) continue;  // a preset that plays unseen must not start again
+        if (state->IsPlaying) {
             session->Pause(preset.PK);
         } else {
             session->Take(preset.PK);
@@ -155,7 +156,10 @@ void ZorvicView::OnSeekKey(bool back) {
 }
 
 void ZorvicView::OnSetInPointClicked() {
-    OnTrimStartMoved(ScrubBar->GetHead());
+    EditCurrentPreset([this](Zorvic::Session&, Zorvic::Preset& preset) {
+        preset.InPosition = ScrubBar->GetHead();
+        return true;
+    });
 }
 
 void ZorvicView::OnSetOutPointClicked() {
