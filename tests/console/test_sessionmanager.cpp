@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <mutex>
+#include <string>
 #include <thread>
 #include <utility>
 
@@ -21,12 +22,15 @@ protected:
         FakeZorvic::AddUnit("10.0.0.2", "guid-2", "Lobby");
     }
 
+    /// The handle is dropped at once.
+    void Open(const std::string& host) { const Handle handle(Sessions->CreateSessionByIP(host)); }
+
     std::unique_ptr<SessionManager> Sessions = std::make_unique<SessionManager>();
 };
 
 TEST_F(Registry, IsTheInstanceForAsLongAsItLives) {
     EXPECT_EQ(SessionManager::GetInstance(), Sessions.get());
-    Handle(Sessions->CreateSessionByIP("10.0.0.1"));
+    Open("10.0.0.1");
     Sessions.reset();
     EXPECT_EQ(SessionManager::GetInstance(), nullptr);
     EXPECT_EQ(FindSession("guid-1"), nullptr);
@@ -34,8 +38,8 @@ TEST_F(Registry, IsTheInstanceForAsLongAsItLives) {
 }
 
 TEST_F(Registry, FindsASessionByGuidAndByTheHostTextItWasOpenedWith) {
-    Handle(Sessions->CreateSessionByIP("10.0.0.1"));
-    Handle(Sessions->CreateSessionByIP("10.0.0.2"));
+    Open("10.0.0.1");
+    Open("10.0.0.2");
     const Handle byGuid(Sessions->GetSessionByGUID("guid-2"));
     const Handle byHost(Sessions->GetSessionByIP("10.0.0.2"));
     ASSERT_TRUE(byGuid && byHost);
@@ -56,7 +60,7 @@ TEST_F(Registry, KeepsNothingOfAUnitThatCannotBeUsed) {
 }
 
 TEST_F(Registry, AFailedReconnectionLeavesTheSessionThatWorks) {
-    Handle(Sessions->CreateSessionByIP("10.0.0.1"));
+    Open("10.0.0.1");
     FakeZorvic::At("10.0.0.1").Reachable = false;
     EXPECT_EQ(Handle(Sessions->CreateSessionByIP("10.0.0.1")), nullptr);
     EXPECT_NE(Handle(Sessions->GetSessionByGUID("guid-1")), nullptr);
@@ -64,7 +68,7 @@ TEST_F(Registry, AFailedReconnectionLeavesTheSessionThatWorks) {
 
 TEST_F(Registry, ASecondSessionOfAUnitReplacesTheFirst) {
     FakeZorvic::AddUnit("stage.local", "guid-1", "Stage");
-    Handle(Sessions->CreateSessionByIP("10.0.0.1"));
+    Open("10.0.0.1");
     const Handle second(Sessions->CreateSessionByIP("stage.local"));
     ASSERT_TRUE(second);
     EXPECT_EQ(FakeZorvic::LiveSessions("10.0.0.1"), 0U);
@@ -72,8 +76,8 @@ TEST_F(Registry, ASecondSessionOfAUnitReplacesTheFirst) {
 }
 
 TEST_F(Registry, DeletesExactlyTheNamedSession) {
-    Handle(Sessions->CreateSessionByIP("10.0.0.1"));
-    Handle(Sessions->CreateSessionByIP("10.0.0.2"));
+    Open("10.0.0.1");
+    Open("10.0.0.2");
     EXPECT_FALSE(Sessions->DeleteSessionByGUID("10.0.0.1"));
     EXPECT_FALSE(Sessions->DeleteSessionByIP("guid-1"));
     EXPECT_TRUE(Sessions->DeleteSessionByGUID("guid-1"));
