@@ -48,6 +48,17 @@ const StoredAsset* FindAsset(const AssetList& assets, const std::string& path) {
     return found != assets.end() && (*found)->Record.FullPath == path ? found->get() : nullptr;
 }
 
+void CopyRecords(const PresetList& from, std::vector<Preset>& to) {
+    to.resize(from.size());
+    std::transform(from.begin(), from.end(), to.begin(), [](const auto& preset) -> const Preset& { return *preset; });
+}
+
+void CopyRecords(const AssetList& from, std::vector<Asset>& to) {
+    to.resize(from.size());
+    std::transform(from.begin(), from.end(), to.begin(),
+                   [](const auto& asset) -> const Asset& { return asset->Record; });
+}
+
 Mirror::Mirror(std::string guid) : GUID(std::move(guid)) {}
 
 unsigned Mirror::Apply(const Wire::Frame& frame) {

@@ -12,14 +12,6 @@ using Stub = Internal::Wire::Unit::Stub;
 /// A drive that hangs must not hold the console.
 constexpr std::chrono::milliseconds ListingLimit{150};
 
-// Assigning record by record lets a caller's list from the last time give its memory to the new one.
-template <class List, class Record>
-void CopyRecords(const List& from, std::vector<Record>& to, const Record& (*record)(const typename List::value_type&)) {
-    to.resize(from.size());
-    for (std::size_t i = 0; i < from.size(); ++i)
-        to[i] = record(from[i]);
-}
-
 Internal::Wire::PresetRequest PresetRequest(std::int32_t pk) {
     Internal::Wire::PresetRequest request;
     request.set_pk(pk);
@@ -71,8 +63,7 @@ StatusCode Session::GetUnitID(std::string& guid, std::string& nickname) {
 StatusCode Session::GetPresets(std::vector<Preset>& presets) {
     const auto state = Pimpl->State();
     if (!state) return ZORVIC_STATUS_NETWORKERROR;
-    CopyRecords<Internal::PresetList, Preset>(*state->Presets, presets,
-                                              [](const auto& shared) -> const Preset& { return *shared; });
+    Internal::CopyRecords(*state->Presets, presets);
     Pimpl->Edits.HandedOut(state->Presets);
     return ZORVIC_STATUS_OK;
 }
@@ -168,8 +159,7 @@ StatusCode Session::GetKonaHardwareState(KonaHardwareState& hardware) {
 StatusCode Session::GetAssets(std::vector<Asset>& assets) {
     const auto state = Pimpl->State();
     if (!state) return ZORVIC_STATUS_NETWORKERROR;
-    CopyRecords<Internal::AssetList, Asset>(*state->Assets, assets,
-                                            [](const auto& shared) -> const Asset& { return shared->Record; });
+    Internal::CopyRecords(*state->Assets, assets);
     return ZORVIC_STATUS_OK;
 }
 
