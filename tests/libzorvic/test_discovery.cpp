@@ -9,6 +9,7 @@
 #include <zorvic/discovery.h>
 #include <zorvic/v1/unit.grpc.pb.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <future>
