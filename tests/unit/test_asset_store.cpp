@@ -215,8 +215,9 @@ TEST_F(AssetStoreTest, ListsDirectoriesThenMediaByName) {
     std::filesystem::create_symlink("/etc", Usb / "etc");
     std::filesystem::create_symlink(Disk / "zorvic.db", Usb / "out.mov");
     std::filesystem::create_symlink("zoom.mov", Usb / "same.mov");
-    std::vector<std::string> names;
     const auto entries = Store->ListDirectory("E", "");
+    std::vector<std::string> names;
+    names.reserve(entries.size());
     for (const auto& entry : entries)
         names.push_back(entry.filename());
     EXPECT_THAT(names, ElementsAre("Archive", "media", "Alpha.MP4", "beta.wav", "same.mov", "zoom.mov"));

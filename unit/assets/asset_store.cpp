@@ -66,7 +66,7 @@ struct AssetStore::Impl {
     Importer Imports{AssetsDirectory, Index, Table, Scanner, [this] { Notify(); }};
 };
 
-AssetStore::AssetStore(Options options, Database& database, const Clock& clock)
+AssetStore::AssetStore(const Options& options, Database& database, const Clock& clock)
     : Parts(std::make_unique<Impl>(options, database, clock)) {}
 
 AssetStore::~AssetStore() = default;

@@ -42,7 +42,7 @@ public:
     };
 
     /// Touches neither disk nor threads. The database and the clock must outlive the store.
-    AssetStore(Options options, Database& database, const Clock& clock);
+    AssetStore(const Options& options, Database& database, const Clock& clock);
     /// Stops and joins all workers; ends a running import and removes its unfinished file. Takes below a second unless
     /// a disk hangs.
     ~AssetStore() override;

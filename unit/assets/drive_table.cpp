@@ -88,7 +88,7 @@ DrivePlace DriveTable::Parse(std::string_view letter, std::string_view path) con
 std::filesystem::path ResolveOnDrive(const DrivePlace& place) {
     std::error_code error;
     const auto root = std::filesystem::canonical(place.Drive->Directory, error);
-    const auto target = error ? root : std::filesystem::canonical(place.HostPath(), error);
+    auto target = error ? root : std::filesystem::canonical(place.HostPath(), error);
     if (error) throw Fault(FaultKind::NotFound, place.UnitPath() + ": " + error.message());
     const auto [end, rest] = std::mismatch(root.begin(), root.end(), target.begin(), target.end());
     if (end != root.end()) throw Fault(FaultKind::Refused, place.UnitPath() + " leads out of its drive");

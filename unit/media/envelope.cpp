@@ -15,7 +15,7 @@ namespace ZorvicUnit {
 
 namespace {
 
-constexpr std::int64_t MostSeconds = 24 * 3600;
+constexpr std::int64_t MostSeconds = 86'400;
 constexpr std::size_t MostSteps = std::size_t{MostSeconds} * 1000 / Envelope::StepMS;
 
 using Packet = std::unique_ptr<AVPacket, AvFree<av_packet_free>>;
@@ -111,7 +111,7 @@ void Drain(AVCodecContext& decoder, AVFrame& frame, PeakMeter& meter) {
 // Picture and sound may start apart; the clock of the asset starts with the first of them.
 std::int64_t StartTime(const AVFormatContext& format, const AVStream& stream) {
     if (format.start_time == AV_NOPTS_VALUE) return stream.start_time == AV_NOPTS_VALUE ? 0 : stream.start_time;
-    return av_rescale_q(format.start_time, AV_TIME_BASE_Q, stream.time_base);
+    return av_rescale_q(format.start_time, AVRational{1, AV_TIME_BASE}, stream.time_base);
 }
 
 }  // namespace

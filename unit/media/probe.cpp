@@ -77,7 +77,8 @@ bool IsStill(MediaFile& media, const AVStream& video) {
 }
 
 std::int32_t Duration(const std::filesystem::path& file, const MediaFile& media, const ReadLimit& limit) {
-    if (media.Context().duration != AV_NOPTS_VALUE) return ToMilliseconds(media.Context().duration, AV_TIME_BASE_Q);
+    if (media.Context().duration != AV_NOPTS_VALUE)
+        return ToMilliseconds(media.Context().duration, AVRational{1, AV_TIME_BASE});
     MediaFile again(file, limit);  // from the start: looking for a second picture has moved the other
     const AVStream* stream = again.Video() != nullptr ? again.Video() : again.Audio();
     if (stream == nullptr) return 0;
@@ -87,7 +88,8 @@ std::int32_t Duration(const std::filesystem::path& file, const MediaFile& media,
 
 std::int64_t FileRate(const AVFormatContext& format, const zorvic::v1::AssetMetadata& metadata) {
     if (format.bit_rate > 0 || metadata.duration_ms() == 0) return format.bit_rate;
-    return av_rescale(static_cast<std::int64_t>(metadata.total_size()), 8 * 1000, metadata.duration_ms());
+    constexpr std::int64_t BitsTimesMilliseconds = 8000;  // of a byte, of a second
+    return av_rescale(static_cast<std::int64_t>(metadata.total_size()), BitsTimesMilliseconds, metadata.duration_ms());
 }
 
 // Many containers give only the sum: what the sound does not take is the picture's.
