@@ -77,17 +77,24 @@ void AssetScanner::Start(bool watch) {
 
 void AssetScanner::WatchLoop() {
     while (!Watcher->Stopping()) {
-        const milliseconds quiet =
-            Watch.IsComplete() ? Longer(Cost, CostShare, BlindPeriod, LongestPeriod) : BlindPeriod;
-        Watch.Wait(Settling ? SettlingPeriod : quiet);
+        const Pace pace = NextPace();
+        Watch.Wait(pace.Quiet);
         if (Watcher->Stopping()) return;
         try {
             Scan();
         } catch (const std::exception& error) {
             spdlog::error("looking for assets: {}", error.what());
         }
-        Watch.Pause(Longer(Cost, BusyCostShare, LeastPause, BlindPeriod));
+        Watch.Pause(pace.Pause);
     }
+}
+
+AssetScanner::Pace AssetScanner::NextPace() {
+    const std::lock_guard guard(ScanLock);
+    const milliseconds pause = Longer(Cost, BusyCostShare, LeastPause, BlindPeriod);
+    if (Settling) return {SettlingPeriod, pause};
+    if (!Watch.IsComplete()) return {BlindPeriod, pause};
+    return {Longer(Cost, CostShare, BlindPeriod, LongestPeriod), pause};
 }
 
 void AssetScanner::Scan() {
@@ -108,10 +115,14 @@ void AssetScanner::Scan() {
         Cost = std::chrono::steady_clock::now() - began;
     }
     Notify();
+    Forget(gone);
+}
+
+void AssetScanner::Forget(const std::vector<std::string>& paths) {
     try {
-        Table.Remove(gone);
+        Table.Remove(paths);
     } catch (const Fault& fault) {
-        spdlog::error("cannot forget {} assets that are gone: {}", gone.size(), fault.what());
+        spdlog::error("cannot forget {} assets that are gone: {}", paths.size(), fault.what());
     }
 }
 

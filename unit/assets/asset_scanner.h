@@ -29,11 +29,20 @@ public:
     /// Compares disk and index once, in the calling thread; scans of several threads go one after the other.
     void Scan();
 
+    /// Drops what the table holds of files that are gone. A failure is logged only: what stays does no harm, and a full
+    /// disk must not keep anybody from deleting.
+    void Forget(const std::vector<std::string>& paths);
+
     /// Has levels computed, or brought back from the table.
     void ReadLevels(const AssetContent& content);
     void LoadLevels(const AssetContent& content);
 
 private:
+    struct Pace {
+        std::chrono::milliseconds Quiet;  ///< until the next look when nothing is reported
+        std::chrono::milliseconds Pause;  ///< between two looks whatever is reported
+    };
+    Pace NextPace();
     void WatchLoop();
     void ReadStreams(const AssetContent& content);
     void ReadChecksum(const AssetContent& content);

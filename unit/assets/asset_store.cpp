@@ -118,8 +118,9 @@ void AssetStore::Delete(const std::string& path) {
         if (unlink(file.c_str()) != 0 && errno != ENOENT)
             throw Fault(FaultKind::Internal, "cannot delete " + path + ": " + std::strerror(errno));
         Parts->Index.Remove(path);
+        Parts->Notify();
+        Parts->Scanner.Forget({path});
         SyncDirectory(file.parent_path());
-        Parts->Table.Remove({path});
     }
     Parts->Notify();
 }

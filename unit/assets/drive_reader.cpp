@@ -137,7 +137,11 @@ zorvic::v1::Drive DriveReader::Space() {
     LastSpace.set_external(Shared->Drive.External);
     // A drive that hangs is waited for once, not at every call.
     const bool isNew = !NextSpace.valid();
-    if (isNew) NextSpace = Ask<zorvic::v1::Drive>(&ReadSpace);
+    try {
+        if (isNew) NextSpace = Ask<zorvic::v1::Drive>(&ReadSpace);
+    } catch (const Fault&) {
+        return LastSpace;
+    }
     const auto answer = NextSpace;
     guard.unlock();
     const bool ready = IsReady(answer, isNew ? Patience : std::chrono::milliseconds(0));
