@@ -83,6 +83,8 @@ ZorvicView* MainWindow::AddView(Zorvic::Session* session) {
     auto& entry = Views[guid];
     entry = std::move(view);
     ZorvicTabs->setCurrentIndex(ZorvicTabs->addTab(entry.get(), TabLabel(host, guid, name)));
+    // Left on the tab bar, the arrow keys would switch between units.
+    entry->PresetsView->setFocus();
     return entry.get();
 }
 
