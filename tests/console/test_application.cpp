@@ -1,7 +1,5 @@
 #include "application.h"
 
-#include "style.h"
-
 #include <gmock/gmock.h>
 
 #include <QFile>
@@ -54,13 +52,6 @@ TEST(Resources, HoldEveryIconUnderBothSpellings) {
             EXPECT_FALSE(QPixmap(QLatin1String(prefix) + QLatin1String(name) + QLatin1String(".png")).isNull()) << name;
         }
     }
-}
-
-TEST(Style, GivesTheDefaultFamilyAtTheAskedSize) {
-    const QFont font = SizeDefaultFont(13);
-    EXPECT_EQ(font.family(), QFont().defaultFamily());
-    EXPECT_EQ(font.pointSize(), 13);
-    EXPECT_EQ(font.styleStrategy(), QFont::PreferAntialias);
 }
 
 }  // namespace
