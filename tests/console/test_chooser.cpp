@@ -177,8 +177,9 @@ TEST_F(Chooser, AFailedConnectChangesNothing) {
 TEST_F(Chooser, ConnectingAgainWhileATabIsBuiltDoesNothing) {
     ShowActive();
     Window.ZorvicIPBox->setText(QStringLiteral("10.0.0.1"));
-    FakeZorvic::SetHook([this](const FakeZorvic::Call& call) {
-        if (call.Operation != "GetAssets") return;
+    int reads = 0;
+    FakeZorvic::SetHook([this, &reads](const FakeZorvic::Call& call) {
+        if (call.Operation != "GetAssets" || ++reads > 1) return;
         Window.RefreshLANZorvics();
         Window.ConnectButton->click();
         QTest::keyClick(&Window, Qt::Key_Return);
