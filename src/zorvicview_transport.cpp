@@ -1,6 +1,7 @@
 #include "zorvicview.h"
 
 #include "playheadwidget.h"
+#include "popupkeys.h"
 #include "remainingtime.h"
 #include "seektime.h"
 
@@ -27,11 +28,13 @@ void ZorvicView::WireTransport() {
 void ZorvicView::WireShortcuts() {
     const auto add = [this](Qt::Key key, void (ZorvicView::*slot)()) {
         auto* shortcut = new QShortcut(key, this);
+        shortcut->setAutoRepeat(false);  // a key held too long must not toggle the show
         connect(shortcut, &QShortcut::activated, this, slot);
     };
     add(Qt::Key_Enter, &ZorvicView::OnEnterKeyPressed);
     add(Qt::Key_Return, &ZorvicView::OnEnterKeyPressed);
     add(Qt::Key_Escape, &ZorvicView::OnEscapePressed);
+    KeepKeysInPopup(*ActivePlayerSel);
 }
 
 void ZorvicView::CommandSelection(Zorvic::StatusCode (Zorvic::Session::*command)(std::int32_t)) {

@@ -24,20 +24,6 @@ protected:
         Open();
     }
     PinnedAsset& Picture(int pk, std::size_t canvas) { return Preset(pk).Canvases[canvas].Assets[0]; }
-    QPoint Knob(const QSlider* slider) const {
-        QStyleOptionSlider option;
-        option.initFrom(slider);
-        option.orientation = slider->orientation();
-        option.minimum = slider->minimum();
-        option.maximum = slider->maximum();
-        option.sliderPosition = option.sliderValue = slider->value();
-        option.upsideDown = slider->orientation() == Qt::Vertical;
-        return slider->style()->subControlRect(QStyle::CC_Slider, &option, QStyle::SC_SliderHandle, slider).center();
-    }
-    void Hold(QSlider* slider) const {
-        QTest::mousePress(slider, Qt::LeftButton, {}, Knob(slider));
-        ASSERT_TRUE(slider->isSliderDown());
-    }
     static std::vector<std::uint16_t> SentVolume() { return FakeZorvic::LastCall("UpdatePreset").Sent->Volume; }
 };
 
@@ -104,34 +90,34 @@ TEST_F(MixTest, PictureSlidersAdjustTheChosenPlayersAsset) {
 }
 
 TEST_F(MixTest, AHeldKnobStaysUntilItIsReleased) {
-    Hold(View->LChannel);
+    View->LChannel->setSliderDown(true);
     Preset(1).Volume = {30000, 40000};
     Pump(ZORVIC_STATE_PRESETS);
     EXPECT_EQ(View->LChannel->value(), 100);
     EXPECT_EQ(View->RChannel->value(), 40000);
-    QTest::mouseRelease(View->LChannel, Qt::LeftButton);
+    View->LChannel->setSliderDown(false);
     EXPECT_EQ(View->LChannel->value(), 30000);
 }
 
 TEST_F(MixTest, AFastDragSendsFewValuesButTheLast) {
-    Hold(View->LChannel);
+    View->LChannel->setSliderDown(true);
     for (int value = 1000; value <= 30000; value += 100) {
         View->LChannel->setSliderPosition(value);
     }
     EXPECT_THAT(FakeZorvic::Commands(), SizeIs(testing::Lt(30)));
-    QTest::mouseRelease(View->LChannel, Qt::LeftButton);
+    View->LChannel->setSliderDown(false);
     EXPECT_EQ(Preset(1).Volume[0], 30000);
     EXPECT_EQ(View->LChannel->value(), 30000);
 }
 
 TEST_F(MixTest, ADragEndsWhereThePresetDoes) {
-    Hold(View->LChannel);
+    View->LChannel->setSliderDown(true);
     View->LChannel->setSliderPosition(1000);
     View->LChannel->setSliderPosition(2000);
     SelectOnUnit(2);
     Pump(ZORVIC_STATE_PRESETSTATES);
     View->LChannel->setSliderPosition(3000);
-    QTest::mouseRelease(View->LChannel, Qt::LeftButton);
+    View->LChannel->setSliderDown(false);
     EXPECT_THAT(Preset(2).Volume, ElementsAre(100, 200));
     EXPECT_EQ(View->LChannel->value(), 100);
 }

@@ -2,6 +2,8 @@
 #include "seektime.h"
 #include "viewfixture.h"
 
+#include <QAbstractItemView>
+
 using namespace Zorvic;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -52,6 +54,22 @@ TEST_F(TransportTest, ReturnTogglesEachSelectedPreset) {
     Press(Qt::Key_Enter);
     Press(Qt::Key_Escape);
     EXPECT_THAT(FakeZorvic::Commands(), ElementsAre("Take 1", "Pause 2", "Pause 1", "Pause 2", "End 1", "End 2"));
+}
+
+TEST_F(TransportTest, KeysInAnOpenListOrMenuStayThere) {
+    Open();
+    View->ActivePlayerSel->addItems({QStringLiteral("Player 1"), QStringLiteral("Player 2")});
+    for (const auto key : {Qt::Key_Return, Qt::Key_Escape}) {
+        View->ActivePlayerSel->showPopup();
+        QTest::keyClick(View->ActivePlayerSel->view(), key);
+        EXPECT_FALSE(View->ActivePlayerSel->view()->isVisible());
+        QTimer::singleShot(0, qApp, [key] { QTest::keyClick(QApplication::activePopupWidget(), key); });
+        QTimer::singleShot(1, qApp, [] {
+            if (auto* menu = QApplication::activePopupWidget()) menu->close();
+        });
+        View->OnPresetRightClick({5, 5});
+    }
+    EXPECT_THAT(FakeZorvic::Commands(), IsEmpty());
 }
 
 TEST_F(TransportTest, ReturnInTheSeekBoxSeeksOnceAndLeavesIt) {
