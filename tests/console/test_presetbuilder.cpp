@@ -144,7 +144,7 @@ private:
         std::string text;
         while (Number(0, 9) > 0 && static_cast<int>(text.size()) < longest)
             text += Pieces[static_cast<std::size_t>(Number(0, static_cast<int>(Pieces.size()) - 1))];
-        return Number(0, 30) == 0 ? text + std::string(static_cast<std::size_t>(longest), 'x') : text;
+        return Number(0, 9) == 0 ? text + std::string(static_cast<std::size_t>(longest), 'x') : text;
     }
     CanvasInfo MakeCanvas() {
         CanvasInfo canvas;
@@ -241,8 +241,10 @@ TEST_F(PresetBuilderTest, AnOpenListStaysThroughARefreshAndKeepsItsKeys) {
     QTest::keyClick(Builder.LinkSelect->view(), Qt::Key_Return);
     EXPECT_EQ(Builder.LinkSelect->currentText(), QStringLiteral("12 - Storm"));
     EXPECT_TRUE(Builder.isVisible());
+    Builder.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&Builder));
     Pane(0)->SizingBox->showPopup();
-    QTest::keyClick(Pane(0)->SizingBox->view(), Qt::Key_Escape);
+    QTest::keyClick(Pane(0)->SizingBox->view(), Qt::Key_Return);
     EXPECT_FALSE(Pane(0)->SizingBox->view()->isVisible());
     EXPECT_TRUE(Builder.isVisible());
 }

@@ -149,7 +149,7 @@ TEST_F(SimulatorTest, ArrowsCombineToCornersAndReleaseTheirOpposites) {
 
 TEST_F(SimulatorTest, LoadingShowsThePlacementAndPlacesNothing) {
     for (const auto& [alignment, states] : GetSizingMaps().AlignmentToButtons) {
-        Show(PresetWith(Wide, alignment));
+        Show(PresetWith(Wide, states.SizerBox == 0 ? ZORVIC_ECALIGN_STRETCHED : ZORVIC_ECALIGN_CENTERED));
         QSignalSpy changed(Widget.get(), &SimulatorWidget::SizingChanged);
         Set(PresetWith(Wide, alignment));
         const auto shown = GetSizingMaps().ButtonsToAlignment.at(Pane()->GetButtonStates());
@@ -225,6 +225,12 @@ TEST_F(SimulatorTest, PanesMayBeReplacedFromTheirOwnSignals) {
         [this] {
             Pane()->SizingBox->setFocus();
             QTest::keyClick(Pane()->SizingBox, Qt::Key_Down);
+        },
+        [this] {
+            QAbstractItemView* const list = Pane()->SizingBox->view();
+            Pane()->SizingBox->showPopup();
+            list->setCurrentIndex(list->model()->index(2, 0));
+            QTest::keyClick(list, Qt::Key_Return);
         },
     };
     for (const auto& act : acts) {
