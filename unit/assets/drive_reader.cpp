@@ -69,29 +69,34 @@ void DriveReader::Run(const std::shared_ptr<State>& shared) {
 }
 
 template <typename T>
-std::shared_future<T> DriveReader::Ask(std::function<T(const DriveRoot&)> question) {
+DriveReader::Answer<T> DriveReader::Ask(std::function<T(const DriveRoot&)> question) {
     // The thread may outlive the reader: it gets copies, and the state stays as long as its thread.
-    const auto task = std::make_shared<std::packaged_task<T()>>(
-        [question = std::move(question), drive = Shared->Drive] { return question(drive); });
+    const auto task = std::make_shared<std::packaged_task<Outcome<T>()>>(
+        [question = std::move(question), drive = Shared->Drive]() -> Outcome<T> {
+            try {
+                return {question(drive), {}, {}};
+            } catch (const Fault& fault) {
+                return {std::nullopt, fault.Kind, fault.what()};
+            } catch (const std::exception& error) {
+                return {std::nullopt, FaultKind::Internal, error.what()};
+            }
+        });
+    Answer<T> answer = task->get_future().share();
     const std::lock_guard guard(Shared->Lock);
     if (Shared->Questions.size() >= MostQuestions)
         throw Fault(FaultKind::Slow, "drive " + Shared->Drive.Letter + " does not answer");
     Shared->Questions.emplace_back([task] { (*task)(); });
     Shared->Wake.notify_all();
-    return task->get_future().share();
+    return answer;
 }
 
-std::shared_future<DriveReader::Listing> DriveReader::AskOrFind(const std::vector<std::string>& names) {
+DriveReader::Answer<DriveReader::Listing> DriveReader::AskOrFind(const std::vector<std::string>& names) {
     const std::lock_guard guard(Lock);
-    const auto stale = [oldest = std::chrono::steady_clock::now() - Freshness](const auto& known) {
+    std::erase_if(Listings, [oldest = std::chrono::steady_clock::now() - Freshness](const auto& known) {
         if (!IsReady(known.second)) return false;
-        try {
-            return known.second.get().Finished < oldest;
-        } catch (const Fault&) {
-            return true;
-        }
-    };
-    std::erase_if(Listings, stale);
+        const auto& listing = known.second.get().Value;
+        return !listing || listing->Finished < oldest;
+    });
     auto& listing = Listings[names];
     if (!listing.valid())
         listing = Ask<Listing>([names, list = ListEntries](const DriveRoot& drive) {
@@ -106,7 +111,7 @@ std::vector<zorvic::v1::DirectoryEntry> DriveReader::List(const std::vector<std:
     if (!IsReady(listing, Patience)) throw Fault(FaultKind::Slow, "drive " + Shared->Drive.Letter + " is slow");
     const std::lock_guard guard(Lock);
     Listings.erase(names);
-    return listing.get().Entries;
+    return listing.get().Get().Entries;
 }
 
 SourceFile DriveReader::FindFile(const std::vector<std::string>& names) {
@@ -115,7 +120,7 @@ SourceFile DriveReader::FindFile(const std::vector<std::string>& names) {
         return SourceFile{file, ReadStamp(file)};
     });
     if (!IsReady(found, Patience)) throw Fault(FaultKind::Slow, "drive " + Shared->Drive.Letter + " is slow");
-    return found.get();
+    return found.get().Get();
 }
 
 zorvic::v1::Drive DriveReader::ReadSpace(const DriveRoot& drive) {
@@ -147,7 +152,7 @@ zorvic::v1::Drive DriveReader::Space() {
     const bool ready = IsReady(answer, isNew ? Patience : std::chrono::milliseconds(0));
     guard.lock();
     if (ready) {
-        LastSpace = answer.get();
+        LastSpace = answer.get().Get();
         NextSpace = {};
     }
     return LastSpace;

@@ -3,6 +3,7 @@
 #include "assets/directory_listing.h"
 #include "assets/drive_table.h"
 #include "assets/tree_walk.h"
+#include "fault.h"
 
 #include <zorvic/v1/unit.pb.h>
 
@@ -13,6 +14,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -54,20 +56,32 @@ private:
         std::vector<zorvic::v1::DirectoryEntry> Entries;
         std::chrono::steady_clock::time_point Finished;
     };
+    /// A failure travels as what it says: exceptions are counted in a library that the thread sanitizer cannot see
+    /// into.
+    template <typename T>
+    struct Outcome {
+        std::optional<T> Value;
+        FaultKind Kind = FaultKind::Internal;
+        std::string Problem;
+
+        const T& Get() const { return Value ? *Value : throw Fault(Kind, Problem); }
+    };
+    template <typename T>
+    using Answer = std::shared_future<Outcome<T>>;
     struct State;
 
     static void Run(const std::shared_ptr<State>& shared);
     static zorvic::v1::Drive ReadSpace(const DriveRoot& drive);
     template <typename T>
-    std::shared_future<T> Ask(std::function<T(const DriveRoot&)> question);
-    std::shared_future<Listing> AskOrFind(const std::vector<std::string>& names);
+    Answer<T> Ask(std::function<T(const DriveRoot&)> question);
+    Answer<Listing> AskOrFind(const std::vector<std::string>& names);
 
     const std::shared_ptr<State> Shared;  ///< the thread's too, which may outlive the reader
     const Lister ListEntries;
     std::thread Thread;
     std::mutex Lock;  ///< guards all below
-    std::map<std::vector<std::string>, std::shared_future<Listing>> Listings;
-    std::shared_future<zorvic::v1::Drive> NextSpace;
+    std::map<std::vector<std::string>, Answer<Listing>> Listings;
+    Answer<zorvic::v1::Drive> NextSpace;
     zorvic::v1::Drive LastSpace;
 };
 
