@@ -61,15 +61,21 @@ void Connection::FollowUnit() {
     while (true) {
         // Silence is counted from the moment of listening: time spent on taking in a frame is not the unit's.
         const unsigned changes = Unit.Apply(Stream->Read(Up() ? Silence : timeLeft()));
-        if (!Up() && Unit.Current()) ComeUp();
-        Events.Raise(changes);
+        if (Up()) {
+            Events.Raise(changes);
+        } else if (Unit.Current()) {
+            ComeUp();
+        }
     }
 }
 
 void Connection::ComeUp() {
     {
+        // The events come after the link, so that whoever hears them can read; and before anybody who waited for the
+        // link goes on, so that what is registered then is answered once.
         const std::lock_guard guard(Lock);
         Phase = PhaseType::Up;
+        Events.Raise(AllEvents);
     }
     PhaseChanged.notify_all();
 }
