@@ -7,14 +7,8 @@
 /// inside, so that a nested rebuild may overtake this one, or the list may be closed.
 class TreeRebuild {
 public:
-    /// What all rebuilds of one list share; lives as long as the list.
-    struct State {
-        int Running = 0;
-        int Latest = 0;
-        int ScrollPosition = 0;
-    };
-
-    TreeRebuild(QTreeWidget* tree, State& shared);
+    /// `latest` numbers the rebuilds of one list, and lives as long as the list.
+    TreeRebuild(QTreeWidget* tree, int& latest);
     ~TreeRebuild();
     TreeRebuild(const TreeRebuild&) = delete;
     TreeRebuild& operator=(const TreeRebuild&) = delete;
@@ -24,9 +18,10 @@ public:
     bool ProcessEvents();
 
 private:
-    bool IsLatest() const { return Tree && Shared.Latest == Number; }
+    bool IsLatest() const { return Tree && Latest == Number; }
 
     QPointer<QTreeWidget> Tree;
-    State& Shared;  ///< not to be touched once the list is gone
+    int& Latest;  ///< not to be touched once the list is gone
     int Number;
+    int ScrollPosition;
 };

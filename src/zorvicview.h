@@ -2,7 +2,6 @@
 
 #include "metadata_cache.h"
 #include "sessionmanager.h"
-#include "treerebuild.h"
 #include "ui_zorvicview.h"
 
 #include <zorvic/session.h>
@@ -259,8 +258,8 @@ private:
     int CurPresetTab = 0;
     bool AssetViewExpanded = false;
 
-    TreeRebuild::State PresetRebuild;
-    TreeRebuild::State AssetRebuild;
+    int PresetRebuilds = 0;
+    int AssetRebuilds = 0;
     /// What the seek box shows as soon as the operator does not edit it.
     QString SeekText;
     QString SeekStyle;

@@ -4,6 +4,7 @@
 #include "assetsloadingdialog.h"
 #include "assettext.h"
 #include "clocktext.h"
+#include "treerebuild.h"
 #include "unitpath.h"
 
 #include <QCoreApplication>
@@ -38,7 +39,7 @@ QTreeWidgetItem* ZorvicView::MakeAssetRow(const Zorvic::Asset& asset) {
 }
 
 void ZorvicView::AcceptAssets(const std::vector<Zorvic::Asset>& assets) {
-    TreeRebuild rebuild(AssetsView, AssetRebuild);
+    TreeRebuild rebuild(AssetsView, AssetRebuilds);
     QList<QTreeWidgetItem*> rows;
     for (const auto& asset : assets) {
         rows.append(MakeAssetRow(asset));

@@ -7,6 +7,7 @@
 #include "presettreedelegate.h"
 #include "remainingtime.h"
 #include "simulator.h"
+#include "treerebuild.h"
 
 #include <QMenu>
 #include <QPointer>
@@ -123,7 +124,7 @@ void ZorvicView::AcceptPresets(const std::vector<Zorvic::Preset>& list) {
 /// False when the view is gone or newer rows are shown.
 bool ZorvicView::FillPresetList(const std::vector<Zorvic::Preset>& sorted,
                                 const std::unordered_map<int, Zorvic::PresetState>& states) {
-    TreeRebuild rebuild(PresetsView, PresetRebuild);
+    TreeRebuild rebuild(PresetsView, PresetRebuilds);
     {
         // Only the operator's own choice selects on the unit. Two consoles that answered each other's refreshes would
         // never come to rest.

@@ -118,6 +118,7 @@ TEST_F(PresetListTest, AMenuActsOnTheRowsItWasOpenedFor) {
         actions[1]->trigger();
     });
     EXPECT_THAT(FakeZorvic::Commands(), IsEmpty());
+    EXPECT_EQ(View->GetSelectedPresetItem(), View->LookupPresetItem(1));
 }
 
 TEST_F(PresetListTest, AViewMayBeClosedUnderItsMenu) {

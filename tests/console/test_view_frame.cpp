@@ -130,6 +130,7 @@ TEST_F(FrameTest, RowsStayPutUnderADrag) {
 }
 
 TEST_F(FrameTest, AViewMayBeClosedInsideItsOwnRefresh) {
+    Play(2, 5000);
     for (const auto type : {ZORVIC_STATE_PRESETS, ZORVIC_STATE_PRESETSTATES, ZORVIC_STATE_ASSETS}) {
         Open();
         QTimer::singleShot(0, qApp, [this] { Close(); });
