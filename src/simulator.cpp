@@ -41,7 +41,9 @@ SimulatorWidget::SimulatorWidget(QWidget* parent, MetadataCache& cache, bool rea
     : QWidget(parent), MDCache(cache), ReadOnly(readOnly) {}
 
 SimulatorWidget::~SimulatorWidget() {
-    SetPreset(nullptr, nullptr, false);
+    if (!OwnedPreset) return;
+    delete CurPreset;
+    delete CurPresetState;
 }
 
 bool SimulatorWidget::SetPreset(Zorvic::Preset* preset, Zorvic::PresetState* state, bool owned) {
