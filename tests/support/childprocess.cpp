@@ -14,12 +14,15 @@
 ChildProcess::ChildProcess(const std::vector<std::string>& arguments, const std::string& outputFile,
                            const std::vector<std::string>& environment) {
     std::vector<char*> argv;
-    for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
+    for (const std::string& argument : arguments)
+        argv.push_back(const_cast<char*>(argument.c_str()));
     argv.push_back(nullptr);
     // Added entries come first: the first match wins where a name stands twice.
     std::vector<char*> envp;
-    for (const std::string& entry : environment) envp.push_back(const_cast<char*>(entry.c_str()));
-    for (char** entry = environ; *entry; ++entry) envp.push_back(*entry);
+    for (const std::string& entry : environment)
+        envp.push_back(const_cast<char*>(entry.c_str()));
+    for (char** entry = environ; *entry; ++entry)
+        envp.push_back(*entry);
     envp.push_back(nullptr);
 
     posix_spawn_file_actions_t actions;

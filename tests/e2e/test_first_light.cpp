@@ -1,0 +1,137 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <zorvic/zorvic.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+#include "support/unitprocess.h"
+
+namespace {
+
+using std::chrono::seconds;
+namespace fs = std::filesystem;
+
+/// A virtual display with a window manager: without one nothing gets the keyboard focus.
+class VirtualDisplay {
+public:
+    VirtualDisplay()
+        : Server({"Xvfb", "-displayfd", "1", "-screen", "0", "1600x1000x24"}, Directory.Path() + "/number") {
+        const bool up =
+            WaitUntil([&] { return (std::ifstream(Directory.Path() + "/number") >> Number) && Number >= 0; });
+        if (!up) throw std::runtime_error("no virtual display");
+        setenv("DISPLAY", (":" + std::to_string(Number)).c_str(), 1);
+        setenv("QT_QPA_PLATFORM", "xcb", 1);
+        unsetenv("WAYLAND_DISPLAY");
+        Manager = std::make_unique<ChildProcess>(std::vector<std::string>{"openbox"});
+    }
+
+    /// Runs xdotool and returns whether it succeeded; its output goes to `output`.
+    bool Do(std::vector<std::string> arguments, std::string* output = nullptr) {
+        const std::string file = Directory.Path() + "/xdotool";
+        fs::remove(file);
+        arguments.insert(arguments.begin(), "xdotool");
+        ChildProcess tool(arguments, file);
+        const bool done = tool.Wait(seconds(30)) == 0;
+        if (output) std::getline(std::ifstream(file), *output);
+        return done;
+    }
+
+    /// Window id of the visible window with this title, or an empty text.
+    std::string Window(const std::string& title) {
+        std::string id;
+        return Do({"search", "--onlyvisible", "--name", "^" + title + "$"}, &id) ? id : std::string();
+    }
+
+    std::string Picture(const std::string& name) {
+        const std::string file = Directory.Path() + "/" + name + ".rgb";
+        ChildProcess import({"import", "-window", "root", "-depth", "8", file});
+        if (import.Wait(seconds(30)) != 0) return {};
+        std::ifstream stream(file, std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+
+private:
+    TemporaryDirectory Directory;
+    int Number = -1;
+    ChildProcess Server;
+    std::unique_ptr<ChildProcess> Manager;
+};
+
+Zorvic::Preset OneClipPreset(const std::string& name, const std::string& asset) {
+    Zorvic::CanvasInfo canvas;
+    canvas.CanvasCfg.Orientation = {Zorvic::CanvasOrientationEnum::Single, nullptr};
+    canvas.CanvasCfg.Dimensions = {1920, 1080};
+    canvas.CanvasCfg.NumOutputs = 1;
+    EXPECT_EQ(Zorvic::AttachAssetToCanvas(Zorvic::ZORVIC_ECALIGN_SCALED_CENTERED, asset, {320, 180}, canvas),
+              Zorvic::ZORVIC_STATUS_OK);
+    Zorvic::Preset preset;
+    preset.Name = name;
+    preset.Canvases = {canvas};
+    preset.Volume = {65535, 65535};
+    return preset;
+}
+
+bool AssetReady(Zorvic::Session& session) {
+    std::vector<Zorvic::Asset> assets;
+    return session.GetAssets(assets) == Zorvic::ZORVIC_STATUS_OK && assets.size() == 1 &&
+           assets[0].Status == Zorvic::ZORVIC_ASSETSTATE_READY;
+}
+
+Zorvic::PresetState OnlyState(Zorvic::Session& session) {
+    std::vector<Zorvic::PresetState> states;
+    EXPECT_EQ(session.GetPresetStates(states), Zorvic::ZORVIC_STATUS_OK);
+    return states.size() == 1 ? states[0] : Zorvic::PresetState();
+}
+
+}  // namespace
+
+TEST(FirstLight, AnOperatorFindsAUnitConnectsAndTakesAPreset) {
+    TemporaryDirectory directory;
+    const std::string store = directory.Path() + "/store";
+    fs::create_directories(store + "/Assets");
+    MakeClip(store + "/Assets/clip.mov", 60);
+    // The chooser picks the first unit by nickname: nothing else on this machine sorts before this one.
+    UnitProcess unit(store, {"--announce", "lo", "--nickname", "!First Light"});
+    Zorvic::Session observer(unit.Host(), 1);
+    ASSERT_TRUE(observer.Connected());
+    ASSERT_TRUE(WaitUntil([&] { return AssetReady(observer); }));
+    ASSERT_EQ(observer.CreatePreset(OneClipPreset("Opening", "C:\\Assets\\clip.mov")), Zorvic::ZORVIC_STATUS_OK);
+
+    VirtualDisplay display;
+    ChildProcess console({ZORVIC_CONSOLE_PROGRAM}, directory.Path() + "/console.log", {"ZORVIC_DISCOVERY=lo"});
+    ASSERT_TRUE(WaitUntil([&] { return !display.Window("Choose a Zorvic").empty(); }));
+    const std::string main = display.Window("Zorvic Control");
+    ASSERT_TRUE(display.Do({"windowsize", "--sync", main, "1440", "900"}));
+
+    // Return connects once the chooser has found the unit; before that the address is empty and nothing happens.
+    ASSERT_TRUE(WaitUntil(
+        [&] {
+            const std::string chooser = display.Window("Choose a Zorvic");
+            if (chooser.empty()) return true;
+            display.Do({"windowactivate", "--sync", chooser, "key", "--window", chooser, "Return"});
+            return false;
+        },
+        seconds(30)));
+
+    // The first row of the preset list: a click selects the preset on the unit.
+    ASSERT_TRUE(display.Do({"windowactivate", "--sync", main}));
+    ASSERT_TRUE(WaitUntil([&] {
+        display.Do({"mousemove", "--window", main, "500", "330", "click", "1"});
+        return OnlyState(observer).IsSelected;
+    }));
+    ASSERT_FALSE(OnlyState(observer).IsPlaying);
+    ASSERT_TRUE(display.Do({"key", "Return"}));
+    ASSERT_TRUE(WaitUntil([&] { return OnlyState(observer).IsPlaying; }));
+
+    Zorvic::TimeCode before;
+    Zorvic::TimeCode after;
+    ASSERT_TRUE(WaitUntil([&] { return observer.GetTimeCode(before, 1) == Zorvic::ZORVIC_STATUS_OK; }));
+    const std::string earlier = display.Picture("earlier");
+    ASSERT_TRUE(WaitUntil(
+        [&] { return observer.GetTimeCode(after, 1) == Zorvic::ZORVIC_STATUS_OK && after.Time < before.Time - 1500; }));
+    EXPECT_NE(display.Picture("later"), earlier) << "the console does not show that time runs";
+    EXPECT_TRUE(console.Running());
+}
