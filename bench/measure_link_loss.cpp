@@ -65,9 +65,8 @@ public:
     }
     template <typename Widget>
     Widget* Find(const char* name) {
-        return Window.findChild<QTabWidget*>(QStringLiteral("ZorvicTabs"))
-            ->currentWidget()
-            ->findChild<Widget*>(QString::fromLatin1(name));
+        const QTabWidget* tabs = Window.findChild<QTabWidget*>(QStringLiteral("ZorvicTabs"));
+        return tabs->currentWidget()->template findChild<Widget*>(QString::fromLatin1(name));
     }
     bool Shows(const char* text) { return Find<QLabel>("StatusLabel")->text().contains(QString::fromLatin1(text)); }
 
