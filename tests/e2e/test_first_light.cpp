@@ -119,7 +119,7 @@ TEST(FirstLight, AnOperatorFindsAUnitConnectsAndTakesAPreset) {
     // The first row of the preset list: a click selects the preset on the unit.
     ASSERT_TRUE(display.Do({"windowactivate", "--sync", main}));
     ASSERT_TRUE(WaitUntil([&] {
-        display.Do({"mousemove", "--window", main, "500", "330", "click", "1"});
+        display.Do({"mousemove", "--window", main, "500", "243", "click", "1"});
         return OnlyState(observer).IsSelected;
     }));
     ASSERT_FALSE(OnlyState(observer).IsPlaying);
