@@ -65,7 +65,7 @@ void AddChoice(CLI::App& app, Choice& choice) {
     app.add_option(choice.Name, choice.Word, choice.Help)->capture_default_str()->check(CLI::IsMember(choice.Table));
 }
 
-// Network order, first byte of the address or nothing when it is no numeric address.
+// Nothing when it is no numeric address.
 std::optional<bool> IsLoopback(const std::string& address) {
     in_addr four{};
     if (inet_pton(AF_INET, address.c_str(), &four) == 1) return (ntohl(four.s_addr) >> 24U) == 127U;

@@ -1,4 +1,5 @@
 #include "support/childprocess.h"
+#include "unit/media_samples.h"
 #include "unit/unitfakes.h"
 
 #include <gmock/gmock.h>
@@ -13,7 +14,6 @@
 #include <map>
 #include <memory>
 #include <random>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -24,13 +24,9 @@ using zorvic::v1::Preset;
 
 namespace {
 
-constexpr std::chrono::seconds Watchdog(60);
+using ZorvicUnit::ReadFile;
 
-std::string ReadFile(const std::string& file) {
-    std::ostringstream text;
-    text << std::ifstream(file).rdbuf();
-    return text.str();
-}
+constexpr std::chrono::seconds Watchdog(60);
 
 // The log of a process before must not be taken for the new one's.
 std::string FreshFile(const std::string& file) {
@@ -76,6 +72,11 @@ public:
         request.set_pk(pk);
         return Call([&](auto* context, auto* reply) { return Stub->Take(context, request, reply); });
     }
+    grpc::Status DeleteAsset(const std::string& path) {
+        zorvic::v1::AssetRequest request;
+        request.set_path(path);
+        return Call([&](auto* context, auto* reply) { return Stub->DeleteAsset(context, request, reply); });
+    }
     grpc::Status Power(zorvic::v1::PowerAction action) {
         zorvic::v1::PowerRequest request;
         request.set_action(action);
@@ -111,6 +112,9 @@ public:
             EXPECT_TRUE(piece.ParseFromString(bytes));
             for (const Preset& preset : piece.presets().upserted())
                 Presets[preset.pk()] = preset;
+            for (const auto& state : piece.states().states())
+                States[state.pk()] = state;
+            if (piece.has_timecodes()) TimeCodes = piece.timecodes();
         }
         return true;
     }
@@ -127,6 +131,8 @@ public:
     }
 
     std::map<std::int32_t, Preset> Presets;
+    std::map<std::int32_t, zorvic::v1::PresetState> States;
+    zorvic::v1::TimeCodes TimeCodes;
     zorvic::v1::Frame Last;
 
 private:
@@ -211,6 +217,31 @@ TEST_F(UnitProcessTest, FailuresReachTheWireAsTheirStatus) {
     EXPECT_THAT(ReadFile(unit.Log), HasSubstr("create preset: a volume of 70000"));
 }
 
+TEST_F(UnitProcessTest, PlaysAFileOfItsStoreAndKeepsItWhileItPlays) {
+    const std::string path = "C:\\Assets\\tone.wav";
+    std::filesystem::create_directories(Directory.Path() + "/store/Assets");
+    std::ofstream(Directory.Path() + "/store/Assets/tone.wav") << ZorvicUnit::ToneFile();
+    UnitProcess unit(Directory.Path());
+    auto preset = PresetWith(0, path);
+    preset.set_loop(-1);
+    ASSERT_TRUE(unit.Create(preset).ok());
+    Watcher watcher(unit);
+    while (watcher.States[1].trt() != 1'000)
+        ASSERT_TRUE(watcher.Read());
+    ASSERT_TRUE(unit.Take(1).ok());
+    const auto loud = [&] {
+        const auto& codes = watcher.TimeCodes.timecodes();
+        return !codes.empty() && codes[0].levels(0) > 0 && codes[0].levels(1) > 0;
+    };
+    while (watcher.States[1].current_loop() < 3 || !loud())
+        ASSERT_TRUE(watcher.Read());
+    EXPECT_EQ(unit.DeleteAsset(path).error_code(), grpc::StatusCode::FAILED_PRECONDITION);
+    EXPECT_TRUE(unit.Power(zorvic::v1::POWER_ACTION_SOFT_REBOOT).ok());
+    watcher.ReadToEnd();
+    EXPECT_TRUE(unit.DeleteAsset(path).ok());
+    EXPECT_FALSE(std::filesystem::exists(Directory.Path() + "/store/Assets/tone.wav"));
+}
+
 TEST_F(UnitProcessTest, SoftRebootEndsSessionsAndGoesOnServing) {
     UnitProcess unit(Directory.Path());
     ASSERT_TRUE(unit.Create(PresetWith(0, "a")).ok());
@@ -235,15 +266,16 @@ TEST_F(UnitProcessTest, RebootComesBackOnItsPortAndShutdownDoesNot) {
         watcher.ReadSnapshot();
         EXPECT_EQ(watcher.Presets.size(), 1U);
     }
-    EXPECT_TRUE(unit.Power(zorvic::v1::POWER_ACTION_SHUTDOWN).ok());
+    const grpc::Status answer = unit.Power(zorvic::v1::POWER_ACTION_SHUTDOWN);
+    EXPECT_TRUE(answer.ok()) << answer.error_message();
     EXPECT_EQ(unit.Process.Wait(Watchdog), 0);
 }
 
 TEST_F(UnitProcessTest, ConsolesThatDoNotReadHoldUpNobody) {
     UnitProcess unit(Directory.Path());
-    std::vector<std::unique_ptr<Watcher>> stuck;
-    for (int number = 0; number < 40; ++number)
-        stuck.push_back(std::make_unique<Watcher>(unit));
+    std::vector<std::unique_ptr<Watcher>> stuck(40);
+    for (auto& watcher : stuck)
+        watcher = std::make_unique<Watcher>(unit);
     auto preset = PresetWith(0, "a");
     preset.set_notes(std::string(60'000, 'n'));
     for (int number = 0; number < 50; ++number)
@@ -274,12 +306,13 @@ TEST_F(UnitProcessTest, KeepsEveryAcknowledgedPresetThroughKills) {
         auto preset = PresetWith(0, "a");
         preset.set_notes(std::string(2'000, 'n'));
         const auto lifetime = std::chrono::milliseconds(random() % 200);
-        const std::jthread killer([&] {
+        std::jthread killer([&] {
             std::this_thread::sleep_for(lifetime);
             unit.Process.Signal(SIGKILL);
         });
         for (++sent; unit.Create(preset).ok(); ++sent)
             ++acknowledged;
+        killer.join();
         EXPECT_EQ(unit.Process.Wait(Watchdog), 128 + SIGKILL);
     }
     EXPECT_GT(acknowledged, 0U);

@@ -22,6 +22,7 @@ enum class FeedKind { Identity, Presets, States, Assets, Hardware, Drives, TimeC
 struct FeedKey {
     FeedKind Kind = FeedKind::Identity;
     std::string Id;
+    // NOLINTNEXTLINE(modernize-use-nullptr): the check misreads a defaulted comparison
     auto operator<=>(const FeedKey&) const = default;
 };
 

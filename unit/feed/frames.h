@@ -9,7 +9,7 @@
 namespace ZorvicUnit {
 
 /// Bytes of pieces in one frame, unless a single piece is larger. With the largest preset it stays below 1 MiB.
-constexpr std::size_t FrameBytes = 448 * 1024;
+constexpr std::size_t FrameBytes = 448UL * 1024;
 
 /// Cuts a batch into frames and hands them to write one by one; an empty batch gives one frame without pieces (the
 /// heartbeat). Stops with false as soon as write returns false.

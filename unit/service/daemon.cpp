@@ -14,8 +14,9 @@ namespace ZorvicUnit {
 namespace {
 
 constexpr auto ApiVersion = "1.0";
-// Commands in flight get this long to finish; the process must be gone within two seconds.
-constexpr std::chrono::milliseconds DrainLimit(1000);
+// Both together leave time for the asset store: the process must be gone within two seconds.
+constexpr std::chrono::milliseconds DrainLimit(800);
+constexpr std::chrono::milliseconds GoodbyeLimit(500);
 // A handler's reply leaves after the handler has returned; nothing tells when.
 constexpr std::chrono::milliseconds ReplyTime(100);
 
@@ -53,7 +54,7 @@ void Daemon::Stop() {
     Announcing.reset();
     Updates.Close();
     Service.Drain(DrainLimit);
-    if (Requests) Requests->Stop(ReplyTime);
+    if (Requests) Requests->Stop(GoodbyeLimit);
     Requests.reset();
     Ticking.reset();
     Keeping.reset();

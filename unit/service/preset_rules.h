@@ -14,8 +14,8 @@ constexpr int MaxCanvases = 16;
 constexpr std::uint64_t MaxPlayers = 4;
 constexpr int MaxMarks = 1'000;  ///< of each kind
 constexpr std::size_t MaxNameBytes = 256;
-constexpr std::size_t MaxNotesBytes = 64 * 1024;
-constexpr std::size_t MaxPresetBytes = 512 * 1024;
+constexpr std::size_t MaxNotesBytes = 64UL * 1024;
+constexpr std::size_t MaxPresetBytes = 512UL * 1024;
 
 /// Copies the fields that the mask names from sent. A name that is not a top-level field other than the key is misuse.
 void MergeFields(zorvic::v1::Preset& stored, const zorvic::v1::Preset& sent, const google::protobuf::FieldMask& mask);
