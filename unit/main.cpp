@@ -25,6 +25,7 @@ constexpr std::chrono::milliseconds EndLimit(1800);
     std::vector<std::string> arguments(argv, argv + argc);
     if (!portGiven) arguments.push_back("--port=" + std::to_string(port));
     std::vector<char*> pointers;
+    pointers.reserve(arguments.size() + 1);
     for (std::string& argument : arguments)
         pointers.push_back(argument.data());
     pointers.push_back(nullptr);

@@ -111,13 +111,4 @@ TEST(PresetRules, AMaskWritesItsFieldsAndNoOthers) {
     }
 }
 
-TEST(PresetRules, MarkIdsAreFreshAlsoBehindTheLastNumber) {
-    ZorvicUnit::Marks marks;
-    EXPECT_EQ(ZorvicUnit::NextMarkId(marks), 1);
-    marks.Add()->set_id(4);
-    EXPECT_EQ(ZorvicUnit::NextMarkId(marks), 5);
-    marks.Add()->set_id(std::numeric_limits<std::int32_t>::max());
-    EXPECT_EQ(ZorvicUnit::NextMarkId(marks), 1);
-}
-
 }  // namespace

@@ -10,7 +10,6 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <map>
 #include <memory>
 #include <random>
@@ -62,31 +61,34 @@ public:
         }
         return log.substr(at + words.size(), log.find('\n', at) - at - words.size());
     }
+    template <typename Request>
+    grpc::Status Send(grpc::Status (zorvic::v1::Unit::Stub::*command)(grpc::ClientContext*, const Request&,
+                                                                      CommandReply*),
+                      const Request& request) {
+        grpc::ClientContext context;
+        context.set_deadline(std::chrono::system_clock::now() + Watchdog);
+        CommandReply reply;
+        return (Stub.get()->*command)(&context, request, &reply);
+    }
     grpc::Status Create(const Preset& preset) {
         zorvic::v1::CreatePresetRequest request;
         *request.mutable_preset() = preset;
-        return Call([&](auto* context, auto* reply) { return Stub->CreatePreset(context, request, reply); });
+        return Send(&zorvic::v1::Unit::Stub::CreatePreset, request);
     }
     grpc::Status Take(std::int32_t pk) {
         zorvic::v1::PresetRequest request;
         request.set_pk(pk);
-        return Call([&](auto* context, auto* reply) { return Stub->Take(context, request, reply); });
+        return Send(&zorvic::v1::Unit::Stub::Take, request);
     }
     grpc::Status DeleteAsset(const std::string& path) {
         zorvic::v1::AssetRequest request;
         request.set_path(path);
-        return Call([&](auto* context, auto* reply) { return Stub->DeleteAsset(context, request, reply); });
+        return Send(&zorvic::v1::Unit::Stub::DeleteAsset, request);
     }
     grpc::Status Power(zorvic::v1::PowerAction action) {
         zorvic::v1::PowerRequest request;
         request.set_action(action);
-        return Call([&](auto* context, auto* reply) { return Stub->Power(context, request, reply); });
-    }
-    grpc::Status Call(const std::function<grpc::Status(grpc::ClientContext*, CommandReply*)>& call) {
-        grpc::ClientContext context;
-        context.set_deadline(std::chrono::system_clock::now() + Watchdog);
-        CommandReply reply;
-        return call(&context, &reply);
+        return Send(&zorvic::v1::Unit::Stub::Power, request);
     }
 
     const std::string Log;

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <ctime>
 
 namespace ZorvicUnit {
 
@@ -27,6 +28,13 @@ sigset_t Signals() {
 PowerSwitch::PowerSwitch() {
     const sigset_t set = Signals();
     pthread_sigmask(SIG_BLOCK, &set, nullptr);
+    // A second console's request to reboot outlives the reboot that it asked for.
+    sigset_t requests{};
+    sigemptyset(&requests);
+    sigaddset(&requests, RequestSignal());
+    const timespec atOnce{};
+    while (sigtimedwait(&requests, nullptr, &atOnce) >= 0) {
+    }
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
 }
