@@ -9,7 +9,7 @@
 
 #include <zorvic/tables.h>
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QDrag>
 #include <QPointer>
 #include <QTimer>
@@ -129,6 +129,7 @@ ZorvicView::ZorvicView(const std::string& guid, const std::string& ip)
 // measure rows with the delegate.
 ZorvicView::~ZorvicView() {
     PresetsView->removeEventFilter(this);
+    PresetsView->viewport()->removeEventFilter(this);
     for (auto* child : findChildren<QObject*>()) {
         child->disconnect(this);
     }
@@ -273,11 +274,17 @@ bool ZorvicView::RefreshTimeCodes(Zorvic::Session& session) {
     return true;
 }
 
-// A drag moves whatever rows are selected when it is dropped, so the rows must not change under it. The drag object
-// lives until the moved rows have been reported.
+// The press that may start a drag selects on the unit, which answers with a refresh, and a drop moves whatever rows are
+// selected by then: rows must not change from the press on. The drag object lives until the move has been reported.
+bool ZorvicView::RowsAreHeld() const {
+    return (RowsPressed && QApplication::mouseButtons() != Qt::NoButton) ||
+           PresetsView->findChild<QDrag*>(QString(), Qt::FindDirectChildrenOnly);
+}
+
+/// Returns what can be refreshed now.
 std::uint32_t ZorvicView::PostponeRowRefreshes(std::uint32_t flags) {
     constexpr auto Rows = Bits(ViewUpdateFlags::PRESETS) | Bits(ViewUpdateFlags::PSTATES);
-    if ((flags & Rows) == 0 || !PresetsView->findChild<QDrag*>(QString(), Qt::FindDirectChildrenOnly)) return flags;
+    if ((flags & Rows) == 0 || !RowsAreHeld()) return flags;
     const std::scoped_lock lock(FlagMutex);
     UpdateFlags = static_cast<ViewUpdateFlags>(Bits(UpdateFlags) | (flags & Rows));
     return flags & ~Rows;
@@ -317,9 +324,16 @@ void ZorvicView::OnSizingChanged() {
 // A drag inside the list ends with the removal of its drag object, after the rows were moved. Widgets that come and go
 // (and the delegate, at the end) have moved nothing.
 bool ZorvicView::eventFilter(QObject* object, QEvent* event) {
-    if (object != PresetsView || event->type() != QEvent::ChildRemoved) return QWidget::eventFilter(object, event);
-    const auto* child = static_cast<QChildEvent*>(event)->child();
-    if (child->isWidgetType() || child == PresetTreeDelegateObj.get()) return QWidget::eventFilter(object, event);
-    RebuildTabOrderings();
-    return true;
+    if (object == PresetsView->viewport()) {
+        if (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonRelease) {
+            RowsPressed = event->type() == QEvent::MouseButtonPress;
+        }
+    } else if (object == PresetsView && event->type() == QEvent::ChildRemoved) {
+        const auto* child = static_cast<QChildEvent*>(event)->child();
+        if (!child->isWidgetType() && child != PresetTreeDelegateObj.get()) {
+            RebuildTabOrderings();
+            return true;
+        }
+    }
+    return QWidget::eventFilter(object, event);
 }

@@ -187,6 +187,7 @@ private:
     std::unique_ptr<SessionHandle> LookupSession() const;
     /// False ends the round. The view may be gone then, and otherwise too.
     bool RefreshFor(ViewUpdateFlags flag, Zorvic::Session& session);
+    bool RowsAreHeld() const;
     std::uint32_t PostponeRowRefreshes(std::uint32_t flags);
     bool RefreshTimeCodes(Zorvic::Session& session);
     /// Runs `edit` on a copy of the current preset and sends the copy when that returned true.
@@ -258,6 +259,7 @@ private:
     int CurPresetTab = 0;
     bool AssetViewExpanded = false;
 
+    bool RowsPressed = false;
     int PresetRebuilds = 0;
     int AssetRebuilds = 0;
     /// What the seek box shows as soon as the operator does not edit it.

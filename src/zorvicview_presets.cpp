@@ -77,8 +77,10 @@ QTreeWidgetItem* MakeRow(const Zorvic::Preset& preset, const Zorvic::PresetState
                              QString::fromStdString(preset.Notes), length, length, loop, LinkText(preset, presets)});
     row->setChildIndicatorPolicy(QTreeWidgetItem::DontShowIndicator);
     row->setFlags(row->flags() & ~Qt::ItemFlags(Qt::ItemIsDropEnabled));
-    const QPixmap icon = ZorvicView::GetIconForPreset(state);
-    if (!icon.isNull()) {
+    const QPixmap pixmap = ZorvicView::GetIconForPreset(state);
+    if (!pixmap.isNull()) {
+        QIcon icon(pixmap);
+        icon.addPixmap(pixmap, QIcon::Selected);  // as it is: blended with the highlight it is hard to read
         row->setIcon(Index(PresetColumn::STATUS), icon);
     }
     return row;
@@ -97,6 +99,7 @@ void ZorvicView::SetUpPresetList() {
     PresetTreeDelegateObj = std::make_unique<PresetTreeDelegate>(PresetsView);
     PresetsView->setItemDelegate(PresetTreeDelegateObj.get());
     PresetsView->installEventFilter(this);
+    PresetsView->viewport()->installEventFilter(this);
     PresetsView->setContextMenuPolicy(Qt::CustomContextMenu);
 }
 

@@ -118,15 +118,23 @@ TEST_F(FrameTest, OnlyAMovedRowRenumbersThePresets) {
     EXPECT_THAT(FakeZorvic::Commands(), IsEmpty());
 }
 
-TEST_F(FrameTest, RowsStayPutUnderADrag) {
+TEST_F(FrameTest, RowsStayPutFromThePressToTheEndOfADrag) {
     Open();
-    auto drag = std::make_unique<QDrag>(View->PresetsView);
     Preset(1).Name = "Renamed";
-    Pump(ZORVIC_STATE_PRESETS, ZORVIC_STATE_PRESETSTATES);
-    EXPECT_EQ(View->LookupPresetItem(1)->text(2), QStringLiteral("Opener"));
+    const auto name = [this] {
+        Pump(ZORVIC_STATE_PRESETS, ZORVIC_STATE_PRESETSTATES);
+        return View->LookupPresetItem(1)->text(2).toStdString();
+    };
+    const auto place = View->PresetsView->visualItemRect(View->LookupPresetItem(2)).center();
+    QTest::mousePress(View->windowHandle(), Qt::LeftButton, {},
+                      View->PresetsView->viewport()->mapTo(View.get(), place));
+    EXPECT_EQ(FakeZorvic::LastCall("SelectPreset").PK, 2);
+    EXPECT_EQ(name(), "Opener");
+    auto drag = std::make_unique<QDrag>(View->PresetsView);
+    QTest::mouseRelease(View->windowHandle(), Qt::LeftButton, {}, {1, 1});
+    EXPECT_EQ(name(), "Opener");
     drag.reset();
-    Pump();
-    EXPECT_EQ(View->LookupPresetItem(1)->text(2), QStringLiteral("Renamed"));
+    EXPECT_EQ(name(), "Renamed");
 }
 
 TEST_F(FrameTest, AViewMayBeClosedInsideItsOwnRefresh) {
