@@ -27,6 +27,7 @@ protected:
     }
     std::vector<std::string> Cells(int row) const {
         std::vector<std::string> cells;
+        cells.reserve(9);
         for (int column = 0; column < View->AssetsView->columnCount(); ++column) {
             cells.push_back(View->AssetsView->topLevelItem(row)->text(column).toStdString());
         }
