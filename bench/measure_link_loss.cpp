@@ -117,6 +117,7 @@ int main(int argc, char** argv) {
     QTest::qWait(500);
     monitor.Reset();
     unit.Process().Signal(SIGSTOP);
+    QTest::qWait(100);  // it stops a moment after the signal
     QTest::mouseClick(console.Find<QPushButton>("TakeButton"), Qt::LeftButton);
     const long long shown = MillisecondsUntil(disconnected);
     std::printf("frozen, Take pressed: shown after %lld ms; longest holds %s ms\n", shown,
