@@ -78,8 +78,9 @@ int main() {
     WaitUntil([&] { return !display.Window("Choose a Zorvic").empty(); });
     const bool connected = WaitUntil([&] {
         const std::string chooser = display.Window("Choose a Zorvic");
-        if (!chooser.empty()) display.Do({"windowactivate", "--sync", chooser, "key", "--window", chooser, "Return"});
-        return chooser.empty();
+        if (chooser.empty()) return true;
+        display.Do({"windowactivate", "--sync", chooser, "key", "Return"});
+        return WaitUntil([&] { return display.Window("Choose a Zorvic").empty(); }, std::chrono::seconds(2));
     });
     if (!connected || !display.Do({"windowactivate", "--sync", display.Window("Zorvic Control")})) return 1;
     WaitUntil([] { return false; }, std::chrono::seconds(1));

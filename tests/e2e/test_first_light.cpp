@@ -64,8 +64,8 @@ TEST(FirstLight, AnOperatorFindsAUnitConnectsAndTakesAPreset) {
         [&] {
             const std::string chooser = display.Window("Choose a Zorvic");
             if (chooser.empty()) return true;
-            display.Do({"windowactivate", "--sync", chooser, "key", "--window", chooser, "Return"});
-            return false;
+            display.Do({"windowactivate", "--sync", chooser, "key", "Return"});
+            return WaitUntil([&] { return display.Window("Choose a Zorvic").empty(); }, seconds(2));
         },
         seconds(30)));
 
