@@ -1,5 +1,6 @@
 #include "assetbrowser.h"
 
+#include "popupkeys.h"
 #include "sessionmanager.h"
 #include "unitpath.h"
 
@@ -70,6 +71,7 @@ void AssetBrowser::WireKeys() {
     auto* const closeKey = new QShortcut(QKeySequence(Qt::Key_Escape), this);
     connect(closeKey, &QShortcut::activated, this, &AssetBrowser::OnCloseClicked);
     PathChoice->installEventFilter(this);
+    KeepKeysInPopup(*DriveChoice);
 }
 
 void AssetBrowser::StartRefreshing() {

@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QScrollBar>
 #include <QSignalSpy>
@@ -174,7 +175,7 @@ TEST_F(AssetBrowserTest, FolderThatIsSlowToOpenIsEnteredOnce) {
     EXPECT_EQ(Shown(), "Sub");
 }
 
-TEST_F(AssetBrowserTest, ReturnInThePathFieldListsAndElsewhereSelects) {
+TEST_F(AssetBrowserTest, ReturnActsOnThePathFieldOrTheOpenDriveListAndElsewhereSelects) {
     Browser->show();
     QApplication::setActiveWindow(Browser.get());
     const QSignalSpy chosen(Browser.get(), &AssetBrowser::ItemsChosen);
@@ -183,6 +184,10 @@ TEST_F(AssetBrowserTest, ReturnInThePathFieldListsAndElsewhereSelects) {
     QTest::keyClick(Browser->PathChoice, Qt::Key_Return);
     EXPECT_EQ(Shown(), "Sub");
     EXPECT_EQ(chosen.size(), 0);
+    Browser->DriveChoice->showPopup();
+    QTest::keyClick(Browser->DriveChoice->view(), Qt::Key_Return);
+    EXPECT_EQ(chosen.size(), 0);
+    QApplication::setActiveWindow(Browser.get());
     List->setFocus();
     List->selectAll();
     QTest::keyClick(List, Qt::Key_Return);
