@@ -94,10 +94,6 @@ bool AssetBrowser::IsValidDrive(const std::string& /*mountpoint*/) {
     return true;
 }
 
-std::unique_ptr<SessionHandle> AssetBrowser::FindSession() const {
-    return std::unique_ptr<SessionHandle>(SessionManager::GetInstance()->GetSessionByGUID(GUID));
-}
-
 /// A hidden browser is refreshed like a visible one, so that it opens up to date. Only a drive that answers slowly is
 /// left alone until somebody looks: one that hangs would otherwise hold up the whole console at every refresh.
 void AssetBrowser::OnRefreshDue() {
@@ -120,7 +116,7 @@ void AssetBrowser::RefreshAll() {
 }
 
 void AssetBrowser::RefreshDrives() {
-    const auto handle = FindSession();
+    const auto handle = FindSession(GUID);
     if (!handle) return;
     const QPointer<AssetBrowser> self = this;
     std::vector<Zorvic::Drive> drives;
@@ -153,7 +149,7 @@ void AssetBrowser::ShowDrives(const QStringList& mountpoints) {
 }
 
 void AssetBrowser::UpdateAssetsList() {
-    const auto handle = FindSession();
+    const auto handle = FindSession(GUID);
     if (!handle) return;
     const QPointer<AssetBrowser> self = this;
     const QString drive = DriveChoice->currentText();
@@ -278,7 +274,7 @@ void AssetBrowser::OnSelectClicked() {
 }
 
 void AssetBrowser::PerformImport() {
-    const auto handle = FindSession();
+    const auto handle = FindSession(GUID);
     if (!handle) return;
     const QPointer<AssetBrowser> self = this;
     CurProgressAssets.clear();

@@ -13,7 +13,6 @@
 #include <unordered_set>
 #include <vector>
 
-class SessionHandle;
 
 /// Window that walks the folders of a unit's drives and lets the operator pick files, either to import them (and to
 /// watch the copy) or to choose an asset that the unit has already.
@@ -61,7 +60,6 @@ private:
 
     /// Which drives are offered: all of them. The place to leave some out.
     static bool IsValidDrive(const std::string& mountpoint);
-    std::unique_ptr<SessionHandle> FindSession() const;
     void ShowDrives(const QStringList& mountpoints);
     void ShowEntries(const std::vector<Zorvic::ExternalAsset>& entries, bool sameFolder);
     /// Brings the list in line with the entries and keeps the items of those that were listed before.

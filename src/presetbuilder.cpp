@@ -172,8 +172,7 @@ void PresetBuilder::ChooseLink(int pk) {
 void PresetBuilder::SetPreset(const Zorvic::Preset& preset) {
     Zorvic::KonaHardwareState hardware;
     {
-        const auto* const registry = SessionManager::GetInstance();
-        const std::unique_ptr<SessionHandle> handle(registry ? registry->GetSessionByGUID(GUID) : nullptr);
+        const auto handle = FindSession(GUID);
         if (!handle) return;
         if (!handle->GetSession()) {
             ZORVIC_LOG_ERROR << "Unable to obtain session!";

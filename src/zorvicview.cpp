@@ -184,8 +184,7 @@ void ZorvicView::WireDialogs() {
 }
 
 std::unique_ptr<SessionHandle> ZorvicView::LookupSession() const {
-    const auto* manager = SessionManager::GetInstance();
-    return std::unique_ptr<SessionHandle>(manager ? manager->GetSessionByGUID(GUID) : nullptr);
+    return FindSession(GUID);
 }
 
 SessionHandle ZorvicView::GetSessionHandle() const {
