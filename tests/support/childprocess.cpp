@@ -14,11 +14,13 @@
 ChildProcess::ChildProcess(const std::vector<std::string>& arguments, const std::string& outputFile,
                            const std::vector<std::string>& environment) {
     std::vector<char*> argv;
+    argv.reserve(arguments.size() + 1);
     for (const std::string& argument : arguments)
         argv.push_back(const_cast<char*>(argument.c_str()));
     argv.push_back(nullptr);
     // Added entries come first: the first match wins where a name stands twice.
     std::vector<char*> envp;
+    envp.reserve(environment.size());
     for (const std::string& entry : environment)
         envp.push_back(const_cast<char*>(entry.c_str()));
     for (char** entry = environ; *entry; ++entry)
