@@ -17,9 +17,7 @@ void BenchTimeCodeRound(benchmark::State& state) {
         for (auto& [pk, code] : bench.Unit.TimeCodes) {
             code.Time = remaining;
         }
-        bench.View->SetViewUpdateFlag(Zorvic::ZORVIC_STATE_TIMECODE);
-        bench.View->ProcessViewUpdateFlags();
-        QApplication::processEvents();
+        bench.Refresh(Zorvic::ZORVIC_STATE_TIMECODE);
     }
 }
 BENCHMARK(BenchTimeCodeRound)->ArgName("playing")->Arg(0)->Arg(1)->Arg(20)->Unit(benchmark::kMillisecond);
