@@ -25,8 +25,9 @@ struct DemoPreset {
     int Loop = 0;
     const char* LinkTo = nullptr;  // name of a preset that stands above in the list
     bool Freeze = false;
-    int TrimInMS = 0;  // cut from the start
-    int OutMS = 0;     // cut from the end
+    int TrimInMS = 0;           // cut from the start
+    int OutMS = 0;              // cut from the end
+    std::uint32_t Outputs = 1;  // side by side, showing one picture
     std::vector<DemoMark> Gotos{};
     std::vector<DemoMark> Countdowns{};
 };
@@ -54,7 +55,10 @@ const std::vector<DemoPreset> StageLeft = {
      .OutMS = 5000,
      .Gotos = {{30000, "Answer"}, {60000, "Laugh"}},
      .Countdowns = {{80000, "Stand by storm"}}},
-    {.Name = "Facade", .Notes = "No sound, runs under the narration", .File = "Facade Mapping.mp4"},
+    {.Name = "Facade",
+     .Notes = "Both projectors, no sound, runs under the narration",
+     .File = "Facade Mapping.mp4",
+     .Outputs = 2},
     {.Name = "Safety curtain", .Notes = "Interval, holds", .File = "Safety Curtain.mp4", .Freeze = true},
     {.Name = "Title card", .Notes = "", .File = "Title Card.png", .Freeze = true},
 };
@@ -117,13 +121,14 @@ bool CreateDemoPreset(Zorvic::Session& session, const DemoPreset& demo, const Zo
     Zorvic::AssetMetadata metadata;
     if (session.ReadAssetMetadata(asset.FullPath, metadata) != Zorvic::ZORVIC_STATUS_OK) return false;
 
+    using Orientation = Zorvic::CanvasOrientationEnum;
     Zorvic::CanvasInfo canvas;
-    canvas.CanvasCfg.Orientation = {Zorvic::CanvasOrientationEnum::Single, nullptr};
-    canvas.CanvasCfg.Dimensions = {1920, 1080};
-    canvas.CanvasCfg.NumOutputs = 1;
+    canvas.CanvasCfg.Orientation = {demo.Outputs > 1 ? Orientation::Landscape : Orientation::Single, nullptr};
+    canvas.CanvasCfg.Dimensions = {1920 * static_cast<std::int32_t>(demo.Outputs), 1080};
+    canvas.CanvasCfg.NumOutputs = demo.Outputs;
     canvas.SinkTypes = Zorvic::ZORVIC_SINK_KONA;
-    if (Zorvic::AttachAssetToCanvas(Zorvic::ZORVIC_ECALIGN_SCALED_CENTERED, asset.FullPath, metadata.Resolution,
-                                    canvas) != Zorvic::ZORVIC_STATUS_OK)
+    const auto alignment = demo.Outputs > 1 ? Zorvic::ZORVIC_ECALIGN_STRETCHED : Zorvic::ZORVIC_ECALIGN_SCALED_CENTERED;
+    if (Zorvic::AttachAssetToCanvas(alignment, asset.FullPath, metadata.Resolution, canvas) != Zorvic::ZORVIC_STATUS_OK)
         return false;
 
     Zorvic::Preset preset;
