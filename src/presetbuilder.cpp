@@ -17,9 +17,11 @@
 #include <QScreen>
 #include <QScrollBar>
 #include <QShortcut>
+#include <QShowEvent>
 
 #include <algorithm>
 #include <array>
+#include <initializer_list>
 #include <limits>
 #include <utility>
 
@@ -139,6 +141,11 @@ void PresetBuilder::Close() {
     emit CloseClicked();
 }
 
+void PresetBuilder::showEvent(QShowEvent* event) {
+    if (!event->spontaneous()) PresetNameBox->setFocus();
+    QWidget::showEvent(event);
+}
+
 void PresetBuilder::hideEvent(QHideEvent* event) {
     // A minimised window stays in use; one that is put away leaves no browser behind that chooses for nobody.
     if (!event->spontaneous()) EndChoosing();
@@ -192,6 +199,7 @@ void PresetBuilder::SetPreset(const Zorvic::Preset& preset) {
     RedrawFromPreset();
     SimWidget->SetPreset(CurPreset.get(), nullptr, false);
     FitSimulator();
+    OrderFocus();
 }
 
 void PresetBuilder::Update() {
@@ -246,11 +254,23 @@ void PresetBuilder::AddPlayerPanels(std::uint32_t canvasIndex, Zorvic::CanvasInf
 }
 
 void PresetBuilder::FitSimulator() {
-    const QSize wanted = SimWidget->sizeHint();
+    const QSize panes = SimWidget->sizeHint();
     const int scrollBar = SimulatorScroll->horizontalScrollBar()->sizeHint().height();
-    const int most = screen()->availableGeometry().width() * 3 / 4;
-    SimulatorScroll->setMinimumSize(std::min(wanted.width(), most),
-                                    wanted.height() + (wanted.width() > most ? scrollBar : 0));
+    SimulatorScroll->setMinimumHeight(panes.height() + scrollBar);
+    // As wide as the panes where the screen allows it; never smaller than the operator made the window.
+    const int beside = layout()->contentsMargins().left() + layout()->contentsMargins().right();
+    const int most = screen()->availableGeometry().width() - (frameGeometry().width() - width());
+    if (!isMaximized()) resize(std::max(width(), std::min(panes.width() + beside, most)), height());
+}
+
+// New panes come last in the window's chain. What stands below them goes behind them.
+void PresetBuilder::OrderFocus() {
+    QWidget* last = previousInFocusChain();
+    for (QWidget* const field : std::initializer_list<QWidget*>{LoopForeverCheck, LoopSpin, FadeCheck, FadeSpin,
+                                                                FreezeCheck, CreateButton, CloseButton}) {
+        setTabOrder(last, field);
+        last = field;
+    }
 }
 
 void PresetBuilder::OnPaneClicked(Simulator::SimulatorPaneWidget* pane) {

@@ -52,6 +52,7 @@ signals:
     void CloseClicked();
 
 protected:
+    void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
 
 private:
@@ -70,6 +71,7 @@ private:
     void OnAssetsChosen(Simulator::SimulatorPaneWidget* pane, const QStringList& paths);
     void EndChoosing();
     void FitSimulator();
+    void OrderFocus();
 
     std::string GUID;
     std::unique_ptr<Zorvic::Preset> CurPreset;

@@ -132,6 +132,7 @@ void SimulatorWidget::ReplacePanes(const std::vector<SimulatorPaneConfig>& confi
     Grid.reset();  // a widget takes a layout only when it has none
     Grid = std::make_unique<QGridLayout>();
     Grid->setSizeConstraint(QLayout::SetMaximumSize);
+    Grid->setContentsMargins(0, 0, 0, 0);
     setLayout(Grid.get());
     for (const SimulatorPaneConfig& cfg : configs)
         AddPane(cfg);

@@ -94,6 +94,7 @@ void SimulatorPaneWidget::FitLabels() {
     const bool fits = beside + margins.left() + margins.right() <= CurCfg.ScaledSize.Width;
     LabelsLayout->setDirection(fits ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
     ResLabel->setAlignment(fits ? Qt::AlignRight : Qt::AlignLeft);
+    SimLabelsWidget->setToolTip(OutputsLabel->text() + QLatin1Char('\n') + ResLabel->text());
 }
 
 void SimulatorPaneWidget::ShowPlayState(bool playing) {

@@ -144,7 +144,8 @@ void ZorvicView::SetUpPanes() {
     delete SimulatorLayout->replaceWidget(SimulatorPlaceholder, Simulator);
     delete SimulatorPlaceholder;
     const auto paneHeight = ::Simulator::SimulatorPaneConfig::CalcROBaseSize() + 16;
-    SimulatorLayoutWidget->setMinimumHeight(static_cast<int>(paneHeight) * 2);
+    // Never more either: the preset list above must not move when another preset with other canvases is selected.
+    SimulatorLayoutWidget->setFixedHeight(static_cast<int>(paneHeight) * 2);
     SimulatorCheckBox->setChecked(true);
     delete TransportGrid->replaceWidget(ScrubBar_, ScrubBar);
     delete ScrubBar_;
