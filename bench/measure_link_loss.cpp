@@ -7,20 +7,14 @@
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QLabel>
-#include <QLineEdit>
-#include <QPushButton>
-#include <QTabWidget>
-#include <QTest>
 #include <QTimer>
 #include <QTreeWidget>
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
 
-#include "mainwindow.h"
-#include "sessionmanager.h"
+#include "support/consolewindows.h"
 #include "support/unitprocess.h"
-#include "zorvicchooser.h"
 
 namespace {
 
@@ -56,26 +50,6 @@ private:
     std::vector<qint64> Holds;
 };
 
-class Console {
-public:
-    void Connect(const std::string& host) {
-        Window.show();
-        Chooser.findChild<QLineEdit*>(QStringLiteral("ZorvicIPBox"))->setText(QString::fromStdString(host));
-        QTest::mouseClick(Chooser.findChild<QPushButton*>(QStringLiteral("ConnectButton")), Qt::LeftButton);
-    }
-    template <typename Widget>
-    Widget* Find(const char* name) {
-        const QTabWidget* tabs = Window.findChild<QTabWidget*>(QStringLiteral("ZorvicTabs"));
-        return tabs->currentWidget()->template findChild<Widget*>(QString::fromLatin1(name));
-    }
-    bool Shows(const char* text) { return Find<QLabel>("StatusLabel")->text().contains(QString::fromLatin1(text)); }
-
-private:
-    SessionManager Registry;
-    MainWindow Window;
-    ZorvicChooser Chooser{&Window};
-};
-
 template <typename Condition>
 long long MillisecondsUntil(Condition condition) {
     QElapsedTimer timer;
@@ -87,7 +61,6 @@ long long MillisecondsUntil(Condition condition) {
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    qputenv("ZORVIC_DISCOVERY", "off");
     QApplication application(argc, argv);
     TemporaryDirectory directory;
     UnitProcess unit(directory.Path(), {"--announce", "off"});
@@ -95,11 +68,14 @@ int main(int argc, char** argv) {
     preset.Name = "Preset";
     Zorvic::Session(unit.Host(), 1).CreatePreset(preset);
 
-    Console console;
+    ConsoleWindows console;
     console.Connect(unit.Host());
     HoldMonitor monitor;
-    const auto connected = [&] { return console.Shows("Video Mode"); };
-    const auto disconnected = [&] { return console.Shows("Disconnected"); };
+    const auto shows = [&](const char* text) {
+        return console.Find<QLabel>("StatusLabel")->text().contains(QString::fromLatin1(text));
+    };
+    const auto connected = [&] { return shows("Video Mode"); };
+    const auto disconnected = [&] { return shows("Disconnected"); };
     MillisecondsUntil(connected);
 
     monitor.Reset();

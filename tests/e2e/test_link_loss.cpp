@@ -3,19 +3,12 @@
 #include <zorvic/zorvic.h>
 
 #include <QLabel>
-#include <QLineEdit>
-#include <QPushButton>
-#include <QTabWidget>
-#include <QTest>
 #include <QTreeWidget>
 #include <csignal>
 #include <filesystem>
 
+#include "support/consolewindows.h"
 #include "support/unitprocess.h"
-#include "mainwindow.h"
-#include "sessionmanager.h"
-#include "zorvicchooser.h"
-#include "zorvicview.h"
 
 namespace {
 
@@ -28,8 +21,6 @@ protected:
         std::filesystem::create_directories(Directory.Path() + "/store/Assets");
         Unit =
             std::make_unique<UnitProcess>(Directory.Path() + "/store", std::vector<std::string>{"--announce", "off"});
-        qputenv("ZORVIC_DISCOVERY", "off");
-        Window.show();
         CreateOnUnit("First");
     }
 
@@ -40,24 +31,17 @@ protected:
         ASSERT_EQ(session.CreatePreset(preset), Zorvic::ZORVIC_STATUS_OK);
     }
 
-    void Connect() {
-        Chooser.show();
-        Chooser.findChild<QLineEdit*>(QStringLiteral("ZorvicIPBox"))->setText(QString::fromStdString(Unit->Host()));
-        QTest::mouseClick(Chooser.findChild<QPushButton*>(QStringLiteral("ConnectButton")), Qt::LeftButton);
-    }
-
-    QTabWidget* Tabs() { return Window.findChild<QTabWidget*>(QStringLiteral("ZorvicTabs")); }
-    QString Status() { return Tabs()->currentWidget()->findChild<QLabel*>(QStringLiteral("StatusLabel"))->text(); }
-    QTreeWidget* Presets() { return Tabs()->currentWidget()->findChild<QTreeWidget*>(QStringLiteral("PresetsView")); }
+    void Connect() { Console.Connect(Unit->Host()); }
+    QTabWidget* Tabs() const { return Console.Tabs(); }
+    QString Status() const { return Console.Find<QLabel>("StatusLabel")->text(); }
+    QTreeWidget* Presets() const { return Console.Find<QTreeWidget>("PresetsView"); }
     bool StatusBecomes(const QString& part) {
         return QTest::qWaitFor([&] { return Status().contains(part); }, LimitMS);
     }
 
     TemporaryDirectory Directory;
     std::unique_ptr<UnitProcess> Unit;
-    SessionManager Registry;
-    MainWindow Window;
-    ZorvicChooser Chooser{&Window};
+    ConsoleWindows Console;
 };
 
 }  // namespace
@@ -84,7 +68,7 @@ TEST_F(LinkLoss, AFrozenUnitLeavesTheConsoleUsableAndComesBack) {
     Presets()->setCurrentItem(Presets()->topLevelItem(0));
 
     Unit->Process().Signal(SIGSTOP);
-    QTest::mouseClick(Tabs()->currentWidget()->findChild<QPushButton*>(QStringLiteral("TakeButton")), Qt::LeftButton);
+    QTest::mouseClick(Console.Find<QPushButton>("TakeButton"), Qt::LeftButton);
     ASSERT_TRUE(StatusBecomes(QStringLiteral("Disconnected from server")));
 
     Unit->Process().Signal(SIGCONT);
@@ -109,10 +93,8 @@ TEST_F(LinkLoss, TabsCloseAndReopenWhileTheUnitReportsChanges) {
 
 TEST_F(LinkLoss, AnAddressWithoutAUnitChangesNothing) {
     for (const char* host : {"127.0.0.1:1", "no such host", "", ":::::", "127.0.0.1:99999"}) {
-        Chooser.show();
-        Chooser.findChild<QLineEdit*>(QStringLiteral("ZorvicIPBox"))->setText(QString::fromLatin1(host));
-        QTest::mouseClick(Chooser.findChild<QPushButton*>(QStringLiteral("ConnectButton")), Qt::LeftButton);
+        Console.Connect(host);
         EXPECT_EQ(Tabs()->count(), 0) << host;
-        EXPECT_TRUE(Chooser.isVisible()) << host;
+        EXPECT_TRUE(Console.Chooser.isVisible()) << host;
     }
 }
