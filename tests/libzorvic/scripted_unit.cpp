@@ -8,18 +8,23 @@
 
 using namespace std::chrono_literals;
 
+Wire::Preset NamedPreset(int pk, const std::string& name) {
+    Wire::Preset preset;
+    preset.set_pk(pk);
+    preset.set_name(name);
+    return preset;
+}
+
 Wire::Piece IdentityPiece(const std::string& guid) {
     Wire::Piece piece;
     piece.mutable_identity()->set_guid(guid);
-    piece.mutable_identity()->set_nickname("Stage left");
+    piece.mutable_identity()->set_nickname("Left wing");
     return piece;
 }
 
-Wire::Piece PresetPiece(const std::vector<Wire::Preset>& upserted, const std::vector<int>& removed) {
+Wire::Piece PresetPiece(const std::vector<Wire::Preset>& upserted) {
     Wire::Piece piece;
-    auto& change = *piece.mutable_presets();
-    change.mutable_upserted()->Assign(upserted.begin(), upserted.end());
-    change.mutable_removed()->Assign(removed.begin(), removed.end());
+    piece.mutable_presets()->mutable_upserted()->Assign(upserted.begin(), upserted.end());
     return piece;
 }
 
@@ -33,82 +38,22 @@ Wire::Frame MakeFrame(std::uint64_t revision, const std::vector<Wire::Piece>& pi
     return frame;
 }
 
-ScriptedUnit::ScriptedUnit(const std::string& guid) : GUID(guid) {
+ScriptedUnit::ScriptedUnit(const std::string& guid, const std::string& address) : GUID(guid), Address(address) {
     grpc::ServerBuilder builder;
-    builder.AddListeningPort("127.0.0.1:0", grpc::InsecureServerCredentials(), &Port);
+    builder.AddListeningPort(address + ":0", grpc::InsecureServerCredentials(), &Port);
     builder.RegisterService(this);
     Server = builder.BuildAndStart();
 }
 
 ScriptedUnit::~ScriptedUnit() {
-    HangUp();
+    Locked([this] { Ending = true; });
     Server->Shutdown(std::chrono::system_clock::now());
 }
 
-std::string ScriptedUnit::Host() const {
-    return "127.0.0.1:" + std::to_string(Port);
-}
-
-std::uint64_t ScriptedUnit::Store(const Wire::Preset& preset) {
-    const std::lock_guard guard(Lock);
-    return StoreLocked(preset);
-}
-
-std::uint64_t ScriptedUnit::StoreLocked(const Wire::Preset& preset) {
+void ScriptedUnit::StoreLocked(const Wire::Preset& preset) {
     Presets[preset.pk()] = preset;
     Sent.push_back(MakeFrame(++Revision, {PresetPiece({preset})}));
     Changed.notify_all();
-    return Revision;
-}
-
-void ScriptedUnit::Send(const Wire::Frame& frame) {
-    const std::lock_guard guard(Lock);
-    Sent.push_back(frame);
-    Changed.notify_all();
-}
-
-void ScriptedUnit::SendPieces(const std::vector<Wire::Piece>& pieces) {
-    const std::lock_guard guard(Lock);
-    Sent.push_back(MakeFrame(++Revision, pieces));
-    Changed.notify_all();
-}
-
-void ScriptedUnit::Freeze(bool frozen) {
-    const std::lock_guard guard(Lock);
-    Frozen = frozen;
-    Changed.notify_all();
-}
-
-void ScriptedUnit::HangUp() {
-    const std::lock_guard guard(Lock);
-    ++HangUps;
-    Frozen = false;
-    Changed.notify_all();
-}
-
-void ScriptedUnit::AnswerCommandsWith(const grpc::Status& status) {
-    const std::lock_guard guard(Lock);
-    CommandStatus = status;
-}
-
-void ScriptedUnit::DelayStream(std::chrono::milliseconds delay) {
-    const std::lock_guard guard(Lock);
-    StreamDelay = delay;
-}
-
-Wire::Preset ScriptedUnit::Stored(int pk) const {
-    const std::lock_guard guard(Lock);
-    return Presets.at(pk);
-}
-
-std::vector<Wire::UpdatePresetRequest> ScriptedUnit::Updates() const {
-    const std::lock_guard guard(Lock);
-    return Received;
-}
-
-int ScriptedUnit::TakesStarted() const {
-    const std::lock_guard guard(Lock);
-    return Takes;
 }
 
 Wire::Frame ScriptedUnit::Snapshot() const {
@@ -118,20 +63,24 @@ Wire::Frame ScriptedUnit::Snapshot() const {
     return MakeFrame(Revision, {IdentityPiece(GUID), PresetPiece(presets)}, true);
 }
 
+grpc::Status ScriptedUnit::Identify(grpc::ServerContext*, const Wire::IdentifyRequest*, Wire::Identity* reply) {
+    *reply = IdentityPiece(GUID).identity();
+    return grpc::Status::OK;
+}
+
 grpc::Status ScriptedUnit::Watch(grpc::ServerContext* context, const Wire::WatchRequest*,
                                  grpc::ServerWriter<Wire::Frame>* writer) {
     std::unique_lock lock(Lock);
     WaitWhileFrozen(*context, lock);
-    const int hangUps = HangUps;
     std::size_t next = Sent.size();
     Wire::Frame frame = Snapshot();
-    while (!context->IsCancelled() && HangUps == hangUps) {
+    while (!context->IsCancelled() && !Ending) {
         const auto delay = StreamDelay;
         lock.unlock();
         if (next > 0) std::this_thread::sleep_for(delay);
         writer->Write(frame);
         lock.lock();
-        Changed.wait_for(lock, 100ms, [&] { return next < Sent.size() || HangUps != hangUps; });
+        Changed.wait_for(lock, 100ms, [&] { return next < Sent.size() || Ending; });
         WaitWhileFrozen(*context, lock);
         frame = next < Sent.size() ? Sent[next++] : MakeFrame(frame.revision(), {});
     }
@@ -148,28 +97,27 @@ grpc::Status ScriptedUnit::UpdatePreset(grpc::ServerContext*, const Wire::Update
     options.set_replace_message_fields(true);
     options.set_replace_repeated_fields(true);
     google::protobuf::util::FieldMaskUtil::MergeMessageTo(request->preset(), request->fields(), options, &preset);
-    reply->set_revision(StoreLocked(preset));
+    StoreLocked(preset);
+    reply->set_revision(Revision);
     return grpc::Status::OK;
 }
 
 grpc::Status ScriptedUnit::Take(grpc::ServerContext* context, const Wire::PresetRequest*, Wire::CommandReply* reply) {
     std::unique_lock lock(Lock);
     ++Takes;
-    Changed.notify_all();
     WaitWhileFrozen(*context, lock);
     reply->set_revision(Revision);
     return CommandStatus;
 }
 
 grpc::Status ScriptedUnit::ListDirectory(grpc::ServerContext* context, const Wire::ListDirectoryRequest*,
-                                         Wire::ListDirectoryReply* reply) {
+                                         Wire::ListDirectoryReply*) {
     while (!context->IsCancelled())
         std::this_thread::sleep_for(5ms);
-    reply->add_entries()->set_filename("too late");
-    return grpc::Status::OK;
+    return grpc::Status::CANCELLED;
 }
 
 void ScriptedUnit::WaitWhileFrozen(const grpc::ServerContext& context, std::unique_lock<std::mutex>& lock) {
-    while (Frozen && !context.IsCancelled())
+    while (Frozen && !Ending && !context.IsCancelled())
         Changed.wait_for(lock, 10ms);
 }

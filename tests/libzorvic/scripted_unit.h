@@ -5,19 +5,19 @@
 #include <grpcpp/server.h>
 
 #include <condition_variable>
-#include <deque>
-#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace Wire = ::zorvic::v1;
 
-/// Pieces and frames as a unit sends them.
+/// Records, pieces and frames as a unit sends them.
+Wire::Preset NamedPreset(int pk, const std::string& name);
 Wire::Piece IdentityPiece(const std::string& guid);
-Wire::Piece PresetPiece(const std::vector<Wire::Preset>& upserted, const std::vector<int>& removed = {});
+Wire::Piece PresetPiece(const std::vector<Wire::Preset>& upserted);
 Wire::Frame MakeFrame(std::uint64_t revision, const std::vector<Wire::Piece>& pieces, bool snapshot = false,
                       bool more = false);
 
@@ -25,53 +25,78 @@ Wire::Frame MakeFrame(std::uint64_t revision, const std::vector<Wire::Piece>& pi
 /// command.
 class ScriptedUnit final : public Wire::Unit::Service {
 public:
-    explicit ScriptedUnit(const std::string& guid = "unit-1");
+    explicit ScriptedUnit(const std::string& guid = "unit-1", const std::string& address = "127.0.0.1");
     ~ScriptedUnit() override;
 
-    std::string Host() const;
+    /// Where it listens, with its port.
+    std::string Host() const { return Address + ":" + std::to_string(Port); }
+    int ListeningPort() const { return Port; }
 
-    /// Stores a preset and streams the change. Returns its revision.
-    std::uint64_t Store(const Wire::Preset& preset);
+    /// Stores a preset and streams the change.
+    void Store(const Wire::Preset& preset) {
+        Locked([&] { StoreLocked(preset); });
+    }
     /// Puts one frame on every stream as it is.
-    void Send(const Wire::Frame& frame);
-    /// Streams a change made of these pieces, at a revision of its own.
-    void SendPieces(const std::vector<Wire::Piece>& pieces);
+    void Send(const Wire::Frame& frame) {
+        Locked([&] { Sent.push_back(frame); });
+    }
+    /// Streams a change made of this piece, at a revision of its own.
+    void SendPiece(const Wire::Piece& piece) {
+        Locked([&] { Sent.push_back(MakeFrame(++Revision, {piece})); });
+    }
     /// A frozen unit keeps its connections, sends nothing and answers nothing.
-    void Freeze(bool frozen);
-    /// Ends every stream.
-    void HangUp();
+    void Freeze(bool frozen) {
+        Locked([&] { Frozen = frozen; });
+    }
     /// What every command is answered with from now on.
-    void AnswerCommandsWith(const grpc::Status& status);
+    void AnswerCommandsWith(const grpc::Status& status) {
+        Locked([&] { CommandStatus = status; });
+    }
     /// Changes reach the streams only this much later than the reply of the command that made them.
-    void DelayStream(std::chrono::milliseconds delay);
-
-    Wire::Preset Stored(int pk) const;
-    std::vector<Wire::UpdatePresetRequest> Updates() const;
-    int TakesStarted() const;
+    void DelayStream(std::chrono::milliseconds delay) {
+        Locked([&] { StreamDelay = delay; });
+    }
+    Wire::Preset Stored(int pk) {
+        return Locked([&] { return Presets.at(pk); });
+    }
+    std::vector<Wire::UpdatePresetRequest> Updates() {
+        return Locked([&] { return Received; });
+    }
+    int TakesStarted() {
+        return Locked([&] { return Takes; });
+    }
 
 private:
+    template <typename Action>
+    std::invoke_result_t<Action> Locked(const Action& action) {
+        const std::lock_guard guard(Lock);
+        Changed.notify_all();
+        return action();
+    }
+    grpc::Status Identify(grpc::ServerContext*, const Wire::IdentifyRequest*, Wire::Identity* reply) override;
     grpc::Status Watch(grpc::ServerContext* context, const Wire::WatchRequest*,
                        grpc::ServerWriter<Wire::Frame>* writer) override;
     grpc::Status UpdatePreset(grpc::ServerContext*, const Wire::UpdatePresetRequest*, Wire::CommandReply*) override;
     grpc::Status Take(grpc::ServerContext*, const Wire::PresetRequest*, Wire::CommandReply*) override;
-    grpc::Status ListDirectory(grpc::ServerContext*, const Wire::ListDirectoryRequest*,
+    grpc::Status ListDirectory(grpc::ServerContext* context, const Wire::ListDirectoryRequest*,
                                Wire::ListDirectoryReply*) override;
     Wire::Frame Snapshot() const;
-    std::uint64_t StoreLocked(const Wire::Preset& preset);
+    void StoreLocked(const Wire::Preset& preset);
     void WaitWhileFrozen(const grpc::ServerContext& context, std::unique_lock<std::mutex>& lock);
 
     const std::string GUID;
-    mutable std::mutex Lock;  // guards everything below but Server
+    const std::string Address;
+    int Port = 0;
+    std::mutex Lock;  // guards everything below but Server
     std::condition_variable Changed;
     std::map<int, Wire::Preset> Presets;
     std::vector<Wire::Frame> Sent;  // to every stream, which keeps its place in it
     std::uint64_t Revision = 1;
-    int HangUps = 0;
     int Takes = 0;
     bool Frozen = false;
+    bool Ending = false;
     grpc::Status CommandStatus;
     std::chrono::milliseconds StreamDelay{0};
     std::vector<Wire::UpdatePresetRequest> Received;
-    int Port = 0;
     std::unique_ptr<grpc::Server> Server;
 };

@@ -68,11 +68,16 @@ TEST(EventThread, EventsWhileTheCallbackRunsBecomeOne) {
     EXPECT_EQ(gate.Calls, 2);
 }
 
-TEST(EventThread, UnregisteringWaitsForTheRunningCallback) {
-    Gate gate;
-    EventThread events;
-    events.Register(ZORVIC_STATE_PRESETS, Gate::Callback, &gate);
-    EXPECT_FALSE(gate.InsideAfter([&] { events.Register(ZORVIC_STATE_PRESETS, nullptr, nullptr); }));
+TEST(EventThread, UnregisteringAndDestructionWaitForTheRunningCallback) {
+    for (const bool destroy : {false, true}) {
+        Gate gate;
+        auto events = std::make_unique<EventThread>();
+        events->Register(ZORVIC_STATE_PRESETS, Gate::Callback, &gate);
+        EXPECT_FALSE(gate.InsideAfter([&] {
+            if (destroy) events.reset();
+            if (!destroy) events->Register(ZORVIC_STATE_PRESETS, nullptr, nullptr);
+        }));
+    }
 }
 
 TEST(EventThread, ACallbackMayUnregisterItself) {
@@ -108,11 +113,4 @@ TEST(EventThread, UserDataMayGoAsSoonAsItsRegistrationIsGone) {
     }
     done = true;
     raiser.join();
-}
-
-TEST(EventThread, DestructionWaitsForTheRunningCallback) {
-    Gate gate;
-    auto events = std::make_unique<EventThread>();
-    events->Register(ZORVIC_STATE_PRESETS, Gate::Callback, &gate);
-    EXPECT_FALSE(gate.InsideAfter([&] { events.reset(); }));
 }
