@@ -45,13 +45,4 @@ TEST(Resources, HoldTheSheetWithoutRulesForEveryWidget) {
     }
 }
 
-TEST(Resources, HoldEveryIconUnderBothSpellings) {
-    for (const auto* name : {"icon", "aboutlogo", "take", "pause", "end", "prev", "next", "up", "folder", "trim_start",
-                             "trim_end", "playhead", "add", "clone", "edit", "delete"}) {
-        for (const auto* prefix : {":icons/", ":/icons/"}) {
-            EXPECT_FALSE(QPixmap(QLatin1String(prefix) + QLatin1String(name) + QLatin1String(".png")).isNull()) << name;
-        }
-    }
-}
-
 }  // namespace

@@ -6,15 +6,14 @@
 #include <gmock/gmock.h>
 
 #include <QScrollBar>
+#include <QSignalSpy>
 #include <QTest>
 
+#include <array>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace {
-
-using Column = ZorvicChooser::ChooserColumn;
 
 Zorvic::LANZorvic MakeUnit(const std::string& ip, const std::string& nickname = "Stage") {
     Zorvic::LANZorvic unit;
@@ -50,9 +49,6 @@ protected:
     void Press(QTreeWidgetItem* item) {
         QTest::mouseClick(List->viewport(), Qt::LeftButton, {}, List->visualItemRect(item).center());
     }
-    std::string Cell(int row, Column column) const {
-        return List->topLevelItem(row)->text(ZorvicChooser::ColumnTypeToIndex(column)).toStdString();
-    }
     std::string Address() const { return Window.ZorvicIPBox->text().toStdString(); }
 
     SessionManager Sessions;
@@ -68,19 +64,19 @@ TEST_F(Chooser, ShowsWhatIsKnownOfAUnit) {
     auto newer = MakeUnit("10.0.0.2", "guid-10.0.0.2");
     newer.Type = static_cast<Zorvic::UnitType>(17);
     newer.CurrentRole = Zorvic::ZORVIC_ROLE_MAX;
-    Find({MakeUnit("10.0.0.1"), newer, MakeUnit("10.0.0.3")});
-    const std::vector<std::pair<std::string, std::string>> columns = {
-        {"IP", "10.0.0.1"},  {"Nickname", "Stage"}, {"Type", "Lumen"}, {"GUID", "guid-10.0.0.1"},
-        {"Role", "Primary"}, {"Version", "7.1"},    {"API", "3"}};
-    for (int index = 0; const auto& [header, cell] : columns) {
-        EXPECT_EQ(List->headerItem()->text(index).toStdString(), header);
-        EXPECT_EQ(List->topLevelItem(0)->text(index++).toStdString(), cell);
+    Find({MakeUnit("10.0.0.1"), newer});
+    const std::vector<std::array<std::string, 3>> columns = {{"IP", "10.0.0.1", "10.0.0.2"},
+                                                             {"Nickname", "Stage", "(none)"},
+                                                             {"Type", "Lumen", ""},
+                                                             {"GUID", "guid-10.0.0.1", "guid-10.0.0.2"},
+                                                             {"Role", "Primary", ""},
+                                                             {"Version", "7.1", "7.1"},
+                                                             {"API", "3", "3"}};
+    for (int index = 0; const auto& texts : columns) {
+        EXPECT_EQ(List->headerItem()->text(index).toStdString(), texts[0]);
+        EXPECT_EQ(List->topLevelItem(0)->text(index).toStdString(), texts[1]);
+        EXPECT_EQ(List->topLevelItem(1)->text(index++).toStdString(), texts[2]);
     }
-    EXPECT_EQ(Cell(1, Column::NICKNAME), "(none)");
-    EXPECT_EQ(Cell(1, Column::TYPE), "");
-    EXPECT_EQ(Cell(1, Column::ROLE), "");
-    EXPECT_EQ(Cell(1, Column::VERSION), "7.1");
-    EXPECT_EQ(List->topLevelItemCount(), 3);
 }
 
 TEST_F(Chooser, OffersTheFirstUnitOnlyWhenNothingIsTypedOrSelected) {
@@ -99,48 +95,39 @@ TEST_F(Chooser, OffersTheFirstUnitOnlyWhenNothingIsTypedOrSelected) {
 }
 
 TEST_F(Chooser, TheSelectionFollowsItsUnitAndEndsWithIt) {
-    Window.show();
+    ShowActive();
     Find({MakeUnit("10.0.0.2"), MakeUnit("10.0.0.3")});
     auto* row = List->topLevelItem(1);
     Press(row);
     EXPECT_EQ(Address(), "10.0.0.3");
     Find({MakeUnit("10.0.0.1"), MakeUnit("10.0.0.3", "renamed"), MakeUnit("10.0.0.2")});
     EXPECT_EQ(List->topLevelItem(1), row) << "a row that a click is under way on must stay";
-    EXPECT_EQ(Cell(1, Column::NICKNAME), "renamed");
+    EXPECT_EQ(row->text(1), QStringLiteral("renamed"));
     EXPECT_EQ(List->selectedItems(), QList<QTreeWidgetItem*>{row});
-    Find({MakeUnit("10.0.0.1"), MakeUnit("10.0.0.2")});
+    QTest::keyClick(List, Qt::Key_Down);
+    EXPECT_EQ(Address(), "10.0.0.2") << "the arrow keys choose, too";
+    Find({MakeUnit("10.0.0.1"), MakeUnit("10.0.0.3")});
     EXPECT_TRUE(List->selectedItems().isEmpty());
-    EXPECT_EQ(Address(), "10.0.0.3");
+    EXPECT_EQ(Address(), "10.0.0.2");
 }
 
-TEST_F(Chooser, AnUnchangedListIsNotTouched) {
+TEST_F(Chooser, AnUnchangedListIsNotTouchedAndAChangedOneDoesNotScroll) {
     Window.show();
     std::vector<Zorvic::LANZorvic> units;
-    for (int number = 1; number < 60; ++number) {
+    for (int number = 1; number < 60; ++number)
         units.push_back(MakeUnit("10.0.1." + std::to_string(number)));
-    }
     Find(units);
-    List->verticalScrollBar()->setValue(List->verticalScrollBar()->maximum());
-    const int scrolledTo = List->verticalScrollBar()->value();
-    ASSERT_GT(scrolledTo, 0);
-    bool touched = false;
-    QObject::connect(List->model(), &QAbstractItemModel::dataChanged, &Window, [&] { touched = true; });
-    QObject::connect(List->model(), &QAbstractItemModel::rowsRemoved, &Window, [&] { touched = true; });
+    const int bottom = List->verticalScrollBar()->maximum();
+    List->verticalScrollBar()->setValue(bottom);
+    const QSignalSpy changed(List->model(), &QAbstractItemModel::dataChanged);
+    const QSignalSpy removed(List->model(), &QAbstractItemModel::rowsRemoved);
     Find(units);
-    EXPECT_FALSE(touched);
-    units.pop_back();
-    units.push_back(MakeUnit("10.0.1.99"));
+    EXPECT_EQ(changed.size() + removed.size(), 0);
+    units.back() = MakeUnit("10.0.1.99");
     Find(units);
-    EXPECT_TRUE(touched);
-    EXPECT_EQ(List->verticalScrollBar()->value(), scrolledTo);
-}
-
-TEST_F(Chooser, ArrowKeysInTheListChooseTheAddress) {
-    ShowActive();
-    Find({MakeUnit("10.0.0.1"), MakeUnit("10.0.0.2")});
-    List->setFocus();
-    QTest::keyClick(List, Qt::Key_Down);
-    EXPECT_EQ(Address(), "10.0.0.2");
+    EXPECT_EQ(removed.size(), 1);
+    ASSERT_GT(bottom, 0);
+    EXPECT_EQ(List->verticalScrollBar()->value(), bottom);
 }
 
 TEST_F(Chooser, ReturnAnywhereConnectsOnce) {
@@ -158,20 +145,6 @@ TEST_F(Chooser, ReturnAnywhereConnectsOnce) {
     Window.ZorvicIPBox->setFocus();
     QTest::keyClick(Window.ZorvicIPBox, Qt::Key_Enter, Qt::KeypadModifier);
     EXPECT_EQ(FakeZorvic::Calls("Session").size(), 2U);
-}
-
-TEST_F(Chooser, AFailedConnectChangesNothing) {
-    FakeZorvic::At("10.0.0.1").Reachable = false;
-    Main.show();
-    Window.show();
-    for (const auto* address : {"10.0.0.1", "no such host", ""}) {
-        Window.ZorvicIPBox->setText(QLatin1String(address));
-        Window.OnConnectClicked();
-        EXPECT_TRUE(Window.isVisible());
-        EXPECT_EQ(Address(), address);
-    }
-    EXPECT_EQ(Main.ZorvicTabs->count(), 0);
-    EXPECT_EQ(FakeZorvic::LiveSessions(), 0U);
 }
 
 TEST_F(Chooser, ConnectingAgainWhileATabIsBuiltDoesNothing) {

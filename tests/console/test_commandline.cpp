@@ -5,26 +5,22 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
 
-struct Case {
-    std::vector<std::string> Arguments;
-    std::string Refused;
-};
-
 TEST(CommandLine, AnyArgumentButTheOneOptionEndsTheProgramWithAMessage) {
-    const std::vector<Case> cases = {{{"--bogus"}, "--bogus"},
-                                     {{"--NoCustomStyle"}, "--NoCustomStyle"},
-                                     {{"--nocustomstyle", "--nocustomstyle", "x y", "z"}, "x y"},
-                                     {{""}, ""},
-                                     {{"-style", "fusion"}, "-style"}};
-    for (const auto& [arguments, refused] : cases) {
+    const std::vector<std::pair<std::string, std::vector<std::string>>> cases = {
+        {"--NoCustomStyle", {"--NoCustomStyle"}},
+        {"x y", {"--nocustomstyle", "--nocustomstyle", "x y", "z"}},
+        {"", {""}},
+        {"-style", {"-style", "fusion"}}};
+    for (const auto& [refused, arguments] : cases) {
         const TemporaryDirectory directory;
         const std::string output = directory.Path() + "/output";
-        std::vector<std::string> command = {ZORVIC_CONTROL_PROGRAM};
-        command.insert(command.end(), arguments.begin(), arguments.end());
+        std::vector<std::string> command = arguments;
+        command.insert(command.begin(), ZORVIC_CONTROL_PROGRAM);
         ChildProcess program(
             command, output,
             {"QT_QPA_PLATFORM=offscreen", "ZORVIC_DISCOVERY=off", "XDG_RUNTIME_DIR=" + directory.Path()});

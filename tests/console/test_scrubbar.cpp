@@ -58,9 +58,8 @@ protected:
 
     static QList<int> Sent(const QSignalSpy& spy) {
         QList<int> values;
-        for (const auto& emission : spy) {
+        for (const auto& emission : spy)
             values += emission.value(0).toInt();
-        }
         return values;
     }
 
@@ -73,9 +72,8 @@ protected:
 
 TEST_F(ScrubBarTest, ClicksSeekWithoutRegardToTheTrimButNotOnItsGrabbers) {
     // Both edges of each grabber, of the bar, and a point above it.
-    for (const int second : {-1, 3, 4, 19, 20, 60, 79, 80, 95, 96, 100}) {
+    for (const int second : {-1, 3, 4, 19, 20, 60, 79, 80, 95, 96, 100})
         Press(second);
-    }
     Press(60, Above);
     EXPECT_THAT(Sent(Moved), ElementsAre(97000, 80000, 40000, 21000, 4000));
 }
@@ -122,14 +120,11 @@ TEST_F(ScrubBarTest, MenuSendsRemainingTimes) {
     EXPECT_EQ(Bar->GetTrimEnd(), -10000);
 }
 
-TEST_F(ScrubBarTest, MenuSeeksOnlyWhereAndWhileThePresetPlays) {
+TEST_F(ScrubBarTest, MenuActsOnlyOnTheBarThatWasClickedAndSeeksOnlyWhereThePresetPlays) {
     UseMenu(10, Seek);
     UseMenu(50, Seek, [this] { Bar->SetShowPlayHead(false); });
     UseMenu(50, Seek);
     EXPECT_EQ(Moved.size(), 0);
-}
-
-TEST_F(ScrubBarTest, MenuActsOnlyOnTheBarThatWasClicked) {
     UseMenu(50, SetStart, [this] { Bar->SetBaseTimes(TRT / 2, 0); });
     EXPECT_EQ(StartMoved.size(), 0);
     Bar->SetTRT(TRT);
@@ -166,6 +161,11 @@ TEST_F(ScrubBarTest, PaintsElapsedAheadAndUnusedTime) {
 TEST_F(ScrubBarTest, WithoutRunningTimeOrRoomEverythingIsAtZero) {
     constexpr int BelowTrimGrabbers = Middle + 9;  // where only the play head's rectangle reaches
     Bar->SetTRT(0);
+    testing::internal::CaptureStderr();
+    Bar->SetTrim(1000, 500);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "WARNING: Calling SetTrim() requires setting a TRT first! Returning.\n");
+    EXPECT_EQ(Bar->GetTrimStart(), -20000);
     Move(50);
     Bar->grab();
     Press(50);
@@ -182,24 +182,14 @@ TEST_F(ScrubBarTest, WithoutRunningTimeOrRoomEverythingIsAtZero) {
 }
 
 TEST_F(ScrubBarTest, AbsurdTimesDoNoHarm) {
-    constexpr int Lowest = std::numeric_limits<int>::min();
-    constexpr int Highest = std::numeric_limits<int>::max();
-    for (const int trt : {1, Highest, Lowest}) {
-        Bar->SetBaseTimes(trt, Lowest);
-        Bar->SetTrim(Highest, Lowest);
+    using Limits = std::numeric_limits<int>;
+    for (const int trt : {1, Limits::max(), Limits::min()}) {
+        Bar->SetBaseTimes(trt, Limits::min());
+        Bar->SetTrim(Limits::max(), Limits::min());
         Move(50);
         Press(50);
         EXPECT_FALSE(Bar->grab().isNull());
     }
-}
-
-TEST_F(ScrubBarTest, TrimBeforeARunningTimeOnlyWarns) {
-    Bar->SetTRT(0);
-    testing::internal::CaptureStderr();
-    Bar->SetTrim(1000, 500);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "WARNING: Calling SetTrim() requires setting a TRT first! Returning.\n");
-    EXPECT_EQ(Bar->GetTrimStart(), -20000);
 }
 
 }  // namespace

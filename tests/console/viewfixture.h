@@ -50,18 +50,16 @@ protected:
     }
     /// What another console's choice looks like from here.
     void SelectOnUnit(int pk) {
-        for (auto& state : Unit.States) {
+        for (auto& state : Unit.States)
             state.IsSelected = state.PK == pk;
-        }
     }
 
     void Open() {
         View = std::make_unique<ZorvicView>("guid", "host");
         View->AcceptAssets(Unit.Assets);
         View->AcceptPresetStates();
-        for (const auto* timer : View->findChildren<QTimer*>(QString(), Qt::FindDirectChildrenOnly)) {
-            const_cast<QTimer*>(timer)->stop();
-        }
+        for (auto* timer : View->findChildren<QTimer*>(QString(), Qt::FindDirectChildrenOnly))
+            timer->stop();
         View->resize(1280, 720);
         View->show();
         QApplication::setActiveWindow(View.get());
@@ -85,16 +83,13 @@ protected:
     void SelectRows(std::initializer_list<int> pks) const {
         const QSignalBlocker blocker(View->PresetsView);
         View->PresetsView->clearSelection();
-        for (const int pk : pks) {
+        for (const int pk : pks)
             View->LookupPresetItem(pk)->setSelected(true);
-        }
     }
     static std::vector<std::string> Column(const QTreeWidget* tree, int column) {
         std::vector<std::string> texts;
-        texts.reserve(static_cast<std::size_t>(tree->topLevelItemCount()));
-        for (int row = 0; row < tree->topLevelItemCount(); ++row) {
+        for (int row = 0; row < tree->topLevelItemCount(); ++row)
             texts.push_back(tree->topLevelItem(row)->text(column).toStdString());
-        }
         return texts;
     }
 
