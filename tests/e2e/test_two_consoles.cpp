@@ -38,7 +38,9 @@ using Mix = std::array<int, 3>;
 class Recorder {
 public:
     Recorder(const std::string& host, int pk)
-        : PK(pk), Unit(host, 1), Thread([this](const std::stop_token& stop) { Run(stop); }) {}
+        : PK(pk), Unit(host, 1), Thread([this](const std::stop_token& stop) { Run(stop); }) {
+        Unit.SetStateEventCallback(Zorvic::ZORVIC_STATE_PRESETS, &Recorder::OnEvent, this);
+    }
     std::vector<Mix> Seen() {
         const std::scoped_lock lock(Lock);
         return Values;
@@ -51,6 +53,7 @@ private:
     void Run(const std::stop_token& stop) {
         while (!stop.stop_requested()) {
             std::vector<Zorvic::Preset> presets;
+            if (!Changed.try_acquire_for(50ms) || Unit.GetPresets(presets) != Zorvic::ZORVIC_STATUS_OK) continue;
             const auto& preset = *std::ranges::find(presets, PK, &Zorvic::Preset::PK);
             const Mix mix = {preset.Volume[0], preset.Volume[1], PicturePosition(preset.Canvases[0].Assets[0].Hue)};
             const std::scoped_lock lock(Lock);
@@ -81,6 +84,7 @@ protected:
         preset.Canvases[0].Assets[0].Hue = -1;
         for (const auto& volume : {std::vector<std::uint16_t>{65535, 20000}, {30000, 40000}}) {
             preset.Volume = volume;
+            EXPECT_EQ(session.CreatePreset(preset), Zorvic::ZORVIC_STATUS_OK);
         }
         session.SelectPreset(1);
         Console.Connect(Unit.Host());
