@@ -54,8 +54,9 @@ private:
         while (!stop.stop_requested()) {
             std::vector<Zorvic::Preset> presets;
             if (!Changed.try_acquire_for(50ms) || Unit.GetPresets(presets) != Zorvic::ZORVIC_STATUS_OK) continue;
-            const auto& preset = *std::ranges::find(presets, PK, &Zorvic::Preset::PK);
-            const Mix mix = {preset.Volume[0], preset.Volume[1], PicturePosition(preset.Canvases[0].Assets[0].Hue)};
+            const auto preset = std::ranges::find(presets, PK, &Zorvic::Preset::PK);
+            if (preset == presets.end()) continue;
+            const Mix mix = {preset->Volume[0], preset->Volume[1], PicturePosition(preset->Canvases[0].Assets[0].Hue)};
             const std::scoped_lock lock(Lock);
             if (Values.empty() || Values.back() != mix) Values.push_back(mix);
         }
