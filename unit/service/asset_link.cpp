@@ -9,10 +9,12 @@ AssetLink::AssetLink(AssetStore& assets, UnitModel& model) : Assets(assets), Mod
 }
 
 std::uint64_t AssetLink::Pull() {
-    // Asked before the lock: a hung drive must not keep other threads from showing their changes.
-    const auto drives = Assets.Drives();
     const std::scoped_lock lock(PullLock);
-    return Model.ApplyAssets(Assets.TakeChanges(), drives);
+    return Model.ApplyAssets(Assets.TakeChanges());
+}
+
+void AssetLink::ShowDrives() {
+    Model.ShowDrives(Assets.Drives());
 }
 
 std::uint64_t AssetLink::Delete(const std::string& path) {

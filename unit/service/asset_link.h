@@ -21,6 +21,8 @@ public:
 
     /// Shows what has changed; gives the revision that holds it.
     std::uint64_t Pull();
+    /// Shows the drives and how full they are; takes up to 120 ms for each that is slow.
+    void ShowDrives();
 
     /// Throws Fault Refused while a preset that uses the asset plays.
     std::uint64_t Delete(const std::string& path);

@@ -34,7 +34,7 @@ Daemon::Daemon(const Options& options, PowerSwitch& power)
       Service(Profile.Identity, Model, Assets, Updates, [this](auto action) { Power.Request(action); }) {
     try {
         Media->Start();
-        Assets.Pull();
+        Assets.ShowDrives();
         Ticking.emplace(Model);
         Keeping.emplace(Model, Assets);
         Requests.emplace(Service, options.Listen, options.Port);

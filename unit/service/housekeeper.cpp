@@ -33,7 +33,7 @@ void RunHousekeeper(const std::stop_token& stop, UnitModel& model, AssetLink& as
         std::unique_lock lock(mutex);
         wake.wait_for(lock, stop, Period, [] { return false; });
         SaveSelection(model);
-        assets.Pull();
+        assets.ShowDrives();
     }
 }
 

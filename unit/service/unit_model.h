@@ -53,8 +53,9 @@ public:
     std::uint64_t End(std::int32_t pk);
     std::uint64_t SeekTo(std::int32_t pk, std::uint32_t timeMS);
 
-    /// Publishes changed assets and drives, and lets playback know of new lengths.
-    std::uint64_t ApplyAssets(const AssetChanges& changes, const std::vector<zorvic::v1::Drive>& drives);
+    /// Publishes changed assets, and lets playback know of new lengths.
+    std::uint64_t ApplyAssets(const AssetChanges& changes);
+    void ShowDrives(const std::vector<zorvic::v1::Drive>& drives);
 
     /// While it lives, no preset with this asset begins to play. The constructor throws Refused while one plays.
     class AssetHold {

@@ -61,7 +61,7 @@ std::uint64_t UnitModel::SeekTo(std::int32_t pk, std::uint32_t timeMS) {
     return Play([&] { Playing.Seek(pk, timeMS); });
 }
 
-std::uint64_t UnitModel::ApplyAssets(const AssetChanges& changes, const std::vector<zorvic::v1::Drive>& drives) {
+std::uint64_t UnitModel::ApplyAssets(const AssetChanges& changes) {
     std::vector<FeedChange> updates;
     std::vector<std::string> paths;
     for (const auto& asset : changes.Upserted) {
@@ -72,10 +72,13 @@ std::uint64_t UnitModel::ApplyAssets(const AssetChanges& changes, const std::vec
         updates.push_back(AssetGone(path));
         paths.push_back(path);
     }
-    updates.push_back(DrivesChange(drives));
     const std::scoped_lock lock(ModelLock);
     if (!paths.empty()) Playing.MediaChanged(paths);
     return Publish(std::move(updates));
+}
+
+void UnitModel::ShowDrives(const std::vector<zorvic::v1::Drive>& drives) {
+    Updates.Publish({DrivesChange(drives)});
 }
 
 UnitModel::AssetHold::AssetHold(UnitModel& model, std::string path) : Model(model), Path(std::move(path)) {
