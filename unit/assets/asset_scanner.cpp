@@ -62,12 +62,15 @@ AssetScanner::~AssetScanner() {
     Streams.reset();
     Checksums.reset();
     SaveFinished();
+    Levels.reset();
+    SaveLevels();
 }
 
 void AssetScanner::Start(bool watch) {
     Levels.emplace("zu-levels", Manners::Last);
     Checksums.emplace("zu-checksums", Manners::Modest);
-    Streams.emplace("zu-streams", Manners::Modest);
+    // Short work that every use of an asset waits for; on a busy machine a modest thread would take minutes.
+    Streams.emplace("zu-streams", Manners::Normal);
     Index.Remember(Table.Load());
     Scan();
     if (!watch) return;
@@ -173,18 +176,33 @@ void AssetScanner::SaveFinished() {
 
 void AssetScanner::ReadLevels(const AssetContent& content) {
     Levels->Post(content.Stamp.Size, [this, content] {
-        std::shared_ptr<const Envelope> levels;
-        std::string problem;
-        try {
-            if (auto read = ReadEnvelope(FileOf(content), {.Stop = &Levels->Stopping()}))
-                levels = std::make_shared<const Envelope>(std::move(*read));
-        } catch (const Fault& fault) {
-            problem = fault.what();
-        }
-        if (Levels->Stopping() || !Index.SetLevels(content, levels)) return;
-        if (!problem.empty()) spdlog::warn("no levels for {}: {}", content.Path, problem);
-        Table.SaveLevels(content, levels.get());
+        ComputeLevels(content);
+        if (!Levels->HasWork() || FinishedLevels.size() >= SaveAtOnce) SaveLevels();
     });
+}
+
+void AssetScanner::ComputeLevels(const AssetContent& content) {
+    std::shared_ptr<const Envelope> levels;
+    std::string problem;
+    try {
+        if (auto read = ReadEnvelope(FileOf(content), {.Stop = &Levels->Stopping()}))
+            levels = std::make_shared<const Envelope>(std::move(*read));
+    } catch (const Fault& fault) {
+        problem = fault.what();
+    }
+    if (Levels->Stopping() || !Index.SetLevels(content, levels)) return;
+    if (!problem.empty()) spdlog::warn("no levels for {}: {}", content.Path, problem);
+    FinishedLevels.push_back({content, levels});
+}
+
+void AssetScanner::SaveLevels() {
+    const auto levels = std::exchange(FinishedLevels, {});
+    if (levels.empty()) return;
+    try {
+        Table.SaveLevels(levels);
+    } catch (const Fault& fault) {
+        spdlog::error("cannot keep the levels of {} assets: {}", levels.size(), fault.what());
+    }
 }
 
 void AssetScanner::LoadLevels(const AssetContent& content) {

@@ -47,6 +47,8 @@ private:
     void ReadStreams(const AssetContent& content);
     void ReadChecksum(const AssetContent& content);
     void SaveFinished();
+    void ComputeLevels(const AssetContent& content);
+    void SaveLevels();
     std::filesystem::path FileOf(const AssetContent& content) const;
 
     const DriveTable& Drives;
@@ -62,7 +64,9 @@ private:
     bool Settling = false;
     std::chrono::steady_clock::duration Cost{};  ///< of the last scan
 
-    std::vector<AssetRecord> Finished;  ///< read and not yet in the table; of the checksum thread only
+    // Read and not yet in the table; each of its thread only.
+    std::vector<AssetRecord> Finished;
+    std::vector<AssetLevels> FinishedLevels;
 
     // Destroyed in reverse order: each hands its results to the ones above it.
     std::optional<Worker> Levels;

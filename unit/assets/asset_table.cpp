@@ -4,6 +4,20 @@
 
 namespace ZorvicUnit {
 
+namespace {
+
+std::string ToBytes(const Envelope* levels) {
+    std::string bytes;
+    if (levels == nullptr) return bytes;
+    for (const auto& [left, right] : levels->Levels) {
+        bytes += static_cast<char>(left);
+        bytes += static_cast<char>(right);
+    }
+    return bytes;
+}
+
+}  // namespace
+
 std::vector<AssetRecord> AssetTable::Load() {
     std::vector<AssetRecord> records;
     auto rows = Rows.Prepare("SELECT path, size, modified_ns, checksum, metadata, envelope IS NOT NULL FROM assets");
@@ -26,15 +40,14 @@ void AssetTable::Save(const std::vector<AssetRecord>& records) {
     transaction.Commit();
 }
 
-void AssetTable::SaveLevels(const AssetContent& content, const Envelope* levels) {
-    std::string bytes;
-    if (levels != nullptr)
-        for (const auto& [left, right] : levels->Levels) {
-            bytes += static_cast<char>(left);
-            bytes += static_cast<char>(right);
-        }
-    auto row = Rows.Prepare("UPDATE assets SET envelope = ? WHERE path = ? AND size = ? AND modified_ns = ?");
-    row.BindBlob(bytes).Bind(content.Path).Bind(content.Stamp.Size).Bind(content.Stamp.ModifiedNS).Run();
+void AssetTable::SaveLevels(const std::vector<AssetLevels>& levels) {
+    Transaction transaction(Rows);
+    for (const AssetLevels& each : levels) {
+        const auto& [path, stamp] = each.Content;
+        auto row = Rows.Prepare("UPDATE assets SET envelope = ? WHERE path = ? AND size = ? AND modified_ns = ?");
+        row.BindBlob(ToBytes(each.Levels.get())).Bind(path).Bind(stamp.Size).Bind(stamp.ModifiedNS).Run();
+    }
+    transaction.Commit();
 }
 
 std::shared_ptr<const Envelope> AssetTable::LoadLevels(const AssetContent& content) {

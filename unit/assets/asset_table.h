@@ -10,6 +10,12 @@ namespace ZorvicUnit {
 
 class Database;
 
+/// The levels of one content; null when it has none.
+struct AssetLevels {
+    AssetContent Content;
+    std::shared_ptr<const Envelope> Levels;
+};
+
 /// What is known of the assets' contents, kept over restarts. May be called from several threads; each call is one
 /// transaction. Failures are thrown as Fault.
 class AssetTable {
@@ -20,8 +26,8 @@ public:
     std::vector<AssetRecord> Load();
     /// Writes records; levels of an older content of the same path go.
     void Save(const std::vector<AssetRecord>& records);
-    /// Null levels mean: this content has none. Does nothing when the row is of another content.
-    void SaveLevels(const AssetContent& content, const Envelope* levels);
+    /// Does nothing for a row that is of another content.
+    void SaveLevels(const std::vector<AssetLevels>& levels);
     /// Null when there are none.
     std::shared_ptr<const Envelope> LoadLevels(const AssetContent& content);
     void Remove(const std::vector<std::string>& paths);
