@@ -137,6 +137,10 @@ void MediaFile::ReadOnly(const AVStream& stream) {
         Format->streams[i]->discard = Format->streams[i] == &stream ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
 }
 
+bool MediaFile::Rewind() {
+    return av_seek_frame(Format, -1, 0, AVSEEK_FLAG_BYTE) >= 0;
+}
+
 bool MediaFile::Read(AVPacket& packet) {
     return !Input->Limit.Reached() && av_read_frame(Format, &packet) >= 0;
 }

@@ -43,6 +43,8 @@ public:
 
     /// Packets of all other streams are dropped from here on.
     void ReadOnly(const AVStream& stream);
+    /// Goes back to the start; false for a format that cannot.
+    bool Rewind();
     /// False at the end, after a fault of the file and when the limit is reached.
     bool Read(AVPacket& packet);
     /// Throws Slow when reading ended because the limit was reached.

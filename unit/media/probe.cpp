@@ -76,14 +76,20 @@ bool IsStill(MediaFile& media, const AVStream& video) {
     return mayBeOne && ReadThrough(media, video, 2).Packets == 1;
 }
 
-std::int32_t Duration(const std::filesystem::path& file, const MediaFile& media, const ReadLimit& limit) {
+std::int32_t LengthByReading(MediaFile& media) {
+    const AVStream* stream = media.Video() != nullptr ? media.Video() : media.Audio();
+    if (stream == nullptr) return 0;
+    const Span span = ReadThrough(media, *stream, std::numeric_limits<std::int64_t>::max());
+    return ToMilliseconds(span.End, stream->time_base);
+}
+
+std::int32_t Duration(const std::filesystem::path& file, MediaFile& media, const ReadLimit& limit) {
     if (media.Context().duration != AV_NOPTS_VALUE)
         return ToMilliseconds(media.Context().duration, AVRational{1, AV_TIME_BASE});
-    MediaFile again(file, limit);  // from the start: looking for a second picture has moved the other
-    const AVStream* stream = again.Video() != nullptr ? again.Video() : again.Audio();
-    if (stream == nullptr) return 0;
-    const Span span = ReadThrough(again, *stream, std::numeric_limits<std::int64_t>::max());
-    return ToMilliseconds(span.End, stream->time_base);
+    // From the start: looking for a second picture has moved on.
+    if (media.Rewind()) return LengthByReading(media);
+    MediaFile again(file, limit);
+    return LengthByReading(again);
 }
 
 std::int64_t FileRate(const AVFormatContext& format, const zorvic::v1::AssetMetadata& metadata) {
