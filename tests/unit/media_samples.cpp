@@ -4,13 +4,15 @@
 #include <cstdint>
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
 #include <numbers>
+#include <sstream>
 #include <stdexcept>
 
 namespace ZorvicUnit {
 
 namespace {
+
+constexpr std::uint32_t Rate = 48000;
 
 void Append(std::string& bytes, std::uint32_t value, int size) {
     for (int i = 0; i < size; ++i)
@@ -24,8 +26,9 @@ void WriteFile(const std::filesystem::path& file, const std::string& bytes) {
 }
 
 std::string ReadFile(const std::filesystem::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
+    std::ostringstream bytes;
+    bytes << std::ifstream(file, std::ios::binary).rdbuf();
+    return bytes.str();
 }
 
 bool Encode(const std::string& arguments, const std::filesystem::path& file) {
@@ -41,15 +44,9 @@ bool Encode(const std::string& arguments, const std::filesystem::path& file) {
     throw std::runtime_error(command + ": " + messages);
 }
 
-std::string ToneFile(int variant) {
-    constexpr std::uint32_t Rate = 48000;
-    std::string samples;
-    for (std::uint32_t i = 0; i < Rate; ++i) {
-        const double phase = 2 * std::numbers::pi * 1000 * i / Rate;
-        Append(samples, static_cast<std::uint32_t>(std::lround(16384 * std::sin(phase)) + variant), 2);
-    }
+std::string WaveHead(std::uint32_t dataBytes) {
     std::string file = "RIFF";
-    Append(file, static_cast<std::uint32_t>(36 + samples.size()), 4);
+    Append(file, 36 + dataBytes, 4);
     file += "WAVEfmt ";
     Append(file, 16, 4);
     Append(file, 1, 2);
@@ -59,8 +56,17 @@ std::string ToneFile(int variant) {
     Append(file, 2, 2);
     Append(file, 16, 2);
     file += "data";
-    Append(file, static_cast<std::uint32_t>(samples.size()), 4);
-    return file + samples;
+    Append(file, dataBytes, 4);
+    return file;
+}
+
+std::string ToneFile(int variant) {
+    std::string samples;
+    for (std::uint32_t i = 0; i < Rate; ++i) {
+        const double phase = 2 * std::numbers::pi * 1000 * i / Rate;
+        Append(samples, static_cast<std::uint32_t>(std::lround(16384 * std::sin(phase)) + variant), 2);
+    }
+    return WaveHead(static_cast<std::uint32_t>(samples.size())) + samples;
 }
 
 }  // namespace ZorvicUnit

@@ -1,10 +1,7 @@
 #include "media/checksum.h"
 #include "unit/asset_fixture.h"
 
-#include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace ZorvicUnit {
 namespace {
@@ -172,58 +169,6 @@ TEST_F(ImportTest, StoppingGivesUpTheCopyAndLeavesNothing) {
     Store.reset();
     EXPECT_EQ(Parts(), 0);
     EXPECT_FALSE(std::filesystem::exists(Asset("long.wav")));
-}
-
-TEST_F(ImportTest, AKilledImportLeavesTheOldFileAndNoHalfOne) {
-    std::filesystem::create_directories(Disk / "Assets");
-    WriteFile(Asset("clip.wav"), ToneFile());
-    WriteFile(Asset("clip.part"), "somebody else's");
-    WriteSparse("clip.wav", 400'000'000);
-    const pid_t child = fork();
-    if (child == 0) {
-        Database rows(Disk / "child.db");
-        AssetStore store({Disk.Path, {{"E", Usb.Path}}, false}, rows, Time);
-        store.Start();
-        store.Install("E:\\clip.wav");
-        for (;;)
-            pause();
-    }
-    const bool copying = WaitUntil([&] { return Parts() == 2; });
-    kill(child, SIGKILL);
-    waitpid(child, nullptr, 0);
-    ASSERT_TRUE(copying);
-    Open();
-    EXPECT_EQ(Parts(), 1);
-    EXPECT_TRUE(std::filesystem::exists(Asset("clip.part")));
-    EXPECT_EQ(ReadFile(Asset("clip.wav")), ToneFile());
-}
-
-// The limit holds for a whole process, so the store lives in a child.
-TEST(ImportOnAFullDisk, EndsInAnErrorAndTheUnitLives) {
-    const MediaDirectory disk, usb;
-    WriteFile(usb / "large.wav", ToneFile() + std::string(5'000'000, '\0'));
-    WriteFile(usb / "clip.wav", ToneFile());
-    const pid_t child = fork();
-    if (child == 0) {
-        Database rows(disk / "zorvic.db");
-        const SteadyClock clock;
-        AssetStore store({disk.Path, {{"E", usb.Path}}, false}, rows, clock);
-        store.Start();
-        const rlimit limit{4'000'000, 4'000'000};
-        setrlimit(RLIMIT_FSIZE, &limit);
-        store.Install("E:\\large.wav");
-        store.Install("E:\\clip.wav");
-        const bool done = WaitUntil([&] {
-            const auto assets = store.Assets();
-            return assets.size() == 2 && assets[0].status() == ZORVIC_ASSETSTATE_READY &&
-                   assets[1].status() == ZORVIC_ASSETSTATE_ERROR && assets[1].current_size() == assets[1].total_size();
-        });
-        _exit(done ? 0 : 1);
-    }
-    int status = 0;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
-    EXPECT_FALSE(std::filesystem::exists(disk / "Assets/large.wav"));
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <grpcpp/create_channel.h>
 #include <grpcpp/security/credentials.h>
+#include <zorvic/enums.h>
 #include <zorvic/v1/unit.grpc.pb.h>
 
 #include <csignal>
@@ -36,9 +37,9 @@ std::string FreshFile(const std::string& file) {
 /// A unit as a process of its own, and a console's connection to it.
 class UnitProcess {
 public:
-    explicit UnitProcess(const std::string& directory, const std::string& port = "0")
-        : Log(FreshFile(directory + "/log")),
-          Process({ZORVIC_UNIT_PROGRAM, "--store", directory + "/store", "--port", port, "--announce", "off"}, Log) {
+    /// `launcher` is a command that starts the unit given after it.
+    explicit UnitProcess(const std::string& directory, std::vector<std::string> launcher = {})
+        : Log(FreshFile(directory + "/log")), Process(Command(directory, std::move(launcher)), Log) {
         Connect(1);
     }
     /// Waits until the unit has said that it listens this many times.
@@ -81,9 +82,10 @@ public:
         return Send(&zorvic::v1::Unit::Stub::Take, request);
     }
     grpc::Status DeleteAsset(const std::string& path) {
-        zorvic::v1::AssetRequest request;
-        request.set_path(path);
-        return Send(&zorvic::v1::Unit::Stub::DeleteAsset, request);
+        return Send(&zorvic::v1::Unit::Stub::DeleteAsset, AssetRequest(path));
+    }
+    grpc::Status Install(const std::string& path) {
+        return Send(&zorvic::v1::Unit::Stub::InstallAsset, AssetRequest(path));
     }
     grpc::Status Power(zorvic::v1::PowerAction action) {
         zorvic::v1::PowerRequest request;
@@ -95,6 +97,18 @@ public:
     ChildProcess Process;
     std::shared_ptr<grpc::Channel> Channel;
     std::unique_ptr<zorvic::v1::Unit::Stub> Stub;
+
+private:
+    static std::vector<std::string> Command(const std::string& directory, std::vector<std::string> words) {
+        words.insert(words.end(), {ZORVIC_UNIT_PROGRAM, "--store", directory + "/store", "--drive",
+                                   "E=" + directory + "/drive", "--port", "0", "--announce", "off"});
+        return words;
+    }
+    static zorvic::v1::AssetRequest AssetRequest(const std::string& path) {
+        zorvic::v1::AssetRequest request;
+        request.set_path(path);
+        return request;
+    }
 };
 
 /// A console that watches.
@@ -116,6 +130,10 @@ public:
                 Presets[preset.pk()] = preset;
             for (const auto& state : piece.states().states())
                 States[state.pk()] = state;
+            for (const auto& asset : piece.assets().upserted())
+                Assets[asset.full_path()] = asset;
+            for (const std::string& path : piece.assets().removed())
+                Assets.erase(path);
             if (piece.has_timecodes()) TimeCodes = piece.timecodes();
         }
         return true;
@@ -134,6 +152,7 @@ public:
 
     std::map<std::int32_t, Preset> Presets;
     std::map<std::int32_t, zorvic::v1::PresetState> States;
+    std::map<std::string, zorvic::v1::Asset> Assets;
     zorvic::v1::TimeCodes TimeCodes;
     zorvic::v1::Frame Last;
 
@@ -318,6 +337,107 @@ TEST_F(UnitProcessTest, KeepsEveryAcknowledgedPresetThroughKills) {
         EXPECT_EQ(unit.Process.Wait(Watchdog), 128 + SIGKILL);
     }
     EXPECT_GT(acknowledged, 0U);
+}
+
+/// A unit that imports "clip.wav" from its drive.
+class ImportingUnitTest : public UnitProcessTest {
+protected:
+    ImportingUnitTest() {
+        std::filesystem::create_directories(Assets);
+        std::filesystem::create_directories(Drive);
+    }
+    std::vector<std::string> FilesInStore() const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(Assets))
+            names.push_back(entry.path().filename());
+        return names;
+    }
+    static void ReadUntilStatus(Watcher& watcher, const std::string& path, int status) {
+        while (watcher.Assets[path].status() != status)
+            ASSERT_TRUE(watcher.Read());
+    }
+
+    const std::filesystem::path Assets = Directory.Path() + "/store/Assets";
+    const std::filesystem::path Drive = Directory.Path() + "/drive";
+    const std::string Clip = "C:\\Assets\\clip.wav";
+};
+
+// What takes long to copy is a file with a hole: it takes room only in the store.
+TEST_F(ImportingUnitTest, AKilledImportLeavesTheOldFileOrNone) {
+    constexpr std::uint32_t Size = 290'000'000;
+    ZorvicUnit::WriteFile(Drive / "clip.wav", ZorvicUnit::WaveHead(Size - 44));
+    std::filesystem::resize_file(Drive / "clip.wav", Size);
+    ZorvicUnit::WriteFile(Assets / "foreign.part", "somebody else's");
+    for (const bool replaces : {false, true}) {
+        if (replaces) ZorvicUnit::WriteFile(Assets / "clip.wav", ZorvicUnit::ToneFile());
+        std::size_t presets = 0;
+        {
+            UnitProcess unit(Directory.Path());
+            Watcher watcher(unit);
+            watcher.ReadSnapshot();
+            if (replaces) ReadUntilStatus(watcher, Clip, Zorvic::ZORVIC_ASSETSTATE_READY);
+            ASSERT_TRUE(unit.Install("E:\\clip.wav").ok());
+            ReadUntilStatus(watcher, Clip, Zorvic::ZORVIC_ASSETSTATE_INGESTING);
+            while (watcher.Assets[Clip].current_size() == 0)
+                ASSERT_TRUE(watcher.Read());
+            ASSERT_TRUE(unit.Create(PresetWith(0, Clip)).ok());
+            presets = watcher.Presets.size() + 1;
+            ASSERT_LT(watcher.Assets[Clip].current_size(), Size);
+            unit.Process.Signal(SIGKILL);
+            ASSERT_EQ(unit.Process.Wait(Watchdog), 128 + SIGKILL);
+        }
+        EXPECT_EQ(FilesInStore().size(), replaces ? 3U : 2U) << "not killed in the middle of a copy";
+        UnitProcess unit(Directory.Path());
+        Watcher watcher(unit);
+        watcher.ReadSnapshot();
+        EXPECT_EQ(watcher.Presets.size(), presets);
+        EXPECT_EQ(watcher.Assets.size(), replaces ? 1U : 0U);
+        if (replaces) {
+            EXPECT_EQ(watcher.Assets[Clip].status(), Zorvic::ZORVIC_ASSETSTATE_READY);
+            EXPECT_EQ(ReadFile(Assets / "clip.wav"), ZorvicUnit::ToneFile());
+            EXPECT_THAT(FilesInStore(), testing::UnorderedElementsAre("clip.wav", "foreign.part"));
+        } else {
+            EXPECT_THAT(FilesInStore(), testing::ElementsAre("foreign.part"));
+        }
+        ASSERT_TRUE(unit.Install("E:\\clip.wav").ok());
+        while (watcher.Assets[Clip].status() != Zorvic::ZORVIC_ASSETSTATE_READY ||
+               watcher.Assets[Clip].total_size() != Size)
+            ASSERT_TRUE(watcher.Read());
+        ASSERT_TRUE(unit.DeleteAsset(Clip).ok());
+    }
+}
+
+TEST_F(ImportingUnitTest, AFullDiskFailsWhatNeedsRoomAndTheUnitLives) {
+    ZorvicUnit::WriteFile(Drive / "large.wav", ZorvicUnit::ToneFile() + std::string(5'000'000, '\0'));
+    ZorvicUnit::WriteFile(Drive / "clip.wav", ZorvicUnit::ToneFile());
+    std::size_t saved = 0;
+    {
+        UnitProcess unit(Directory.Path(), {"prlimit", "--fsize=4000000:4000000"});
+        Watcher watcher(unit);
+        watcher.ReadSnapshot();
+        const std::string large = "C:\\Assets\\large.wav";
+        ASSERT_TRUE(unit.Install("E:\\large.wav").ok());
+        ASSERT_TRUE(unit.Install("E:\\clip.wav").ok());
+        ReadUntilStatus(watcher, large, Zorvic::ZORVIC_ASSETSTATE_ERROR);
+        EXPECT_EQ(watcher.Assets[large].current_size(), watcher.Assets[large].total_size());
+        EXPECT_THAT(ReadFile(unit.Log), HasSubstr("importing C:\\Assets\\large.wav"));
+        ReadUntilStatus(watcher, Clip, Zorvic::ZORVIC_ASSETSTATE_READY);
+        EXPECT_THAT(FilesInStore(), testing::ElementsAre("clip.wav"));
+
+        auto preset = PresetWith(0, Clip);
+        preset.set_notes(std::string(60'000, 'n'));
+        grpc::Status answer;
+        while (saved < 1'000 && (answer = unit.Create(preset)).ok())
+            ++saved;
+        EXPECT_EQ(answer.error_code(), grpc::StatusCode::RESOURCE_EXHAUSTED) << answer.error_message();
+        EXPECT_TRUE(unit.Take(1).ok()) << "the show goes on";
+        EXPECT_TRUE(unit.Process.Running());
+    }
+    UnitProcess unit(Directory.Path());
+    Watcher watcher(unit);
+    watcher.ReadSnapshot();
+    EXPECT_GT(saved, 0U);
+    EXPECT_EQ(watcher.Presets.size(), saved);
 }
 
 }  // namespace

@@ -8,7 +8,6 @@
 #include <spdlog/spdlog.h>
 
 #include <algorithm>
-#include <csignal>
 #include <utility>
 
 namespace ZorvicUnit {
@@ -34,15 +33,7 @@ Importer::Importer(std::filesystem::path assets, AssetIndex& index, AssetTable& 
       Table(table),
       Scanner(scanner),
       Notify(std::move(notify)),
-      Copies("zu-import", Manners::Modest) {
-    // A limit on file sizes is to be a failed write, not the end of the unit.
-    Copies.Post(0, [] {
-        sigset_t limits;
-        sigemptyset(&limits);
-        sigaddset(&limits, SIGXFSZ);
-        pthread_sigmask(SIG_BLOCK, &limits, nullptr);
-    });
-}
+      Copies("zu-import", Manners::Modest) {}
 
 Importer::~Importer() = default;
 
