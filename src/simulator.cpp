@@ -121,9 +121,8 @@ bool SimulatorWidget::CanReusePanes(const Zorvic::Preset& shown,
 void SimulatorWidget::ReplacePanes(const std::vector<SimulatorPaneConfig>& configs) {
     for (SimulatorPaneWidget* const pane : Children) {
         // The call may come from one of the pane's own signals: it goes when the event is through, and until then
-        // it knows no preset and nobody hears it.
+        // it knows no preset, so that nothing it still hears has an effect.
         pane->Detach();
-        pane->disconnect();
         pane->hide();
         pane->setParent(nullptr);
         pane->deleteLater();

@@ -98,8 +98,7 @@ void SimulatorPaneWidget::FitLabels() {
 }
 
 void SimulatorPaneWidget::ShowPlayState(bool playing) {
-    if (playing) SizingBox->hidePopup();  // an open list would still take a choice
-    SizingBox->setEnabled(!playing);
+    SizingBox->setEnabled(!playing);  // closes an open list, which would still take a choice
     SizingBox->setToolTip(playing ? tr("Scale mode cannot be changed while the preset is running.")
                                   : tr("Click to change scale mode"));
 }
