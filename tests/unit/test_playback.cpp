@@ -3,8 +3,9 @@
 #include "unit/unitfakes.h"
 
 #include <gmock/gmock.h>
+#include <google/protobuf/text_format.h>
 
-#include <limits>
+#include <algorithm>
 #include <optional>
 #include <string>
 #include <vector>
@@ -23,51 +24,46 @@ class PlaybackTest : public ::testing::Test {
 protected:
     PlaybackTest() { Catalog.Durations[Clip] = ClipMS; }
 
-    void Put(const zorvic::v1::Preset& preset) { Play.Put(std::make_shared<const zorvic::v1::Preset>(preset)); }
-    void Put(std::int32_t pk, std::int32_t link = 0) {
-        auto preset = PresetWith(pk, Clip);
-        preset.set_link(link);
-        Put(preset);
+    /// Puts preset 1, which shows the clip, with these fields in the text form of the wire's messages.
+    void Put(const std::string& fields = {}) {
+        auto preset = std::make_shared<zorvic::v1::Preset>(PresetWith(1, Clip));
+        ASSERT_TRUE(google::protobuf::TextFormat::MergeFromString(fields, preset.get())) << fields;
+        Play.Put(preset);
     }
     void Pass(std::int64_t milliseconds) {
         Time.Pass(milliseconds);
         Play.Advance();
     }
-    std::optional<PlayPosition> At(std::int32_t pk) const {
-        for (const PlayPosition& position : Play.Positions()) {
-            if (position.PK == pk) return position;
-        }
-        return std::nullopt;
-    }
     /// Remaining time; -1 when it does not play.
-    std::int32_t Remaining(std::int32_t pk) const { return At(pk) ? At(pk)->RemainingMS : -1; }
+    std::int32_t Remaining(std::int32_t pk) const {
+        const auto positions = Play.Positions();
+        const auto found = std::ranges::find(positions, pk, &PlayPosition::PK);
+        return found == positions.end() ? -1 : found->RemainingMS;
+    }
 
     FakeClock Time;
     FakeCatalog Catalog;
     Playback Play{Time, Catalog};
 };
 
-struct TrimCase {
-    std::int32_t In, Out;
-    std::int32_t Starts;  ///< remaining time of the first frame
-    std::int32_t PassMS;
-};
-
 TEST_F(PlaybackTest, PointsThatMakeNoSenseAreIgnored) {
-    const std::vector<TrimCase> cases = {
+    struct Case {
+        std::int32_t In, Out;
+        std::int32_t Starts;  ///< remaining time of the first frame
+        std::int32_t PassMS;
+    };
+    const std::vector<Case> cases = {
         {0, 0, 10'000, 10'000},        {8'000, 2'000, 8'000, 6'000},  {10'000, 0, 10'000, 10'000},
         {2'000, 2'000, 10'000, 8'000}, {1'000, 2'000, 10'000, 8'000}, {10'001, 0, 10'000, 10'000},
         {-5, -5, 10'000, 10'000},      {0, 10'000, 10'000, 10'000},   {3'000, 20'000, 3'000, 3'000},
     };
-    for (const TrimCase& trim : cases) {
-        SCOPED_TRACE(testing::Message() << "in " << trim.In << " out " << trim.Out);
-        auto preset = PresetWith(1, Clip);
-        preset.set_in_position(trim.In);
-        preset.set_out_position(trim.Out);
-        Put(preset);
+    for (const auto& [in, out, starts, passMS] : cases) {
+        const auto fields = "in_position: " + std::to_string(in) + " out_position: " + std::to_string(out);
+        SCOPED_TRACE(fields);
+        Put(fields);
         Play.Take(1);
-        EXPECT_EQ(Remaining(1), trim.Starts);
-        Pass(trim.PassMS - 1);
+        EXPECT_EQ(Remaining(1), starts);
+        Pass(passMS - 1);
         EXPECT_TRUE(Play.StateOf(1).Playing);
         Pass(1);
         EXPECT_FALSE(Play.StateOf(1).Playing);
@@ -76,44 +72,38 @@ TEST_F(PlaybackTest, PointsThatMakeNoSenseAreIgnored) {
 
 TEST_F(PlaybackTest, FollowsLoopsThenFreezeThenLink) {
     struct Case {
-        std::int32_t Loop;
-        bool Freeze;
+        std::string Fields;
         std::int32_t AfterMS;
         std::uint32_t Pass;
         std::int32_t Remaining, Linked;  ///< -1: does not play
+        bool Paused;
     };
     const std::vector<Case> cases = {
-        {0, false, 7'000, 0, -1, 9'000},   // one pass of 6 s, then the linked preset, 1 s into it
-        {2, false, 13'000, 3, 7'000, -1},  // third pass, 1 s into it
-        {2, false, 19'000, 0, -1, 9'000},  // three passes
-        {0, true, 60'000, 1, 2'000, -1},   // held at the out point
-        {1, true, 60'000, 2, 2'000, -1},   // held after the second pass
-        {-1, true, 6'000'500, 1001, 7'500, -1}, {-7, false, 7'000, 0, -1, 9'000},  // no number of loops
+        {"", 7'000, 0, -1, 9'000, false},                     // one pass of 6 s, then the linked preset, 1 s into it
+        {"loop: 2", 13'000, 3, 7'000, -1, false},             // third pass, 1 s into it
+        {"loop: 2", 19'000, 0, -1, 9'000, false},             // three passes
+        {"freeze_at_end: true", 60'000, 1, 2'000, -1, true},  // held at the out point
+        {"loop: 1 freeze_at_end: true", 60'000, 2, 2'000, -1, true},  // held after the second pass
+        {"loop: -1 freeze_at_end: true", 6'000'500, 1001, 7'500, -1, false},
+        {"loop: -7", 7'000, 0, -1, 9'000, false},  // no number of loops
     };
     for (const Case& expected : cases) {
-        SCOPED_TRACE(testing::Message() << "loop " << expected.Loop << " freeze " << expected.Freeze);
+        SCOPED_TRACE(expected.Fields);
         Play.Clear();
-        Put(2);
-        auto preset = PresetWith(1, Clip);
-        preset.set_in_position(8'000);
-        preset.set_out_position(2'000);
-        preset.set_loop(expected.Loop);
-        preset.set_freeze_at_end(expected.Freeze);
-        preset.set_link(2);
-        Put(preset);
+        Put("pk: 2");
+        Put("in_position: 8000 out_position: 2000 link: 2 " + expected.Fields);
         Play.Take(1);
         Pass(expected.AfterMS);  // one late tick for all that happened in between
         EXPECT_EQ(Play.StateOf(1).CurrentLoop, expected.Pass);
         EXPECT_EQ(Remaining(1), expected.Remaining);
         EXPECT_EQ(Remaining(2), expected.Linked);
-        EXPECT_EQ(Play.StateOf(1).Paused, expected.Freeze && expected.Loop >= 0);
+        EXPECT_EQ(Play.StateOf(1).Paused, expected.Paused);
     }
 }
 
 TEST_F(PlaybackTest, LinksToItselfAndInCirclesGoOnWithoutDrift) {
-    Put(1, 1);
-    Put(2, 3);
-    Put(3, 2);
+    for (const auto* fields : {"pk: 1 link: 1", "pk: 2 link: 3", "pk: 3 link: 2"})
+        Put(fields);
     Play.Take(1);
     Play.Take(2);
     for (int tick = 0; tick < 1000; ++tick)
@@ -128,25 +118,24 @@ TEST_F(PlaybackTest, PresetsWithoutLengthArePassedAndNeverSpin) {
     for (const auto& [pk, link] : std::vector<std::pair<int, int>>{{1, 2}, {2, 1}, {3, 4}, {4, 5}, {6, 77}, {7, 7}}) {
         empty.set_pk(pk);
         empty.set_link(link);
-        Put(empty);
+        Play.Put(std::make_shared<zorvic::v1::Preset>(empty));
     }
-    Put(5);
+    Put("pk: 5");
     for (const std::int32_t pk : {1, 6, 7})
         Play.Take(pk);
     EXPECT_TRUE(Play.Positions().empty());
     Play.Take(3);
     EXPECT_EQ(Remaining(5), ClipMS);
 
-    empty.set_pk(8);
     empty.set_loop(-1);
-    Put(empty);
-    Play.Take(8);
+    Play.Put(std::make_shared<zorvic::v1::Preset>(empty));
+    Play.Take(7);
     Pass(1'000);
-    EXPECT_TRUE(Play.StateOf(8).Playing);  // endless, with nothing in it
+    EXPECT_TRUE(Play.StateOf(7).Playing);  // endless, with nothing in it
 }
 
 TEST_F(PlaybackTest, TakeResumesAPausedPresetAndRestartsAPlayingOne) {
-    Put(1);
+    Put();
     EXPECT_THROW(Play.Pause(1), Fault);
     Play.Take(1);
     Pass(3'000);
@@ -159,24 +148,19 @@ TEST_F(PlaybackTest, TakeResumesAPausedPresetAndRestartsAPlayingOne) {
     EXPECT_EQ(Remaining(1), 6'000);
     Play.Take(1);
     EXPECT_EQ(Remaining(1), ClipMS);
+
+    Put("freeze_at_end: true");
+    Pass(ClipMS);
+    Play.Pause(1);  // nothing left to play
+    EXPECT_TRUE(Play.StateOf(1).Paused);
+    Play.Take(1);
+    EXPECT_EQ(Remaining(1), ClipMS);
     Play.End(1);
     EXPECT_FALSE(Play.StateOf(1).Playing);
-
-    auto held = PresetWith(2, Clip);
-    held.set_freeze_at_end(true);
-    Put(held);
-    Play.Take(2);
-    Pass(ClipMS);
-    Play.Pause(2);  // nothing left to play
-    EXPECT_TRUE(Play.StateOf(2).Paused);
-    Play.Take(2);
-    EXPECT_EQ(Remaining(2), ClipMS);
 }
 
 TEST_F(PlaybackTest, SeeksAreClampedAndCueAStoppedPreset) {
-    auto preset = PresetWith(1, Clip);
-    preset.set_out_position(2'000);
-    Put(preset);
+    Put("out_position: 2000");
     Play.Seek(1, 4'000);
     EXPECT_EQ(Remaining(1), -1);
     Play.Take(1);
@@ -196,50 +180,41 @@ TEST_F(PlaybackTest, SeeksAreClampedAndCueAStoppedPreset) {
 }
 
 TEST_F(PlaybackTest, EditsTakeEffectWhilePlaying) {
-    auto preset = PresetWith(1, Clip);
-    preset.set_link(2);
-    Put(preset);
-    Put(2);
+    Put("link: 2");
+    Put("pk: 2");
     Play.Take(1);
     Pass(3'000);
-    preset.set_out_position(5'000);
-    preset.set_loop(1);
-    Put(preset);
+    Put("link: 2 out_position: 5000 loop: 1");
     Pass(2'500);
     EXPECT_EQ(Play.StateOf(1).CurrentLoop, 2U);
     EXPECT_EQ(Remaining(1), 9'500);
-    preset.set_loop(0);
-    preset.set_out_position(9'800);  // behind the head: ends now, not in the past
-    Put(preset);
+    Put("link: 2 out_position: 9800");  // behind the head: ends now, not in the past
     EXPECT_EQ(Remaining(1), -1);
     EXPECT_EQ(Remaining(2), ClipMS);
 }
 
 TEST_F(PlaybackTest, AnAssetOfUnknownLengthWaitsAndThenPlaysFromTheInPoint) {
-    const std::vector<std::string> changed{"late.mov"};
-    auto preset = PresetWith(1, "late.mov");
-    preset.set_in_position(8'000);
-    Put(preset);
+    const auto becomes = [this](std::optional<std::int32_t> duration) {
+        Catalog.Durations.erase(Clip);
+        if (duration) Catalog.Durations[Clip] = *duration;
+        Play.MediaChanged(std::vector<std::string>{Clip});
+    };
+    becomes(std::nullopt);
+    Put("in_position: 8000");
     Play.Take(1);
     Pass(60'000);
     EXPECT_EQ(Remaining(1), 0);
     EXPECT_FALSE(Play.Rolling());
-    Catalog.Durations["late.mov"] = 9'000;
-    Play.MediaChanged(changed);
-    EXPECT_EQ(Play.StateOf(1).TRT, 9'000);
+    becomes(9'000);
     Pass(1'000);
     EXPECT_EQ(Remaining(1), 7'000);
-
-    Catalog.Durations.clear();  // the file is being replaced: what plays goes on
-    Play.MediaChanged(changed);
+    becomes(std::nullopt);  // the file is being replaced: what plays goes on
     Pass(1'000);
     EXPECT_EQ(Remaining(1), 6'000);
-    Catalog.Durations["late.mov"] = 19'000;
-    Play.MediaChanged(changed);
+    becomes(19'000);
     EXPECT_EQ(Remaining(1), 16'000);
     Play.End(1);
-    Catalog.Durations.clear();
-    Play.MediaChanged(changed);
+    becomes(std::nullopt);
     EXPECT_EQ(Play.StateOf(1).TRT, 0);
 }
 
@@ -247,16 +222,10 @@ TEST_F(PlaybackTest, LevelsFollowEnvelopeVolumeAndFades) {
     auto envelope = std::make_shared<Envelope>();
     envelope->Levels.assign(static_cast<std::size_t>(ClipMS / Envelope::StepMS), {80, 40});
     Catalog.Envelopes[Clip] = envelope;
-    auto preset = PresetWith(1, Clip);
-    preset.add_volume(65'535);
-    preset.add_volume(32'768);
-    preset.set_fade_in_ms(2'000);
-    preset.set_fade_out_ms(1'000);
-    preset.set_loop(1);
-    Put(preset);
+    Put("volume: 65535 volume: 32768 fade_in_ms: 2000 fade_out_ms: 1000 loop: 1");
     const auto levels = [this](std::int64_t after) {
         Pass(after);
-        return At(1)->Levels;
+        return Play.Positions().at(0).Levels;
     };
     Play.Take(1);
     EXPECT_THAT(levels(0), testing::ElementsAre(0, 0));
@@ -270,8 +239,8 @@ TEST_F(PlaybackTest, LevelsFollowEnvelopeVolumeAndFades) {
 }
 
 TEST_F(PlaybackTest, WhatIsBeingDeletedDoesNotBeginToPlay) {
-    Put(1, 2);
-    Put(2);
+    Put("link: 2");
+    Put("pk: 2");
     Play.Take(1);
     EXPECT_THROW(Play.SetRetired(1, true), Fault);
     EXPECT_THROW(Play.HoldAsset(Clip), Fault);
