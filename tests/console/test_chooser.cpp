@@ -9,11 +9,12 @@
 #include <QSignalSpy>
 #include <QTest>
 
-#include <array>
 #include <string>
 #include <vector>
 
 namespace {
+
+using testing::ElementsAre;
 
 Zorvic::LANZorvic MakeUnit(const std::string& ip, const std::string& nickname = "Stage") {
     Zorvic::LANZorvic unit;
@@ -31,7 +32,6 @@ class Chooser : public testing::Test {
 protected:
     Chooser() {
         FakeZorvic::Reset();
-        FakeZorvic::ClearCalls();
         FakeZorvic::AddUnit("10.0.0.1", "guid-10.0.0.1");
         FakeZorvic::AddUnit("10.0.0.2", "guid-10.0.0.2");
     }
@@ -49,6 +49,12 @@ protected:
     void Press(QTreeWidgetItem* item) {
         QTest::mouseClick(List->viewport(), Qt::LeftButton, {}, List->visualItemRect(item).center());
     }
+    static std::vector<std::string> Texts(const QTreeWidgetItem* row) {
+        std::vector<std::string> texts;
+        for (int column = 0; column < row->columnCount(); ++column)
+            texts.push_back(row->text(column).toStdString());
+        return texts;
+    }
     std::string Address() const { return Window.ZorvicIPBox->text().toStdString(); }
 
     SessionManager Sessions;
@@ -65,18 +71,10 @@ TEST_F(Chooser, ShowsWhatIsKnownOfAUnit) {
     newer.Type = static_cast<Zorvic::UnitType>(17);
     newer.CurrentRole = Zorvic::ZORVIC_ROLE_MAX;
     Find({MakeUnit("10.0.0.1"), newer});
-    const std::vector<std::array<std::string, 3>> columns = {{"IP", "10.0.0.1", "10.0.0.2"},
-                                                             {"Nickname", "Stage", "(none)"},
-                                                             {"Type", "Lumen", ""},
-                                                             {"GUID", "guid-10.0.0.1", "guid-10.0.0.2"},
-                                                             {"Role", "Primary", ""},
-                                                             {"Version", "7.1", "7.1"},
-                                                             {"API", "3", "3"}};
-    for (int index = 0; const auto& texts : columns) {
-        EXPECT_EQ(List->headerItem()->text(index).toStdString(), texts[0]);
-        EXPECT_EQ(List->topLevelItem(0)->text(index).toStdString(), texts[1]);
-        EXPECT_EQ(List->topLevelItem(1)->text(index++).toStdString(), texts[2]);
-    }
+    EXPECT_THAT(Texts(List->headerItem()), ElementsAre("IP", "Nickname", "Type", "GUID", "Role", "Version", "API"));
+    EXPECT_THAT(Texts(List->topLevelItem(0)),
+                ElementsAre("10.0.0.1", "Stage", "Lumen", "guid-10.0.0.1", "Primary", "7.1", "3"));
+    EXPECT_THAT(Texts(List->topLevelItem(1)), ElementsAre("10.0.0.2", "(none)", "", "guid-10.0.0.2", "", "7.1", "3"));
 }
 
 TEST_F(Chooser, OffersTheFirstUnitOnlyWhenNothingIsTypedOrSelected) {

@@ -7,63 +7,55 @@
 #include <sys/time.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 
 namespace {
 
+/// A UDP socket on this port of every interface.
 struct Socket {
+    explicit Socket(std::uint16_t port) {
+        Address.sin_family = AF_INET;
+        Address.sin_port = htons(port);
+        socklen_t size = sizeof(Address);
+        Bound = Set(SOL_SOCKET, SO_REUSEADDR, 1) && Set(SOL_SOCKET, SO_REUSEPORT, 1) &&
+                bind(Descriptor, Raw(), size) == 0 && getsockname(Descriptor, Raw(), &size) == 0;
+    }
     ~Socket() { close(Descriptor); }
-    const int Descriptor = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-};
+    Socket(const Socket&) = delete;
+    Socket& operator=(const Socket&) = delete;
 
-template <typename Value>
-bool Set(const Socket& socket, int level, int option, const Value& value) {
-    return setsockopt(socket.Descriptor, level, option, &value, sizeof(value)) == 0;
-}
-
-bool Bind(const Socket& socket, sockaddr_in& address) {
-    socklen_t size = sizeof(address);
+    template <typename Value>
+    bool Set(int level, int option, const Value& value) const {
+        return setsockopt(Descriptor, level, option, &value, sizeof(value)) == 0;
+    }
     // NOLINTNEXTLINE(bugprone-casting-through-void): the socket interface wants one address type for all families
-    auto* const raw = static_cast<sockaddr*>(static_cast<void*>(&address));
-    return bind(socket.Descriptor, raw, size) == 0 && getsockname(socket.Descriptor, raw, &size) == 0;
-}
+    sockaddr* Raw() { return static_cast<sockaddr*>(static_cast<void*>(&Address)); }
 
-sockaddr_in Any(std::uint16_t port) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(port);
-    return address;
-}
+    const int Descriptor = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    sockaddr_in Address{};
+    bool Bound = false;
+};
 
 }  // namespace
 
 std::string WhyNoMulticastOnLoopback() {
-    const Socket responder;
-    sockaddr_in mdns = Any(5353);
-    if (!Set(responder, SOL_SOCKET, SO_REUSEADDR, 1) || !Set(responder, SOL_SOCKET, SO_REUSEPORT, 1) ||
-        !Bind(responder, mdns)) {
-        return std::string("another mDNS responder keeps its port to itself: ") + std::strerror(errno);
-    }
-    const Socket probe;
-    sockaddr_in target = Any(0);
+    const auto because = [](const std::string& text) { return text + ": " + std::strerror(errno); };
+    if (!Socket(5353).Bound) return because("another mDNS responder keeps its port to itself");
+    Socket probe(0);
     ip_mreqn group{};
     group.imr_ifindex = static_cast<int>(if_nametoindex("lo"));
     inet_pton(AF_INET, "224.0.0.251", &group.imr_multiaddr);
-    const timeval limit{2, 0};
-    if (!Bind(probe, target) || !Set(probe, IPPROTO_IP, IP_ADD_MEMBERSHIP, group) ||
-        !Set(probe, IPPROTO_IP, IP_MULTICAST_IF, group) || !Set(probe, SOL_SOCKET, SO_RCVTIMEO, limit)) {
-        return std::string("lo takes no multicast: ") + std::strerror(errno);
+    if (!probe.Bound || !probe.Set(IPPROTO_IP, IP_ADD_MEMBERSHIP, group) ||
+        !probe.Set(IPPROTO_IP, IP_MULTICAST_IF, group) || !probe.Set(SOL_SOCKET, SO_RCVTIMEO, timeval{2, 0})) {
+        return because("lo takes no multicast");
     }
-    target.sin_addr = group.imr_multiaddr;
-    const std::array<char, 4> sent = {'p', 'i', 'n', 'g'};
-    std::array<char, 4> received{};
-    // NOLINTNEXTLINE(bugprone-casting-through-void): as above
-    const auto* raw = static_cast<const sockaddr*>(static_cast<const void*>(&target));
-    if (sendto(probe.Descriptor, sent.data(), sent.size(), 0, raw, sizeof(target)) < 0 ||
-        recv(probe.Descriptor, received.data(), received.size(), 0) < 0 || sent != received) {
-        return std::string("multicast sent on lo does not come back: ") + std::strerror(errno);
+    probe.Address.sin_addr = group.imr_multiaddr;
+    char text = 'p';
+    if (sendto(probe.Descriptor, &text, 1, 0, probe.Raw(), sizeof(probe.Address)) < 0 ||
+        recv(probe.Descriptor, &text, 1, 0) < 0) {
+        return because("multicast sent on lo does not come back");
     }
     return {};
 }

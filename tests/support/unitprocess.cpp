@@ -2,17 +2,15 @@
 
 #include <csignal>
 #include <fstream>
+#include <iterator>
 #include <regex>
-#include <sstream>
 #include <stdexcept>
 
 namespace {
 
 std::string ReadWhole(const std::string& file) {
     std::ifstream stream(file);
-    std::ostringstream text;
-    text << stream.rdbuf();
-    return text.str();
+    return {std::istreambuf_iterator<char>(stream), {}};
 }
 
 }  // namespace
@@ -48,27 +46,11 @@ void UnitProcess::Start() {
 }
 
 void MakeClip(const std::string& file, int seconds) {
-    ChildProcess ffmpeg({"ffmpeg",
-                         "-nostdin",
-                         "-v",
-                         "error",
-                         "-y",
-                         "-f",
-                         "lavfi",
-                         "-i",
-                         "testsrc2=s=320x180:r=10",
-                         "-f",
-                         "lavfi",
-                         "-i",
-                         "sine=frequency=330:sample_rate=48000",
-                         "-t",
-                         std::to_string(seconds),
-                         "-c:v",
-                         "mpeg4",
-                         "-c:a",
-                         "aac",
-                         "-ac",
-                         "2",
-                         file});
-    if (ffmpeg.Wait(std::chrono::seconds(60)) != 0) throw std::runtime_error("ffmpeg could not make " + file);
+    std::vector<std::string> arguments = {"ffmpeg", "-nostdin", "-v", "error", "-y"};
+    for (const char* source : {"testsrc2=s=320x180:r=10", "sine=frequency=330:sample_rate=48000"})
+        arguments.insert(arguments.end(), {"-f", "lavfi", "-i", source});
+    arguments.insert(arguments.end(), {"-c:v", "mpeg4", "-c:a", "aac", "-ac", "2"});
+    arguments.insert(arguments.end(), {"-t", std::to_string(seconds), file});
+    if (ChildProcess(arguments).Wait(std::chrono::seconds(60)) != 0)
+        throw std::runtime_error("ffmpeg could not make " + file);
 }
