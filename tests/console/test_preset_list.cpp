@@ -93,7 +93,7 @@ TEST_F(PresetListTest, RefreshesKeepTheScrollPositionEvenNestedOnes) {
     }
 }
 
-TEST_F(PresetListTest, AMenuActsOnTheRowsItWasOpenedFor) {
+TEST_F(PresetListTest, AMenuActsOnTheRowsItWasOpenedForAndOutlivesItsView) {
     Open();
     SelectRows({2, 3});
     RightClick([this](const QList<QAction*>& actions) {
@@ -112,10 +112,6 @@ TEST_F(PresetListTest, AMenuActsOnTheRowsItWasOpenedFor) {
     });
     EXPECT_THAT(FakeZorvic::Commands(), IsEmpty());
     EXPECT_EQ(View->GetSelectedPresetItem(), View->LookupPresetItem(1));
-}
-
-TEST_F(PresetListTest, AViewMayBeClosedUnderItsMenu) {
-    Open();
     RightClick([this](const QList<QAction*>& actions) {
         Close();
         actions[2]->trigger();

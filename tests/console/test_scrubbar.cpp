@@ -134,19 +134,6 @@ TEST_F(ScrubBarTest, MenuActsOnlyOnTheBarThatWasClickedAndSeeksOnlyWhereThePrese
     EXPECT_EQ(StartMoved.size(), 1);
 }
 
-TEST_F(ScrubBarTest, ArrowsStepAndOtherKeysGoNoFurther) {
-    const QSignalSpy left(Bar.get(), &PlayHeadWidget::SeekLeft);
-    const QSignalSpy right(Bar.get(), &PlayHeadWidget::SeekRight);
-    for (const auto key : {Qt::Key_Left, Qt::Key_Right, Qt::Key_Right, Qt::Key_Space}) {
-        QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier);
-        event.ignore();
-        QApplication::sendEvent(Bar.get(), &event);
-        EXPECT_TRUE(event.isAccepted());
-    }
-    EXPECT_EQ(left.size(), 1);
-    EXPECT_EQ(right.size(), 2);
-}
-
 TEST_F(ScrubBarTest, PaintsElapsedAheadAndUnusedTime) {
     Bar->SetBaseTimes(TRT, 40000);
     const auto image = Bar->grab().toImage();

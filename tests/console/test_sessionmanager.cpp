@@ -33,15 +33,6 @@ bool IsLocked(std::recursive_mutex& mutex) {
     return std::async(std::launch::async, [&] { return !std::unique_lock(mutex, std::try_to_lock).owns_lock(); }).get();
 }
 
-TEST_F(Registry, IsTheInstanceForAsLongAsItLives) {
-    EXPECT_EQ(SessionManager::GetInstance(), Sessions.get());
-    Open("10.0.0.1");
-    Sessions.reset();
-    EXPECT_EQ(SessionManager::GetInstance(), nullptr);
-    EXPECT_EQ(FindSession("guid-1"), nullptr);
-    EXPECT_EQ(FakeZorvic::LiveSessions(), 0U);
-}
-
 TEST_F(Registry, FindsAndDeletesASessionByGuidOrByTheHostTextItWasOpenedWith) {
     Open("10.0.0.1");
     Open("10.0.0.2");
@@ -54,6 +45,10 @@ TEST_F(Registry, FindsAndDeletesASessionByGuidOrByTheHostTextItWasOpenedWith) {
     EXPECT_TRUE(Sessions->DeleteSessionByGUID("guid-1"));
     EXPECT_EQ(FakeZorvic::LiveSessions("10.0.0.2"), 1U);
     EXPECT_TRUE(Sessions->DeleteSessionByIP("10.0.0.2"));
+    EXPECT_EQ(FakeZorvic::LiveSessions(), 0U);
+    Open("10.0.0.1");
+    Sessions.reset();
+    EXPECT_EQ(FindSession("guid-1"), nullptr);
     EXPECT_EQ(FakeZorvic::LiveSessions(), 0U);
 }
 

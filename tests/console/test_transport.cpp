@@ -114,11 +114,13 @@ TEST_F(TransportTest, AStepOfAPausedPresetShowsAtOnceAndIsNotClamped) {
     Open();
     Bar()->SetBaseTimes(60000, 0);
     Bar()->setFocus();
+    Press(Qt::Key_Space);
     Press(Qt::Key_Right);
     EXPECT_EQ(FakeZorvic::LastCall("SeekTo").Number, 4294967246);
     EXPECT_EQ(View->SeekBox->text(), QStringLiteral("23:59:59"));
     Press(Qt::Key_Left);
     EXPECT_EQ(FakeZorvic::LastCall("SeekTo").Number, 0);
+    EXPECT_THAT(FakeZorvic::Commands(), testing::SizeIs(2));
 }
 
 TEST_F(TransportTest, TrimEditsSendTheWholePreset) {

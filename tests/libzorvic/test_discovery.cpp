@@ -91,11 +91,10 @@ TEST(Announcement, SurvivesGarbageAndKeepsUnknownNumbers) {
 TEST(Announcement, AnswerWinsAndLeavesGapsToTheAnnouncement) {
     LANZorvic answer = Identity("real", "Real");
     answer.CurrentRole = ZORVIC_ROLE_MIRROR;
-    const auto unit = Merge({"k", "10.0.0.7", 9477, {"guid=forged", "role=1", "type=2", "api=1"}}, answer);
+    const auto unit = Merge({"k", "10.0.0.7", 9477, {"guid=forged", "role=1", "type=2"}}, answer);
     EXPECT_EQ(unit.GUID, "real");
     EXPECT_EQ(unit.CurrentRole, ZORVIC_ROLE_MIRROR);
     EXPECT_EQ(unit.Type, ZORVIC_UTYPE_SERVER_M20X);
-    EXPECT_EQ(unit.APIVersion, "1");
     EXPECT_EQ(unit.IP, "10.0.0.7");
 }
 

@@ -2,7 +2,6 @@
 #include "store/database.h"
 #include "store/preset_table.h"
 #include "store/settings_table.h"
-#include "store/store_directory.h"
 #include "support/childprocess.h"
 #include "unit/unitfakes.h"
 
@@ -136,16 +135,6 @@ TEST_F(StoreTest, AFullDiskFailsCleanlyAndLaterWritesWork) {
         stored.insert(preset.pk());
     EXPECT_EQ(stored, acknowledged);
     EXPECT_LT(stored.size(), 10U);  // some did fail
-}
-
-TEST_F(StoreTest, BelongsToOneUnitAtATime) {
-    const std::string path = Directory.Path() + "/made/here";
-    {
-        const ZorvicUnit::StoreDirectory first(path);
-        EXPECT_THROW(ZorvicUnit::StoreDirectory{path}, Fault);
-    }
-    EXPECT_NO_THROW(ZorvicUnit::StoreDirectory{path});
-    EXPECT_THROW(ZorvicUnit::StoreDirectory{"/dev/null/store"}, Fault);
 }
 
 }  // namespace
