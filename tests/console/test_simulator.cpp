@@ -288,15 +288,4 @@ TEST_F(ViewTest, APlacementMadeInTheViewReachesTheUnitAndTheRedrawShowsIt) {
     }
 }
 
-TEST_F(ViewTest, TheWindowsSmallestSizeIsTheSameForEveryPreset) {
-    Open();
-    const QSize before = View->minimumSizeHint();
-    for (std::uint32_t i = 0; i < 16; ++i)
-        Preset(1).Canvases.push_back(Canvas(i, {3840, 2160}));
-    Pump(ZORVIC_STATE_PRESETS);
-    QCoreApplication::processEvents();
-    EXPECT_EQ(View->findChildren<SimulatorPaneWidget*>().size(), 16);
-    EXPECT_EQ(View->minimumSizeHint(), before);
-}
-
 }  // namespace
