@@ -6,7 +6,6 @@
 
 #include <QAbstractItemView>
 #include <QApplication>
-#include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
 #include <QTimer>
@@ -20,12 +19,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
-
-Zorvic::Drive MakeDrive(const std::string& mountpoint) {
-    Zorvic::Drive drive;
-    drive.Mountpoint = mountpoint;
-    return drive;
-}
 
 Zorvic::ExternalAsset MakeEntry(const std::string& name) {
     Zorvic::ExternalAsset entry;
@@ -42,14 +35,15 @@ Zorvic::Asset MakeAsset(const std::string& path, std::int64_t current, std::int6
     return asset;
 }
 
+/// A browser on drive E of two. An entry without a dot is a folder.
 class AssetBrowserTest : public testing::Test {
 protected:
     AssetBrowserTest() {
-        Unit.Drives = {MakeDrive("C"), MakeDrive("E")};
-        Unit.Listings[{"C", ""}] = {MakeEntry("Assets")};
-        Unit.Listings[{"C", "\\Assets"}] = {MakeEntry("z.mov"), MakeEntry("b.mov")};
-        Unit.Listings[{"E", ""}] = {MakeEntry("Sub"), MakeEntry("b.mov"), MakeEntry("a.mov")};
-        Unit.Listings[{"E", "\\Sub"}] = {MakeEntry("Sub")};
+        SetDrives({"C", "E"});
+        SetFolder("C", "", {"Assets"});
+        SetFolder("C", "\\Assets", {"z.mov", "b.mov"});
+        SetFolder("E", "", {"Sub", "b.mov", "a.mov"});
+        SetFolder("E", "\\Sub", {"Sub"});
         delete Sessions.CreateSessionByIP("host");
         Open(false);
         Browser->DriveChoice->setCurrentText(QStringLiteral("E"));
@@ -57,6 +51,17 @@ protected:
     }
     ~AssetBrowserTest() override { FakeZorvic::SetHook(nullptr); }
 
+    void SetDrives(const std::vector<std::string>& mountpoints) {
+        Unit.Drives.assign(mountpoints.size(), {});
+        for (std::size_t i = 0; i < mountpoints.size(); ++i)
+            Unit.Drives[i].Mountpoint = mountpoints[i];
+    }
+    void SetFolder(const std::string& drive, const std::string& path, const std::vector<std::string>& names) {
+        auto& listing = Unit.Listings[{drive, path}];
+        listing.clear();
+        for (const auto& name : names)
+            listing.push_back(MakeEntry(name));
+    }
     void Open(bool internalMode) {
         Browser = std::make_unique<AssetBrowser>("guid", internalMode);
         List = Browser->AssetBrowserList;
@@ -82,9 +87,12 @@ protected:
     QListWidget* List = nullptr;
 };
 
-TEST_F(AssetBrowserTest, WalksFoldersDownAndUp) {
-    EXPECT_EQ(Shown(), "Sub b.mov a.mov");
+TEST_F(AssetBrowserTest, WalksFoldersAndEntersOnceOneThatIsSlowToOpen) {
+    Unit.Fail("GetDiskAssets", Zorvic::ZORVIC_STATUS_FAILED, 2);
     DoubleClick(0);
+    DoubleClick(0);
+    EXPECT_EQ(Shown(), "Sub b.mov a.mov");
+    Browser->RefreshAll();
     EXPECT_EQ(Browser->PathChoice->text(), QStringLiteral("\\Sub"));
     EXPECT_EQ(Shown(), "Sub");
     Browser->PathUpButton->click();
@@ -104,9 +112,8 @@ TEST_F(AssetBrowserTest, InternalModeStartsInTheUnitsAssetsAndReportsTheChosenFi
 
 TEST_F(AssetBrowserTest, RefreshKeepsWhatTheOperatorIsDoing) {
     auto& listing = Unit.Listings[{"E", ""}];
-    for (int i = 0; i < 200; ++i) {
+    for (int i = 0; i < 200; ++i)
         listing.push_back(MakeEntry(std::to_string(i) + ".mov"));
-    }
     Browser->RefreshAll();
     Browser->show();
     const auto* const item = List->item(150);
@@ -121,7 +128,6 @@ TEST_F(AssetBrowserTest, RefreshKeepsWhatTheOperatorIsDoing) {
     EXPECT_EQ(List->item(155)->text(), QStringLiteral("new.mov"));
     EXPECT_EQ(List->count(), 203);
     EXPECT_EQ(List->visualItemRect(item), place);
-    EXPECT_EQ(List->currentItem(), item);
     QTest::mouseRelease(List->viewport(), Qt::LeftButton, {}, place.center());
     EXPECT_EQ(clicked.size(), 1);
     EXPECT_EQ(SelectedPaths(), "E:\\147.mov");
@@ -131,48 +137,30 @@ TEST_F(AssetBrowserTest, FilterHoldsForNewEntriesToo) {
     testing::internal::CaptureStdout();
     Browser->FilterBox->setText(QStringLiteral("A.M"));
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "Item Subfalse\nItem b.movfalse\nItem a.movtrue\n");
-    Unit.Listings[{"E", ""}] = {MakeEntry("a.mov"), MakeEntry("c.mov"), MakeEntry("ba.mov")};
+    SetFolder("E", "", {"a.mov", "c.mov", "ba.mov"});
     Browser->RefreshAll();
     EXPECT_EQ(Shown(), "a.mov ba.mov");
 }
 
-TEST_F(AssetBrowserTest, RefillingTheDrivesListsNoOtherDrive) {
+TEST_F(AssetBrowserTest, ChosenDriveStaysThroughARefillAndAnOutage) {
     List->item(1)->setSelected(true);
-    Unit.Drives.insert(Unit.Drives.begin(), MakeDrive("A"));
+    SetDrives({"A", "C", "E"});
     Browser->RefreshAll();
     EXPECT_EQ(Browser->DriveChoice->count(), 3);
     ASSERT_EQ(FakeZorvic::Calls("GetDiskAssets").size(), 1U);
     EXPECT_THAT(FakeZorvic::LastCall("GetDiskAssets").Texts, ElementsAre("E", ""));
     EXPECT_EQ(SelectedPaths(), "E:\\b.mov");
-}
-
-TEST_F(AssetBrowserTest, ChosenDriveIsInUseAgainAfterAnOutage) {
     Unit.Fail("GetDisks", Zorvic::ZORVIC_STATUS_FAILED, 1);
     Browser->RefreshAll();
     EXPECT_EQ(Browser->DriveChoice->count(), 0);
     EXPECT_EQ(Shown(), "Sub b.mov a.mov");
+    EXPECT_EQ(SelectedPaths(), "") << "no paths without a drive";
+    SetDrives({"C"});
     Browser->RefreshAll();
-    EXPECT_EQ(Browser->DriveChoice->currentText(), QStringLiteral("E"));
-}
-
-TEST_F(AssetBrowserTest, AnotherDriveDoesNotStepInForOneThatIsGone) {
-    List->item(1)->setSelected(true);
-    Unit.Drives = {MakeDrive("C")};
+    EXPECT_EQ(Shown(), "Sub b.mov a.mov") << "no other drive steps in";
+    SetDrives({"C", "E"});
     Browser->RefreshAll();
-    EXPECT_EQ(Shown(), "Sub b.mov a.mov");
-    EXPECT_EQ(SelectedPaths(), "");
-    Browser->DriveChoice->setCurrentIndex(0);
-    EXPECT_EQ(Shown(), "Assets");
-}
-
-TEST_F(AssetBrowserTest, FolderThatIsSlowToOpenIsEnteredOnce) {
-    Unit.Fail("GetDiskAssets", Zorvic::ZORVIC_STATUS_FAILED, 2);
-    DoubleClick(0);
-    DoubleClick(0);
-    EXPECT_EQ(Shown(), "Sub b.mov a.mov");
-    Browser->RefreshAll();
-    EXPECT_EQ(Browser->PathChoice->text(), QStringLiteral("\\Sub"));
-    EXPECT_EQ(Shown(), "Sub");
+    EXPECT_EQ(SelectedPaths(), "E:\\b.mov");
 }
 
 TEST_F(AssetBrowserTest, ReturnActsOnThePathFieldOrTheOpenDriveListAndElsewhereSelects) {
@@ -183,7 +171,6 @@ TEST_F(AssetBrowserTest, ReturnActsOnThePathFieldOrTheOpenDriveListAndElsewhereS
     Browser->PathChoice->setText(QStringLiteral("\\Sub"));
     QTest::keyClick(Browser->PathChoice, Qt::Key_Return);
     EXPECT_EQ(Shown(), "Sub");
-    EXPECT_EQ(chosen.size(), 0);
     Browser->DriveChoice->showPopup();
     QTest::keyClick(Browser->DriveChoice->view(), Qt::Key_Return);
     EXPECT_EQ(chosen.size(), 0);
@@ -197,7 +184,7 @@ TEST_F(AssetBrowserTest, ReturnActsOnThePathFieldOrTheOpenDriveListAndElsewhereS
     EXPECT_FALSE(Browser->isVisible());
 }
 
-TEST_F(AssetBrowserTest, ImportInstallsEveryFileAndGoesOnAfterAFailure) {
+TEST_F(AssetBrowserTest, ImportGoesOnAfterAFailureAndShowsItsProgress) {
     QObject::connect(Browser.get(), &AssetBrowser::ItemsChosen, Browser.get(), &AssetBrowser::PerformImport);
     List->selectAll();
     Unit.Fail("InstallAsset", Zorvic::ZORVIC_STATUS_FAILED, 1);
@@ -208,13 +195,9 @@ TEST_F(AssetBrowserTest, ImportInstallsEveryFileAndGoesOnAfterAFailure) {
               "Ingesting asset at \"E:\\b.mov\".\nIngesting asset at \"E:\\a.mov\".\n");
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "Error ingesting asset E:\\b.mov\n");
     EXPECT_THAT(FakeZorvic::Commands(), ElementsAre("InstallAsset E:\\b.mov", "InstallAsset E:\\a.mov"));
-}
 
-TEST_F(AssetBrowserTest, ProgressCountsTheImportedFilesUntilTheyAreComplete) {
-    auto* const bar = Browser->IngestProgressBar;
+    const auto* const bar = Browser->IngestProgressBar;
     const auto other = MakeAsset("C:\\Assets\\other.mov", 5000, 5000);
-    List->selectAll();
-    Browser->PerformImport();
     Browser->UpdateIngestProgress({other, MakeAsset("C:\\Assets\\a.mov", 199, 200), MakeAsset("b.mov", 1, 100)});
     EXPECT_FALSE(bar->isHidden());
     EXPECT_EQ(bar->value(), 66);
@@ -225,7 +208,6 @@ TEST_F(AssetBrowserTest, ProgressCountsTheImportedFilesUntilTheyAreComplete) {
     Browser->PerformImport();
     Browser->UpdateIngestProgress({MakeAsset("a.mov", 0, 0), other});
     EXPECT_TRUE(bar->isHidden());
-    EXPECT_EQ(bar->value(), 0);
 }
 
 TEST_F(AssetBrowserTest, BrowserMayBeDestroyedInsideAnyOfItsCalls) {
@@ -241,7 +223,7 @@ TEST_F(AssetBrowserTest, BrowserMayBeDestroyedInsideAnyOfItsCalls) {
     }
 }
 
-TEST_F(AssetBrowserTest, HiddenBrowserIsRefreshedUnlessItsDriveIsSlow) {
+TEST_F(AssetBrowserTest, HiddenBrowserIsRefreshedUnlessItsDriveIsSlowOrTheSessionGone) {
     EXPECT_EQ(ListingsOfATimerTick(), 1U);
     FakeZorvic::SetHook([](const FakeZorvic::Call& call) {
         if (call.Operation == "GetDiskAssets") std::this_thread::sleep_for(60ms);  // what is measured
@@ -250,9 +232,6 @@ TEST_F(AssetBrowserTest, HiddenBrowserIsRefreshedUnlessItsDriveIsSlow) {
     EXPECT_EQ(ListingsOfATimerTick(), 0U);
     Browser->show();
     EXPECT_EQ(ListingsOfATimerTick(), 1U);
-}
-
-TEST_F(AssetBrowserTest, NothingHappensWithoutASession) {
     Sessions.DeleteSessionByGUID("guid");
     List->selectAll();
     Browser->PerformImport();

@@ -1,3 +1,4 @@
+#include "assetsloadingdialog.h"
 #include "assettext.h"
 #include "viewfixture.h"
 
@@ -26,11 +27,9 @@ protected:
         metadata.AChannels = 2;
     }
     std::vector<std::string> Cells(int row) const {
-        std::vector<std::string> cells;
-        cells.reserve(9);
-        for (int column = 0; column < View->AssetsView->columnCount(); ++column) {
-            cells.push_back(View->AssetsView->topLevelItem(row)->text(column).toStdString());
-        }
+        std::vector<std::string> cells(9);
+        for (int column = 0; column < 9; ++column)
+            cells[static_cast<std::size_t>(column)] = View->AssetsView->topLevelItem(row)->text(column).toStdString();
         return cells;
     }
 };
@@ -57,11 +56,28 @@ TEST_F(AssetsListTest, CellsShowWhatIsKnown) {
     EXPECT_EQ(View->AssetsLabel->text(), QStringLiteral("<b><font color=\"red\">No assets</font></b>"));
 }
 
-TEST_F(AssetsListTest, TheFirstScanFillsTheCacheForTheList) {
-    AddAsset("C:\\a.mov", ZORVIC_ASSETSTATE_READY, "aac");
-    const ZorvicView view("guid", "host");
-    EXPECT_THAT(FakeZorvic::Calls("ReadAssetMetadata"), SizeIs(1));
+TEST_F(AssetsListTest, TheFirstScanCountsAndFillsTheCacheForTheList) {
+    for (const char* path : {"C:\\a.mov", "C:\\b.mov", "C:\\c.mov"})
+        AddAsset(path, ZORVIC_ASSETSTATE_READY, "aac");
+    std::vector<std::string> counts;
+    FakeZorvic::SetHook([&](const FakeZorvic::Call& call) {
+        if (call.Operation != "ReadAssetMetadata") return;
+        counts.emplace_back("no dialog");
+        for (const auto* window : QApplication::topLevelWidgets()) {
+            const auto* const dialog = qobject_cast<const AssetsLoadingDialog*>(window);
+            if (dialog && dialog->isVisible()) counts.back() = dialog->PBar->text().toStdString();
+        }
+    });
     Open();
+    EXPECT_THAT(counts, ElementsAre("Asset 1 of 3 (33%)", "Asset 2 of 3 (66%)", "Asset 3 of 3 (100%)"));
+}
+
+TEST_F(AssetsListTest, TheFirstScanSurvivesTheEndOfItsSession) {
+    AddAsset("C:\\a.mov", ZORVIC_ASSETSTATE_READY, "aac");
+    Handle.reset();
+    QTimer::singleShot(0, qApp, [this] { Sessions.DeleteSessionByGUID("guid"); });
+    const ZorvicView view("guid", "host");
+    EXPECT_EQ(FakeZorvic::LiveSessions(), 0U);
     EXPECT_THAT(FakeZorvic::Calls("ReadAssetMetadata"), SizeIs(0));
 }
 
@@ -82,9 +98,8 @@ TEST_F(AssetsListTest, DeletingGoesOnAfterARefusal) {
 }
 
 TEST_F(AssetsListTest, ANestedRefreshWins) {
-    for (int i = 0; i < 90; ++i) {
+    for (int i = 0; i < 90; ++i)
         AddAsset("C:\\" + std::to_string(i), ZORVIC_ASSETSTATE_READY, "aac");
-    }
     Open();
     View->AssetsView->verticalScrollBar()->setValue(25);
     const auto older = Unit.Assets;
@@ -100,14 +115,13 @@ TEST_F(AssetsListTest, ANestedRefreshWins) {
 
 TEST_F(AssetsListTest, WideningLeavesOnlyTheAssets) {
     Open();
-    Click("ToggleAssetsViewButton");
-    EXPECT_FALSE(View->PresetsGridWidget->isVisible());
-    EXPECT_FALSE(View->PropertiesTabs->isVisible());
-    EXPECT_FALSE(View->GCTabs->isTabEnabled(2));
-    EXPECT_TRUE(View->GCTabs->isTabEnabled(0));
-    Click("ToggleAssetsViewButton");
-    EXPECT_TRUE(View->PresetsGridWidget->isVisible());
-    EXPECT_TRUE(View->GCTabs->isTabEnabled(2));
+    for (const bool restored : {false, true}) {
+        Click("ToggleAssetsViewButton");
+        EXPECT_EQ(View->PresetsGridWidget->isVisible(), restored);
+        EXPECT_EQ(View->PropertiesTabs->isVisible(), restored);
+        EXPECT_EQ(View->GCTabs->isTabEnabled(2), restored);
+        EXPECT_TRUE(View->GCTabs->isTabEnabled(0));
+    }
 }
 
 }  // namespace

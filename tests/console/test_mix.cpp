@@ -12,13 +12,13 @@ class MixTest : public ViewTest {
 protected:
     MixTest() {
         for (const int pk : {1, 2}) {
+            auto& canvases = Preset(pk).Canvases;
+            canvases.resize(2);
             for (std::uint32_t i = 0; i < 2; ++i) {
-                CanvasInfo canvas;
-                canvas.Index = i;
-                canvas.CanvasCfg.NumOutputs = 1;
-                canvas.Assets.resize(1);
-                canvas.Assets[0].Hue = i == 0 ? 0.3F : -0.4F;
-                Preset(pk).Canvases.push_back(canvas);
+                canvases[i].Index = i;
+                canvases[i].CanvasCfg.NumOutputs = 1;
+                canvases[i].Assets.resize(1);
+                canvases[i].Assets[0].Hue = i == 0 ? 0.3F : -0.4F;
             }
         }
         Open();
@@ -34,26 +34,22 @@ TEST(PictureValue, TruncatesTowardsZeroAndSurvivesAnything) {
     EXPECT_FLOAT_EQ(PictureValue(-55), -0.55F);
 }
 
-TEST_F(MixTest, ASliderSetsItsChannelOrBoth) {
+TEST_F(MixTest, ASliderSetsItsChannelOrBothButARefreshNeither) {
     View->RChannel->setValue(40000);
     EXPECT_THAT(SentVolume(), ElementsAre(100, 40000));
     View->BindAudioChannels->setChecked(true);
     View->LChannel->setValue(5);
     EXPECT_THAT(SentVolume(), ElementsAre(5, 5));
+    Preset(1).Volume = {1000, 2000};
+    Pump(ZORVIC_STATE_PRESETS);
+    EXPECT_THAT(SentVolume(), ElementsAre(1000, 2000));
+    EXPECT_THAT(Preset(1).Volume, ElementsAre(1000, 2000));
     Preset(1).Volume = {7};
     FakeZorvic::ClearCalls();
     View->LChannel->setValue(6);
     EXPECT_THAT(FakeZorvic::Commands(), IsEmpty());
     Pump(ZORVIC_STATE_PRESETS);
     EXPECT_EQ(View->LChannel->value(), 6);
-}
-
-TEST_F(MixTest, ARefreshNeverReachesTheBoundChannel) {
-    View->BindAudioChannels->setChecked(true);
-    Preset(1).Volume = {1000, 2000};
-    Pump(ZORVIC_STATE_PRESETS);
-    EXPECT_THAT(SentVolume(), ElementsAre(1000, 2000));
-    EXPECT_THAT(Preset(1).Volume, ElementsAre(1000, 2000));
 }
 
 TEST_F(MixTest, ARefreshDoesNotUndoWhatAnotherConsoleSetMeanwhile) {
@@ -101,9 +97,8 @@ TEST_F(MixTest, AHeldKnobStaysUntilItIsReleased) {
 
 TEST_F(MixTest, AFastDragSendsFewValuesButTheLast) {
     View->LChannel->setSliderDown(true);
-    for (int value = 1000; value <= 30000; value += 100) {
+    for (int value = 1000; value <= 30000; value += 100)
         View->LChannel->setSliderPosition(value);
-    }
     EXPECT_THAT(FakeZorvic::Commands(), SizeIs(testing::Lt(30)));
     View->LChannel->setSliderDown(false);
     EXPECT_EQ(Preset(1).Volume[0], 30000);

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <future>
+#include <thread>
 
 using Flags = ZorvicView::ViewUpdateFlags;
 using namespace Zorvic;

@@ -32,14 +32,6 @@ std::vector<std::shared_ptr<SessionState>> SessionsOf(const std::optional<std::s
     return sessions;
 }
 
-std::size_t FireAll(const std::vector<std::shared_ptr<SessionState>>& sessions, Zorvic::StateEventType type) {
-    std::size_t called = 0;
-    for (const auto& session : sessions) {
-        called += FireIn(*session, type) ? 1U : 0U;
-    }
-    return called;
-}
-
 bool IsCommand(const Call& call) {
     static constexpr std::array<std::string_view, 6> Silent = {
         "Session", "~Session", "Connected", "Reconnect", "ReadAssetMetadata", "SetStateEventCallback"};
@@ -50,12 +42,8 @@ bool IsCommand(const Call& call) {
 
 std::string Call::ToString() const {
     std::string text = Operation;
-    if (PK != 0) {
-        text += ' ' + std::to_string(PK);
-    }
-    if (Number != 0) {
-        text += ' ' + std::to_string(Number);
-    }
+    if (PK != 0) text += ' ' + std::to_string(PK);
+    if (Number != 0) text += ' ' + std::to_string(Number);
     for (const auto& argument : Texts) {
         text += ' ' + argument;
     }
@@ -63,9 +51,7 @@ std::string Call::ToString() const {
 }
 
 std::int32_t Unit::AddPreset(Zorvic::Preset preset, std::int32_t trtMS) {
-    if (preset.PK == 0) {
-        preset.PK = LastPK + 1;
-    }
+    if (preset.PK == 0) preset.PK = LastPK + 1;
     LastPK = std::max(LastPK, preset.PK);
     preset.TabDisplayOrder.try_emplace(0, 0, static_cast<std::int32_t>(Presets.size()));
     Zorvic::PresetState state;
@@ -145,9 +131,7 @@ void RunHook(const Call& call) {
         const std::scoped_lock lock(Global().Lock);
         hook = Global().Hook;
     }
-    if (hook) {
-        hook(call);
-    }
+    if (hook) hook(call);
 }
 
 std::vector<Call> Calls() {
@@ -164,18 +148,14 @@ std::vector<Call> Calls(const std::string& operation) {
 std::vector<std::string> Commands() {
     std::vector<std::string> commands;
     for (const auto& call : Calls()) {
-        if (IsCommand(call)) {
-            commands.push_back(call.ToString());
-        }
+        if (IsCommand(call)) commands.push_back(call.ToString());
     }
     return commands;
 }
 
 Call LastCall(const std::string& operation) {
     const auto calls = Calls(operation);
-    if (calls.empty()) {
-        throw std::out_of_range("no call of " + operation);
-    }
+    if (calls.empty()) throw std::out_of_range("no call of " + operation);
     return calls.back();
 }
 
@@ -198,26 +178,10 @@ void Withdraw(const std::shared_ptr<SessionState>& session) {
     std::erase(Global().Sessions, session);
 }
 
-bool FireIn(SessionState& session, Zorvic::StateEventType type) {
+void FireIn(SessionState& session, Zorvic::StateEventType type) {
     const std::scoped_lock lock(session.CallbackLock);
-    const auto found = session.Callbacks.find(type);
-    if (found == session.Callbacks.end()) {
-        return false;
-    }
-    found->second.Function(type, found->second.User);
-    return true;
-}
-
-std::size_t Fire(Zorvic::StateEventType type) {
-    return FireAll(SessionsOf(std::nullopt), type);
-}
-
-std::size_t Fire(const std::string& host, Zorvic::StateEventType type) {
-    return FireAll(SessionsOf(host), type);
-}
-
-std::jthread FireFromThread(Zorvic::StateEventType type) {
-    return std::jthread([type] { Fire(type); });
+    if (const auto found = session.Callbacks.find(type); found != session.Callbacks.end())
+        found->second.Function(type, found->second.User);
 }
 
 std::vector<Registration> Registrations() {
@@ -234,9 +198,7 @@ std::vector<Registration> Registrations() {
 std::vector<Zorvic::StateEventType> RegistrationsFor(const void* user) {
     std::vector<Zorvic::StateEventType> types;
     for (const auto& registration : Registrations()) {
-        if (registration.User == user) {
-            types.push_back(registration.Type);
-        }
+        if (registration.User == user) types.push_back(registration.Type);
     }
     return types;
 }

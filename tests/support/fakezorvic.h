@@ -6,7 +6,6 @@
 #include <map>
 #include <optional>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -15,7 +14,8 @@
 /// The unit control library, scripted and in process: console tests link it instead of the real one. Units are plain
 /// data that a test fills and reads; every call of the console is recorded.
 ///
-/// Units are touched on the thread that uses the sessions (the GUI thread). Fire() may run on any thread.
+/// Everything is used on one thread (the GUI thread). A command that succeeds reports the events that a unit would
+/// before it returns, and a registration is answered with one event at once.
 namespace FakeZorvic {
 
 /// One call into the library, in the console's own terms.
@@ -45,10 +45,8 @@ struct Unit {
     std::map<std::int32_t, Zorvic::TimeCode> TimeCodes = {};  ///< by PK; without an entry the read fails
     Zorvic::KonaHardwareState Hardware = {};
 
-    bool Reachable = true;             ///< whether a new session or a Reconnect gets a link
-    bool FollowsCommands = true;       ///< commands change the data above as a unit would; off: they only return OK
-    bool ReportsCommands = true;       ///< a command that succeeds fires the events a unit would, before it returns
-    bool AnswersRegistrations = true;  ///< a registration is answered with one event at once
+    bool Reachable = true;        ///< whether a new session or a Reconnect gets a link
+    bool FollowsCommands = true;  ///< commands change the data above as a unit would; off: they only return OK
 
     /// Adds a preset with its state, as if stored long ago. A PK of 0 becomes the next free one. Returns the PK.
     std::int32_t AddPreset(Zorvic::Preset preset, std::int32_t trtMS);
@@ -92,12 +90,6 @@ std::vector<std::string> Commands();
 /// The last call of the operation. Throws std::out_of_range when there was none.
 Call LastCall(const std::string& operation);
 void ClearCalls();
-
-/// Calls what is registered for the type, in every session (of the host). Returns the number of callbacks called.
-std::size_t Fire(Zorvic::StateEventType type);
-std::size_t Fire(const std::string& host, Zorvic::StateEventType type);
-/// The same from a thread of its own, which the result joins when destroyed.
-[[nodiscard]] std::jthread FireFromThread(Zorvic::StateEventType type);
 
 /// A callback that is registered now.
 struct Registration {

@@ -16,10 +16,8 @@ Marks::iterator FindMark(Marks& marks, std::int32_t timeMS) {
     return std::ranges::find_if(marks, [timeMS](const auto& entry) { return entry.second.TimeMS == timeMS; });
 }
 
-StatusCode CreateMark(Marks& marks, std::int32_t timeMS, const std::string& name) {
-    if (FindMark(marks, timeMS) != marks.end()) {
-        return ZORVIC_STATUS_FAILED;
-    }
+StatusCode AddMark(Marks& marks, std::int32_t timeMS, const std::string& name) {
+    if (FindMark(marks, timeMS) != marks.end()) return ZORVIC_STATUS_FAILED;
     PresetMark mark;
     for (const auto& [id, other] : marks) {
         mark.ID = std::max(mark.ID, id);
@@ -28,24 +26,6 @@ StatusCode CreateMark(Marks& marks, std::int32_t timeMS, const std::string& name
     mark.TimeMS = timeMS;
     mark.Name = name;
     marks.emplace(mark.ID, mark);
-    return ZORVIC_STATUS_OK;
-}
-
-StatusCode RenameMark(Marks& marks, std::int32_t timeMS, const std::string& name) {
-    const auto found = FindMark(marks, timeMS);
-    if (found == marks.end()) {
-        return ZORVIC_STATUS_FAILED;
-    }
-    found->second.Name = name;
-    return ZORVIC_STATUS_OK;
-}
-
-StatusCode DeleteMark(Marks& marks, std::int32_t timeMS) {
-    const auto found = FindMark(marks, timeMS);
-    if (found == marks.end()) {
-        return ZORVIC_STATUS_FAILED;
-    }
-    marks.erase(found);
     return ZORVIC_STATUS_OK;
 }
 
@@ -62,9 +42,7 @@ void SetPosition(Unit& unit, std::int32_t pk, std::int32_t time) {
 
 StatusCode DeletePresetOf(Unit& unit, std::int32_t pk) {
     const auto* state = unit.FindState(pk);
-    if (!unit.FindPreset(pk) || (state && state->IsPlaying)) {
-        return ZORVIC_STATUS_FAILED;
-    }
+    if (!unit.FindPreset(pk) || (state && state->IsPlaying)) return ZORVIC_STATUS_FAILED;
     std::erase_if(unit.Presets, [pk](const Preset& preset) { return preset.PK == pk; });
     std::erase_if(unit.States, [pk](const PresetState& other) { return other.PK == pk; });
     unit.TimeCodes.erase(pk);
@@ -98,14 +76,10 @@ struct Session::Impl {
         call.Host = state->Host;
         FakeZorvic::Record(call);
         FakeZorvic::RunHook(call);
-        if (!state->LinkUp) {
-            return ZORVIC_STATUS_NETWORKERROR;
-        }
+        if (!state->LinkUp) return ZORVIC_STATUS_NETWORKERROR;
         Unit& unit = *state->Peer;
         const auto failure = unit.Failures.find(call.Operation);
-        if (failure == unit.Failures.end()) {
-            return answer(unit);
-        }
+        if (failure == unit.Failures.end()) return answer(unit);
         const auto status = failure->second.Status;
         if (failure->second.Times && --*failure->second.Times <= 0) {
             unit.Failures.erase(failure);
@@ -125,11 +99,9 @@ struct Session::Impl {
         const auto state = State;
         return Run(std::move(call), [&](Unit& unit) {
             const StatusCode status = unit.FollowsCommands ? effect(unit) : ZORVIC_STATUS_OK;
-            for (const auto type : events) {
-                if (status == ZORVIC_STATUS_OK && unit.ReportsCommands) {
-                    FakeZorvic::FireIn(*state, type);
-                }
-            }
+            if (status != ZORVIC_STATUS_OK) return status;
+            for (const auto type : events)
+                FakeZorvic::FireIn(*state, type);
             return status;
         });
     }
@@ -139,20 +111,38 @@ struct Session::Impl {
         const auto pk = call.PK;
         return Command(std::move(call), {ZORVIC_STATE_PRESETSTATES, ZORVIC_STATE_TIMECODE}, [&](Unit& unit) {
             auto* state = unit.FindState(pk);
-            if (!state) {
-                return ZORVIC_STATUS_FAILED;
-            }
+            if (!state) return ZORVIC_STATUS_FAILED;
             effect(unit, *state);
             return ZORVIC_STATUS_OK;
         });
     }
 
-    template <typename Effect>
-    StatusCode MarkCommand(Call call, Marks Preset::*kind, Effect effect) const {
-        const auto pk = call.PK;
+    /// Marks are addressed by preset and time.
+    StatusCode CreateMark(const char* operation, Marks Preset::*kind, std::int32_t pk, std::int32_t timeMS,
+                          const std::string& name) const {
+        const Call call{.Operation = operation, .PK = pk, .Number = timeMS, .Texts = {name}};
+        return Command(call, {ZORVIC_STATE_PRESETS}, [&](Unit& unit) {
+            auto* preset = unit.FindPreset(pk);
+            return preset ? AddMark(preset->*kind, timeMS, name) : ZORVIC_STATUS_FAILED;
+        });
+    }
+    /// Without a name the mark is deleted.
+    StatusCode ChangeMark(const char* operation, Marks Preset::*kind, std::int32_t pk, std::int32_t timeMS,
+                          const std::optional<std::string>& name) const {
+        Call call{.Operation = operation, .PK = pk, .Number = timeMS};
+        if (name) call.Texts = {*name};
         return Command(std::move(call), {ZORVIC_STATE_PRESETS}, [&](Unit& unit) {
             auto* preset = unit.FindPreset(pk);
-            return preset ? effect(preset->*kind) : ZORVIC_STATUS_FAILED;
+            if (!preset) return ZORVIC_STATUS_FAILED;
+            auto& marks = preset->*kind;
+            const auto mark = FindMark(marks, timeMS);
+            if (mark == marks.end()) return ZORVIC_STATUS_FAILED;
+            if (name) {
+                mark->second.Name = *name;
+            } else {
+                marks.erase(mark);
+            }
+            return ZORVIC_STATUS_OK;
         });
     }
 
@@ -239,9 +229,7 @@ StatusCode Session::UpdatePreset(const Preset& preset) {
     return Pimpl->Command({.Operation = "UpdatePreset", .PK = preset.PK, .Sent = preset}, {ZORVIC_STATE_PRESETS},
                           [copy = preset](Unit& unit) {
                               auto* stored = unit.FindPreset(copy.PK);
-                              if (!stored) {
-                                  return ZORVIC_STATUS_FAILED;
-                              }
+                              if (!stored) return ZORVIC_STATUS_FAILED;
                               *stored = copy;
                               return ZORVIC_STATUS_OK;
                           });
@@ -295,41 +283,33 @@ StatusCode Session::SeekTo(std::int32_t pk, std::uint32_t timeMS) {
 }
 
 StatusCode Session::CreateGoto(std::int32_t pk, std::int32_t timeMS, const std::string& name) {
-    return Pimpl->MarkCommand({.Operation = "CreateGoto", .PK = pk, .Number = timeMS, .Texts = {name}}, &Preset::Gotos,
-                              [&](Marks& marks) { return CreateMark(marks, timeMS, name); });
-}
-
-StatusCode Session::CreateCountdown(std::int32_t pk, std::int32_t timeMS, const std::string& name) {
-    return Pimpl->MarkCommand({.Operation = "CreateCountdown", .PK = pk, .Number = timeMS, .Texts = {name}},
-                              &Preset::Countdowns, [&](Marks& marks) { return CreateMark(marks, timeMS, name); });
+    return Pimpl->CreateMark("CreateGoto", &Preset::Gotos, pk, timeMS, name);
 }
 
 StatusCode Session::RenameGoto(std::int32_t pk, std::int32_t timeMS, const std::string& name) {
-    return Pimpl->MarkCommand({.Operation = "RenameGoto", .PK = pk, .Number = timeMS, .Texts = {name}}, &Preset::Gotos,
-                              [&](Marks& marks) { return RenameMark(marks, timeMS, name); });
-}
-
-StatusCode Session::RenameCountdown(std::int32_t pk, std::int32_t timeMS, const std::string& name) {
-    return Pimpl->MarkCommand({.Operation = "RenameCountdown", .PK = pk, .Number = timeMS, .Texts = {name}},
-                              &Preset::Countdowns, [&](Marks& marks) { return RenameMark(marks, timeMS, name); });
+    return Pimpl->ChangeMark("RenameGoto", &Preset::Gotos, pk, timeMS, name);
 }
 
 StatusCode Session::DeleteGoto(std::int32_t pk, std::int32_t timeMS) {
-    return Pimpl->MarkCommand({.Operation = "DeleteGoto", .PK = pk, .Number = timeMS}, &Preset::Gotos,
-                              [&](Marks& marks) { return DeleteMark(marks, timeMS); });
+    return Pimpl->ChangeMark("DeleteGoto", &Preset::Gotos, pk, timeMS, std::nullopt);
+}
+
+StatusCode Session::CreateCountdown(std::int32_t pk, std::int32_t timeMS, const std::string& name) {
+    return Pimpl->CreateMark("CreateCountdown", &Preset::Countdowns, pk, timeMS, name);
+}
+
+StatusCode Session::RenameCountdown(std::int32_t pk, std::int32_t timeMS, const std::string& name) {
+    return Pimpl->ChangeMark("RenameCountdown", &Preset::Countdowns, pk, timeMS, name);
 }
 
 StatusCode Session::DeleteCountdown(std::int32_t pk, std::int32_t timeMS) {
-    return Pimpl->MarkCommand({.Operation = "DeleteCountdown", .PK = pk, .Number = timeMS}, &Preset::Countdowns,
-                              [&](Marks& marks) { return DeleteMark(marks, timeMS); });
+    return Pimpl->ChangeMark("DeleteCountdown", &Preset::Countdowns, pk, timeMS, std::nullopt);
 }
 
 StatusCode Session::GetTimeCode(TimeCode& timeCode, std::int32_t pk) {
     return Pimpl->Read({.Operation = "GetTimeCode", .PK = pk}, timeCode, [&](Unit& unit) {
         const auto found = unit.TimeCodes.find(pk);
-        if (found == unit.TimeCodes.end()) {
-            return ZORVIC_STATUS_FAILED;
-        }
+        if (found == unit.TimeCodes.end()) return ZORVIC_STATUS_FAILED;
         timeCode = found->second;
         return ZORVIC_STATUS_OK;
     });
@@ -359,9 +339,7 @@ StatusCode Session::DeleteAsset(const std::string& path) {
 StatusCode Session::ReadAssetMetadata(const std::string& path, AssetMetadata& metadata) {
     return Pimpl->Read({.Operation = "ReadAssetMetadata", .Texts = {path}}, metadata, [&](Unit& unit) {
         const auto found = unit.Metadata.find(path);
-        if (found == unit.Metadata.end()) {
-            return ZORVIC_STATUS_FAILED;
-        }
+        if (found == unit.Metadata.end()) return ZORVIC_STATUS_FAILED;
         metadata = found->second;
         return ZORVIC_STATUS_OK;
     });
@@ -378,9 +356,7 @@ StatusCode Session::GetDiskAssets(std::vector<ExternalAsset>& entries, const std
                                   const std::string& path) {
     return Pimpl->Read({.Operation = "GetDiskAssets", .Texts = {drive, path}}, entries, [&](Unit& unit) {
         const auto found = unit.Listings.find({drive, path});
-        if (found == unit.Listings.end()) {
-            return ZORVIC_STATUS_FAILED;
-        }
+        if (found == unit.Listings.end()) return ZORVIC_STATUS_FAILED;
         entries = found->second;
         return ZORVIC_STATUS_OK;
     });
@@ -408,9 +384,7 @@ StatusCode Session::SetStateEventCallback(StateEventType type, StateEventCallbac
     const Call call{.Operation = "SetStateEventCallback", .Host = state->Host, .Number = type, .User = user};
     FakeZorvic::Record(call);
     FakeZorvic::RunHook(call);
-    if (type <= ZORVIC_STATE_INVALID || type >= ZORVIC_STATE_MAX) {
-        return ZORVIC_STATUS_MISUSED;
-    }
+    if (type <= ZORVIC_STATE_INVALID || type >= ZORVIC_STATE_MAX) return ZORVIC_STATUS_MISUSED;
     {
         const std::scoped_lock lock(state->CallbackLock);
         state->Callbacks.erase(type);
@@ -418,9 +392,7 @@ StatusCode Session::SetStateEventCallback(StateEventType type, StateEventCallbac
             state->Callbacks.emplace(type, SessionState::Callback{fn, user});
         }
     }
-    if (state->Peer && state->Peer->AnswersRegistrations) {
-        FakeZorvic::FireIn(*state, type);
-    }
+    if (state->Peer) FakeZorvic::FireIn(*state, type);
     return ZORVIC_STATUS_OK;
 }
 

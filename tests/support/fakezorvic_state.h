@@ -26,6 +26,6 @@ void RunHook(const Call& call);
 std::shared_ptr<Unit> FindUnit(const std::string& host);
 void Enroll(const std::shared_ptr<SessionState>& session);
 void Withdraw(const std::shared_ptr<SessionState>& session);
-bool FireIn(SessionState& session, Zorvic::StateEventType type);
+void FireIn(SessionState& session, Zorvic::StateEventType type);
 
 }  // namespace FakeZorvic
