@@ -51,6 +51,7 @@ protected:
     }
     static std::vector<std::string> Texts(const QTreeWidgetItem* row) {
         std::vector<std::string> texts;
+        texts.reserve(static_cast<std::size_t>(row->columnCount()));
         for (int column = 0; column < row->columnCount(); ++column)
             texts.push_back(row->text(column).toStdString());
         return texts;

@@ -37,6 +37,7 @@ protected:
     void CloseTab(ZorvicView* view) { emit Window->ZorvicTabs->tabCloseRequested(Window->ZorvicTabs->indexOf(view)); }
     std::vector<std::string> Labels() const {
         std::vector<std::string> labels;
+        labels.reserve(static_cast<std::size_t>(Window->ZorvicTabs->count()));
         for (int index = 0; index < Window->ZorvicTabs->count(); ++index)
             labels.push_back(Window->ZorvicTabs->tabText(index).toStdString());
         return labels;

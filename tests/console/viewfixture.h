@@ -88,6 +88,7 @@ protected:
     }
     static std::vector<std::string> Column(const QTreeWidget* tree, int column) {
         std::vector<std::string> texts;
+        texts.reserve(static_cast<std::size_t>(tree->topLevelItemCount()));
         for (int row = 0; row < tree->topLevelItemCount(); ++row)
             texts.push_back(tree->topLevelItem(row)->text(column).toStdString());
         return texts;
