@@ -369,7 +369,12 @@ TEST_F(ImportingUnitTest, AKilledImportLeavesTheOldFileOrNone) {
     std::filesystem::resize_file(Drive / "clip.wav", Size);
     ZorvicUnit::WriteFile(Assets / "foreign.part", "somebody else's");
     for (const bool replaces : {false, true}) {
-        if (replaces) ZorvicUnit::WriteFile(Assets / "clip.wav", ZorvicUnit::ToneFile());
+        if (replaces) {
+            ZorvicUnit::WriteFile(Assets / "clip.wav", ZorvicUnit::ToneFile());
+            // Older than what the unit would wait for to rest.
+            const auto old = std::filesystem::file_time_type::clock::now() - std::chrono::hours(1);
+            std::filesystem::last_write_time(Assets / "clip.wav", old);
+        }
         std::size_t presets = 0;
         {
             UnitProcess unit(Directory.Path());
@@ -386,14 +391,14 @@ TEST_F(ImportingUnitTest, AKilledImportLeavesTheOldFileOrNone) {
             unit.Process.Signal(SIGKILL);
             ASSERT_EQ(unit.Process.Wait(Watchdog), 128 + SIGKILL);
         }
-        EXPECT_EQ(FilesInStore().size(), replaces ? 3U : 2U) << "not killed in the middle of a copy";
+        EXPECT_EQ(FilesInStore().size(), replaces ? 3U : 2U) << "it was not killed in the middle of a copy";
         UnitProcess unit(Directory.Path());
         Watcher watcher(unit);
         watcher.ReadSnapshot();
         EXPECT_EQ(watcher.Presets.size(), presets);
         EXPECT_EQ(watcher.Assets.size(), replaces ? 1U : 0U);
         if (replaces) {
-            EXPECT_EQ(watcher.Assets[Clip].status(), Zorvic::ZORVIC_ASSETSTATE_READY);
+            ReadUntilStatus(watcher, Clip, Zorvic::ZORVIC_ASSETSTATE_READY);
             EXPECT_EQ(ReadFile(Assets / "clip.wav"), ZorvicUnit::ToneFile());
             EXPECT_THAT(FilesInStore(), testing::UnorderedElementsAre("clip.wav", "foreign.part"));
         } else {
