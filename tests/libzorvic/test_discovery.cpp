@@ -35,6 +35,7 @@ LANZorvic Identity(const std::string& guid, const std::string& nickname) {
 
 std::vector<std::string> GUIDs(const std::vector<LANZorvic>& units) {
     std::vector<std::string> guids;
+    guids.reserve(units.size());
     for (const auto& unit : units)
         guids.push_back(unit.GUID);
     return guids;
