@@ -70,7 +70,8 @@ TEST(FirstLight, AnOperatorFindsAUnitConnectsAndTakesAPreset) {
         seconds(30)));
 
     // The first row of the preset list: a click selects the preset on the unit.
-    ASSERT_TRUE(display.Do({"windowactivate", "--sync", main}));
+    // It fails while no window is active, as between the chooser's end and the main window's turn.
+    ASSERT_TRUE(WaitUntil([&] { return display.Do({"windowactivate", "--sync", main}); }));
     ASSERT_TRUE(WaitUntil([&] {
         display.Do({"mousemove", "--window", main, "500", "243", "click", "1"});
         return OnlyState(observer).IsSelected;

@@ -6,7 +6,8 @@
 #include <stdexcept>
 
 VirtualDisplay::VirtualDisplay()
-    : Server({"Xvfb", "-displayfd", "1", "-screen", "0", "1600x1000x24"}, Directory.Path() + "/number") {
+    // A server that resets when its last client leaves refuses whoever connects meanwhile.
+    : Server({"Xvfb", "-displayfd", "1", "-noreset", "-screen", "0", "1600x1000x24"}, Directory.Path() + "/number") {
     int number = -1;
     if (!WaitUntil([&] { return (std::ifstream(Directory.Path() + "/number") >> number) && number >= 0; }))
         throw std::runtime_error("no virtual display");
@@ -14,6 +15,7 @@ VirtualDisplay::VirtualDisplay()
     setenv("QT_QPA_PLATFORM", "xcb", 1);
     unsetenv("WAYLAND_DISPLAY");
     Manager = std::make_unique<ChildProcess>(std::vector<std::string>{"openbox"});
+    if (!WaitUntil([this] { return Do({"get_desktop"}); })) throw std::runtime_error("no window manager");
 }
 
 bool VirtualDisplay::Do(std::vector<std::string> arguments, std::string* output) {
