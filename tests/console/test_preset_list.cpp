@@ -107,6 +107,7 @@ TEST_F(PresetListTest, AMenuActsOnTheRowsItWasOpenedForAndOutlivesItsView) {
     FakeZorvic::ClearCalls();
     SelectRows({2});
     RightClick([this](const QList<QAction*>& actions) {
+        Forget(2);
         Pump(ZORVIC_STATE_PRESETSTATES);
         actions[1]->trigger();
     });

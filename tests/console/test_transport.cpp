@@ -97,7 +97,6 @@ TEST_F(TransportTest, WhatIsTypedInTheSeekBoxStaysThereUntilReturn) {
 TEST_F(TransportTest, TheGotoButtonsKeepTheirTwoWays) {
     Preset(1).OutPosition = 1000;
     Open();
-    Unit.FollowsCommands = false;
     Click("Goto30Button");
     EXPECT_EQ(Bar()->GetHead(), 31000);
     Click("Goto10Button");

@@ -14,25 +14,25 @@
 /// The unit control library, scripted and in process: console tests link it instead of the real one. Units are plain
 /// data that a test fills and reads; every call of the console is recorded.
 ///
-/// Everything is used on one thread (the GUI thread). A command that succeeds reports the events that a unit would
-/// before it returns, and a registration is answered with one event at once.
+/// Everything is used on one thread (the GUI thread). No events are delivered: a test says what an event would have
+/// brought about.
 namespace FakeZorvic {
 
 /// One call into the library, in the console's own terms.
 struct Call {
-    std::string Operation;    ///< member name, for example "Take"; "Session" and "~Session" for a session's life
-    std::string Host = {};    ///< host text of the session; empty for free functions
-    std::int32_t PK = 0;      ///< of the preset, where there is one (0 in a created preset)
-    std::int64_t Number = 0;  ///< time in ms, or the event type of a registration
-    std::vector<std::string> Texts = {};                ///< text arguments in order: name, path, drive, host
+    std::string Operation;                ///< member name, for example "Take"; "Session" for the constructor
+    std::int32_t PK = 0;                  ///< of the preset, where there is one (0 in a created preset)
+    std::int64_t Number = 0;              ///< time in ms, or the event type of a registration
+    std::vector<std::string> Texts = {};  ///< text arguments in order: name, path, drive, host
     std::optional<Zorvic::Preset> Sent = std::nullopt;  ///< the preset of CreatePreset and UpdatePreset
-    void* User = nullptr;                               ///< of SetStateEventCallback; null when it unregisters
+    std::string Host = {};                              ///< host text of the session; empty for free functions
 
     /// "SeekTo 7 1500", "CreateGoto 7 1000 Verse", "GetPresets": the operation and its arguments, without the host.
     std::string ToString() const;
 };
 
-/// What a unit holds and how it answers.
+/// What a unit holds and how it answers. Of the commands, only the selection, play and pause states, edits of presets
+/// and names of marks have an effect on it.
 struct Unit {
     std::string GUID;
     std::string Nickname;
@@ -44,24 +44,19 @@ struct Unit {
     std::map<std::pair<std::string, std::string>, std::vector<Zorvic::ExternalAsset>> Listings = {};  ///< drive, path
     std::map<std::int32_t, Zorvic::TimeCode> TimeCodes = {};  ///< by PK; without an entry the read fails
     Zorvic::KonaHardwareState Hardware = {};
-
-    bool Reachable = true;        ///< whether a new session or a Reconnect gets a link
-    bool FollowsCommands = true;  ///< commands change the data above as a unit would; off: they only return OK
+    bool Reachable = true;  ///< whether a new session or a Reconnect gets a link
 
     /// Adds a preset with its state, as if stored long ago. A PK of 0 becomes the next free one. Returns the PK.
     std::int32_t AddPreset(Zorvic::Preset preset, std::int32_t trtMS);
     Zorvic::Preset* FindPreset(std::int32_t pk);
     Zorvic::PresetState* FindState(std::int32_t pk);
     /// The next `times` calls of the operation return `status` and do nothing; without `times` all calls do.
-    void Fail(const std::string& operation, Zorvic::StatusCode status, std::optional<int> times = std::nullopt);
+    void Fail(const std::string& operation, Zorvic::StatusCode status, std::optional<int> times = std::nullopt) {
+        Failures[operation] = {status, times};
+    }
     void Succeed(const std::string& operation) { Failures.erase(operation); }
 
-    struct Failure {
-        Zorvic::StatusCode Status = Zorvic::ZORVIC_STATUS_FAILED;
-        std::optional<int> Times;
-    };
-    std::map<std::string, Failure> Failures = {};
-    std::int32_t LastPK = 0;  ///< keys are never reused
+    std::map<std::string, std::pair<Zorvic::StatusCode, std::optional<int>>> Failures = {};
 };
 
 /// Removes all units, the LAN list, the hook and the record. Sessions that still live keep their unit.
@@ -78,8 +73,8 @@ void SetLANZorvics(std::vector<Zorvic::LANZorvic> units);
 /// is reachable.
 void SetConnected(const std::string& host, bool connected);
 
-/// Runs at the start of every operation, after it was recorded and before it takes effect, with no lock held. It may
-/// do what an event loop inside the operation could do. Null removes it.
+/// Runs at the start of every operation, after it was recorded and before it takes effect. It may do what an event
+/// loop inside the operation could do. Null removes it.
 void SetHook(std::function<void(const Call&)> hook);
 
 /// Everything called so far, in order; with a name, only that operation.
@@ -91,15 +86,10 @@ std::vector<std::string> Commands();
 Call LastCall(const std::string& operation);
 void ClearCalls();
 
-/// A callback that is registered now.
-struct Registration {
-    std::string Host;
-    Zorvic::StateEventType Type;
-    void* User;
-};
-std::vector<Registration> Registrations();
-/// Types registered with this user pointer: none may be left when the view it points to is gone.
-std::vector<Zorvic::StateEventType> RegistrationsFor(const void* user);
+/// How many event callbacks are registered now, with this user pointer or with any. None may be left when the view that
+/// it points to is gone.
+std::size_t Registrations();
+std::size_t Registrations(const void* user);
 
 /// Session objects alive now; with a host, those opened with that text. Reset() does not change it.
 std::size_t LiveSessions();

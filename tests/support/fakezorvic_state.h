@@ -3,7 +3,6 @@
 #include "support/fakezorvic.h"
 
 #include <memory>
-#include <mutex>
 
 namespace FakeZorvic {
 
@@ -12,20 +11,22 @@ struct SessionState {
     std::string Host;
     std::shared_ptr<Unit> Peer;  ///< null for a host nobody answers at
     bool LinkUp = false;
-
-    struct Callback {
-        Zorvic::StateEventCallback Function = nullptr;
-        void* User = nullptr;
-    };
-    std::mutex CallbackLock;  ///< guards Callbacks and is held while one runs, so that unregistering waits for it
-    std::map<Zorvic::StateEventType, Callback> Callbacks;
+    std::map<Zorvic::StateEventType, void*> Users = {};  ///< of the callbacks registered now
 };
 
-void Record(const Call& call);
-void RunHook(const Call& call);
-std::shared_ptr<Unit> FindUnit(const std::string& host);
-void Enroll(const std::shared_ptr<SessionState>& session);
-void Withdraw(const std::shared_ptr<SessionState>& session);
-void FireIn(SessionState& session, Zorvic::StateEventType type);
+/// Everything that outlives a session.
+struct Globals {
+    std::map<std::string, std::shared_ptr<Unit>> Units = {};
+    std::vector<Zorvic::LANZorvic> LANUnits = {};
+    std::vector<Call> Calls = {};
+    std::function<void(const Call&)> Hook = {};
+    std::vector<std::shared_ptr<SessionState>> Sessions;
+};
+Globals& Global();
+
+/// How every operation starts: it is recorded, and the hook runs.
+void Begin(const Call& call);
+/// Lets the session find out again whether its host answers.
+void Link(SessionState& session, const std::string& host);
 
 }  // namespace FakeZorvic
