@@ -151,6 +151,8 @@ TEST_F(AssetStoreTest, DeletesFileAndEntry) {
     WriteFile(Asset("clip.wav"), ToneFile());
     WriteFile(Asset("notes.txt"), "text");
     std::filesystem::create_directories(Asset("folder"));
+    WriteFile(Asset("folder/clip.wav"), ToneFile());
+    WriteFile(Usb / "clip.wav", ToneFile());
     Settle();
     ASSERT_TRUE(WaitForStatus("C:\\Assets\\clip.wav", ZORVIC_ASSETSTATE_READY));
     Store->TakeChanges();
@@ -166,6 +168,11 @@ TEST_F(AssetStoreTest, DeletesFileAndEntry) {
     EXPECT_EQ(fault("Q:\\Assets\\clip.wav"), FaultKind::NotFound);
     EXPECT_TRUE(std::filesystem::exists(Disk / "zorvic.db"));
     EXPECT_TRUE(std::filesystem::exists(Asset("notes.txt")));
+
+    std::filesystem::remove_all(Asset("folder"));
+    std::filesystem::create_directory_symlink(Usb.Path, Asset("folder"));
+    EXPECT_EQ(fault("C:\\Assets\\folder\\clip.wav"), FaultKind::Refused);
+    EXPECT_TRUE(std::filesystem::exists(Usb / "clip.wav")) << "the file of somebody else";
 }
 
 TEST_F(AssetStoreTest, ReadsMetadataBeforeTheFileRests) {

@@ -137,6 +137,36 @@ TEST_F(ImportTest, RefusesWhatIsNotAFileOfADrive) {
         for (const char* path : paths)
             EXPECT_EQ(InstallFault(path), kind) << path;
     EXPECT_TRUE(Store->Assets().empty());
+
+    const MediaDirectory elsewhere;
+    WriteFile(Usb / "clip.wav", ToneFile());
+    std::filesystem::remove_all(Disk / "Assets");
+    std::filesystem::create_directory_symlink(elsewhere.Path, Disk / "Assets");
+    EXPECT_EQ(InstallFault("E:\\clip.wav"), FaultKind::Refused) << "the store leads elsewhere";
+    EXPECT_TRUE(std::filesystem::is_empty(elsewhere.Path));
+}
+
+// Allowed when it was asked for, something else by the time its turn comes. Size and time alone would not tell.
+TEST_F(ImportTest, WhatHasBecomeALinkOutOfTheDriveIsNotRead) {
+    Open();
+    const MediaDirectory elsewhere;
+    const auto time = std::filesystem::file_time_type::clock::now();
+    std::filesystem::create_directories(Usb / "folder");
+    for (const auto& file :
+         {Usb / "clip.wav", Usb / "folder/under.wav", elsewhere / "clip.wav", elsewhere / "under.wav"}) {
+        WriteFile(file, ToneFile());
+        std::filesystem::last_write_time(file, time);
+    }
+    WriteSparse("slow.wav", 200'000'000);
+    for (const char* path : {"E:\\slow.wav", "E:\\clip.wav", "E:\\folder\\under.wav"})
+        Store->Install(path);
+    std::filesystem::remove(Usb / "clip.wav");
+    std::filesystem::remove_all(Usb / "folder");
+    std::filesystem::create_symlink(elsewhere / "clip.wav", Usb / "clip.wav");
+    std::filesystem::create_directory_symlink(elsewhere.Path, Usb / "folder");
+    Store->Delete("C:\\Assets\\slow.wav");
+    EXPECT_TRUE(WaitForStatus(Clip, ZORVIC_ASSETSTATE_ERROR));
+    EXPECT_TRUE(WaitForStatus("C:\\Assets\\under.wav", ZORVIC_ASSETSTATE_ERROR));
 }
 
 TEST_F(ImportTest, StoppingGivesUpTheCopyAndLeavesNothing) {

@@ -130,7 +130,7 @@ void AssetScanner::Forget(const std::vector<std::string>& paths) {
 }
 
 std::filesystem::path AssetScanner::FileOf(const AssetContent& content) const {
-    return Drives.Parse(content.Path).HostPath();
+    return ResolveOnDrive(Drives.Parse(content.Path));
 }
 
 void AssetScanner::ReadStreams(const AssetContent& content) {

@@ -49,6 +49,7 @@ private:
     void SaveFinished();
     void ComputeLevels(const AssetContent& content);
     void SaveLevels();
+    /// Throws Fault when it is gone or leads off its drive by now.
     std::filesystem::path FileOf(const AssetContent& content) const;
 
     const DriveTable& Drives;

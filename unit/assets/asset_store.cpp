@@ -35,11 +35,7 @@ std::vector<DriveRoot> ToRoots(const AssetStore::Options& options) {
 
 struct AssetStore::Impl {
     Impl(const Options& options, Database& database, const Clock& clock)
-        : Watch(options.Watch),
-          AssetsDirectory(options.StoreDirectory / "Assets"),
-          Drives(ToRoots(options)),
-          Table(database),
-          Time(clock) {
+        : Watch(options.Watch), Drives(ToRoots(options)), Table(database), Time(clock) {
         for (const DriveRoot& drive : Drives.All())
             Readers.push_back(std::make_unique<DriveReader>(drive));
     }
@@ -54,8 +50,8 @@ struct AssetStore::Impl {
     }
 
     const bool Watch;
-    const std::filesystem::path AssetsDirectory;
     const DriveTable Drives;
+    const DrivePlace Assets{&Drives.All().front(), {"Assets"}};
     std::vector<std::unique_ptr<DriveReader>> Readers;  ///< in the order of Drives
     AssetIndex Index;
     AssetTable Table;
@@ -63,7 +59,7 @@ struct AssetStore::Impl {
     std::function<void()> Listener;
     // Destroyed in reverse order: the importer hands finished files to the scanner.
     AssetScanner Scanner{Drives, Index, Table, Time, [this] { Notify(); }};
-    Importer Imports{AssetsDirectory, Index, Table, Scanner, [this] { Notify(); }};
+    Importer Imports{Assets, Index, Table, Scanner, [this] { Notify(); }};
 };
 
 AssetStore::AssetStore(const Options& options, Database& database, const Clock& clock)
@@ -76,7 +72,7 @@ void AssetStore::SetListener(std::function<void()> listener) {
 }
 
 void AssetStore::Start() {
-    std::filesystem::create_directories(Parts->AssetsDirectory);
+    std::filesystem::create_directories(Parts->Assets.HostPath());
     Parts->Imports.Sweep();
     Parts->Scanner.Start(Parts->Watch);
 }
@@ -114,7 +110,10 @@ void AssetStore::Delete(const std::string& path) {
     if (!place.IsBelowAssets()) throw Fault(FaultKind::Misused, path + " is not the path of an asset");
     if (!Parts->Index.EndImport(path)) {
         if (!Parts->Index.Find(path)) throw Fault(FaultKind::NotFound, "there is no asset " + path);
-        const auto file = place.HostPath();
+        DrivePlace folder = place;
+        folder.Names.pop_back();
+        // A folder may have become a link that leads off the drive.
+        const auto file = ResolveOnDrive(folder) / place.Names.back();
         if (unlink(file.c_str()) != 0 && errno != ENOENT)
             throw Fault(FaultKind::Internal, "cannot delete " + path + ": " + std::strerror(errno));
         Parts->Index.Remove(path);

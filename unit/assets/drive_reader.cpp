@@ -97,13 +97,12 @@ DriveReader::Answer<DriveReader::Listing> DriveReader::AskOrFind(const std::vect
         const auto& listing = known.second.get().Value;
         return !listing || listing->Finished < oldest;
     });
-    auto& listing = Listings[names];
-    if (!listing.valid())
-        listing = Ask<Listing>([names, list = ListEntries](const DriveRoot& drive) {
-            auto entries = list({&drive, names});
-            return Listing{std::move(entries), std::chrono::steady_clock::now()};
-        });
-    return listing;
+    if (const auto known = Listings.find(names); known != Listings.end()) return known->second;
+    auto listing = Ask<Listing>([names, list = ListEntries](const DriveRoot& drive) {
+        auto entries = list({&drive, names});
+        return Listing{std::move(entries), std::chrono::steady_clock::now()};
+    });
+    return Listings.emplace(names, std::move(listing)).first->second;
 }
 
 std::vector<zorvic::v1::DirectoryEntry> DriveReader::List(const std::vector<std::string>& names) {

@@ -2,6 +2,7 @@
 
 #include "assets/descriptor.h"
 #include "fault.h"
+#include "media/regular_file.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -22,9 +23,7 @@ constexpr off_t ForgetBytes = off_t{8} << 20U;
 
 void ReadWhole(const std::filesystem::path& file, const std::atomic<bool>& stop,
                const std::function<void(std::span<const char>)>& take) {
-    const Descriptor source(open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    if (!source.IsOpen())
-        throw Fault(FaultKind::NotFound, "cannot open " + file.string() + ": " + std::strerror(errno));
+    const Descriptor source(OpenRegularFile(file));
     posix_fadvise(source.Get(), 0, 0, POSIX_FADV_SEQUENTIAL);
     std::vector<char> piece(PieceBytes);
     off_t done = 0;

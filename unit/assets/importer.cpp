@@ -26,7 +26,7 @@ bool IsBelow(const std::filesystem::path& directory, const std::filesystem::path
 
 }  // namespace
 
-Importer::Importer(std::filesystem::path assets, AssetIndex& index, AssetTable& table, AssetScanner& scanner,
+Importer::Importer(DrivePlace assets, AssetIndex& index, AssetTable& table, AssetScanner& scanner,
                    std::function<void()> notify)
     : Assets(std::move(assets)),
       Index(index),
@@ -38,8 +38,9 @@ Importer::Importer(std::filesystem::path assets, AssetIndex& index, AssetTable& 
 Importer::~Importer() = default;
 
 void Importer::Sweep() const {
+    if (!StaysOnDrive(Assets)) return;
     std::error_code error;
-    for (const auto& entry : std::filesystem::directory_iterator(Assets, error)) {
+    for (const auto& entry : std::filesystem::directory_iterator(Assets.HostPath(), error)) {
         const std::string name = entry.path().filename().string();
         if (!name.starts_with(PartPrefix) || !name.ends_with(PartSuffix)) continue;
         spdlog::info("removing an unfinished import");
@@ -49,21 +50,22 @@ void Importer::Sweep() const {
 
 void Importer::Add(const SourceFile& source, const std::string& name) {
     if (IsHidden(name)) throw Fault(FaultKind::Misused, "\"" + ForLog(name) + "\" would be a hidden file");
-    std::error_code error;
-    if (IsBelow(std::filesystem::canonical(Assets, error), source.File))
+    const auto directory = ResolveOnDrive(Assets);
+    if (IsBelow(directory, source.File))
         throw Fault(FaultKind::Refused, source.File.string() + " is in the store already");
-    Order order{source, "C:\\Assets\\" + name, Assets / name};
+    Order order{source, Assets.UnitPath() + '\\' + name, directory / name};
     order.Number = Index.BeginImport(order.Path, source.Stamp);
     Notify();
     Copies.Post(0, [this, order = std::move(order)] { Carry(order); });
 }
 
 void Importer::Carry(const Order& order) {
-    const auto part = Assets / (PartPrefix + std::to_string(order.Number) + PartSuffix);
+    const auto directory = order.Target.parent_path();
+    const auto part = directory / (PartPrefix + std::to_string(order.Number) + PartSuffix);
     try {
         const AssetRecord record = CopyAndProbe(order, part);
         std::filesystem::rename(part, order.Target);
-        SyncDirectory(Assets);
+        SyncDirectory(directory);
         Index.FinishImport(record);
         spdlog::info("imported {}", order.Path);
         Notify();

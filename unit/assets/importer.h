@@ -17,8 +17,8 @@ namespace ZorvicUnit {
 /// complete, on disk and known to be media; only then does it take the place of an older file.
 class Importer {
 public:
-    /// `assets` is the store's Assets directory; `notify` is called from the thread when the index has changed.
-    Importer(std::filesystem::path assets, AssetIndex& index, AssetTable& table, AssetScanner& scanner,
+    /// `assets` is where the store keeps its assets; `notify` is called from the thread when the index has changed.
+    Importer(DrivePlace assets, AssetIndex& index, AssetTable& table, AssetScanner& scanner,
              std::function<void()> notify);
     /// Gives up the running copy and removes what there is of it.
     ~Importer();
@@ -26,7 +26,8 @@ public:
     /// Removes what an interrupted run has left. Before the first Add().
     void Sweep() const;
 
-    /// Lists the asset as being ingested and queues the copy. Misused (a name that would be hidden), Refused.
+    /// Lists the asset as being ingested and queues the copy. Misused (a name that would be hidden), Refused, NotFound
+    /// (no directory for assets).
     void Add(const SourceFile& source, const std::string& name);
 
 private:
@@ -40,7 +41,7 @@ private:
     AssetRecord CopyAndProbe(const Order& order, const std::filesystem::path& part);
     void ShowProgress(const Order& order, std::int64_t done);
 
-    const std::filesystem::path Assets;
+    const DrivePlace Assets;
     AssetIndex& Index;
     AssetTable& Table;
     AssetScanner& Scanner;

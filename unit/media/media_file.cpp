@@ -1,18 +1,17 @@
 #include "media/media_file.h"
 
 #include "fault.h"
+#include "media/regular_file.h"
 
 extern "C" {
 #include <libavformat/avformat.h>
 #include <libavutil/log.h>
 #include <libavutil/mem.h>
 }
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <mutex>
 
 namespace ZorvicUnit {
@@ -72,13 +71,7 @@ struct MediaFile::Source {
 MediaFile::MediaFile(const std::filesystem::path& file, const ReadLimit& limit)
     : Input(std::make_unique<Source>(Source{file, limit})) {
     SilenceLibrary();
-    // Not blocking, so that a pipe in the place of a file does not hold the thread.
-    Input->Descriptor = open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-    if (Input->Descriptor < 0)
-        throw Fault(FaultKind::NotFound, "cannot open " + file.string() + ": " + std::strerror(errno));
-    struct stat status = {};
-    if (fstat(Input->Descriptor, &status) != 0 || !S_ISREG(status.st_mode))
-        throw Fault(FaultKind::Refused, file.string() + " is not a regular file");
+    Input->Descriptor = OpenRegularFile(file);
     try {
         Open();
     } catch (...) {

@@ -27,8 +27,8 @@ struct ReadLimit {
 /// name other files or addresses are refused. For one thread at a time.
 class MediaFile {
 public:
-    /// Throws Fault: NotFound when the file cannot be opened, Refused when it is not media, Slow when the limit is
-    /// reached.
+    /// The path holds no link. Throws Fault: NotFound when the file cannot be opened, Refused when it is not media,
+    /// Slow when the limit is reached.
     MediaFile(const std::filesystem::path& file, const ReadLimit& limit);
     ~MediaFile();
     MediaFile(const MediaFile&) = delete;
