@@ -235,7 +235,9 @@ TEST_F(UnitProcessTest, FailuresReachTheWireAsTheirStatus) {
     auto preset = PresetWith(0, "a");
     preset.add_volume(70'000);
     EXPECT_EQ(unit.Create(preset).error_code(), grpc::StatusCode::INVALID_ARGUMENT);
+    EXPECT_EQ(unit.DeleteAsset("C:\\Assets\\a\nforged").error_code(), grpc::StatusCode::INVALID_ARGUMENT);
     EXPECT_THAT(ReadFile(unit.Log), HasSubstr("create preset: a volume of 70000"));
+    EXPECT_THAT(ReadFile(unit.Log), HasSubstr("delete asset C:\\Assets\\a?forged"));
 }
 
 TEST_F(UnitProcessTest, PlaysAFileOfItsStoreAndKeepsItWhileItPlays) {

@@ -1,5 +1,6 @@
 #include "service/unit_service.h"
 
+#include "assets/names.h"
 #include "fault.h"
 #include "feed/feed.h"
 #include "feed/frames.h"
@@ -44,7 +45,8 @@ StatusCode ToStatusCode(FaultKind kind) {
     return StatusCode::INTERNAL;
 }
 
-// Turns what the action throws into its status; what says what was tried on what, for the log.
+// Turns what the action throws into its status; what says what was tried on what, for the log. Both may quote the
+// console: a line break in a path must not forge a line.
 template <typename Action>
 Status Attempt(const std::string& what, const Action& action) {
     try {
@@ -52,10 +54,10 @@ Status Attempt(const std::string& what, const Action& action) {
         spdlog::debug("{}: done", what);
         return Status::OK;
     } catch (const Fault& fault) {
-        spdlog::warn("{}: {}", what, fault.what());
+        spdlog::warn("{}: {}", ForLog(what), ForLog(fault.what()));
         return {ToStatusCode(fault.Kind), fault.what()};
     } catch (const std::exception& error) {
-        spdlog::error("{}: {}", what, error.what());
+        spdlog::error("{}: {}", ForLog(what), ForLog(error.what()));
         return {StatusCode::INTERNAL, error.what()};
     }
 }
