@@ -51,6 +51,15 @@ TEST_F(ImportTest, ListsTheAssetAtOnceAndBringsItIn) {
     EXPECT_EQ(StatusOf(Clip), ZORVIC_ASSETSTATE_READY) << "the scan meets a file that it knows";
 }
 
+TEST_F(ImportTest, AStoreThatCannotBeWrittenCostsNoMeters) {
+    Open();
+    Rows.Execute("PRAGMA query_only = ON");
+    WriteFile(Usb / "clip.wav", ToneFile());
+    Store->Install("E:\\clip.wav");
+    ASSERT_TRUE(WaitForStatus(Clip, ZORVIC_ASSETSTATE_READY));
+    EXPECT_TRUE(WaitUntil([&] { return Store->Levels(Clip) != nullptr; }));
+}
+
 TEST_F(ImportTest, QueuedOnesAreListedWithNothingCopied) {
     Open();
     WriteSparse("long.wav", 200'000'000);

@@ -163,8 +163,10 @@ void AssetScanner::ReadChecksum(const AssetContent& content) {
 }
 
 void AssetScanner::SaveFinished() {
-    const auto records = std::exchange(Finished, {});
-    if (records.empty()) return;
+    if (!Finished.empty()) Keep(std::exchange(Finished, {}));
+}
+
+void AssetScanner::Keep(const std::vector<AssetRecord>& records) {
     try {
         Table.Save(records);
     } catch (const Fault& fault) {

@@ -33,8 +33,11 @@ public:
     /// disk must not keep anybody from deleting.
     void Forget(const std::vector<std::string>& paths);
 
-    /// Has levels computed, or brought back from the table.
-    void ReadLevels(const AssetContent& content);
+    /// Writes to the table what was read, and goes on with the levels. A failure is logged only: the next start reads
+    /// the files again.
+    void Keep(const std::vector<AssetRecord>& records);
+
+    /// Has levels brought back from the table.
     void LoadLevels(const AssetContent& content);
 
 private:
@@ -47,6 +50,7 @@ private:
     void ReadStreams(const AssetContent& content);
     void ReadChecksum(const AssetContent& content);
     void SaveFinished();
+    void ReadLevels(const AssetContent& content);
     void ComputeLevels(const AssetContent& content);
     void SaveLevels();
     /// Throws Fault when it is gone or leads off its drive by now.

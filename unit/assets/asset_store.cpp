@@ -59,7 +59,7 @@ struct AssetStore::Impl {
     std::function<void()> Listener;
     // Destroyed in reverse order: the importer hands finished files to the scanner.
     AssetScanner Scanner{Drives, Index, Table, Time, [this] { Notify(); }};
-    Importer Imports{Assets, Index, Table, Scanner, [this] { Notify(); }};
+    Importer Imports{Assets, Index, Scanner, [this] { Notify(); }};
 };
 
 AssetStore::AssetStore(const Options& options, Database& database, const Clock& clock)

@@ -26,11 +26,9 @@ bool IsBelow(const std::filesystem::path& directory, const std::filesystem::path
 
 }  // namespace
 
-Importer::Importer(DrivePlace assets, AssetIndex& index, AssetTable& table, AssetScanner& scanner,
-                   std::function<void()> notify)
+Importer::Importer(DrivePlace assets, AssetIndex& index, AssetScanner& scanner, std::function<void()> notify)
     : Assets(std::move(assets)),
       Index(index),
-      Table(table),
       Scanner(scanner),
       Notify(std::move(notify)),
       Copies("zu-import", Manners::Modest) {}
@@ -69,8 +67,7 @@ void Importer::Carry(const Order& order) {
         Index.FinishImport(record);
         spdlog::info("imported {}", order.Path);
         Notify();
-        Table.Save({record});
-        Scanner.ReadLevels(record.Content);
+        Scanner.Keep({record});
     } catch (const std::exception& error) {
         std::error_code ignored;
         std::filesystem::remove(part, ignored);

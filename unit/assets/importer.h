@@ -2,7 +2,6 @@
 
 #include "assets/asset_index.h"
 #include "assets/asset_scanner.h"
-#include "assets/asset_table.h"
 #include "assets/drive_reader.h"
 #include "assets/worker.h"
 
@@ -18,8 +17,7 @@ namespace ZorvicUnit {
 class Importer {
 public:
     /// `assets` is where the store keeps its assets; `notify` is called from the thread when the index has changed.
-    Importer(DrivePlace assets, AssetIndex& index, AssetTable& table, AssetScanner& scanner,
-             std::function<void()> notify);
+    Importer(DrivePlace assets, AssetIndex& index, AssetScanner& scanner, std::function<void()> notify);
     /// Gives up the running copy and removes what there is of it.
     ~Importer();
 
@@ -43,7 +41,6 @@ private:
 
     const DrivePlace Assets;
     AssetIndex& Index;
-    AssetTable& Table;
     AssetScanner& Scanner;
     const std::function<void()> Notify;
     std::chrono::steady_clock::time_point LastShown;  ///< of the thread only
