@@ -8,7 +8,9 @@
 #include <fcntl.h>
 #include <sys/statvfs.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 
 namespace ZorvicUnit {
@@ -17,7 +19,11 @@ namespace {
 
 // Left for the preset store: an import must not be what keeps an edit from being saved.
 constexpr std::int64_t Reserve = std::int64_t{8} << 20U;
-constexpr std::int64_t FlushBytes = std::int64_t{8} << 20U;
+// So much is written between two waits for the disk, within which the copy must be seen to move.
+constexpr std::int64_t LeastStretch = std::int64_t{256} << 10U;
+constexpr std::int64_t LongestStretch = std::int64_t{8} << 20U;
+constexpr std::chrono::milliseconds ShortWait{25};
+constexpr std::chrono::milliseconds LongWait{100};
 
 [[noreturn]] void Fail(const std::string& what) {
     const bool full = errno == ENOSPC || errno == EDQUOT || errno == EFBIG;
@@ -50,7 +56,7 @@ public:
             bytes = bytes.subspan(static_cast<std::size_t>(written));
             Done += written;
         }
-        if (Done - Flushed >= FlushBytes) Flush();
+        if (Done - Flushed >= Stretch) Flush();
     }
 
     std::int64_t Size() const { return Done; }
@@ -64,16 +70,21 @@ public:
 private:
     // Starts writing the newest stretch and waits for the one before, so that never much is left for a long flush.
     void Flush() {
+        const auto began = std::chrono::steady_clock::now();
         sync_file_range(File.Get(), Flushed, Done - Flushed, SYNC_FILE_RANGE_WRITE);
         sync_file_range(File.Get(), Settled, Flushed - Settled,
                         SYNC_FILE_RANGE_WAIT_BEFORE | SYNC_FILE_RANGE_WRITE | SYNC_FILE_RANGE_WAIT_AFTER);
         posix_fadvise(File.Get(), Settled, Flushed - Settled, POSIX_FADV_DONTNEED);
         Settled = Flushed;
         Flushed = Done;
+        const auto waited = std::chrono::steady_clock::now() - began;
+        if (waited > LongWait) Stretch = std::max(Stretch / 2, LeastStretch);
+        if (waited < ShortWait) Stretch = std::min(Stretch * 2, LongestStretch);
     }
 
     const std::string Name;
     Descriptor File;
+    std::int64_t Stretch = LeastStretch;
     std::int64_t Done = 0;
     std::int64_t Flushed = 0;
     std::int64_t Settled = 0;
