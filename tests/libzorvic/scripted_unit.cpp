@@ -3,7 +3,6 @@
 #include <google/protobuf/util/field_mask_util.h>
 #include <grpcpp/server_builder.h>
 
-#include <chrono>
 #include <thread>
 
 using namespace std::chrono_literals;
@@ -38,9 +37,9 @@ Wire::Frame MakeFrame(std::uint64_t revision, const std::vector<Wire::Piece>& pi
     return frame;
 }
 
-ScriptedUnit::ScriptedUnit(const std::string& guid, const std::string& address) : GUID(guid), Address(address) {
+ScriptedUnit::ScriptedUnit(const std::string& guid) : GUID(guid) {
     grpc::ServerBuilder builder;
-    builder.AddListeningPort(address + ":0", grpc::InsecureServerCredentials(), &Port);
+    builder.AddListeningPort("127.0.0.1:0", grpc::InsecureServerCredentials(), &Port);
     builder.RegisterService(this);
     Server = builder.BuildAndStart();
 }
@@ -75,9 +74,8 @@ grpc::Status ScriptedUnit::Watch(grpc::ServerContext* context, const Wire::Watch
     std::size_t next = Sent.size();
     Wire::Frame frame = Snapshot();
     while (!context->IsCancelled() && !Ending) {
-        const auto delay = StreamDelay;
         lock.unlock();
-        if (next > 0) std::this_thread::sleep_for(delay);
+        if (next > 0) std::this_thread::sleep_for(StreamDelay.load());
         writer->Write(frame);
         lock.lock();
         Changed.wait_for(lock, 100ms, [&] { return next < Sent.size() || Ending; });
@@ -104,7 +102,7 @@ grpc::Status ScriptedUnit::UpdatePreset(grpc::ServerContext*, const Wire::Update
 
 grpc::Status ScriptedUnit::Take(grpc::ServerContext* context, const Wire::PresetRequest*, Wire::CommandReply* reply) {
     std::unique_lock lock(Lock);
-    ++Takes;
+    ++TakesStarted;
     WaitWhileFrozen(*context, lock);
     reply->set_revision(Revision);
     return CommandStatus;

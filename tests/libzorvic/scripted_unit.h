@@ -4,6 +4,8 @@
 
 #include <grpcpp/server.h>
 
+#include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <map>
 #include <memory>
@@ -25,12 +27,11 @@ Wire::Frame MakeFrame(std::uint64_t revision, const std::vector<Wire::Piece>& pi
 /// command.
 class ScriptedUnit final : public Wire::Unit::Service {
 public:
-    explicit ScriptedUnit(const std::string& guid = "unit-1", const std::string& address = "127.0.0.1");
+    explicit ScriptedUnit(const std::string& guid = "unit-1");
     ~ScriptedUnit() override;
 
-    /// Where it listens, with its port.
-    std::string Host() const { return Address + ":" + std::to_string(Port); }
     int ListeningPort() const { return Port; }
+    std::string Host() const { return "127.0.0.1:" + std::to_string(Port); }
 
     /// Stores a preset and streams the change.
     void Store(const Wire::Preset& preset) {
@@ -44,17 +45,9 @@ public:
     void SendPiece(const Wire::Piece& piece) {
         Locked([&] { Sent.push_back(MakeFrame(++Revision, {piece})); });
     }
-    /// A frozen unit keeps its connections, sends nothing and answers nothing.
-    void Freeze(bool frozen) {
-        Locked([&] { Frozen = frozen; });
-    }
     /// What every command is answered with from now on.
     void AnswerCommandsWith(const grpc::Status& status) {
         Locked([&] { CommandStatus = status; });
-    }
-    /// Changes reach the streams only this much later than the reply of the command that made them.
-    void DelayStream(std::chrono::milliseconds delay) {
-        Locked([&] { StreamDelay = delay; });
     }
     Wire::Preset Stored(int pk) {
         return Locked([&] { return Presets.at(pk); });
@@ -62,9 +55,11 @@ public:
     std::vector<Wire::UpdatePresetRequest> Updates() {
         return Locked([&] { return Received; });
     }
-    int TakesStarted() {
-        return Locked([&] { return Takes; });
-    }
+    /// A frozen unit keeps its connections, sends nothing and answers nothing.
+    std::atomic<bool> Frozen = false;
+    /// Changes reach the streams only this much later than the reply of the command that made them.
+    std::atomic<std::chrono::milliseconds> StreamDelay{};
+    std::atomic<int> TakesStarted = 0;
 
 private:
     template <typename Action>
@@ -85,18 +80,14 @@ private:
     void WaitWhileFrozen(const grpc::ServerContext& context, std::unique_lock<std::mutex>& lock);
 
     const std::string GUID;
-    const std::string Address;
     int Port = 0;
     std::mutex Lock;  // guards everything below but Server
     std::condition_variable Changed;
     std::map<int, Wire::Preset> Presets;
     std::vector<Wire::Frame> Sent;  // to every stream, which keeps its place in it
     std::uint64_t Revision = 1;
-    int Takes = 0;
-    bool Frozen = false;
     bool Ending = false;
     grpc::Status CommandStatus;
-    std::chrono::milliseconds StreamDelay{0};
     std::vector<Wire::UpdatePresetRequest> Received;
     std::unique_ptr<grpc::Server> Server;
 };

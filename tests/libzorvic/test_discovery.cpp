@@ -3,7 +3,6 @@
 #include "discovery_service.h"
 #include "scripted_unit.h"
 #include "support/childprocess.h"
-#include "support/multicast.h"
 
 #include <gmock/gmock.h>
 #include <zorvic/discovery.h>
@@ -12,7 +11,6 @@
 #include <atomic>
 #include <cstdlib>
 #include <future>
-#include <set>
 
 using namespace Zorvic;
 using namespace Zorvic::Internal;
@@ -41,17 +39,11 @@ std::vector<std::string> GUIDs(const std::vector<LANZorvic>& units) {
     return guids;
 }
 
-/// Answers for the hosts in Alive with the host as GUID, inside Ask().
+/// Answers with the host as GUID while the units are alive, inside Ask().
 struct FakeProber final : UnitProber {
-    std::mutex Lock;
-    std::set<std::string> Alive;
-    void SetAlive(const std::set<std::string>& hosts) {
-        const std::scoped_lock guard(Lock);
-        Alive = hosts;
-    }
+    std::atomic<bool> Alive = true;
     void Ask(const std::string& host, Done done) override {
-        const std::scoped_lock guard(Lock);
-        done(Alive.contains(host) ? std::optional(Identity(host, host)) : std::nullopt);
+        done(Alive ? std::optional(Identity(host, host)) : std::nullopt);
     }
 };
 
@@ -149,7 +141,7 @@ TEST_F(Tracker, LateAnswerOfAnEarlierPlaceIsIgnored) {
     EXPECT_NE(Subject.TakeDue(Now).at(0).ID, first.ID);
 }
 
-TEST(Service, FollowsTenUnitsThatComeAndGoAndRestsWhenNobodyAsks) {
+TEST(Service, FollowsUnitsThatComeAndGoAndRestsWhenNobodyAsks) {
     auto owned = std::make_unique<FakeProber>();
     auto& prober = *owned;
     std::atomic<int> running{0};
@@ -162,17 +154,13 @@ TEST(Service, FollowsTenUnitsThatComeAndGoAndRestsWhenNobodyAsks) {
         std::move(owned), 200ms);
     EXPECT_EQ(running, 0);
     ASSERT_TRUE(WaitUntil([&] { return service.Units().empty() && running == 1 && listener.load() != nullptr; }));
-    std::set<std::string> hosts;
-    for (int i = 0; i < 10; ++i)
-        hosts.insert("10.0.0." + std::to_string(i));
-    prober.SetAlive(hosts);
-    for (const auto& host : hosts)
+    for (const char* host : {"10.0.0.1", "10.0.0.2"})
         listener.load()->OnAnnounced(Announced(host, host));
-    EXPECT_TRUE(WaitUntil([&] { return service.Units().size() == 10; }));
-    prober.SetAlive({"10.0.0.3"});
-    EXPECT_TRUE(WaitUntil([&] { return GUIDs(service.Units()) == std::vector<std::string>{"10.0.0.3"}; }));
-    listener.load()->OnWithdrawn("10.0.0.3");
-    EXPECT_THAT(service.Units(), IsEmpty());
+    EXPECT_TRUE(WaitUntil([&] { return service.Units().size() == 2; }));
+    listener.load()->OnWithdrawn("10.0.0.2");
+    EXPECT_THAT(GUIDs(service.Units()), ElementsAre("10.0.0.1"));
+    prober.Alive = false;
+    EXPECT_TRUE(WaitUntil([&] { return service.Units().empty(); }));
     EXPECT_TRUE(WaitUntil([&] { return running == 0; }));
 }
 
@@ -211,11 +199,10 @@ TEST(Prober, TellsALivingUnitFromADeadOneAndFromGarbage) {
 }
 
 TEST(Loopback, AnnouncedUnitIsFoundAndLeavesWithItsGoodbye) {
-    if (const auto obstacle = WhyNoMulticastOnLoopback(); !obstacle.empty()) GTEST_SKIP() << obstacle;
     setenv("ZORVIC_DISCOVERY", "lo", 1);
-    const ScriptedUnit server("guid-of-the-answer", "127.0.0.2");
+    const ScriptedUnit server("guid-of-the-answer");
     ZorvicUnit::AnnouncerConfig config;
-    config.Address = "127.0.0.2";
+    config.Address = "127.0.0.1";
     config.Port = static_cast<std::uint16_t>(server.ListeningPort());
     config.GUID = "guid-of-the-answer";
     config.Nickname = std::string(300, 'n');
@@ -233,7 +220,7 @@ TEST(Loopback, AnnouncedUnitIsFoundAndLeavesWithItsGoodbye) {
         const ZorvicUnit::Announcer announcer(config);
         config.Port = 1;
         const ZorvicUnit::Announcer twin(config);
-        ASSERT_TRUE(WaitUntil(isThere));
+        ASSERT_TRUE(WaitUntil(isThere)) << "does lo pass multicast on this machine?";
         EXPECT_EQ(unit.Nickname, "Left wing");
         EXPECT_EQ(unit.Type, ZORVIC_UTYPE_LUMEN);
         EXPECT_EQ(unit.IP, server.Host());

@@ -103,7 +103,7 @@ TEST(Session, EditSendsWhatDiffersAndUndoesNobodysEdit) {
 TEST(Session, ReadAfterACommandShowsItsEffect) {
     ScriptedUnit unit;
     unit.Store(NamedPreset(1, "Opening"));
-    unit.DelayStream(30ms);
+    unit.StreamDelay = 30ms;
     Session session(unit.Host(), 1);
     for (Preset copy = OnlyPreset(session); copy.Name.size() < 17; copy.Name += '!') {
         ASSERT_EQ(session.UpdatePreset(copy), ZORVIC_STATUS_OK);
@@ -170,18 +170,18 @@ TEST(Session, FrozenUnitCancelsTheCallInFlightAndReconnectStartsOver) {
     unit.Store(NamedPreset(1, "Opening"));
     Session session(unit.Host(), 1);
     Recorder recorder(session);
-    unit.Freeze(true);
+    unit.Frozen = true;
     EXPECT_EQ(session.Take(1), ZORVIC_STATUS_NETWORKERROR);
     EXPECT_TRUE(WaitUntil([&] { return !session.Connected(); }));
-    EXPECT_EQ(unit.TakesStarted(), 1);
+    EXPECT_EQ(unit.TakesStarted, 1);
     std::vector<Preset> presets;
     EXPECT_EQ(session.GetPresets(presets), ZORVIC_STATUS_NETWORKERROR);
     EXPECT_EQ(session.Take(1), ZORVIC_STATUS_NETWORKERROR);
-    EXPECT_EQ(unit.TakesStarted(), 1) << "without a link nothing is sent";
+    EXPECT_EQ(unit.TakesStarted, 1) << "without a link nothing is sent";
     EXPECT_EQ(session.Reconnect(""), ZORVIC_STATUS_NETWORKERROR);
 
     unit.Store(NamedPreset(1, "Closing"));
-    unit.Freeze(false);
+    unit.Frozen = false;
     EXPECT_TRUE(WaitUntil([&] { return session.Connected(); })) << "the attempt went on in the background";
     EXPECT_EQ(OnlyPreset(session).Name, "Closing");
     EXPECT_TRUE(recorder.AllReach(1)) << "registrations survive, and each hears of the new snapshot";
@@ -209,7 +209,7 @@ TEST(Session, GarbageCostsTheLinkWhichComesBackToThisUnitAndToNoOther) {
 // Each must end by itself; what it must not do is crash, hang, or call back afterwards.
 TEST(Session, MayBeDestroyedInAnyState) {
     ScriptedUnit silent;
-    silent.Freeze(true);
+    silent.Frozen = true;
     for (const std::string& host : {silent.Host(), std::string("no-such-name.invalid"), std::string("127.0.0.1:1")}) {
         ScriptedUnit unit;
         Session session(unit.Host(), 1);
