@@ -129,7 +129,14 @@ TEST_F(Chooser, AnUnchangedListIsNotTouchedAndAChangedOneDoesNotScroll) {
     EXPECT_EQ(List->verticalScrollBar()->value(), bottom);
 }
 
-TEST_F(Chooser, ReturnAnywhereConnectsOnce) {
+TEST_F(Chooser, ReturnAnywhereConnectsOnceWhereAUnitAnswers) {
+    ShowActive();
+    for (const char* nobody : {"", "10.0.0.9"}) {
+        Window.ZorvicIPBox->setText(QString::fromUtf8(nobody));
+        QTest::keyClick(Window.ZorvicIPBox, Qt::Key_Return);
+        EXPECT_EQ(Main.ZorvicTabs->count(), 0);
+        EXPECT_TRUE(Window.isVisible());
+    }
     for (QWidget* focused : std::vector<QWidget*>{Window.ZorvicIPBox, List, Window.ConnectButton}) {
         FakeZorvic::ClearCalls();
         ShowActive();

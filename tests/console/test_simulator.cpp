@@ -46,16 +46,6 @@ protected:
     std::unique_ptr<SimulatorWidget> Widget;
 };
 
-TEST(SizingMapsTest, ButtonsThatMeanNoPlacementHaveNone) {
-    const auto& placements = GetSizingMaps().ButtonsToAlignment;
-    EXPECT_EQ(placements.size(), 15U);
-    EXPECT_EQ(placements.at({.Down = true, .Right = true}), ZORVIC_ECALIGN_BOTTOMRIGHT);
-    EXPECT_EQ(placements.at({.SizerBox = 1, .Left = true}), ZORVIC_ECALIGN_SCALED_LEFT);
-    EXPECT_EQ(placements.count({.Up = true, .Down = true}), 0U);
-    EXPECT_EQ(placements.count({.SizerBox = 1, .Up = true, .Left = true}), 0U);
-    EXPECT_EQ(placements.count({.SizerBox = 2, .Up = true}), 0U);
-}
-
 TEST(PaneConfigTest, PanesAreScaledByTheClassOfTheCanvas) {
     EXPECT_EQ(SimulatorPaneConfig::CalcWidget2D({1920, 1080}, false), (Size2D{227, 128}));
     EXPECT_EQ(SimulatorPaneConfig::CalcWidget2D({3840, 2160}, false), (Size2D{284, 160}));
@@ -67,36 +57,30 @@ TEST(PaneConfigTest, PanesAreScaledByTheClassOfTheCanvas) {
 }
 
 TEST_F(SimulatorTest, WhatCannotBeShownLeavesTheWidgetEmptyAndIsLogged) {
-    struct Case {
-        std::function<void(Preset&)> Spoil;
-        bool Result;
-        const char* Log;
-    };
-    const auto orient = [](CanvasOrientationEnum orientation, std::uint32_t outputs) {
-        return [=](Preset& preset) {
-            preset.Canvases[0].CanvasCfg.Orientation = {orientation, nullptr};
-            preset.Canvases[0].CanvasCfg.NumOutputs = outputs;
-        };
-    };
-    const std::vector<Case> cases = {
-        {[](Preset& p) { p.Canvases[0].Assets.resize(2); }, true,
-         "Canvas 0 contains multiple assets, unsupported. Bailing out."},
-        {[](Preset& p) { p.Canvases[0].Index = 5; }, false,
-         "Improperly sorted canvases, Canvas.Index of 5 does not match the array index of 0!"},
-        {orient(CanvasOrientationEnum::Single, 2), false, "Output count 2 on a \"Single\" layout!"},
-        {orient(CanvasOrientationEnum::Landscape, 1), false,
-         "Less than 2 outputs for a Landscape layout! Output count: 1"},
-        {orient(CanvasOrientationEnum::Portrait, 2), false, "Unsupported orientation with integer code 5"},
-    };
-    for (const Case& each : cases) {
-        Preset preset = PresetWith(Wide, ZORVIC_ECALIGN_CENTERED);
-        Show(preset);
+    const Preset good = PresetWith(Wide, ZORVIC_ECALIGN_CENTERED);
+    Preset bad = good;
+    bad.Canvases[0].Assets.resize(2);
+    Show(good);
+    EXPECT_TRUE(Set(bad));
+    EXPECT_EQ(Pane(), nullptr);
+    EXPECT_TRUE(Logged("Canvas 0 contains multiple assets, unsupported. Bailing out."));
+
+    const auto expectRefused = [&](std::uint32_t index, CanvasOrientationEnum orientation, const char* log) {
+        bad = good;
+        bad.Canvases[0].Index = index;
+        bad.Canvases[0].CanvasCfg.Orientation = {orientation, nullptr};
+        bad.Canvases[0].CanvasCfg.NumOutputs = orientation == CanvasOrientationEnum::Single ? 2 : 1;
+        Set(good);
         ASSERT_NE(Pane(), nullptr);
-        each.Spoil(preset);
-        EXPECT_EQ(Set(preset), each.Result);
+        EXPECT_FALSE(Set(bad));
         EXPECT_EQ(Pane(), nullptr);
-        EXPECT_TRUE(Logged(each.Log)) << each.Log;
-    }
+        EXPECT_TRUE(Logged(log)) << log;
+    };
+    using enum CanvasOrientationEnum;
+    expectRefused(5, Single, "Improperly sorted canvases, Canvas.Index of 5 does not match the array index of 0!");
+    expectRefused(0, Single, "Output count 2 on a \"Single\" layout!");
+    expectRefused(0, Landscape, "Less than 2 outputs for a Landscape layout! Output count: 1");
+    expectRefused(0, Portrait, "Unsupported orientation with integer code 5");
 }
 
 TEST_F(SimulatorTest, APaneTellsResolutionOutputsAndAsset) {
@@ -117,18 +101,23 @@ TEST_F(SimulatorTest, APaneTellsResolutionOutputsAndAsset) {
 TEST_F(SimulatorTest, ArrowsCombineToCornersAndReleaseTheirOpposites) {
     Show(PresetWith(Wide, ZORVIC_ECALIGN_CENTERED));
     QSignalSpy changed(Widget.get(), &SimulatorWidget::SizingChanged);
-    Pane()->TopArrow->click();
-    Pane()->LeftArrow->click();
-    EXPECT_EQ(Coords(), Placed(ZORVIC_ECALIGN_TOPLEFT));
-    Pane()->BottomArrow->click();
-    EXPECT_TRUE(Pane()->TopArrow->isEnabled());
-    EXPECT_EQ(Coords(), Placed(ZORVIC_ECALIGN_BOTTOMLEFT));
-    Pane()->ResetButton->click();
+    for (const auto& [arrow, placement] : {std::pair(Pane()->TopArrow, ZORVIC_ECALIGN_TOPCENTER),
+                                           {Pane()->LeftArrow, ZORVIC_ECALIGN_TOPLEFT},
+                                           {Pane()->BottomArrow, ZORVIC_ECALIGN_BOTTOMLEFT},
+                                           {Pane()->RightArrow, ZORVIC_ECALIGN_BOTTOMRIGHT},
+                                           {Pane()->ResetButton, ZORVIC_ECALIGN_CENTERED}}) {
+        arrow->click();
+        EXPECT_EQ(Coords(), Placed(placement));
+    }
     EXPECT_EQ(Pane()->GetButtonStates(), SimButtonStates{});
-    EXPECT_EQ(Coords(), Placed(ZORVIC_ECALIGN_CENTERED));
+    Pane()->SizingBox->setCurrentIndex(1);
+    Pane()->BottomArrow->click();
+    EXPECT_EQ(Coords(), Placed(ZORVIC_ECALIGN_SCALED_BOTTOM));
+    // What this asset cannot show: it is as wide as the canvas.
+    EXPECT_EQ(GetSizingMaps().ButtonsToAlignment.at({.SizerBox = 1, .Left = true}), ZORVIC_ECALIGN_SCALED_LEFT);
     Pane()->SizingBox->setCurrentIndex(2);
     EXPECT_EQ(Coords(), Placed(ZORVIC_ECALIGN_STRETCHED));
-    EXPECT_EQ(changed.count(), 5);
+    EXPECT_EQ(changed.count(), 8);
 
     Pane()->TopArrow->click();
     EXPECT_TRUE(Logged("Unknown state for sizing buttons!"));
@@ -276,16 +265,12 @@ TEST_F(ViewTest, APlacementMadeInTheViewReachesTheUnitAndTheRedrawShowsIt) {
     Preset(1).Canvases = {Canvas(Wide, ZORVIC_ECALIGN_CENTERED)};
     Open();
     const QPointer<SimulatorPaneWidget> pane = View->findChild<SimulatorPaneWidget*>();
-    for (const auto& [arrow, placement] :
-         {std::pair(pane->TopArrow, ZORVIC_ECALIGN_TOPCENTER), std::pair(pane->LeftArrow, ZORVIC_ECALIGN_TOPLEFT)}) {
-        arrow->click();
-        EXPECT_THAT(FakeZorvic::Commands(), testing::ElementsAre("UpdatePreset 1"));
-        EXPECT_EQ(Preset(1).Canvases[0].Assets.at(0).PinnedCoords, Placed(placement));
-        Pump(ZORVIC_STATE_PRESETS);
-        ASSERT_NE(pane, nullptr);
-        EXPECT_EQ(GetSizingMaps().ButtonsToAlignment.at(pane->GetButtonStates()), placement);
-        FakeZorvic::ClearCalls();
-    }
+    pane->TopArrow->click();
+    EXPECT_THAT(FakeZorvic::Commands(), testing::ElementsAre("UpdatePreset 1"));
+    EXPECT_EQ(Preset(1).Canvases[0].Assets.at(0).PinnedCoords, Placed(ZORVIC_ECALIGN_TOPCENTER));
+    Pump(ZORVIC_STATE_PRESETS);
+    ASSERT_NE(pane, nullptr);
+    EXPECT_EQ(pane->GetButtonStates(), SimButtonStates{.Up = true});
 }
 
 }  // namespace

