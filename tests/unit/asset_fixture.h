@@ -1,33 +1,21 @@
 #pragma once
 
 #include "assets/asset_store.h"
-#include "clock.h"
-#include "fault.h"
 #include "store/database.h"
 #include "unit/media_samples.h"
+#include "unit/unitfakes.h"
 
 #include <zorvic/enums.h>
 
 #include <gmock/gmock.h>
 
-#include <atomic>
-#include <map>
-#include <optional>
-
 namespace ZorvicUnit {
-
-class HandClock final : public Clock {
-public:
-    TimePoint Now() const override { return TimePoint(std::chrono::milliseconds(Milliseconds.load())); }
-    void Advance(std::chrono::milliseconds time) { Milliseconds += time.count(); }
-
-private:
-    std::atomic<std::int64_t> Milliseconds = 1000;
-};
 
 /// A store with an external drive E, whose disk is looked at when the test says so.
 class AssetFixture : public testing::Test {
 protected:
+    void SetUp() override { Open(); }
+    /// Starts the store, again when it runs.
     void Open(bool watch = false) {
         Store.reset();
         Store = std::make_unique<AssetStore>(AssetStore::Options{Disk.Path, {{"E", Usb.Path}}, watch}, Rows, Time);
@@ -38,8 +26,14 @@ protected:
     /// Looks twice, so that files that do not change count as complete.
     void Settle() {
         Store->RescanNow();
-        Time.Advance(std::chrono::seconds(2));
+        Time.Pass(2000);
         Store->RescanNow();
+    }
+    /// Puts a file among the assets and waits until it can be played.
+    bool Bring(const std::string& name, const std::string& bytes = ToneFile()) {
+        WriteFile(Asset(name), bytes);
+        Settle();
+        return WaitForStatus(Path(name), Zorvic::ZORVIC_ASSETSTATE_READY);
     }
 
     std::optional<zorvic::v1::Asset> Find(const std::string& path) const {
@@ -47,34 +41,28 @@ protected:
             if (asset.full_path() == path) return asset;
         return std::nullopt;
     }
-
     int StatusOf(const std::string& path) const {
         const auto asset = Find(path);
         return asset ? asset->status() : Zorvic::ZORVIC_ASSETSTATE_INVALID;
     }
-
     bool WaitForStatus(const std::string& path, int status) const {
         return WaitUntil([&] { return StatusOf(path) == status; });
     }
-
-    template <typename Action>
-    static std::optional<FaultKind> FaultOf(Action action) {
-        try {
-            action();
-            return std::nullopt;
-        } catch (const Fault& fault) {
-            return fault.Kind;
-        }
+    bool WaitForLevels(const std::string& path) const {
+        return WaitUntil([&] { return Store->Levels(path) != nullptr; });
     }
 
+    /// An asset on the host, and for the unit.
     std::filesystem::path Asset(const std::string& name) const { return Disk / "Assets" / name; }
+    static std::string Path(const std::string& name) { return "C:\\Assets\\" + name; }
 
     MediaDirectory Disk;
     MediaDirectory Usb;
-    HandClock Time;
+    FakeClock Time;
     Database Rows{Disk / "zorvic.db"};
     std::atomic<int> Calls = 0;
     std::unique_ptr<AssetStore> Store;
+    const std::string Clip = Path("clip.wav");
 };
 
 }  // namespace ZorvicUnit

@@ -1,13 +1,15 @@
-#include "fault.h"
 #include "media/checksum.h"
 #include "media/envelope.h"
 #include "media/probe.h"
 #include "unit/media_samples.h"
+#include "unit/unitfakes.h"
 
 #include <gmock/gmock.h>
 
+#include <map>
 #include <optional>
 #include <random>
+#include <vector>
 
 namespace ZorvicUnit {
 namespace {
@@ -18,14 +20,20 @@ using zorvic::v1::AssetMetadata;
 const std::string Picture = "-f lavfi -i testsrc=size=320x180:rate=25:duration=1 ";
 const std::string Tone = "-f lavfi -i sine=frequency=1000:sample_rate=48000:duration=1 ";
 
-std::optional<FaultKind> FaultOf(const std::filesystem::path& file) {
-    try {
-        Probe(file, ReadLimit::Within(seconds(10)));
-        return std::nullopt;
-    } catch (const Fault& fault) {
-        return fault.Kind;
+/// A directory for the files of a test, and what is read of them.
+class ProbeTest : public testing::Test {
+protected:
+    AssetMetadata Read(const std::string& name) const {
+        return Probe(Directory / name, ReadLimit::Within(seconds(10)));
     }
-}
+    std::optional<FaultKind> Refusal(const std::string& name) const {
+        return FaultOf([&] { Read(name); });
+    }
+    std::optional<Envelope> Levels(const std::string& name) const {
+        return ReadEnvelope(Directory / name, ReadLimit::Within(seconds(10)));
+    }
+    const MediaDirectory Directory;
+};
 
 struct Format {
     std::string File;
@@ -34,23 +42,24 @@ struct Format {
     std::uint32_t Channels = 1;
 };
 
-class ProbeOf : public testing::TestWithParam<Format> {};
+class ProbeOf : public ProbeTest, public testing::WithParamInterface<Format> {};
 
 TEST_P(ProbeOf, NamesWhatTheEncoderMade) {
     const Format& format = GetParam();
-    const MediaDirectory directory;
-    if (!Encode(format.Arguments, directory / format.File)) GTEST_SKIP() << "no encoder";
-    const AssetMetadata metadata = Probe(directory / format.File, ReadLimit::Within(seconds(10)));
+    if (!Encode(format.Arguments, Directory / format.File)) GTEST_SKIP() << "no encoder";
+    const AssetMetadata metadata = Read(format.File);
+    const bool seen = !format.Video.empty();
+    const bool heard = !format.Audio.empty();
 
     EXPECT_EQ(metadata.video_format(), format.Video);
     EXPECT_EQ(metadata.audio_format(), format.Audio);
-    EXPECT_EQ(metadata.total_size(), std::filesystem::file_size(directory / format.File));
+    EXPECT_EQ(metadata.total_size(), std::filesystem::file_size(Directory / format.File));
     EXPECT_NEAR(metadata.duration_ms(), 1000, 80);
-    EXPECT_EQ(metadata.width(), format.Video.empty() ? 0 : 320);
-    EXPECT_EQ(metadata.height(), format.Video.empty() ? 0 : 180);
-    EXPECT_EQ(metadata.fps(), format.Video.empty() ? 0 : 25);
-    EXPECT_EQ(metadata.channels(), format.Audio.empty() ? 0 : format.Channels);
-    EXPECT_EQ(metadata.sample_rate(), format.Audio.empty() ? 0 : 48000);
+    EXPECT_EQ(metadata.width(), seen ? 320 : 0);
+    EXPECT_EQ(metadata.height(), seen ? 180 : 0);
+    EXPECT_EQ(metadata.fps(), seen ? 25 : 0);
+    EXPECT_EQ(metadata.channels(), heard ? format.Channels : 0);
+    EXPECT_EQ(metadata.sample_rate(), heard ? 48000 : 0);
     EXPECT_GT(metadata.video_bitrate() + metadata.audio_bitrate(), 0);
     EXPECT_FALSE(metadata.container_format().empty());
 }
@@ -77,73 +86,64 @@ INSTANTIATE_TEST_SUITE_P(
         return name;
     });
 
-TEST(Probe, StillsLastTenSecondsAndHaveNoRate) {
-    const MediaDirectory directory;
-    for (const char* name : {"still.png", "still.jpg", "still.bmp", "still.gif"}) {
-        ASSERT_TRUE(Encode(Picture + "-frames:v 1", directory / name));
-        const AssetMetadata metadata = Probe(directory / name, ReadLimit::Within(seconds(10)));
-        EXPECT_EQ(metadata.duration_ms(), 10000) << name;
-        EXPECT_EQ(metadata.fps(), 0) << name;
-        EXPECT_EQ(metadata.width(), 320) << name;
+TEST_F(ProbeTest, TellsStillsTurnedPicturesAndOddRates) {
+    struct Case {
+        const char* File;
+        std::string Arguments;
+        std::uint32_t Width, Height, FPS;
+        std::int32_t DurationMS;
+    };
+    const std::string small = "-f lavfi -i testsrc=size=64x48:";
+    const std::vector<Case> cases = {
+        {"still.png", Picture + "-frames:v 1", 320, 180, 0, 10'000},
+        {"still.jpg", Picture + "-frames:v 1", 320, 180, 0, 10'000},
+        {"still.bmp", Picture + "-frames:v 1", 320, 180, 0, 10'000},
+        {"still.gif", Picture + "-frames:v 1", 320, 180, 0, 10'000},
+        {"moving.gif", Picture, 320, 180, 25, 1'000},
+        {"lying.mp4", Picture + "-c:v mpeg4", 320, 180, 25, 1'000},
+        {"turned.mp4", "-i '" + (Directory / "lying.mp4").string() + "' -c copy -metadata:s:v rotate=90", 180, 320, 25,
+         1'000},
+        {"drop.mp4", small + "rate=30000/1001:duration=1 -c:v mpeg4", 64, 48, 30, 1'001},
+        // 25 pictures in the first second, 5 in each of the four that follow: 45 in 5 s.
+        {"variable.mp4", small + "rate=25:duration=5 -vf \"select='lt(t,1)+not(mod(n,5))'\" -vsync vfr -c:v mpeg4", 64,
+         48, 9, 4'840},
+        // The cover of a song is no picture.
+        {"song.mp3",
+         Tone + "-i '" + (Directory / "still.png").string() +
+             "' -map 0 -map 1 -c:a libmp3lame -c:v copy -disposition:v attached_pic",
+         0, 0, 0, 1'000},
+    };
+    for (const Case& expected : cases) {
+        SCOPED_TRACE(expected.File);
+        ASSERT_TRUE(Encode(expected.Arguments, Directory / expected.File));
+        const AssetMetadata metadata = Read(expected.File);
+        EXPECT_EQ(metadata.width(), expected.Width);
+        EXPECT_EQ(metadata.height(), expected.Height);
+        EXPECT_EQ(metadata.fps(), expected.FPS);
+        EXPECT_NEAR(metadata.duration_ms(), expected.DurationMS, expected.FPS == 0 && expected.Width > 0 ? 0 : 80);
     }
-    ASSERT_TRUE(Encode(Picture, directory / "moving.gif"));
-    EXPECT_NEAR(Probe(directory / "moving.gif", ReadLimit::Within(seconds(10))).duration_ms(), 1000, 50);
 }
 
-TEST(Probe, ShowsTheSizeAsDisplayedWhenThePictureIsTurned) {
-    const MediaDirectory directory;
-    ASSERT_TRUE(Encode(Picture + "-c:v mpeg4", directory / "lying.mp4"));
-    ASSERT_TRUE(Encode("-i '" + (directory / "lying.mp4").string() + "' -c copy -metadata:s:v rotate=90",
-                       directory / "turned.mp4"));
-    const AssetMetadata metadata = Probe(directory / "turned.mp4", ReadLimit::Within(seconds(10)));
-    EXPECT_EQ(metadata.width(), 180);
-    EXPECT_EQ(metadata.height(), 320);
+TEST_F(ProbeTest, RefusesWhatIsNotMedia) {
+    ASSERT_TRUE(Encode(Picture + "-c:v mpeg4", Directory / "whole.mp4"));
+    const std::map<std::string, std::string> files = {
+        {"text.mp4", "Notes for the stage manager.\n"},
+        {"report.txt", std::string(5000, 'x') + "\n"},
+        {"empty.mov", ""},
+        {"cut.mp4", ReadFile(Directory / "whole.mp4").substr(0, 2000)},
+        {"list.m3u8", "#EXTM3U\n#EXT-X-TARGETDURATION:1\n#EXTINF:1,\nwhole.mp4\n#EXT-X-ENDLIST\n"},
+        {"list.mp4", "ffconcat version 1.0\nfile " + (Directory / "whole.mp4").string() + "\n"}};
+    for (const auto& [name, bytes] : files) {
+        WriteFile(Directory / name, bytes);
+        EXPECT_EQ(Refusal(name), FaultKind::Refused) << name;
+    }
+    EXPECT_EQ(Refusal("."), FaultKind::Refused);
+    EXPECT_EQ(Refusal("absent.mp4"), FaultKind::NotFound);
 }
 
-TEST(Probe, RoundsTheFrameRateAndAveragesAVariableOne) {
-    const MediaDirectory directory;
-    ASSERT_TRUE(Encode("-f lavfi -i testsrc=size=64x64:rate=30000/1001:duration=1 -c:v mpeg4", directory / "drop.mp4"));
-    EXPECT_EQ(Probe(directory / "drop.mp4", ReadLimit::Within(seconds(10))).fps(), 30);
-    // 25 pictures in the first second, 5 in each of the four that follow: 45 in 5 s.
-    ASSERT_TRUE(
-        Encode("-f lavfi -i testsrc=size=64x64:rate=25:duration=5 -vf \"select='lt(t,1)+not(mod(n,5))'\" "
-               "-vsync vfr -c:v mpeg4",
-               directory / "variable.mp4"));
-    EXPECT_EQ(Probe(directory / "variable.mp4", ReadLimit::Within(seconds(10))).fps(), 9);
-}
-
-TEST(Probe, TakesTheCoverOfAnAudioFileForNoPicture) {
-    const MediaDirectory directory;
-    ASSERT_TRUE(Encode(Picture + "-frames:v 1", directory / "cover.png"));
-    ASSERT_TRUE(Encode(Tone + "-i '" + (directory / "cover.png").string() +
-                           "' -map 0 -map 1 -c:a libmp3lame -c:v copy -disposition:v attached_pic",
-                       directory / "song.mp3"));
-    const AssetMetadata metadata = Probe(directory / "song.mp3", ReadLimit::Within(seconds(10)));
-    EXPECT_EQ(metadata.video_format(), "");
-    EXPECT_EQ(metadata.width(), 0);
-    EXPECT_EQ(metadata.audio_format(), "mp3");
-    EXPECT_NEAR(metadata.duration_ms(), 1000, 80);
-}
-
-TEST(Probe, RefusesWhatIsNotMedia) {
-    const MediaDirectory directory;
-    WriteFile(directory / "text.mp4", "Notes for the stage manager.\n");
-    WriteFile(directory / "report.txt", std::string(5000, 'x') + "\n");
-    WriteFile(directory / "empty.mov", "");
-    ASSERT_TRUE(Encode(Picture + "-c:v mpeg4", directory / "whole.mp4"));
-    WriteFile(directory / "cut.mp4", ReadFile(directory / "whole.mp4").substr(0, 2000));
-    WriteFile(directory / "list.m3u8", "#EXTM3U\n#EXT-X-TARGETDURATION:1\n#EXTINF:1,\nwhole.mp4\n#EXT-X-ENDLIST\n");
-    WriteFile(directory / "list.mp4", "ffconcat version 1.0\nfile " + (directory / "whole.mp4").string() + "\n");
-    for (const char* name : {"text.mp4", "report.txt", "empty.mov", "cut.mp4", "list.m3u8", "list.mp4"})
-        EXPECT_EQ(FaultOf(directory / name), FaultKind::Refused) << name;
-    EXPECT_EQ(FaultOf(directory.Path), FaultKind::Refused);
-    EXPECT_EQ(FaultOf(directory / "absent.mp4"), FaultKind::NotFound);
-}
-
-TEST(Probe, SurvivesGarbageAndDamagedFiles) {
-    const MediaDirectory directory;
-    ASSERT_TRUE(Encode(Picture + Tone + "-c:v mpeg4 -c:a aac", directory / "whole.mp4"));
-    const std::string whole = ReadFile(directory / "whole.mp4");
+TEST_F(ProbeTest, SurvivesGarbageAndDamagedFiles) {
+    ASSERT_TRUE(Encode(Picture + Tone + "-c:v mpeg4 -c:a aac", Directory / "whole.mp4"));
+    const std::string whole = ReadFile(Directory / "whole.mp4");
     const auto seed = std::random_device{}();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::minstd_rand random(seed);
@@ -152,44 +152,40 @@ TEST(Probe, SurvivesGarbageAndDamagedFiles) {
         std::string bytes(random() % 20000, '\0');
         for (char& byte : bytes)
             byte = static_cast<char>(random());
-        WriteFile(directory / "noise.mov", bytes);
-        if (FaultOf(directory / "noise.mov")) ++refused;
+        WriteFile(Directory / "noise.mov", bytes);
+        if (Refusal("noise.mov")) ++refused;
         std::string damaged = whole;
         for (int hit = 0; hit < 40; ++hit)
             damaged[random() % damaged.size()] = static_cast<char>(random());
-        WriteFile(directory / "damaged.mp4", damaged);
-        if (!FaultOf(directory / "damaged.mp4"))
-            ReadEnvelope(directory / "damaged.mp4", ReadLimit::Within(seconds(10)));
+        WriteFile(Directory / "damaged.mp4", damaged);
+        if (!Refusal("damaged.mp4")) Levels("damaged.mp4");
     }
     EXPECT_GE(refused, 195) << "noise passes for media";
 }
 
-TEST(Probe, GivesUpAtItsLimit) {
-    const MediaDirectory directory;
-    WriteFile(directory / "tone.wav", ToneFile());
+TEST_F(ProbeTest, GivesUpAtItsLimit) {
+    WriteFile(Directory / "tone.wav", ToneFile());
     const std::atomic<bool> stop = true;
     ReadLimit limit;
     limit.Stop = &stop;
-    EXPECT_THROW(Probe(directory / "tone.wav", limit), Fault);
-    EXPECT_THROW(ReadEnvelope(directory / "tone.wav", limit), Fault);
+    EXPECT_THROW(Probe(Directory / "tone.wav", limit), Fault);
+    EXPECT_THROW(ReadEnvelope(Directory / "tone.wav", limit), Fault);
 }
 
 TEST(MeterLevel, CountsDecibelsAboveMinusSixty) {
-    EXPECT_EQ(MeterLevel(0), 0);
-    EXPECT_EQ(MeterLevel(0.001F), 0);
-    EXPECT_EQ(MeterLevel(0.0316228F), 50);
-    EXPECT_EQ(MeterLevel(0.5F), 90);
-    EXPECT_EQ(MeterLevel(1), 100);
-    EXPECT_EQ(MeterLevel(3), 100);
+    const std::map<float, int> levels = {{0, 0}, {0.001F, 0}, {0.0316228F, 50}, {0.5F, 90}, {1, 100}, {3, 100}};
+    for (const auto& [peak, level] : levels)
+        EXPECT_EQ(MeterLevel(peak), level) << peak;
 }
 
-TEST(ReadEnvelope, FollowsTheSoundOfEachChannel) {
-    const MediaDirectory directory;
+using EnvelopeTest = ProbeTest;
+
+TEST_F(EnvelopeTest, FollowsTheSoundOfEachChannel) {
     // Left: silent, from 0.5 s on at half of full scale; right: a tenth throughout.
     ASSERT_TRUE(
         Encode("-f lavfi -i \"aevalsrc='if(gte(t,0.5),0.5,0)*sin(2*PI*1000*t)|0.1*sin(2*PI*1000*t):s=48000:d=1'\"",
-               directory / "stereo.wav"));
-    const auto envelope = ReadEnvelope(directory / "stereo.wav", {});
+               Directory / "stereo.wav"));
+    const auto envelope = Levels("stereo.wav");
     ASSERT_TRUE(envelope);
     ASSERT_EQ(envelope->Levels.size(), 20);
     for (std::size_t step = 0; step < 20; ++step) {
@@ -198,46 +194,34 @@ TEST(ReadEnvelope, FollowsTheSoundOfEachChannel) {
     }
 }
 
-TEST(ReadEnvelope, PutsMonoOnBothSidesAndTakesTheFirstTwoOfMore) {
-    const MediaDirectory directory;
-    WriteFile(directory / "mono.wav", ToneFile());
-    const auto mono = ReadEnvelope(directory / "mono.wav", {});
-    ASSERT_TRUE(mono);
-    EXPECT_EQ(mono->Levels.at(3), (std::array<std::uint8_t, 2>{90, 90}));
+TEST_F(EnvelopeTest, PutsMonoOnBothSidesTakesTheFirstTwoOfMoreAndNothingWithoutSound) {
+    WriteFile(Directory / "mono.wav", ToneFile());
+    EXPECT_EQ(Levels("mono.wav").value().Levels.at(3), (std::array<std::uint8_t, 2>{90, 90}));
     ASSERT_TRUE(Encode("-f lavfi -i \"aevalsrc='0.5*sin(2000*t)|0|1*sin(2000*t)|0|0|0:s=48000:d=1:c=5.1'\" -c:a flac",
-                       directory / "surround.flac"));
-    const auto surround = ReadEnvelope(directory / "surround.flac", {});
-    ASSERT_TRUE(surround);
-    EXPECT_EQ(surround->Levels.at(3), (std::array<std::uint8_t, 2>{90, 0}));
+                       Directory / "surround.flac"));
+    EXPECT_EQ(Levels("surround.flac").value().Levels.at(3), (std::array<std::uint8_t, 2>{90, 0}));
+    ASSERT_TRUE(Encode(Picture + "-c:v mpeg4", Directory / "mute.mp4"));
+    EXPECT_FALSE(Levels("mute.mp4"));
 }
 
-TEST(ReadEnvelope, KeepsTheDelayOfSoundThatStartsAfterThePicture) {
-    const MediaDirectory directory;
+TEST_F(EnvelopeTest, KeepsTheDelayOfSoundThatStartsAfterThePicture) {
     ASSERT_TRUE(
         Encode("-f lavfi -i testsrc=size=64x64:rate=25:duration=2 -itsoffset 0.5 " + Tone + "-c:v mpeg4 -c:a pcm_s16le",
-               directory / "late.mov"));
-    const auto envelope = ReadEnvelope(directory / "late.mov", {});
+               Directory / "late.mov"));
+    const auto envelope = Levels("late.mov");
     ASSERT_TRUE(envelope);
     ASSERT_EQ(envelope->Levels.size(), 30);
     EXPECT_EQ(envelope->Levels[8][0], 0);
     EXPECT_GT(envelope->Levels[12][0], 0);
 }
 
-TEST(ReadEnvelope, GivesNothingWithoutSound) {
-    const MediaDirectory directory;
-    ASSERT_TRUE(Encode(Picture + "-c:v mpeg4", directory / "mute.mp4"));
-    EXPECT_FALSE(ReadEnvelope(directory / "mute.mp4", {}));
-}
-
 TEST(Checksum, IsTheSameHoweverTheBytesArrive) {
-    Checksum pieces, whole, other;
+    Checksum pieces, whole;
     const std::string bytes = ToneFile();
     for (std::size_t at = 0; at < bytes.size(); at += 777)
         pieces.Add(std::string_view(bytes).substr(at, 777));
     whole.Add(bytes);
-    other.Add(ToneFile(1));
     EXPECT_EQ(pieces.Hex(), whole.Hex());
-    EXPECT_NE(whole.Hex(), other.Hex());
     EXPECT_EQ(Checksum().Hex(), "99aa06d3014798d86001c324468d497f");  // published for no input
 }
 

@@ -1,4 +1,3 @@
-#include "fault.h"
 #include "feed/feed.h"
 #include "service/unit_model.h"
 #include "store/database.h"
@@ -8,14 +7,12 @@
 #include <gmock/gmock.h>
 
 #include <future>
-#include <map>
 #include <optional>
 #include <set>
 #include <string>
 
 using zorvic::v1::Preset;
 using ZorvicUnit::Database;
-using ZorvicUnit::Fault;
 using ZorvicUnit::FaultKind;
 using ZorvicUnit::Feed;
 using ZorvicUnit::UnitModel;
@@ -24,35 +21,24 @@ namespace {
 
 constexpr auto Clip = "C:\\Assets\\clip.mov";
 
-/// What a console knows after it has applied everything that was sent to it.
-struct Mirror {
+/// A console that applies what was sent when the test says so.
+struct Mirror : ConsoleCopy {
     explicit Mirror(Feed& feed) : Source(feed) {}
 
     void Read() {
         const auto batch = Source.Next(std::chrono::milliseconds(0));
         ASSERT_TRUE(batch);
-        for (const auto& bytes : batch->Pieces) {
-            zorvic::v1::Piece piece;
-            ASSERT_TRUE(piece.ParseFromString(*bytes));
-            for (const Preset& preset : piece.presets().upserted())
-                Presets[preset.pk()] = preset;
-            for (const std::int32_t pk : piece.presets().removed())
-                Presets.erase(pk);
-            if (piece.has_states()) States = piece.states();
-            if (piece.has_timecodes()) TimeCodes = piece.timecodes();
-        }
+        for (const auto& bytes : batch->Pieces)
+            Apply(*bytes);
     }
     std::set<std::int32_t> Selected() const {
         std::set<std::int32_t> keys;
-        for (const auto& state : States.states())
-            if (state.selected()) keys.insert(state.pk());
+        for (const auto& [pk, state] : States)
+            if (state.selected()) keys.insert(pk);
         return keys;
     }
 
     Feed::Subscription Source;
-    std::map<std::int32_t, Preset> Presets;
-    zorvic::v1::PresetStates States;
-    zorvic::v1::TimeCodes TimeCodes;
 };
 
 class UnitModelTest : public ::testing::Test {
@@ -78,15 +64,6 @@ protected:
         google::protobuf::FieldMask mask;
         if (*field) mask.add_paths(field);
         return Model->UpdatePreset(preset, mask);
-    }
-    template <typename Command>
-    std::optional<FaultKind> FaultOf(const Command& command) {
-        try {
-            command();
-        } catch (const Fault& fault) {
-            return fault.Kind;
-        }
-        return std::nullopt;
     }
 
     TemporaryDirectory Directory;
@@ -134,7 +111,7 @@ TEST_F(UnitModelTest, APlayingPresetIsNotDeletedAndASelectedOneLeavesNoSelection
     Model->DeletePreset(pk);
     Console->Read();
     EXPECT_TRUE(Console->Presets.empty());
-    EXPECT_TRUE(Console->States.states().empty());
+    EXPECT_TRUE(Console->States.empty());
     EXPECT_EQ(FaultOf([&] { Model->SelectPreset(pk); }), FaultKind::NotFound);
     EXPECT_EQ(Create(), pk + 1);
 }

@@ -1,10 +1,14 @@
 #pragma once
 
 #include "clock.h"
+#include "fault.h"
 #include "media_catalog.h"
 
 #include <zorvic/v1/unit.pb.h>
 
+#include <gtest/gtest.h>
+
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <map>
@@ -15,11 +19,11 @@
 /// Time that stands still until the test moves it.
 class FakeClock final : public ZorvicUnit::Clock {
 public:
-    TimePoint Now() const override { return Time; }
-    void Pass(std::int64_t milliseconds) { Time += std::chrono::milliseconds(milliseconds); }
+    TimePoint Now() const override { return TimePoint(std::chrono::milliseconds(Time)); }
+    void Pass(std::int64_t milliseconds) { Time += milliseconds; }
 
 private:
-    TimePoint Time{std::chrono::hours(1)};
+    std::atomic<std::int64_t> Time = 3'600'000;
 };
 
 class FakeCatalog final : public ZorvicUnit::MediaCatalog {
@@ -46,3 +50,40 @@ inline zorvic::v1::Preset PresetWith(std::int32_t pk, const std::string& asset) 
     canvas->add_assets()->set_full_path(asset);
     return preset;
 }
+
+/// Why the action was not done; nothing when it was.
+template <typename Action>
+std::optional<ZorvicUnit::FaultKind> FaultOf(const Action& action) {
+    try {
+        action();
+        return std::nullopt;
+    } catch (const ZorvicUnit::Fault& fault) {
+        return fault.Kind;
+    }
+}
+
+/// What a console knows after it has applied everything that was sent to it.
+struct ConsoleCopy {
+    void Apply(const std::string& bytes) {
+        zorvic::v1::Piece piece;
+        EXPECT_TRUE(piece.ParseFromString(bytes));
+        for (const auto& preset : piece.presets().upserted())
+            Presets[preset.pk()] = preset;
+        for (const std::int32_t pk : piece.presets().removed())
+            Presets.erase(pk);
+        for (const auto& asset : piece.assets().upserted())
+            Assets[asset.full_path()] = asset;
+        for (const std::string& path : piece.assets().removed())
+            Assets.erase(path);
+        if (piece.has_timecodes()) TimeCodes = piece.timecodes();
+        if (!piece.has_states()) return;
+        States.clear();
+        for (const auto& state : piece.states().states())
+            States[state.pk()] = state;
+    }
+
+    std::map<std::int32_t, zorvic::v1::Preset> Presets;
+    std::map<std::int32_t, zorvic::v1::PresetState> States;
+    std::map<std::string, zorvic::v1::Asset> Assets;
+    zorvic::v1::TimeCodes TimeCodes;
+};

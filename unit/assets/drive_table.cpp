@@ -17,17 +17,6 @@ std::string Capital(std::string_view letter) {
     return text;
 }
 
-void CheckLetters(const std::vector<DriveRoot>& drives) {
-    std::string seen;
-    for (const DriveRoot& drive : drives) {
-        if (drive.Letter.size() != 1 || drive.Letter[0] < 'A' || drive.Letter[0] > 'Z')
-            throw Fault(FaultKind::Misused, "\"" + ForLog(drive.Letter) + "\" is no drive letter");
-        if (seen.find(drive.Letter) != std::string::npos)
-            throw Fault(FaultKind::Misused, "drive " + drive.Letter + " is given twice");
-        seen += drive.Letter;
-    }
-}
-
 std::vector<std::string> SplitNames(std::string_view path) {
     std::vector<std::string> names;
     for (std::size_t at = 0; at < path.size();) {
@@ -62,10 +51,6 @@ std::filesystem::path DrivePlace::HostPath() const {
 
 bool DrivePlace::IsBelowAssets() const {
     return !Drive->External && Names.size() > 1 && Names.front() == "Assets";
-}
-
-DriveTable::DriveTable(std::vector<DriveRoot> drives) : Drives(std::move(drives)) {
-    CheckLetters(Drives);
 }
 
 const DriveRoot& DriveTable::Find(std::string_view letter) const {

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace ZorvicUnit {
@@ -30,8 +31,8 @@ struct DrivePlace {
 /// The unit's drives and the way between its paths and the host's. Immutable: safe to use from every thread.
 class DriveTable {
 public:
-    /// The first drive is the unit's own store. Throws Misused for a letter that is none or is given twice.
-    explicit DriveTable(std::vector<DriveRoot> drives);
+    /// The first drive is the unit's own store; no letter is given twice.
+    explicit DriveTable(std::vector<DriveRoot> drives) : Drives(std::move(drives)) {}
 
     const std::vector<DriveRoot>& All() const { return Drives; }
     /// By letter, in either case; NotFound.
