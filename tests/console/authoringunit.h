@@ -6,10 +6,8 @@
 
 #include <gmock/gmock.h>
 
-#include <iostream>
 #include <map>
 #include <memory>
-#include <sstream>
 #include <string>
 
 constexpr const char* Wide = "C:\\Assets\\wide.mov";     // 640x300
@@ -61,24 +59,25 @@ inline Zorvic::Cube Placed(Zorvic::EasyCanvasAlignment alignment) {
 class AuthoringTest : public testing::Test {
 protected:
     AuthoringTest() {
-        OldBuffer = std::cerr.rdbuf(LogText.rdbuf());
+        testing::internal::CaptureStderr();
         AddAssets(Unit);
         Unit.Hardware.Resolutions = {Zorvic::ZORVIC_RES_1080P, Zorvic::ZORVIC_RES_1080P, Zorvic::ZORVIC_RES_720P,
                                      Zorvic::ZORVIC_RES_2160P};
         const std::unique_ptr<SessionHandle> handle(Registry.CreateSessionByIP("unit"));
     }
     ~AuthoringTest() override {
-        std::cerr.rdbuf(OldBuffer);
+        testing::internal::GetCapturedStderr();
         FakeZorvic::Reset();
     }
 
-    bool Logged(const std::string& text) const { return LogText.str().find(text) != std::string::npos; }
+    bool Logged(const std::string& text) {
+        Log += testing::internal::GetCapturedStderr();
+        testing::internal::CaptureStderr();
+        return Log.find(text) != std::string::npos;
+    }
 
     FakeZorvic::Unit& Unit = FakeZorvic::AddUnit("unit", "GUID");
     SessionManager Registry;
     MetadataCache Cache{"GUID"};
-    std::ostringstream LogText;
-
-private:
-    std::streambuf* OldBuffer;
+    std::string Log;
 };

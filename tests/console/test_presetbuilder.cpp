@@ -11,6 +11,7 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <sstream>
 #include <tuple>
 
 using namespace Zorvic;

@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdlib>
-#include <future>
 
 using namespace Zorvic;
 using namespace Zorvic::Internal;
@@ -181,21 +180,17 @@ TEST(Service, SaysOnceWhyItCannotSearchAndStaysUsable) {
 }
 
 TEST(Prober, TellsALivingUnitFromADeadOneAndFromGarbage) {
+    std::atomic<int> living = 0;
+    std::atomic<int> dead = 0;
+    const auto count = [&](const auto& answer) { ++(answer && answer->Nickname == "Left wing" ? living : dead); };
     auto prober = MakeUnitProber();
-    const auto ask = [&](const std::string& host) {
-        std::promise<std::optional<LANZorvic>> answer;
-        prober->Ask(host, [&](const auto& given) { answer.set_value(given); });
-        return answer.get_future().get();
-    };
-    auto unit = std::make_unique<ScriptedUnit>();
-    const std::string host = unit->Host();
-    EXPECT_EQ(ask(host)->Nickname, "Left wing");
-    unit.reset();
-    EXPECT_FALSE(ask("not a host").has_value());
-    bool toldThatItIsDead = false;
-    prober->Ask(host, [&](const auto& answer) { toldThatItIsDead = !answer.has_value(); });
-    prober.reset();  // waits for the answers
-    EXPECT_TRUE(toldThatItIsDead);
+    const ScriptedUnit unit;
+    for (const std::string& host : {unit.Host(), std::string("127.0.0.1:1"), std::string("not a host")})
+        prober->Ask(host, count);
+    EXPECT_TRUE(WaitUntil([&] { return living == 1 && dead == 2; }));
+    prober->Ask(unit.Host(), count);
+    prober.reset();  // answers what is under way
+    EXPECT_EQ(living + dead, 4);
 }
 
 TEST(Loopback, AnnouncedUnitIsFoundAndLeavesWithItsGoodbye) {

@@ -15,7 +15,7 @@ using namespace Zorvic::Internal;
 
 namespace {
 
-/// What the two lists say, by the number of the record.
+/// What the list says, by the number of the preset.
 using Contents = std::map<int, int>;
 
 Contents PresetsOf(const UnitState& state) {
@@ -26,43 +26,26 @@ Contents PresetsOf(const UnitState& state) {
     return presets;
 }
 
-Contents AssetsOf(const UnitState& state) {
-    Contents assets;
-    for (const auto& asset : *state.Assets)
-        assets[std::stoi(asset->Record.FullPath)] = static_cast<int>(asset->Record.TotalSize);
-    EXPECT_EQ(assets.size(), state.Assets->size()) << "an asset is listed twice";
-    return assets;
-}
-
-/// The lists as a unit would have them, changed at random.
+/// The presets as a unit would have them, changed at random.
 struct Model {
     explicit Model(unsigned seed) : Random(seed) {}
 
     int Below(int limit) { return std::uniform_int_distribution(0, limit - 1)(Random); }
 
     Wire::Piece Change() {
-        const int number = Below(30) + 1;
-        const std::string path = std::to_string(number);
-        const bool isPreset = Below(2) == 0;
-        Contents& records = isPreset ? Presets : Assets;
-        Wire::Piece piece;
-        if (Below(3) == 0) {
-            records.erase(number);
-            if (isPreset) piece.mutable_presets()->add_removed(number);
-            if (!isPreset) piece.mutable_assets()->add_removed(path);
-            return piece;
+        const int pk = Below(30) + 1;
+        if (Below(3) > 0) {
+            const int name = Presets[pk] = Below(1000);
+            return PresetPiece({NamedPreset(pk, std::to_string(name))});
         }
-        const int value = records[number] = Below(1000);
-        if (isPreset) return PresetPiece({NamedPreset(number, std::to_string(value))});
-        Wire::Asset& asset = *piece.mutable_assets()->add_upserted();
-        asset.set_full_path(path);
-        asset.set_total_size(value);
+        Presets.erase(pk);
+        Wire::Piece piece;
+        piece.mutable_presets()->add_removed(pk);
         return piece;
     }
 
     std::mt19937 Random;
     Contents Presets;
-    Contents Assets;
 };
 
 }  // namespace
@@ -77,7 +60,6 @@ TEST(Mirror, EqualsTheUnitAfterEveryRevisionAndNeverChangesWhatItHandedOut) {
     for (int step = 0; step < 2000; ++step) {
         const auto before = mirror.Current();
         const auto presetsBefore = model.Presets;
-        const auto assetsBefore = model.Assets;
         ++revision;
         for (int part = model.Below(3); part > 0; --part) {
             EXPECT_EQ(mirror.Apply(MakeFrame(revision, {model.Change()}, false, true)), 0U);
@@ -87,9 +69,7 @@ TEST(Mirror, EqualsTheUnitAfterEveryRevisionAndNeverChangesWhatItHandedOut) {
         const auto after = mirror.Current();
         ASSERT_EQ(after->Revision, revision);
         ASSERT_EQ(PresetsOf(*after), model.Presets);
-        ASSERT_EQ(AssetsOf(*after), model.Assets);
         ASSERT_EQ(PresetsOf(*before), presetsBefore);
-        ASSERT_EQ(AssetsOf(*before), assetsBefore);
         for (const auto& [pk, name] : model.Presets)
             ASSERT_EQ(FindPreset(*after->Presets, pk)->Name, std::to_string(name));
     }
@@ -114,6 +94,21 @@ TEST(Mirror, SnapshotInPiecesReplacesEverythingAndShowsWhenItIsComplete) {
     EXPECT_EQ(mirror.Apply(MakeFrame(8, {states(4)})), EventBit(Zorvic::ZORVIC_STATE_PRESETSTATES));
     EXPECT_EQ(mirror.Current()->PresetStates->size(), 1U) << "outside a snapshot states replace what was there";
     EXPECT_EQ(mirror.Apply(MakeFrame(9, {Wire::Piece()})), 0U) << "a kind that only a newer library knows";
+}
+
+TEST(Mirror, AssetsAreKeptByTheirPath) {
+    Mirror mirror("");
+    mirror.Apply(MakeFrame(5, {IdentityPiece("unit-1")}, true));
+    Wire::Piece piece;
+    for (const char* path : {"b.mov", "a.mov", "b.mov"})
+        piece.mutable_assets()->add_upserted()->set_full_path(path);
+    EXPECT_EQ(mirror.Apply(MakeFrame(6, {piece})), EventBit(Zorvic::ZORVIC_STATE_ASSETS));
+    ASSERT_EQ(mirror.Current()->Assets->size(), 2U);
+    piece.Clear();
+    piece.mutable_assets()->add_removed("a.mov");
+    mirror.Apply(MakeFrame(7, {piece}));
+    ASSERT_EQ(mirror.Current()->Assets->size(), 1U);
+    EXPECT_EQ(mirror.Current()->Assets->front()->Record.FullPath, "b.mov");
 }
 
 TEST(Mirror, RefusesWhatMakesNoSense) {

@@ -116,18 +116,38 @@ StatusCode Session::GetUnitID(std::string& guid, std::string& nickname) {
     });
 }
 
+// Reads.
 StatusCode Session::GetPresets(std::vector<Preset>& presets) {
     return Pimpl->Read("GetPresets", presets, &Unit::Presets);
 }
-
 StatusCode Session::GetPresetStates(std::vector<PresetState>& states) {
     return Pimpl->Read("GetPresetStates", states, &Unit::States);
 }
+StatusCode Session::GetKonaHardwareState(KonaHardwareState& state) {
+    return Pimpl->Read("GetKonaHardwareState", state, &Unit::Hardware);
+}
+StatusCode Session::GetAssets(std::vector<Asset>& assets) {
+    return Pimpl->Read("GetAssets", assets, &Unit::Assets);
+}
+StatusCode Session::GetDisks(std::vector<Drive>& drives) {
+    return Pimpl->Read("GetDisks", drives, &Unit::Drives);
+}
+StatusCode Session::GetTimeCode(TimeCode& timeCode, std::int32_t pk) {
+    return Pimpl->ReadEntry({.Operation = "GetTimeCode", .PK = pk}, timeCode, &Unit::TimeCodes, pk);
+}
+StatusCode Session::ReadAssetMetadata(const std::string& path, AssetMetadata& metadata) {
+    return Pimpl->ReadEntry({.Operation = "ReadAssetMetadata", .Texts = {path}}, metadata, &Unit::Metadata, path);
+}
+StatusCode Session::GetDiskAssets(std::vector<ExternalAsset>& entries, const std::string& drive,
+                                  const std::string& path) {
+    return Pimpl->ReadEntry({.Operation = "GetDiskAssets", .Texts = {drive, path}}, entries, &Unit::Listings,
+                            {drive, path});
+}
 
+// Presets.
 StatusCode Session::CreatePreset(const Preset& preset) {
     return Pimpl->Accept({.Operation = "CreatePreset", .PK = preset.PK, .Texts = {preset.Name}, .Sent = preset});
 }
-
 StatusCode Session::UpdatePreset(const Preset& preset) {
     return Pimpl->Run({.Operation = "UpdatePreset", .PK = preset.PK, .Sent = preset}, [copy = preset](Unit& unit) {
         auto* const stored = unit.FindPreset(copy.PK);
@@ -136,11 +156,9 @@ StatusCode Session::UpdatePreset(const Preset& preset) {
         return ZORVIC_STATUS_OK;
     });
 }
-
 StatusCode Session::DeletePreset(std::int32_t pk) {
     return Pimpl->Accept({.Operation = "DeletePreset", .PK = pk});
 }
-
 StatusCode Session::SelectPreset(std::int32_t pk) {
     return Pimpl->Run({.Operation = "SelectPreset", .PK = pk}, [pk](Unit& unit) {
         for (auto& state : unit.States)
@@ -149,92 +167,57 @@ StatusCode Session::SelectPreset(std::int32_t pk) {
     });
 }
 
+// Transport.
 StatusCode Session::Take(std::int32_t pk) {
     return Pimpl->Transport("Take", pk, [](PresetState& state) {
         state.IsPlaying = true;
         state.IsPaused = false;
     });
 }
-
 StatusCode Session::Pause(std::int32_t pk) {
     return Pimpl->Transport("Pause", pk,
                             [](PresetState& state) { state.IsPaused = state.IsPlaying && !state.IsPaused; });
 }
-
 StatusCode Session::End(std::int32_t pk) {
     return Pimpl->Transport("End", pk, [](PresetState& state) { state.IsPlaying = state.IsPaused = false; });
 }
-
 StatusCode Session::SeekTo(std::int32_t pk, std::uint32_t timeMS) {
     return Pimpl->Accept({.Operation = "SeekTo", .PK = pk, .Number = timeMS});
 }
 
+// Marks.
 StatusCode Session::CreateGoto(std::int32_t pk, std::int32_t timeMS, const std::string& name) {
     return Pimpl->Accept({.Operation = "CreateGoto", .PK = pk, .Number = timeMS, .Texts = {name}});
 }
-
 StatusCode Session::RenameGoto(std::int32_t pk, std::int32_t timeMS, const std::string& name) {
     return Pimpl->RenameMark("RenameGoto", &Preset::Gotos, pk, timeMS, name);
 }
-
 StatusCode Session::DeleteGoto(std::int32_t pk, std::int32_t timeMS) {
     return Pimpl->Accept({.Operation = "DeleteGoto", .PK = pk, .Number = timeMS});
 }
-
 StatusCode Session::CreateCountdown(std::int32_t pk, std::int32_t timeMS, const std::string& name) {
     return Pimpl->Accept({.Operation = "CreateCountdown", .PK = pk, .Number = timeMS, .Texts = {name}});
 }
-
 StatusCode Session::RenameCountdown(std::int32_t pk, std::int32_t timeMS, const std::string& name) {
     return Pimpl->RenameMark("RenameCountdown", &Preset::Countdowns, pk, timeMS, name);
 }
-
 StatusCode Session::DeleteCountdown(std::int32_t pk, std::int32_t timeMS) {
     return Pimpl->Accept({.Operation = "DeleteCountdown", .PK = pk, .Number = timeMS});
 }
 
-StatusCode Session::GetTimeCode(TimeCode& timeCode, std::int32_t pk) {
-    return Pimpl->ReadEntry({.Operation = "GetTimeCode", .PK = pk}, timeCode, &Unit::TimeCodes, pk);
-}
-
-StatusCode Session::GetKonaHardwareState(KonaHardwareState& state) {
-    return Pimpl->Read("GetKonaHardwareState", state, &Unit::Hardware);
-}
-
-StatusCode Session::GetAssets(std::vector<Asset>& assets) {
-    return Pimpl->Read("GetAssets", assets, &Unit::Assets);
-}
-
-StatusCode Session::DeleteAsset(const std::string& path) {
-    return Pimpl->Accept({.Operation = "DeleteAsset", .Texts = {path}});
-}
-
-StatusCode Session::ReadAssetMetadata(const std::string& path, AssetMetadata& metadata) {
-    return Pimpl->ReadEntry({.Operation = "ReadAssetMetadata", .Texts = {path}}, metadata, &Unit::Metadata, path);
-}
-
-StatusCode Session::GetDisks(std::vector<Drive>& drives) {
-    return Pimpl->Read("GetDisks", drives, &Unit::Drives);
-}
-
-StatusCode Session::GetDiskAssets(std::vector<ExternalAsset>& entries, const std::string& drive,
-                                  const std::string& path) {
-    return Pimpl->ReadEntry({.Operation = "GetDiskAssets", .Texts = {drive, path}}, entries, &Unit::Listings,
-                            {drive, path});
-}
-
+// Assets and the unit itself.
 StatusCode Session::InstallAsset(const std::string& path) {
     return Pimpl->Accept({.Operation = "InstallAsset", .Texts = {path}});
 }
-
+StatusCode Session::DeleteAsset(const std::string& path) {
+    return Pimpl->Accept({.Operation = "DeleteAsset", .Texts = {path}});
+}
 StatusCode Session::RebootZorvic() {
     return Pimpl->Accept({.Operation = "RebootZorvic"});
 }
-
 StatusCode Session::SoftRebootZorvic() {
     return Pimpl->Accept({.Operation = "SoftRebootZorvic"});
 }
-
 StatusCode Session::ShutdownZorvic() {
     return Pimpl->Accept({.Operation = "ShutdownZorvic"});
 }
