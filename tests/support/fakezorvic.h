@@ -31,8 +31,8 @@ struct Call {
     std::string ToString() const;
 };
 
-/// What a unit holds and how it answers. Of the commands, only the selection, play and pause states, edits of presets
-/// and names of marks have an effect on it.
+/// What a unit holds and how it answers. Take, UpdatePreset and RenameGoto have their effect on it; other commands are
+/// only recorded.
 struct Unit {
     std::string GUID;
     std::string Nickname;

@@ -1,17 +1,10 @@
 #include "support/fakezorvic_state.h"
 
-#include <algorithm>
-
 using FakeZorvic::Call;
 using FakeZorvic::SessionState;
 using FakeZorvic::Unit;
 
 namespace Zorvic {
-namespace {
-
-using Marks = std::unordered_map<std::int32_t, PresetMark>;
-
-}  // namespace
 
 struct Session::Impl {
     std::shared_ptr<SessionState> State = std::make_shared<SessionState>();
@@ -55,27 +48,6 @@ struct Session::Impl {
             const auto found = (unit.*source).find(key);
             if (found == (unit.*source).end()) return ZORVIC_STATUS_FAILED;
             result = found->second;
-            return ZORVIC_STATUS_OK;
-        });
-    }
-
-    template <typename Effect>
-    StatusCode Transport(const char* operation, std::int32_t pk, Effect effect) const {
-        return Run({.Operation = operation, .PK = pk}, [&](Unit& unit) {
-            auto* const state = unit.FindState(pk);
-            if (!state) return ZORVIC_STATUS_FAILED;
-            effect(*state);
-            return ZORVIC_STATUS_OK;
-        });
-    }
-
-    StatusCode RenameMark(const char* operation, Marks Preset::*kind, std::int32_t pk, std::int32_t timeMS,
-                          const std::string& name) const {
-        return Run({.Operation = operation, .PK = pk, .Number = timeMS, .Texts = {name}}, [&](Unit& unit) {
-            auto* const preset = unit.FindPreset(pk);
-            if (!preset) return ZORVIC_STATUS_FAILED;
-            for (auto& [id, mark] : preset->*kind)
-                if (mark.TimeMS == timeMS) mark.Name = name;
             return ZORVIC_STATUS_OK;
         });
     }
@@ -160,26 +132,23 @@ StatusCode Session::DeletePreset(std::int32_t pk) {
     return Pimpl->Accept({.Operation = "DeletePreset", .PK = pk});
 }
 StatusCode Session::SelectPreset(std::int32_t pk) {
-    return Pimpl->Run({.Operation = "SelectPreset", .PK = pk}, [pk](Unit& unit) {
-        for (auto& state : unit.States)
-            state.IsSelected = state.PK == pk;
-        return unit.FindState(pk) ? ZORVIC_STATUS_OK : ZORVIC_STATUS_FAILED;
-    });
+    return Pimpl->Accept({.Operation = "SelectPreset", .PK = pk});
 }
 
 // Transport.
 StatusCode Session::Take(std::int32_t pk) {
-    return Pimpl->Transport("Take", pk, [](PresetState& state) {
-        state.IsPlaying = true;
-        state.IsPaused = false;
+    return Pimpl->Run({.Operation = "Take", .PK = pk}, [pk](Unit& unit) {
+        auto* const state = unit.FindState(pk);
+        if (!state) return ZORVIC_STATUS_FAILED;
+        state->IsPlaying = true;
+        return ZORVIC_STATUS_OK;
     });
 }
 StatusCode Session::Pause(std::int32_t pk) {
-    return Pimpl->Transport("Pause", pk,
-                            [](PresetState& state) { state.IsPaused = state.IsPlaying && !state.IsPaused; });
+    return Pimpl->Accept({.Operation = "Pause", .PK = pk});
 }
 StatusCode Session::End(std::int32_t pk) {
-    return Pimpl->Transport("End", pk, [](PresetState& state) { state.IsPlaying = state.IsPaused = false; });
+    return Pimpl->Accept({.Operation = "End", .PK = pk});
 }
 StatusCode Session::SeekTo(std::int32_t pk, std::uint32_t timeMS) {
     return Pimpl->Accept({.Operation = "SeekTo", .PK = pk, .Number = timeMS});
@@ -190,7 +159,14 @@ StatusCode Session::CreateGoto(std::int32_t pk, std::int32_t timeMS, const std::
     return Pimpl->Accept({.Operation = "CreateGoto", .PK = pk, .Number = timeMS, .Texts = {name}});
 }
 StatusCode Session::RenameGoto(std::int32_t pk, std::int32_t timeMS, const std::string& name) {
-    return Pimpl->RenameMark("RenameGoto", &Preset::Gotos, pk, timeMS, name);
+    const Call call{.Operation = "RenameGoto", .PK = pk, .Number = timeMS, .Texts = {name}};
+    return Pimpl->Run(call, [&call](Unit& unit) {
+        auto* const preset = unit.FindPreset(call.PK);
+        if (!preset) return ZORVIC_STATUS_FAILED;
+        for (auto& [id, mark] : preset->Gotos)
+            if (mark.TimeMS == call.Number) mark.Name = call.Texts.front();
+        return ZORVIC_STATUS_OK;
+    });
 }
 StatusCode Session::DeleteGoto(std::int32_t pk, std::int32_t timeMS) {
     return Pimpl->Accept({.Operation = "DeleteGoto", .PK = pk, .Number = timeMS});
@@ -199,7 +175,7 @@ StatusCode Session::CreateCountdown(std::int32_t pk, std::int32_t timeMS, const 
     return Pimpl->Accept({.Operation = "CreateCountdown", .PK = pk, .Number = timeMS, .Texts = {name}});
 }
 StatusCode Session::RenameCountdown(std::int32_t pk, std::int32_t timeMS, const std::string& name) {
-    return Pimpl->RenameMark("RenameCountdown", &Preset::Countdowns, pk, timeMS, name);
+    return Pimpl->Accept({.Operation = "RenameCountdown", .PK = pk, .Number = timeMS, .Texts = {name}});
 }
 StatusCode Session::DeleteCountdown(std::int32_t pk, std::int32_t timeMS) {
     return Pimpl->Accept({.Operation = "DeleteCountdown", .PK = pk, .Number = timeMS});
