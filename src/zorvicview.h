@@ -7,6 +7,7 @@
 #include <zorvic/session.h>
 
 #include <QPixmap>
+#include <QString>
 #include <QTime>
 #include <QWidget>
 
@@ -15,7 +16,6 @@
 #include <functional>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -239,7 +239,8 @@ private:
     void WireMix();
     void WireVideoSlider(QSlider* slider, float Zorvic::PinnedAsset::*member);
     void WireMixSlider(QSlider* slider, const std::function<void(int)>& send);
-    bool DragIsOver() const;
+    QString MixTarget(const QSlider* slider) const;
+    bool DragIsOver(const QSlider* slider) const;
     void OnMixSliderReleased();
     void OnActivePlayerChanged();
     Zorvic::PinnedAsset* FindAdjustedAsset(const Zorvic::Preset& preset) const;
@@ -271,6 +272,7 @@ private:
     MarkNameDelegate* GotoEditor = nullptr;
     MarkNameDelegate* CountdownEditor = nullptr;
     const Zorvic::Preset* MixRefresh = nullptr;
-    /// The current preset when the operator took hold of a mix slider.
-    std::optional<int> MixDragPK;
+    /// The mix slider whose knob the operator holds, and what it set when he took hold of it.
+    const QSlider* HeldSlider = nullptr;
+    QString HeldTarget;
 };

@@ -5,6 +5,7 @@
 
 #include <QScopedValueRollback>
 #include <QSignalBlocker>
+#include <QStringBuilder>
 
 #include <cstdlib>
 
@@ -67,21 +68,31 @@ void ZorvicView::WireVideoSlider(QSlider* slider, float Zorvic::PinnedAsset::*me
 // The throttle hears of a release first, and sends the last value while the drag still counts.
 void ZorvicView::WireMixSlider(QSlider* slider, const std::function<void(int)>& send) {
     auto* throttle = new SliderThrottle(slider);
-    connect(throttle, &SliderThrottle::Changed, this, [this, send](int value) {
-        if (!DragIsOver()) send(value);
+    connect(throttle, &SliderThrottle::Changed, this, [this, slider, send](int value) {
+        if (!DragIsOver(slider)) send(value);
     });
-    connect(slider, &QSlider::sliderPressed, this, [this] { MixDragPK = CurrentPK(); });
+    connect(slider, &QSlider::sliderPressed, this, [this, slider] {
+        HeldSlider = slider;
+        HeldTarget = MixTarget(slider);
+    });
     connect(slider, &QSlider::sliderReleased, this, &ZorvicView::OnMixSliderReleased);
 }
 
-/// True when the operator still holds a knob, but the preset it was meant for is no longer the current one.
-bool ZorvicView::DragIsOver() const {
-    return MixDragPK && !MixRefresh && *MixDragPK != CurrentPK();
+/// What the slider sets now: the current preset, and one player of it when it adjusts the picture.
+QString ZorvicView::MixTarget(const QSlider* slider) const {
+    const bool isVolume = slider == LChannel || slider == RChannel;
+    return QString::number(CurrentPK()) % QLatin1Char(' ') % (isVolume ? QString() : ActivePlayerSel->currentText());
+}
+
+/// True when the operator still holds the knob, but a refresh has moved on to another preset or player than it was
+/// meant for.
+bool ZorvicView::DragIsOver(const QSlider* slider) const {
+    return slider == HeldSlider && !MixRefresh && HeldTarget != MixTarget(slider);
 }
 
 /// Refreshes have passed the held knob by: it shows the unit's value again.
 void ZorvicView::OnMixSliderReleased() {
-    MixDragPK.reset();
+    HeldSlider = nullptr;
     if (const auto preset = GetSelectedPreset()) {
         UpdateVideoSliders(*preset);
         SetVolSliders(*preset);
