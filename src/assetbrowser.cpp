@@ -9,7 +9,6 @@
 #include <QAbstractItemView>
 #include <QElapsedTimer>
 #include <QKeyEvent>
-#include <QPointer>
 #include <QSet>
 #include <QShortcut>
 #include <QSignalBlocker>
@@ -110,20 +109,16 @@ void AssetBrowser::OnDriveChanged(const QString& drive) {
 }
 
 void AssetBrowser::RefreshAll() {
-    const QPointer<AssetBrowser> self = this;
     RefreshDrives();
-    if (self) UpdateAssetsList();
+    UpdateAssetsList();
 }
 
 void AssetBrowser::RefreshDrives() {
     const auto handle = FindSession(GUID);
     if (!handle) return;
-    const QPointer<AssetBrowser> self = this;
     std::vector<Zorvic::Drive> drives;
-    const bool known = handle->GetSession()->GetDisks(drives) == Zorvic::ZORVIC_STATUS_OK;
-    if (!self) return;
     QStringList mountpoints;
-    if (known) {
+    if (handle->GetSession()->GetDisks(drives) == Zorvic::ZORVIC_STATUS_OK) {
         for (const auto& drive : drives) {
             if (IsValidDrive(drive.Mountpoint)) mountpoints += QString::fromStdString(drive.Mountpoint);
         }
@@ -151,14 +146,12 @@ void AssetBrowser::ShowDrives(const QStringList& mountpoints) {
 void AssetBrowser::UpdateAssetsList() {
     const auto handle = FindSession(GUID);
     if (!handle) return;
-    const QPointer<AssetBrowser> self = this;
     const QString drive = DriveChoice->currentText();
     const QString path = PathChoice->text();
     std::vector<Zorvic::ExternalAsset> entries;
     QElapsedTimer waited;
     waited.start();
     const auto status = handle->GetSession()->GetDiskAssets(entries, drive.toStdString(), path.toStdString());
-    if (!self) return;
     ListingSlow = waited.hasExpired(NoticeableDelay.count());
     ListingFailed = status != Zorvic::ZORVIC_STATUS_OK;
     if (ListingFailed) return;
@@ -276,7 +269,6 @@ void AssetBrowser::OnSelectClicked() {
 void AssetBrowser::PerformImport() {
     const auto handle = FindSession(GUID);
     if (!handle) return;
-    const QPointer<AssetBrowser> self = this;
     CurProgressAssets.clear();
     const QStringList paths = GetSelectedPaths();
     for (const auto& selected : paths) {
@@ -287,7 +279,6 @@ void AssetBrowser::PerformImport() {
         if (handle->GetSession()->InstallAsset(path) != Zorvic::ZORVIC_STATUS_OK) {
             std::cerr << "Error ingesting asset " << path << std::endl;
         }
-        if (!self) return;
     }
 }
 
