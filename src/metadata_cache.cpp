@@ -1,10 +1,10 @@
 #include "metadata_cache.h"
 
+#include "sessionmanager.h"
+
 #include <algorithm>
 #include <memory>
 #include <vector>
-
-#include "sessionmanager.h"
 
 MetadataCache::MetadataCache(const std::string& guid) : GUID(guid) {}
 

@@ -1,10 +1,10 @@
 #pragma once
 
+#include <zorvic/types.h>
+
 #include <mutex>
 #include <string>
 #include <unordered_map>
-
-#include <zorvic/types.h>
 
 /// What the probes of one unit's assets found, so that an unchanged asset is probed once.
 ///
