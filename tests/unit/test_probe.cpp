@@ -67,19 +67,15 @@ TEST_P(ProbeOf, NamesWhatTheEncoderMade) {
 INSTANTIATE_TEST_SUITE_P(
     Formats, ProbeOf,
     testing::Values(Format{"h264.mp4", Picture + Tone + "-c:v libx264 -preset ultrafast -c:a aac", "h264", "aac"},
-                    Format{"hevc.mov", Picture + "-c:v libx265 -preset ultrafast -x265-params log-level=none", "hevc",
-                           ""},
                     Format{"prores.mov", Picture + Tone + "-c:v prores_ks -c:a pcm_s24le", "prores", "pcm_s24le"},
                     Format{"mpeg2.mxf", Picture + Tone + "-c:v mpeg2video -c:a pcm_s16le", "mpeg2video", "pcm_s16le"},
                     Format{"mpeg2.ts", Picture + Tone + "-c:v mpeg2video -c:a mp2", "mpeg2video", "mp2"},
-                    Format{"vp9.webm", Picture + "-c:v libvpx-vp9 -deadline realtime -cpu-used 8", "vp9", ""},
                     Format{"av1.mkv", Picture + "-c:v libsvtav1 -preset 12", "av1", ""},
                     Format{"raw.h264", Picture + "-c:v libx264 -preset ultrafast", "h264", ""},
                     Format{"surround.mkv", Tone + "-ac 6 -c:a flac", "", "flac", 6},
-                    Format{"tone.wav", Tone, "", "pcm_s16le"}, Format{"tone.flac", Tone, "", "flac"},
-                    Format{"tone.mp3", Tone + "-c:a libmp3lame", "", "mp3"},
+                    Format{"tone.wav", Tone, "", "pcm_s16le"}, Format{"tone.mp3", Tone + "-c:a libmp3lame", "", "mp3"},
                     Format{"tone.aac", Tone + "-ac 2 -c:a aac", "", "aac", 2},
-                    Format{"Bühne ☂ 舞台.mp4", Picture + "-c:v libx264 -preset ultrafast", "h264", ""}),
+                    Format{"Bühne ☂ 舞台.mp4", Picture + "-c:v mpeg4", "mpeg4", ""}),
     [](const auto& instance) {
         std::string name = instance.param.File.starts_with("B") ? "unicode" : instance.param.File;
         std::replace(name.begin(), name.end(), '.', '_');

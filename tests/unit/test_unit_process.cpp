@@ -13,6 +13,7 @@
 #include <fstream>
 #include <memory>
 #include <random>
+#include <regex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -27,22 +28,16 @@ using ZorvicUnit::ReadFile;
 
 constexpr std::chrono::seconds Watchdog(60);
 
-// The log of a process before must not be taken for the new one's.
-std::string FreshFile(const std::string& file) {
-    std::filesystem::remove(file);
-    return file;
-}
-
 /// A unit as a process of its own, and a console's connection to it.
 class UnitProcess {
 public:
     /// `launcher` is a command that starts the unit given after it.
     explicit UnitProcess(const std::string& directory, std::vector<std::string> launcher = {})
-        : Log(FreshFile(directory + "/log")), Process(Command(directory, std::move(launcher)), Log) {
+        : Log(directory + "/log" + std::to_string(++Started)), Process(Command(directory, std::move(launcher)), Log) {
         Connect(1);
     }
     /// Waits until the unit has said that it listens this many times.
-    void Connect(std::size_t times) {
+    void Connect(std::ptrdiff_t times) {
         std::string address;
         ASSERT_TRUE(WaitUntil([&] { return !(address = Address(times)).empty(); }, Watchdog)) << ReadFile(Log);
         grpc::ChannelArguments arguments;
@@ -50,16 +45,11 @@ public:
         Channel = grpc::CreateCustomChannel(address, grpc::InsecureChannelCredentials(), arguments);
         Stub = zorvic::v1::Unit::NewStub(Channel);
     }
-    std::string Address(std::size_t times) const {
+    std::string Address(std::ptrdiff_t times) const {
         const std::string log = ReadFile(Log);
-        const std::string words = "listening on ";
-        std::size_t at = std::string::npos;
-        for (std::size_t begin = 0; times > 0; --times) {
-            at = log.find(words, begin);
-            begin = at + 1;
-            if (at == std::string::npos || log.find('\n', at) == std::string::npos) return {};
-        }
-        return log.substr(at + words.size(), log.find('\n', at) - at - words.size());
+        const std::regex ready("listening on (\\S+)\n");
+        const std::sregex_iterator begin(log.begin(), log.end(), ready), end;
+        return std::distance(begin, end) < times ? std::string() : (*std::next(begin, times - 1))[1].str();
     }
     template <typename Request>
     grpc::Status Send(grpc::Status (zorvic::v1::Unit::Stub::*command)(grpc::ClientContext*, const Request&,
@@ -98,6 +88,7 @@ public:
     std::unique_ptr<zorvic::v1::Unit::Stub> Stub;
 
 private:
+    static inline int Started = 0;  // each has a log of its own
     static std::vector<std::string> Command(const std::string& directory, std::vector<std::string> words) {
         words.insert(words.end(), {ZORVIC_UNIT_PROGRAM, "--store", directory + "/store", "--drive",
                                    "E=" + directory + "/drive", "--port", "0", "--announce", "off"});
@@ -162,32 +153,18 @@ protected:
 };
 
 TEST_F(UnitProcessTest, BadOptionsAreNamedAndEndWithTwo) {
-    const std::vector<std::vector<std::string>> cases = {
-        {"--port", "65536"},
-        {"--port", "x"},
-        {"--listen", "nonsense"},
-        {"--listen", "0.0.0.0"},
-        {"--tls-dir", "/tmp"},
-        {"--role", "boss"},
-        {"--type", "x"},
-        {"--video-mode", "480p"},
-        {"--refresh", "61"},
-        {"--drive", "C=/media"},
-        {"--drive", "e=/media"},
-        {"--drive", "E="},
-        {"--drive", "E=/media", "--drive", "E=/srv"},
-        {"--nickname", "\xFF\xFE"},
-        {"--nickname", std::string(257, 'x')},
-    };
-    for (const auto& options : cases) {
-        auto arguments = options;
-        arguments.insert(arguments.end(), {"--store", Directory.Path() + "/store"});
-        EXPECT_EQ(RunToEnd(arguments), 2) << options[0] << ' ' << options[1];
-        EXPECT_THAT(Output, HasSubstr(options[0]));
+    const std::string store = "--store=" + Directory.Path() + "/store";
+    const std::string longName = "--nickname=" + std::string(257, 'x');
+    for (const char* option : {"--port=65536", "--port=x", "--listen=nonsense", "--listen=0.0.0.0", "--tls-dir=/tmp",
+                               "--role=boss", "--type=x", "--video-mode=480p", "--refresh=61", "--drive=C=/media",
+                               "--drive=e=/media", "--drive=E=", "--nickname=\xFF\xFE", longName.c_str()}) {
+        EXPECT_EQ(RunToEnd({store, option}), 2) << option;
+        EXPECT_THAT(Output, HasSubstr(std::string(option).substr(0, std::string(option).find('='))));
     }
+    EXPECT_EQ(RunToEnd({store, "--drive=E=/media", "--drive=E=/srv"}), 2);
     EXPECT_EQ(RunToEnd({}), 2);
     EXPECT_THAT(Output, HasSubstr("--store"));
-    EXPECT_EQ(RunToEnd({"--store", Directory.Path(), "--nonsense"}), 2);
+    EXPECT_EQ(RunToEnd({store, "--nonsense"}), 2);
 }
 
 TEST_F(UnitProcessTest, ATakenPortAndAnUnusableStoreEndWithOneAndAReason) {
@@ -254,7 +231,7 @@ TEST_F(UnitProcessTest, RebootComesBackOnItsPortAndShutdownDoesNot) {
     UnitProcess unit(Directory.Path());
     ASSERT_TRUE(unit.Create(PresetWith(0, "a")).ok());
     const std::string address = unit.Address(1);
-    for (const std::size_t times : {2U, 3U}) {
+    for (const int times : {2, 3}) {
         ASSERT_TRUE(unit.Power(zorvic::v1::POWER_ACTION_REBOOT).ok());
         unit.Connect(times);
         EXPECT_EQ(unit.Address(times), address);
@@ -314,7 +291,7 @@ TEST_F(UnitProcessTest, KeepsEveryAcknowledgedPresetThroughKills) {
     EXPECT_GT(acknowledged, 0U);
 }
 
-/// A unit that imports "clip.wav" from its drive.
+/// A unit that imports from its drive.
 class ImportingUnitTest : public UnitProcessTest {
 protected:
     ImportingUnitTest() {
@@ -337,54 +314,44 @@ protected:
     const std::string Clip = "C:\\Assets\\clip.wav";
 };
 
-// What takes long to copy is a file with a hole: it takes room only in the store.
-TEST_F(ImportingUnitTest, AKilledImportLeavesTheOldFileOrNone) {
+TEST_F(ImportingUnitTest, AKilledImportLeavesTheOldFileAndNothingOfTheNew) {
+    // What takes long to copy is a file with a hole: it takes room only in the store.
     constexpr std::uint32_t Size = 290'000'000;
     ZorvicUnit::WriteFile(Drive / "clip.wav", ZorvicUnit::WaveHead(Size - 44));
     std::filesystem::resize_file(Drive / "clip.wav", Size);
+    ZorvicUnit::WriteFile(Drive / "next.wav", ZorvicUnit::ToneFile());
     ZorvicUnit::WriteFile(Assets / "foreign.part", "somebody else's");
-    for (const bool replaces : {false, true}) {
-        if (replaces) {
-            ZorvicUnit::WriteFile(Assets / "clip.wav", ZorvicUnit::ToneFile());
-            // Older than what the unit would wait for to rest.
-            const auto old = std::filesystem::file_time_type::clock::now() - std::chrono::hours(1);
-            std::filesystem::last_write_time(Assets / "clip.wav", old);
-        }
-        std::size_t presets = 0;
-        {
-            UnitProcess unit(Directory.Path());
-            Watcher watcher(unit);
-            watcher.ReadSnapshot();
-            if (replaces) ReadUntilStatus(watcher, Clip, Zorvic::ZORVIC_ASSETSTATE_READY);
-            ASSERT_TRUE(unit.Install("E:\\clip.wav").ok());
-            ReadUntilStatus(watcher, Clip, Zorvic::ZORVIC_ASSETSTATE_INGESTING);
-            while (watcher.Assets[Clip].current_size() == 0)
-                ASSERT_TRUE(watcher.Read());
-            ASSERT_TRUE(unit.Create(PresetWith(0, Clip)).ok());
-            presets = watcher.Presets.size() + 1;
-            ASSERT_LT(watcher.Assets[Clip].current_size(), Size);
-            unit.Process.Signal(SIGKILL);
-            ASSERT_EQ(unit.Process.Wait(Watchdog), 128 + SIGKILL);
-        }
-        EXPECT_EQ(FilesInStore().size(), replaces ? 3U : 2U) << "it was not killed in the middle of a copy";
+    ZorvicUnit::WriteFile(Assets / "clip.wav", ZorvicUnit::ToneFile());
+    // Older than what the unit would wait for to rest.
+    const auto old = std::filesystem::file_time_type::clock::now() - std::chrono::hours(1);
+    std::filesystem::last_write_time(Assets / "clip.wav", old);
+    {
         UnitProcess unit(Directory.Path());
         Watcher watcher(unit);
-        watcher.ReadSnapshot();
-        EXPECT_EQ(watcher.Presets.size(), presets);
-        EXPECT_EQ(watcher.Assets.size(), replaces ? 1U : 0U);
-        if (replaces) {
-            ReadUntilStatus(watcher, Clip, Zorvic::ZORVIC_ASSETSTATE_READY);
-            EXPECT_EQ(ReadFile(Assets / "clip.wav"), ZorvicUnit::ToneFile());
-            EXPECT_THAT(FilesInStore(), testing::UnorderedElementsAre("clip.wav", "foreign.part"));
-        } else {
-            EXPECT_THAT(FilesInStore(), testing::ElementsAre("foreign.part"));
-        }
-        ASSERT_TRUE(unit.Install("E:\\clip.wav").ok());
-        while (watcher.Assets[Clip].status() != Zorvic::ZORVIC_ASSETSTATE_READY ||
-               watcher.Assets[Clip].total_size() != Size)
+        ReadUntilStatus(watcher, Clip, Zorvic::ZORVIC_ASSETSTATE_READY);
+        for (const char* path : {"E:\\clip.wav", "E:\\next.wav"})
+            ASSERT_TRUE(unit.Install(path).ok());
+        ReadUntilStatus(watcher, Clip, Zorvic::ZORVIC_ASSETSTATE_INGESTING);
+        while (watcher.Assets[Clip].current_size() == 0)
             ASSERT_TRUE(watcher.Read());
-        ASSERT_TRUE(unit.DeleteAsset(Clip).ok());
+        ASSERT_TRUE(unit.Create(PresetWith(0, Clip)).ok());
+        ASSERT_LT(watcher.Assets[Clip].current_size(), Size);
+        unit.Process.Signal(SIGKILL);
+        ASSERT_EQ(unit.Process.Wait(Watchdog), 128 + SIGKILL);
     }
+    EXPECT_EQ(FilesInStore().size(), 3U) << "it was not killed in the middle of a copy";
+    UnitProcess unit(Directory.Path());
+    Watcher watcher(unit);
+    watcher.ReadSnapshot();
+    EXPECT_EQ(watcher.Presets.size(), 1U);
+    EXPECT_EQ(watcher.Assets.size(), 1U);
+    ReadUntilStatus(watcher, Clip, Zorvic::ZORVIC_ASSETSTATE_READY);
+    EXPECT_EQ(ReadFile(Assets / "clip.wav"), ZorvicUnit::ToneFile());
+    EXPECT_THAT(FilesInStore(), testing::UnorderedElementsAre("clip.wav", "foreign.part"));
+    ASSERT_TRUE(unit.Install("E:\\clip.wav").ok());
+    while (watcher.Assets[Clip].status() != Zorvic::ZORVIC_ASSETSTATE_READY ||
+           watcher.Assets[Clip].total_size() != Size)
+        ASSERT_TRUE(watcher.Read());
 }
 
 TEST_F(ImportingUnitTest, AFullDiskFailsWhatNeedsRoomAndTheUnitLives) {
