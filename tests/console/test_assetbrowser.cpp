@@ -11,7 +11,6 @@
 #include <QTimer>
 
 #include <chrono>
-#include <memory>
 #include <thread>
 
 using namespace std::chrono_literals;
@@ -30,11 +29,10 @@ protected:
         SetFolder("E", "", {"Sub", "b.mov", "a.mov"});
         SetFolder("E", "\\Sub", {"Sub"});
         delete Sessions.CreateSessionByIP("host");
-        Open(false);
-        Browser->DriveChoice->setCurrentText(QStringLiteral("E"));
+        Browser.RefreshAll();
+        Browser.DriveChoice->setCurrentText(QStringLiteral("E"));
         FakeZorvic::ClearCalls();
     }
-    ~AssetBrowserTest() override { FakeZorvic::SetHook(nullptr); }
 
     void SetDrives(const std::vector<std::string>& mountpoints) {
         Unit.Drives.clear();
@@ -49,10 +47,6 @@ protected:
         }
         Unit.Listings[{drive, path}] = entries;
     }
-    void Open(bool internalMode) {
-        Browser = std::make_unique<AssetBrowser>("guid", internalMode);
-        List = Browser->AssetBrowserList;
-    }
     std::string Shown() const {
         QStringList names;
         for (int row = 0; row < List->count(); ++row) {
@@ -60,18 +54,18 @@ protected:
         }
         return names.join(QLatin1Char(' ')).toStdString();
     }
-    std::string SelectedPaths() const { return Browser->GetSelectedPaths().join(QLatin1Char(' ')).toStdString(); }
+    std::string SelectedPaths() const { return Browser.GetSelectedPaths().join(QLatin1Char(' ')).toStdString(); }
     void DoubleClick(int row) const { emit List->itemDoubleClicked(List->item(row)); }
     std::size_t ListingsOfATimerTick() const {
         FakeZorvic::ClearCalls();
-        QMetaObject::invokeMethod(Browser->findChild<QTimer*>(), "timeout");
+        QMetaObject::invokeMethod(Browser.findChild<QTimer*>(), "timeout");
         return FakeZorvic::Calls("GetDiskAssets").size();
     }
 
     FakeZorvic::Unit& Unit = (FakeZorvic::Reset(), FakeZorvic::AddUnit("host", "guid"));
     SessionManager Sessions;
-    std::unique_ptr<AssetBrowser> Browser;
-    QListWidget* List = nullptr;
+    AssetBrowser Browser{"guid", false};
+    QListWidget* List = Browser.AssetBrowserList;
 };
 
 TEST_F(AssetBrowserTest, WalksFoldersAndEntersOnceOneThatIsSlowToOpen) {
@@ -79,31 +73,31 @@ TEST_F(AssetBrowserTest, WalksFoldersAndEntersOnceOneThatIsSlowToOpen) {
     DoubleClick(0);
     DoubleClick(0);
     EXPECT_EQ(Shown(), "Sub b.mov a.mov");
-    Browser->RefreshAll();
-    EXPECT_EQ(Browser->PathChoice->text(), QStringLiteral("\\Sub"));
+    Browser.RefreshAll();
+    EXPECT_EQ(Browser.PathChoice->text(), QStringLiteral("\\Sub"));
     EXPECT_EQ(Shown(), "Sub");
-    Browser->PathUpButton->click();
+    Browser.PathUpButton->click();
     EXPECT_EQ(Shown(), "Sub b.mov a.mov");
     FakeZorvic::ClearCalls();
-    Browser->PathUpButton->click();
+    Browser.PathUpButton->click();
     EXPECT_THAT(FakeZorvic::Calls(), IsEmpty());
 }
 
 TEST_F(AssetBrowserTest, InternalModeStartsInTheUnitsAssetsAndReportsTheChosenFile) {
-    Open(true);
-    const QSignalSpy chosen(Browser.get(), &AssetBrowser::ItemsChosen);
-    List->setCurrentRow(1);
-    DoubleClick(1);
+    AssetBrowser browser("guid", true);
+    const QSignalSpy chosen(&browser, &AssetBrowser::ItemsChosen);
+    browser.AssetBrowserList->setCurrentRow(1);
+    emit browser.AssetBrowserList->itemDoubleClicked(browser.AssetBrowserList->item(1));
     EXPECT_EQ(chosen.value(0).value(0).toStringList(), QStringList(QStringLiteral("C:\\Assets\\b.mov")));
 }
 
 TEST_F(AssetBrowserTest, RefreshKeepsWhatTheOperatorIsDoing) {
-    Browser->show();
+    Browser.show();
     const QPoint place = List->visualItemRect(List->item(1)).center();
     const QSignalSpy clicked(List, &QListWidget::clicked);
     QTest::mousePress(List->viewport(), Qt::LeftButton, {}, place);
     SetFolder("E", "", {"Sub", "b.mov", "new.mov"});
-    Browser->RefreshAll();
+    Browser.RefreshAll();
     EXPECT_EQ(Shown(), "Sub b.mov new.mov");
     QTest::mouseRelease(List->viewport(), Qt::LeftButton, {}, place);
     EXPECT_EQ(clicked.size(), 1);
@@ -112,80 +106,81 @@ TEST_F(AssetBrowserTest, RefreshKeepsWhatTheOperatorIsDoing) {
 
 TEST_F(AssetBrowserTest, FilterHoldsForNewEntriesToo) {
     testing::internal::CaptureStdout();
-    Browser->FilterBox->setText(QStringLiteral("A.M"));
+    Browser.FilterBox->setText(QStringLiteral("A.M"));
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "Item Subfalse\nItem b.movfalse\nItem a.movtrue\n");
     SetFolder("E", "", {"a.mov", "c.mov", "ba.mov"});
-    Browser->RefreshAll();
+    Browser.RefreshAll();
     EXPECT_EQ(Shown(), "a.mov ba.mov");
 }
 
 TEST_F(AssetBrowserTest, ChosenDriveStaysThroughARefillAndAnOutage) {
     List->item(1)->setSelected(true);
     SetDrives({"A", "C", "E"});
-    Browser->RefreshAll();
-    EXPECT_EQ(Browser->DriveChoice->count(), 3);
+    Browser.RefreshAll();
+    EXPECT_EQ(Browser.DriveChoice->count(), 3);
     ASSERT_EQ(FakeZorvic::Calls("GetDiskAssets").size(), 1U);
     EXPECT_THAT(FakeZorvic::LastCall("GetDiskAssets").Texts, ElementsAre("E", ""));
     EXPECT_EQ(SelectedPaths(), "E:\\b.mov");
     SetDrives({"C"});
     for (const int drives : {1, 0}) {
-        Browser->RefreshAll();
-        EXPECT_EQ(Browser->DriveChoice->count(), drives);
+        Browser.RefreshAll();
+        EXPECT_EQ(Browser.DriveChoice->count(), drives);
         EXPECT_EQ(Shown(), "Sub b.mov a.mov") << "no other drive steps in";
         EXPECT_EQ(SelectedPaths(), "") << "no paths without a drive";
         Unit.Fail("GetDisks", Zorvic::ZORVIC_STATUS_FAILED);
     }
     Unit.Succeed("GetDisks");
     SetDrives({"C", "E"});
-    Browser->RefreshAll();
+    Browser.RefreshAll();
     EXPECT_EQ(SelectedPaths(), "E:\\b.mov");
 }
 
 TEST_F(AssetBrowserTest, ReturnActsOnThePathFieldOrTheOpenDriveListAndElsewhereSelects) {
-    Browser->show();
-    QApplication::setActiveWindow(Browser.get());
-    const QSignalSpy chosen(Browser.get(), &AssetBrowser::ItemsChosen);
-    Browser->PathChoice->setFocus();
-    Browser->PathChoice->setText(QStringLiteral("\\Sub"));
-    QTest::keyClick(Browser->PathChoice, Qt::Key_Return);
+    Browser.show();
+    QApplication::setActiveWindow(&Browser);
+    const QSignalSpy chosen(&Browser, &AssetBrowser::ItemsChosen);
+    Browser.PathChoice->setFocus();
+    Browser.PathChoice->setText(QStringLiteral("\\Sub"));
+    QTest::keyClick(Browser.PathChoice, Qt::Key_Return);
     EXPECT_EQ(Shown(), "Sub");
-    Browser->DriveChoice->showPopup();
-    QTest::keyClick(Browser->DriveChoice->view(), Qt::Key_Return);
+    Browser.DriveChoice->showPopup();
+    QTest::keyClick(Browser.DriveChoice->view(), Qt::Key_Return);
     EXPECT_EQ(chosen.size(), 0);
-    QApplication::setActiveWindow(Browser.get());
+    QApplication::setActiveWindow(&Browser);
     List->setFocus();
     List->selectAll();
     QTest::keyClick(List, Qt::Key_Return);
     ASSERT_EQ(chosen.size(), 1);
     EXPECT_TRUE(chosen.first().first().toStringList().isEmpty());  // only a folder was selected
-    QTest::keyClick(Browser->PathChoice, Qt::Key_Escape);
-    EXPECT_FALSE(Browser->isVisible());
+    QTest::keyClick(Browser.PathChoice, Qt::Key_Escape);
+    EXPECT_FALSE(Browser.isVisible());
 }
 
 TEST_F(AssetBrowserTest, ImportGoesOnAfterAFailureAndShowsItsProgress) {
-    auto& other = Unit.Assets.emplace_back();
-    other.CurrentSize = other.TotalSize = 5000;
-    QObject::connect(Browser.get(), &AssetBrowser::ItemsChosen, Browser.get(), &AssetBrowser::PerformImport);
+    QObject::connect(&Browser, &AssetBrowser::ItemsChosen, &Browser, &AssetBrowser::PerformImport);
     List->selectAll();
     Unit.Fail("InstallAsset", Zorvic::ZORVIC_STATUS_FAILED, 1);
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
-    Browser->SelectButton->click();
+    Browser.SelectButton->click();
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
               "Ingesting asset at \"E:\\b.mov\".\nIngesting asset at \"E:\\a.mov\".\n");
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "Error ingesting asset E:\\b.mov\n");
     EXPECT_THAT(FakeZorvic::Commands(), ElementsAre("InstallAsset E:\\b.mov", "InstallAsset E:\\a.mov"));
 
     const auto progress = [this](int current, int total) {
-        Unit.Assets.back().CurrentSize = current;
-        Unit.Assets.back().TotalSize = total;
-        Browser->UpdateIngestProgress(Unit.Assets);
-        return Browser->IngestProgressBar->isHidden() ? -1 : Browser->IngestProgressBar->value();
+        std::vector<Zorvic::Asset> assets(2);
+        assets[0].CurrentSize = assets[0].TotalSize = 5000;  // of no file of the import
+        assets[1].FullPath = "C:\\Assets\\a.mov";
+        assets[1].CurrentSize = current;
+        assets[1].TotalSize = total;
+        Browser.UpdateIngestProgress(assets);
+        return Browser.IngestProgressBar->isHidden() ? -1 : Browser.IngestProgressBar->value();
     };
     EXPECT_EQ(progress(199, 300), 66);
     EXPECT_EQ(progress(300, 300), -1);
     EXPECT_EQ(progress(1, 300), -1) << "no longer part of an import";
-    Browser->PerformImport();
+    Browser.PerformImport();
     EXPECT_EQ(progress(0, 300), 0);
     EXPECT_EQ(progress(0, 0), -1);
 }
@@ -197,13 +192,13 @@ TEST_F(AssetBrowserTest, HiddenBrowserIsRefreshedUnlessItsDriveIsSlowOrTheSessio
     });
     EXPECT_EQ(ListingsOfATimerTick(), 1U);
     EXPECT_EQ(ListingsOfATimerTick(), 0U);
-    Browser->show();
+    Browser.show();
     EXPECT_EQ(ListingsOfATimerTick(), 1U);
     Sessions.DeleteSessionByGUID("guid");
     List->selectAll();
-    Browser->PerformImport();
+    Browser.PerformImport();
     EXPECT_EQ(ListingsOfATimerTick(), 0U);
-    EXPECT_EQ(Browser->DriveChoice->count(), 2);
+    EXPECT_EQ(Browser.DriveChoice->count(), 2);
     EXPECT_EQ(Shown(), "Sub b.mov a.mov");
 }
 

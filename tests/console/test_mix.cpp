@@ -40,7 +40,7 @@ TEST_F(MixTest, ASliderSetsItsChannelOrBothButARefreshNeither) {
     View->LChannel->setValue(5);
     EXPECT_THAT(Preset(1).Volume, ElementsAre(5, 5));
     Preset(2).Volume = {1000, 2000};
-    View->PresetsView->setCurrentItem(View->LookupPresetItem(2));
+    SelectOnUnit(2);
     Pump(ZORVIC_STATE_PRESETSTATES);
     EXPECT_EQ(View->RChannel->value(), 2000);
     EXPECT_THAT(Preset(2).Volume, ElementsAre(1000, 2000));
@@ -64,7 +64,7 @@ TEST_F(MixTest, ARefreshDoesNotUndoWhatAnotherConsoleSetMeanwhile) {
 }
 
 TEST_F(MixTest, PictureSlidersAdjustTheChosenPlayersAsset) {
-    EXPECT_THAT(View->ActivePlayerSel->currentText(), QStringLiteral("Player 1"));
+    EXPECT_EQ(View->ActivePlayerSel->currentText(), QStringLiteral("Player 1"));
     EXPECT_EQ(View->HueSel->value(), 30);
     View->ActivePlayerSel->setCurrentText(QStringLiteral("Player 2"));
     EXPECT_EQ(View->HueSel->value(), -40);
