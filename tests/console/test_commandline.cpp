@@ -16,15 +16,13 @@ TEST(CommandLine, AnyArgumentButTheOneOptionEndsTheProgramWithAMessage) {
         {"x y", {"--nocustomstyle", "--nocustomstyle", "x y", "z"}},
         {"", {""}},
         {"-style", {"-style", "fusion"}}};
+    const TemporaryDirectory directory;
     for (const auto& [refused, arguments] : cases) {
-        const TemporaryDirectory directory;
-        const std::string output = directory.Path() + "/output";
-        std::vector<std::string> command = arguments;
-        command.insert(command.begin(), ZORVIC_CONTROL_PROGRAM);
-        ChildProcess program(
-            command, output,
-            {"QT_QPA_PLATFORM=offscreen", "ZORVIC_DISCOVERY=off", "XDG_RUNTIME_DIR=" + directory.Path()});
-        EXPECT_EQ(program.Wait(std::chrono::seconds(60)), 1) << refused;
+        std::vector<std::string> command = {"env", "QT_QPA_PLATFORM=offscreen", "ZORVIC_DISCOVERY=off",
+                                            "XDG_RUNTIME_DIR=" + directory.Path(), ZORVIC_CONTROL_PROGRAM};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        const std::string output = directory.Path() + "/output of " + refused;
+        EXPECT_EQ(ChildProcess(command, output).Wait(std::chrono::seconds(60)), 1) << refused;
         std::ifstream file(output);
         const std::string said{std::istreambuf_iterator<char>(file), {}};
         EXPECT_EQ(said, "Invalid command line argument \"" + refused + "\".\n");

@@ -31,10 +31,9 @@ class PresetBuilderTest : public AuthoringTest {
 protected:
     PresetBuilderTest() {
         for (const auto& [pk, name] : {std::pair(3, "Intro"), std::pair(12, "Storm")}) {
-            Preset preset;
+            Preset& preset = Known.emplace_back();
             preset.PK = pk;
             preset.Name = name;
-            Known.push_back(preset);
         }
         Builder.UpdateCachedPresets(std::vector(Known));
     }

@@ -54,7 +54,7 @@ TEST(FirstLight, AnOperatorFindsAUnitConnectsAndTakesAPreset) {
     ASSERT_EQ(observer.CreatePreset(OneClipPreset("Opening", "C:\\Assets\\clip.mov")), Zorvic::ZORVIC_STATUS_OK);
 
     VirtualDisplay display;
-    ChildProcess console({ZORVIC_CONSOLE_PROGRAM}, directory.Path() + "/console.log", {"ZORVIC_DISCOVERY=lo"});
+    ChildProcess console({"env", "ZORVIC_DISCOVERY=lo", ZORVIC_CONSOLE_PROGRAM}, directory.Path() + "/console.log");
     ASSERT_TRUE(WaitUntil([&] { return !display.Window("Choose a Zorvic").empty(); }));
     const std::string main = display.Window("Zorvic Control");
     ASSERT_TRUE(display.Do({"windowsize", "--sync", main, "1440", "900"}));

@@ -76,24 +76,27 @@ TEST(Session, WithoutAUnitEverythingIsANetworkError) {
 
 TEST(Session, EditSendsWhatDiffersAndUndoesNobodysEdit) {
     ScriptedUnit unit;
-    unit.Store(NamedPreset(1, "Opening"));
+    Wire::Preset stored = NamedPreset(1, "Opening");
+    stored.set_freeze_at_end(true);
+    unit.Store(stored);
     Session session(unit.Host(), 1);
     Preset copy = OnlyPreset(session);
     EXPECT_EQ(session.UpdatePreset(copy), ZORVIC_STATUS_OK);
     EXPECT_THAT(unit.Updates(), IsEmpty());
 
-    Wire::Preset theirs = NamedPreset(1, "Opening");
-    theirs.set_notes("another console's");
-    unit.Store(theirs);
+    stored.set_notes("another console's");
+    unit.Store(stored);
     copy.Name = "Closing";
     EXPECT_EQ(session.UpdatePreset(copy), ZORVIC_STATUS_OK);
-    copy.Loop = -1;
+    copy.FreezeAtEnd = false;
     EXPECT_EQ(session.UpdatePreset(copy), ZORVIC_STATUS_OK);
     ASSERT_EQ(unit.Updates().size(), 2U);
     EXPECT_THAT(unit.Updates()[0].fields().paths(), ElementsAre("name"));
-    EXPECT_THAT(unit.Updates()[1].fields().paths(), ElementsAre("loop")) << "the name was sent already";
+    EXPECT_THAT(unit.Updates()[1].fields().paths(), ElementsAre("freeze_at_end")) << "the name was sent already";
+    EXPECT_EQ(unit.Updates()[1].preset().name(), "") << "what did not change does not travel";
     EXPECT_EQ(unit.Stored(1).notes(), "another console's");
     EXPECT_EQ(unit.Stored(1).name(), "Closing");
+    EXPECT_FALSE(unit.Stored(1).freeze_at_end());
 
     copy.PK = 99;
     EXPECT_EQ(session.UpdatePreset(copy), ZORVIC_STATUS_OK) << "a preset never read is sent whole";

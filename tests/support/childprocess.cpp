@@ -11,27 +11,17 @@
 #include <system_error>
 #include <thread>
 
-ChildProcess::ChildProcess(const std::vector<std::string>& arguments, const std::string& outputFile,
-                           const std::vector<std::string>& environment) {
+ChildProcess::ChildProcess(const std::vector<std::string>& arguments, const std::string& outputFile) {
     std::vector<char*> argv;
     argv.reserve(arguments.size() + 1);
     for (const std::string& argument : arguments)
         argv.push_back(const_cast<char*>(argument.c_str()));
     argv.push_back(nullptr);
-    // Added entries come first: the first match wins where a name stands twice.
-    std::vector<char*> envp;
-    envp.reserve(environment.size());
-    for (const std::string& entry : environment)
-        envp.push_back(const_cast<char*>(entry.c_str()));
-    for (char** entry = environ; *entry; ++entry)
-        envp.push_back(*entry);
-    envp.push_back(nullptr);
-
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, outputFile.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
     posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
-    const int error = posix_spawnp(&Pid, argv[0], &actions, nullptr, argv.data(), envp.data());
+    const int error = posix_spawnp(&Pid, argv[0], &actions, nullptr, argv.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     if (error != 0) throw std::system_error(error, std::generic_category(), arguments.front());
 }

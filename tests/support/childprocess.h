@@ -12,9 +12,8 @@ class ChildProcess {
 public:
     using Milliseconds = std::chrono::milliseconds;
 
-    /// Starts arguments[0] with the rest; `environment` holds "NAME=value" entries added to the test's own.
-    explicit ChildProcess(const std::vector<std::string>& arguments, const std::string& outputFile = "/dev/null",
-                          const std::vector<std::string>& environment = {});
+    /// Starts arguments[0], which may be "env", with the rest.
+    explicit ChildProcess(const std::vector<std::string>& arguments, const std::string& outputFile = "/dev/null");
     /// Kills the program when it still runs.
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;
