@@ -70,7 +70,7 @@ TEST_F(FrameTest, TheStatusLineTellsWhatIsWrongAndTheWatchdogReconnectsOnlyALost
     EXPECT_EQ(label->text(), QStringLiteral("Error fetching unit status. Check connection."));
     View->CheckConnection();
     EXPECT_THAT(FakeZorvic::Calls("Reconnect"), IsEmpty());
-    FakeZorvic::SetConnected("host", false);
+    Unit.Reachable = false;
     View->UpdateStatus();
     EXPECT_EQ(label->text(), QStringLiteral("<b><font color=\"#cd0000\">Disconnected from server</font></b>"));
     View->CheckConnection();

@@ -68,11 +68,6 @@ void SetLANZorvics(std::vector<Zorvic::LANZorvic> units) {
     Global().LANUnits = std::move(units);
 }
 
-void SetConnected(const std::string& host, bool connected) {
-    for (const auto& session : Global().Sessions)
-        if (session->Host == host) session->LinkUp = connected && session->Peer;
-}
-
 void SetHook(std::function<void(const Call&)> hook) {
     Global().Hook = std::move(hook);
 }
@@ -83,26 +78,20 @@ void Begin(const Call& call) {
     if (const auto hook = Global().Hook) hook(call);
 }
 
-void Link(SessionState& session, const std::string& host) {
+std::shared_ptr<Unit> FindUnit(const std::string& host) {
     const auto found = Global().Units.find(host);
-    session.Host = host;
-    session.Peer = found == Global().Units.end() ? nullptr : found->second;
-    session.LinkUp = session.Peer && session.Peer->Reachable;
-}
-
-std::vector<Call> Calls() {
-    return Global().Calls;
+    return found == Global().Units.end() ? nullptr : found->second;
 }
 
 std::vector<Call> Calls(const std::string& operation) {
-    auto calls = Calls();
-    std::erase_if(calls, [&](const Call& call) { return call.Operation != operation; });
+    auto calls = Global().Calls;
+    std::erase_if(calls, [&](const Call& call) { return !operation.empty() && call.Operation != operation; });
     return calls;
 }
 
 std::vector<std::string> Commands() {
     std::vector<std::string> commands;
-    for (const auto& call : Calls())
+    for (const auto& call : Global().Calls)
         if (IsCommand(call)) commands.push_back(call.ToString());
     return commands;
 }
@@ -117,27 +106,17 @@ void ClearCalls() {
     Global().Calls.clear();
 }
 
-std::size_t Registrations() {
-    std::size_t count = 0;
-    for (const auto& session : Global().Sessions)
-        count += session->Users.size();
-    return count;
-}
-
 std::size_t Registrations(const void* user) {
     std::size_t count = 0;
     for (const auto& session : Global().Sessions)
         for (const auto& [type, registered] : session->Users)
-            count += registered == user ? 1 : 0;
+            count += !user || registered == user ? 1 : 0;
     return count;
 }
 
-std::size_t LiveSessions() {
-    return Global().Sessions.size();
-}
-
 std::size_t LiveSessions(const std::string& host) {
-    return static_cast<std::size_t>(std::ranges::count(Global().Sessions, host, &SessionState::Host));
+    return static_cast<std::size_t>(std::ranges::count_if(
+        Global().Sessions, [&](const auto& session) { return host.empty() || session->Host == host; }));
 }
 
 }  // namespace FakeZorvic

@@ -44,7 +44,7 @@ struct Unit {
     std::map<std::pair<std::string, std::string>, std::vector<Zorvic::ExternalAsset>> Listings = {};  ///< drive, path
     std::map<std::int32_t, Zorvic::TimeCode> TimeCodes = {};  ///< by PK; without an entry the read fails
     Zorvic::KonaHardwareState Hardware = {};
-    bool Reachable = true;  ///< whether a new session or a Reconnect gets a link
+    bool Reachable = true;  ///< off: sessions have no link
 
     /// Adds a preset with its state, as if stored long ago. A PK of 0 becomes the next free one. Returns the PK.
     std::int32_t AddPreset(Zorvic::Preset preset, std::int32_t trtMS);
@@ -69,17 +69,12 @@ Unit& At(const std::string& host);
 /// What GetLANZorvics() answers.
 void SetLANZorvics(std::vector<Zorvic::LANZorvic> units);
 
-/// Cuts or restores the link of every session of the host. A cut link also comes back through Reconnect when the unit
-/// is reachable.
-void SetConnected(const std::string& host, bool connected);
-
 /// Runs at the start of every operation, after it was recorded and before it takes effect. It may do what an event
 /// loop inside the operation could do. Null removes it.
 void SetHook(std::function<void(const Call&)> hook);
 
 /// Everything called so far, in order; with a name, only that operation.
-std::vector<Call> Calls();
-std::vector<Call> Calls(const std::string& operation);
+std::vector<Call> Calls(const std::string& operation = {});
 /// What was sent to units, as text: everything but reads, registrations and the life of sessions.
 std::vector<std::string> Commands();
 /// The last call of the operation. Throws std::out_of_range when there was none.
@@ -88,11 +83,9 @@ void ClearCalls();
 
 /// How many event callbacks are registered now, with this user pointer or with any. None may be left when the view that
 /// it points to is gone.
-std::size_t Registrations();
-std::size_t Registrations(const void* user);
+std::size_t Registrations(const void* user = nullptr);
 
 /// Session objects alive now; with a host, those opened with that text. Reset() does not change it.
-std::size_t LiveSessions();
-std::size_t LiveSessions(const std::string& host);
+std::size_t LiveSessions(const std::string& host = {});
 
 }  // namespace FakeZorvic

@@ -16,7 +16,7 @@ struct Session::Impl {
         const auto state = State;
         call.Host = state->Host;
         FakeZorvic::Begin(call);
-        if (!state->LinkUp) return ZORVIC_STATUS_NETWORKERROR;
+        if (!state->LinkUp()) return ZORVIC_STATUS_NETWORKERROR;
         Unit& unit = *state->Peer;
         const auto failure = unit.Failures.find(call.Operation);
         if (failure == unit.Failures.end()) return answer(unit);
@@ -54,7 +54,7 @@ struct Session::Impl {
 };
 
 Session::Session(const std::string& host, int) : Pimpl(std::make_unique<Impl>()) {
-    FakeZorvic::Link(*Pimpl->State, host);
+    *Pimpl->State = {.Host = host, .Peer = FakeZorvic::FindUnit(host)};
     FakeZorvic::Global().Sessions.push_back(Pimpl->State);
     FakeZorvic::Begin({.Operation = "Session", .Host = host});
 }
@@ -66,7 +66,7 @@ Session::~Session() {
 bool Session::Connected() const {
     const auto state = Pimpl->State;
     FakeZorvic::Begin({.Operation = "Connected", .Host = state->Host});
-    return state->LinkUp;
+    return state->LinkUp();
 }
 
 std::string Session::GetHost() const {
@@ -76,8 +76,7 @@ std::string Session::GetHost() const {
 StatusCode Session::Reconnect(const std::string& host) {
     const auto state = Pimpl->State;
     FakeZorvic::Begin({.Operation = "Reconnect", .Texts = {host}, .Host = state->Host});
-    FakeZorvic::Link(*state, host.empty() ? state->Host : host);
-    return state->LinkUp ? ZORVIC_STATUS_OK : ZORVIC_STATUS_NETWORKERROR;
+    return state->LinkUp() ? ZORVIC_STATUS_OK : ZORVIC_STATUS_NETWORKERROR;
 }
 
 StatusCode Session::GetUnitID(std::string& guid, std::string& nickname) {

@@ -9,9 +9,10 @@ namespace FakeZorvic {
 /// What one session object holds. Shared, so that a hook may destroy the session inside one of its operations.
 struct SessionState {
     std::string Host;
-    std::shared_ptr<Unit> Peer;  ///< null for a host nobody answers at
-    bool LinkUp = false;
+    std::shared_ptr<Unit> Peer;                          ///< null for a host nobody answers at
     std::map<Zorvic::StateEventType, void*> Users = {};  ///< of the callbacks registered now
+
+    bool LinkUp() const { return Peer && Peer->Reachable; }
 };
 
 /// Everything that outlives a session.
@@ -26,7 +27,7 @@ Globals& Global();
 
 /// How every operation starts: it is recorded, and the hook runs.
 void Begin(const Call& call);
-/// Lets the session find out again whether its host answers.
-void Link(SessionState& session, const std::string& host);
+/// Null when nobody answers at the host.
+std::shared_ptr<Unit> FindUnit(const std::string& host);
 
 }  // namespace FakeZorvic
