@@ -1,5 +1,6 @@
 #include "sliderthrottle.h"
 
+#include <QEvent>
 #include <QSlider>
 
 #include <chrono>
@@ -11,6 +12,14 @@ SliderThrottle::SliderThrottle(QSlider* slider) : QObject(slider), Slider(slider
     connect(slider, &QSlider::valueChanged, this, &SliderThrottle::OnValueChanged);
     connect(slider, &QSlider::sliderReleased, this, &SliderThrottle::SendPending);
     connect(&Pause, &QTimer::timeout, this, &SliderThrottle::SendPending);
+    slider->installEventFilter(this);
+}
+
+bool SliderThrottle::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::Hide || event->type() == QEvent::WindowBlocked) {
+        Slider->setSliderDown(false);
+    }
+    return QObject::eventFilter(watched, event);
 }
 
 void SliderThrottle::OnValueChanged() {

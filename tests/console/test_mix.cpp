@@ -101,6 +101,12 @@ TEST_F(MixTest, AHeldKnobStaysAndItsLastPositionIsSentOnRelease) {
     EXPECT_EQ(View->RChannel->value(), 40000);
     View->LChannel->setSliderDown(false);
     EXPECT_EQ(View->LChannel->value(), 30000);
+
+    View->LChannel->setSliderDown(true);
+    View->hide();
+    Preset(1).Volume = {500, 40000};
+    Pump(ZORVIC_STATE_PRESETS);
+    EXPECT_EQ(View->LChannel->value(), 500);
 }
 
 TEST_F(MixTest, ADragEndsWhereItsPlayerOrItsPresetDoes) {
