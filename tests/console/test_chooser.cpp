@@ -50,10 +50,9 @@ protected:
         QTest::mouseClick(List->viewport(), Qt::LeftButton, {}, List->visualItemRect(item).center());
     }
     static std::vector<std::string> Texts(const QTreeWidgetItem* row) {
-        std::vector<std::string> texts;
-        texts.reserve(static_cast<std::size_t>(row->columnCount()));
-        for (int column = 0; column < row->columnCount(); ++column)
-            texts.push_back(row->text(column).toStdString());
+        std::vector<std::string> texts(7);
+        for (int column = 0; column < 7; ++column)
+            texts[static_cast<std::size_t>(column)] = row->text(column).toStdString();
         return texts;
     }
     std::string Address() const { return Window.ZorvicIPBox->text().toStdString(); }

@@ -86,11 +86,8 @@ TEST_F(PresetListTest, RefreshesKeepTheScrollPositionEvenNestedOnes) {
     EXPECT_EQ(Names().back(), "Newest");
     EXPECT_TRUE(List().updatesEnabled());
     // The overtaken refresh must not hand its older list to the builder.
-    for (auto* widget : QApplication::topLevelWidgets()) {
-        if (const auto* builder = qobject_cast<PresetBuilder*>(widget)) {
-            EXPECT_EQ(builder->LinkSelect->itemText(builder->LinkSelect->count() - 1), QStringLiteral("64 - Newest"));
-        }
-    }
+    const QComboBox& links = *TopLevel<PresetBuilder>()->LinkSelect;
+    EXPECT_EQ(links.itemText(links.count() - 1), QStringLiteral("64 - Newest"));
 }
 
 TEST_F(PresetListTest, AMenuActsOnTheRowsItWasOpenedForAndOutlivesItsView) {

@@ -48,7 +48,6 @@ protected:
 
 TEST(PaneConfigTest, PanesAreScaledByTheClassOfTheCanvas) {
     EXPECT_EQ(SimulatorPaneConfig::CalcWidget2D({1920, 1080}, false), (Size2D{227, 128}));
-    EXPECT_EQ(SimulatorPaneConfig::CalcWidget2D({3840, 2160}, false), (Size2D{284, 160}));
     EXPECT_EQ(SimulatorPaneConfig::CalcWidget2D({1280, 720}, false), (Size2D{170, 96}));
     // The offscreen screen is smaller than 1920x1080.
     EXPECT_EQ(SimulatorPaneConfig::CalcWidget2D({1920, 1080}, true), (Size2D{128, 72}));

@@ -14,6 +14,15 @@
 #include <memory>
 #include <string>
 
+/// The first window of this kind, or null.
+template <typename Window>
+Window* TopLevel() {
+    for (QWidget* const window : QApplication::topLevelWidgets()) {
+        if (auto* const found = qobject_cast<Window*>(window)) return found;
+    }
+    return nullptr;
+}
+
 /// A unit view on a scripted unit with the presets 1 "Opener" (60 s, selected), 2 "Break" and 3 "Finale" (100 s each).
 /// Refreshes run when a test asks for them, through Pump().
 class ViewTest : public testing::Test {
