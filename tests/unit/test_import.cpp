@@ -132,6 +132,7 @@ TEST_F(ImportTest, AFailureIsShownCanBeTriedAgainAndTheOthersGoOn) {
     ImportLong("slow.wav");
     Import("damaged.mov", std::string(5000, 'x'));
     Import("gone.wav");
+    Import("changed.wav");
     for (const char* path : {"E:\\linked.wav", "E:\\folder\\under.wav"})
         Store->Install(path);
     Import(longest);
@@ -139,9 +140,10 @@ TEST_F(ImportTest, AFailureIsShownCanBeTriedAgainAndTheOthersGoOn) {
         std::filesystem::remove_all(Usb / name);
     std::filesystem::create_symlink(elsewhere / "linked.wav", Usb / "linked.wav");
     std::filesystem::create_directory_symlink(elsewhere.Path, Usb / "folder");
+    std::filesystem::last_write_time(Usb / "changed.wav", time - std::chrono::hours(1));
     Store->Delete(Path("slow.wav"));
     ASSERT_TRUE(WaitForStatus(Path(longest), ZORVIC_ASSETSTATE_READY));
-    for (const char* name : {"damaged.mov", "gone.wav", "linked.wav", "under.wav"})
+    for (const char* name : {"damaged.mov", "gone.wav", "changed.wav", "linked.wav", "under.wav"})
         EXPECT_EQ(StatusOf(Path(name)), ZORVIC_ASSETSTATE_ERROR) << name;
     EXPECT_EQ(Find(Path("damaged.mov"))->current_size(), 5000);
     EXPECT_EQ(Find(Path("damaged.mov"))->total_size(), 5000);

@@ -209,6 +209,8 @@ TEST_F(EnvelopeTest, KeepsTheDelayOfSoundThatStartsAfterThePicture) {
     ASSERT_EQ(envelope->Levels.size(), 30);
     EXPECT_EQ(envelope->Levels[8][0], 0);
     EXPECT_GT(envelope->Levels[12][0], 0);
+    ASSERT_TRUE(Encode(Tone + "-c:a mp2", Directory / "tone.ts"));  // whose clock does not start at 0
+    EXPECT_NEAR(static_cast<double>(Levels("tone.ts").value().Levels.size()), 20, 2);
 }
 
 TEST(Checksum, IsTheSameHoweverTheBytesArrive) {

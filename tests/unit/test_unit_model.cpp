@@ -122,6 +122,7 @@ TEST_F(UnitModelTest, AFailedWriteChangesNothing) {
     preset.set_name("other");
     const auto revision = Model->Revision();
     Store.Execute("PRAGMA query_only = ON");
+    EXPECT_EQ(Update(Console->Presets[pk], "name"), revision) << "nothing to write";
     EXPECT_EQ(FaultOf([&] { Model->CreatePreset(preset); }), FaultKind::Internal);
     EXPECT_EQ(FaultOf([&] { Update(preset, "name"); }), FaultKind::Internal);
     EXPECT_EQ(FaultOf([&] { Model->DeletePreset(pk); }), FaultKind::Internal);
