@@ -10,6 +10,8 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <array>
+#include <random>
 #include <sstream>
 #include <tuple>
 
@@ -81,53 +83,88 @@ TEST_F(PresetBuilderTest, WithoutHardwareStateOutputsAreFullHDAndWithoutSessionN
     EXPECT_FALSE(unconnected.CreateButton->isEnabled());
 }
 
+/// Presets as a unit may hold them.
+class Generator {
+public:
+    Preset Make() {
+        Preset preset;
+        preset.PK = Number(1, 100000);
+        preset.Name = Text(200);
+        preset.Notes = Text(60000);
+        preset.Link = Number(-1, 20);
+        preset.Loop = Number(-1, Number(0, 120));
+        preset.FreezeAtEnd = Number(0, 3) == 0;
+        for (auto* time : {&preset.FadeInMS, &preset.FadeOutMS, &preset.InPosition, &preset.OutPosition})
+            *time = Number(-10, 300);
+        preset.Volume.resize(static_cast<std::size_t>(Number(1, 32)), static_cast<std::uint16_t>(Number(0, 65535)));
+        for (int id = Number(0, 2); id < 3; ++id) {
+            preset.TabDisplayOrder[id] = TabOrdering(id, Number(0, 500));
+            preset.Gotos[id].TimeMS = preset.Countdowns[id].ID = Number(0, 100000);
+        }
+        for (std::uint32_t i = 0; Number(0, 9) > 0; ++i) {
+            preset.Canvases.push_back(Canvas(i, {Number(0, 8000), 1}, static_cast<std::uint32_t>(Number(0, 4))));
+            preset.Canvases.back().Assets.resize(static_cast<std::size_t>(Number(0, 2)));
+            for (PinnedAsset& asset : preset.Canvases.back().Assets) {
+                asset.FullPath = Text(200);
+                asset.PinnedCoords.X = Number(-500, 500);
+                asset.Hue = static_cast<float>(Number(-100, 100)) / 100.0F;
+            }
+        }
+        return preset;
+    }
+
+private:
+    int Number(int low, int high) { return std::uniform_int_distribution(low, high)(Random); }
+    std::string Text(std::size_t most) {
+        std::string text(Number(0, 9) == 0 ? most : 0, 'x');
+        while (Number(0, 9) > 0)
+            text += std::array{"a", " ", "\n", "\t", "&", "<b>", "é", "→", "12 - ", "\""}.at(
+                static_cast<std::size_t>(Number(0, 9)));
+        return text;
+    }
+
+    std::mt19937 Random{1};
+};
+
 /// Everything that a save carries over, as comparable text.
 std::string Carried(const Preset& preset) {
     std::ostringstream text;
-    text << preset.Name << '|' << preset.Notes << '|' << preset.PK << '|' << preset.Link << '|' << preset.Loop << '|'
-         << preset.FadeInMS << '|' << preset.FadeOutMS << '|' << preset.InPosition << '|' << preset.OutPosition << '|'
-         << preset.FreezeAtEnd << '|' << testing::PrintToString(preset.Volume);
+    text << preset.Name << '|' << preset.Notes;
+    for (const auto value : {preset.PK, std::max(preset.Link, 0), std::int32_t{preset.FreezeAtEnd}, preset.FadeInMS,
+                             preset.InPosition, preset.OutPosition})
+        text << '|' << value;
+    for (const auto volume : preset.Volume)
+        text << " v" << volume;
     for (const auto& [tab, order] : preset.TabDisplayOrder)
-        text << "\ntab " << tab << ',' << order.Index;
-    for (const auto& [id, mark] : preset.Gotos)
-        text << "\ngoto " << id << ',' << mark.TimeMS << ',' << preset.Countdowns.at(id).ID;
-    for (const CanvasInfo& canvas : preset.Canvases)
+        text << " t" << tab << ',' << order.Index << ',' << preset.Gotos.at(tab).TimeMS << ','
+             << preset.Countdowns.at(tab).ID;
+    for (const CanvasInfo& canvas : preset.Canvases) {
+        if (!canvas.Assets.empty())
+            text << "\nc" << canvas.CanvasCfg.Dimensions.Width << ' ' << canvas.CanvasCfg.NumOutputs;
         for (const PinnedAsset& asset : canvas.Assets)
-            text << "\nasset " << canvas.CanvasCfg.NumOutputs << asset.FullPath << asset.PinnedCoords.X << asset.Hue;
+            text << " a" << asset.FullPath << asset.PinnedCoords.X << ',' << asset.Hue;
+    }
     return text.str();
 }
 
 TEST_F(PresetBuilderTest, APresetOpenedAndSavedUnchangedComesBackAsItWas) {
-    Preset plain;
-    plain.Name = "Plain";
-    plain.Volume = {1};
-    plain.TabDisplayOrder[3] = TabOrdering(3, 400);
-    Preset strange = PresetWith(Gone, ZORVIC_ECALIGN_TOPLEFT);
-    strange.Name = " a\n\t&\"<b>é→";
-    strange.Notes = "12 - " + strange.Name + std::string(40000, 'x') + "\n";
-    strange.Link = 999;
-    strange.Loop = -1;
-    strange.FadeInMS = strange.InPosition = -10;
-    strange.FadeOutMS = 99;
-    strange.OutPosition = 300;
-    strange.Volume.assign(32, 7);
-    strange.TabDisplayOrder = plain.TabDisplayOrder;
-    strange.Gotos[8].TimeMS = strange.Countdowns[8].ID = 70000;
-    strange.Canvases[0].CanvasCfg.NumOutputs = 40;  // more than there are
-    strange.Canvases[0].Assets.resize(2);
-    strange.Canvases[0].Assets[1].Hue = -0.5F;
-    Preset frozen = plain;
-    frozen.Loop = 0;
-    frozen.FreezeAtEnd = true;
-    for (const Preset& preset : {plain, strange, frozen, plain}) {
+    Generator generator;
+    bool afterFrozen = false;
+    for (int round = 0; round < 60; ++round) {
+        SCOPED_TRACE(round);
+        const Preset preset = generator.Make();
         Builder.SetPreset(preset);
-        EXPECT_EQ(Carried(Compile()), Carried(preset));
+        const Preset saved = Compile();
+        EXPECT_EQ(Carried(saved), Carried(preset));
+        for (std::size_t i = 0; i < saved.Canvases.size(); ++i)
+            EXPECT_EQ(saved.Canvases[i].Index, i);
+        // What the form limits: its boxes hold 0 to 99, a frozen preset does not loop, and one that is opened right
+        // after a frozen one does not loop forever.
+        EXPECT_EQ(saved.FadeOutMS, std::clamp(preset.FadeOutMS, 0, 99));
+        const int loop = std::clamp(preset.Loop, preset.Loop == -1 && !afterFrozen ? -1 : 0, 99);
+        EXPECT_EQ(saved.Loop, preset.FreezeAtEnd ? 0 : loop);
+        afterFrozen = preset.FreezeAtEnd;
     }
-    frozen.Loop = 5;
-    frozen.FadeOutMS = 300;
-    Builder.SetPreset(frozen);
-    EXPECT_EQ(Compile().Loop, 0);        // a frozen preset does not loop
-    EXPECT_EQ(Compile().FadeOutMS, 99);  // the most that the form holds
 }
 
 TEST_F(PresetBuilderTest, LinksStayWithTheirPresetAndTheChoiceSurvivesARefresh) {
