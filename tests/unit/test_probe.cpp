@@ -32,7 +32,7 @@ protected:
     std::optional<Envelope> Levels(const std::string& name) const {
         return ReadEnvelope(Directory / name, ReadLimit::Within(seconds(10)));
     }
-    const MediaDirectory Directory;
+    MediaDirectory Directory;
 };
 
 struct Format {
