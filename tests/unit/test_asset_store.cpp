@@ -153,6 +153,7 @@ TEST_F(AssetStoreTest, DeletesFileAndEntryOfAssetsOnly) {
     WriteFile(Asset("notes.txt"), "text");
     WriteFile(Usb / "clip.wav", ToneFile());
     ASSERT_TRUE(Bring("clip.wav"));
+    ASSERT_TRUE(WaitForStatus(Path("folder\\clip.wav"), ZORVIC_ASSETSTATE_READY));
     Store->TakeChanges();
     Store->Delete(Clip);
     EXPECT_THAT(Store->TakeChanges().Removed, ElementsAre(Clip));
@@ -236,11 +237,15 @@ TEST(DriveReader, AnswersLaterWhatWasSlowAndEndsThoughItsDriveHangs) {
         };
         EXPECT_EQ(size(), 0);
         EXPECT_EQ(size(), 0);
-        EXPECT_THROW(reader.FindFile({"etc", "hosts"}), Fault) << "the drive hangs for this too";
+        const auto findHosts = [&] { return reader.FindFile({"etc", "hosts"}); };
+        EXPECT_THROW(findHosts(), Fault) << "the drive hangs for this too";
+        EXPECT_THAT(findHosts, testing::ThrowsMessage<Fault>(testing::HasSubstr("does not answer")))
+            << "the next file waits no more";
         EXPECT_EQ(reader.Space().total(), 0);
         first.set_value();
         EXPECT_TRUE(WaitUntil([&] { return size() == 3; }));
         EXPECT_EQ(*listings, 1) << "one question, asked again until it was answered";
+        EXPECT_TRUE(WaitUntil([&] { return FaultOf(findHosts) == std::nullopt; }));
         EXPECT_EQ(size(), 0) << "an answer is given once";
     }
     second.set_value();

@@ -114,11 +114,20 @@ std::vector<zorvic::v1::DirectoryEntry> DriveReader::List(const std::vector<std:
 }
 
 SourceFile DriveReader::FindFile(const std::vector<std::string>& names) {
+    {
+        const std::lock_guard guard(Lock);
+        if (LateFile.valid() && !IsReady(LateFile))
+            throw Fault(FaultKind::Slow, "drive " + Shared->Drive.Letter + " does not answer");
+    }
     const auto found = Ask<SourceFile>([names](const DriveRoot& drive) {
         const auto file = ResolveOnDrive({&drive, names});
         return SourceFile{file, ReadStamp(file)};
     });
-    if (!IsReady(found, Patience)) throw Fault(FaultKind::Slow, "drive " + Shared->Drive.Letter + " is slow");
+    if (!IsReady(found, Patience)) {
+        const std::lock_guard guard(Lock);
+        LateFile = found;
+        throw Fault(FaultKind::Slow, "drive " + Shared->Drive.Letter + " is slow");
+    }
     return found.get().Get();
 }
 

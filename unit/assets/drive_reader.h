@@ -45,7 +45,8 @@ public:
     /// What the lister gives or throws. Slow: goes on and answers a later call.
     std::vector<zorvic::v1::DirectoryEntry> List(const std::vector<std::string>& names);
 
-    /// NotFound, Refused (leads out of the drive), Slow.
+    /// NotFound, Refused (leads out of the drive), Slow. A console asks for many files in a row: when the drive was
+    /// too slow for one, the next are refused at once until it has answered.
     SourceFile FindFile(const std::vector<std::string>& names);
 
     /// Sizes; those last read when the drive is slow, 0 before the first answer.
@@ -81,6 +82,7 @@ private:
     std::thread Thread;
     std::mutex Lock;  ///< guards all below
     std::map<std::vector<std::string>, Answer<Listing>> Listings;
+    Answer<SourceFile> LateFile;  ///< the last that came too late
     Answer<zorvic::v1::Drive> NextSpace;
     zorvic::v1::Drive LastSpace;
 };
