@@ -74,7 +74,7 @@ int main() {
     observer.Session().SelectPreset(1);
 
     VirtualDisplay display;
-    ChildProcess console({ZORVIC_CONSOLE_PROGRAM}, directory.Path() + "/console.log", {"ZORVIC_DISCOVERY=lo"});
+    ChildProcess console({"env", "ZORVIC_DISCOVERY=lo", ZORVIC_CONSOLE_PROGRAM}, directory.Path() + "/console.log");
     WaitUntil([&] { return !display.Window("Choose a Zorvic").empty(); });
     const bool connected = WaitUntil([&] {
         const std::string chooser = display.Window("Choose a Zorvic");
