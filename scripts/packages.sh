@@ -10,7 +10,7 @@ BUILD_PACKAGES=(
 )
 DEMO_PACKAGES=(ffmpeg fonts-dejavu-core)
 DISPLAY_PACKAGES=(xvfb xauth openbox xdotool imagemagick)
-TEST_PACKAGES=(libgtest-dev libgmock-dev)
+TEST_PACKAGES=(libgtest-dev libgmock-dev libbenchmark-dev)
 
 # install_packages NAME...: installs what is missing, as root, through sudo, or says what is missing.
 install_packages() {
