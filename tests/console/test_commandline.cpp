@@ -2,8 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <utility>
 #include <vector>
@@ -23,9 +21,7 @@ TEST(CommandLine, AnyArgumentButTheOneOptionEndsTheProgramWithAMessage) {
         command.insert(command.end(), arguments.begin(), arguments.end());
         const std::string output = directory.Path() + "/output of " + refused;
         EXPECT_EQ(ChildProcess(command, output).Wait(std::chrono::seconds(60)), 1) << refused;
-        std::ifstream file(output);
-        const std::string said{std::istreambuf_iterator<char>(file), {}};
-        EXPECT_EQ(said, "Invalid command line argument \"" + refused + "\".\n");
+        EXPECT_EQ(ReadFile(output), "Invalid command line argument \"" + refused + "\".\n");
     }
 }
 

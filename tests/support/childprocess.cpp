@@ -6,7 +6,8 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <filesystem>
+#include <fstream>
+#include <sstream>
 #include <stdexcept>
 #include <system_error>
 #include <thread>
@@ -55,6 +56,12 @@ std::optional<int> ChildProcess::Wait(Milliseconds limit) {
 
 void SleepBriefly() {
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
+}
+
+std::string ReadFile(const std::filesystem::path& file) {
+    std::ostringstream bytes;
+    bytes << std::ifstream(file, std::ios::binary).rdbuf();
+    return bytes.str();
 }
 
 TemporaryDirectory::TemporaryDirectory() {

@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include <chrono>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -41,6 +42,9 @@ bool WaitUntil(Condition condition, std::chrono::milliseconds limit = std::chron
     }
     return true;
 }
+
+/// Empty for a file that cannot be read.
+std::string ReadFile(const std::filesystem::path& file);
 
 /// A directory below the system's temporary one, removed with everything in it.
 class TemporaryDirectory {

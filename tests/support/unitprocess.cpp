@@ -2,18 +2,8 @@
 
 #include <csignal>
 #include <fstream>
-#include <iterator>
 #include <regex>
 #include <stdexcept>
-
-namespace {
-
-std::string ReadWhole(const std::string& file) {
-    std::ifstream stream(file);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-}  // namespace
 
 UnitProcess::UnitProcess(std::string store, std::vector<std::string> options)
     : Store(std::move(store)), Options(std::move(options)) {
@@ -38,7 +28,7 @@ void UnitProcess::Start() {
     std::smatch match;
     std::string text;
     const bool listening = WaitUntil([&] {
-        text = ReadWhole(log);
+        text = ReadFile(log);
         return std::regex_search(text, match, ready) || !Child->Running();
     });
     if (!listening || match.empty()) throw std::runtime_error("the unit did not start:\n" + text);

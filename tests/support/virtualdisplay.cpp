@@ -40,6 +40,5 @@ std::string VirtualDisplay::Picture() {
     const std::string file = Directory.Path() + "/screen.rgb";
     ChildProcess import({"import", "-window", "root", "-depth", "8", file});
     if (import.Wait(std::chrono::seconds(30)) != 0) return {};
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
+    return ReadFile(file);
 }

@@ -5,7 +5,6 @@
 #include <cstdlib>
 #include <fstream>
 #include <numbers>
-#include <sstream>
 #include <stdexcept>
 
 namespace ZorvicUnit {
@@ -23,12 +22,6 @@ void Append(std::string& bytes, std::uint32_t value, int size) {
 
 void WriteFile(const std::filesystem::path& file, const std::string& bytes) {
     std::ofstream(file, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-}
-
-std::string ReadFile(const std::filesystem::path& file) {
-    std::ostringstream bytes;
-    bytes << std::ifstream(file, std::ios::binary).rdbuf();
-    return bytes.str();
 }
 
 bool Encode(const std::string& arguments, const std::filesystem::path& file) {

@@ -21,7 +21,6 @@ public:
 };
 
 void WriteFile(const std::filesystem::path& file, const std::string& bytes);
-std::string ReadFile(const std::filesystem::path& file);
 
 /// Runs the ffmpeg program with these arguments (a shell's words) and the file as its output. False when this ffmpeg
 /// lacks an encoder; any other failure throws.

@@ -24,8 +24,6 @@ using zorvic::v1::Preset;
 
 namespace {
 
-using ZorvicUnit::ReadFile;
-
 constexpr std::chrono::seconds Watchdog(60);
 
 /// A unit as a process of its own, and a console's connection to it.
