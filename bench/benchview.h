@@ -2,6 +2,7 @@
 
 #include "sessionmanager.h"
 #include "style.h"
+#include "support/clippreset.h"
 #include "support/fakezorvic.h"
 #include "zorvicview.h"
 
@@ -21,16 +22,9 @@ class BenchView {
 public:
     explicit BenchView(int count) {
         for (int i = 0; i < count; ++i) {
-            Zorvic::Preset preset;
-            preset.Name = "Preset number " + std::to_string(i);
+            Zorvic::Preset preset = ClipPreset("Preset number " + std::to_string(i));
             preset.Notes = i % 3 == 0 ? "wait for the call" : "";
             preset.Volume.assign(16, 65535);
-            preset.Canvases.resize(1);
-            preset.Canvases[0].CanvasCfg.NumOutputs = 1;
-            preset.Canvases[0].CanvasCfg.Dimensions = {1920, 1080};
-            preset.Canvases[0].CanvasCfg.Orientation.Orientation = Zorvic::CanvasOrientationEnum::Single;
-            Zorvic::AttachAssetToCanvas(Zorvic::ZORVIC_ECALIGN_CENTERED, "C:\\Assets\\clip.mov", {1920, 1080},
-                                        preset.Canvases[0]);
             Unit.AddPreset(preset, 90000);
         }
         Unit.States[0].IsSelected = true;

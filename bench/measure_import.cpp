@@ -21,6 +21,7 @@
 #include <vector>
 
 #include "assetobserver.h"
+#include "support/clippreset.h"
 #include "support/unitprocess.h"
 #include "unit/media_samples.h"
 
@@ -132,14 +133,8 @@ void WithConsole(const std::string& host, const Action& action) {
 
 void CreatePreset(const std::string& host) {
     Zorvic::Session session(host, 1);
-    Zorvic::Preset preset;
-    preset.Name = "Playing";
+    Zorvic::Preset preset = ClipPreset("Playing");
     preset.Loop = -1;
-    preset.Canvases.resize(1);
-    preset.Canvases[0].CanvasCfg.NumOutputs = 1;
-    preset.Canvases[0].CanvasCfg.Dimensions = {1920, 1080};
-    Zorvic::AttachAssetToCanvas(Zorvic::ZORVIC_ECALIGN_STRETCHED, "C:\\Assets\\clip.mov", {320, 180},
-                                preset.Canvases[0]);
     session.CreatePreset(preset);
 }
 

@@ -12,6 +12,7 @@
 #include <mutex>
 #include <vector>
 
+#include "support/clippreset.h"
 #include "support/unitprocess.h"
 #include "support/virtualdisplay.h"
 
@@ -62,14 +63,8 @@ int main() {
     MakeClip(store + "/Assets/clip.mov", 120);
     UnitProcess unit(store, {"--announce", "lo", "--nickname", "!Measured"});
     Observer observer(unit.Host());
-    Zorvic::Preset preset;
-    preset.Name = "Measured";
+    Zorvic::Preset preset = ClipPreset("Measured");
     preset.Loop = -1;
-    preset.Canvases.resize(1);
-    preset.Canvases[0].CanvasCfg.NumOutputs = 1;
-    preset.Canvases[0].CanvasCfg.Dimensions = {1920, 1080};
-    Zorvic::AttachAssetToCanvas(Zorvic::ZORVIC_ECALIGN_STRETCHED, "C:\\Assets\\clip.mov", {320, 180},
-                                preset.Canvases[0]);
     observer.Session().CreatePreset(preset);
     observer.Session().SelectPreset(1);
 

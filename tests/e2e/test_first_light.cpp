@@ -5,6 +5,7 @@
 
 #include <filesystem>
 
+#include "support/clippreset.h"
 #include "support/unitprocess.h"
 #include "support/virtualdisplay.h"
 
@@ -12,20 +13,6 @@ namespace {
 
 using std::chrono::seconds;
 namespace fs = std::filesystem;
-
-Zorvic::Preset OneClipPreset(const std::string& name, const std::string& asset) {
-    Zorvic::CanvasInfo canvas;
-    canvas.CanvasCfg.Orientation = {Zorvic::CanvasOrientationEnum::Single, nullptr};
-    canvas.CanvasCfg.Dimensions = {1920, 1080};
-    canvas.CanvasCfg.NumOutputs = 1;
-    EXPECT_EQ(Zorvic::AttachAssetToCanvas(Zorvic::ZORVIC_ECALIGN_SCALED_CENTERED, asset, {320, 180}, canvas),
-              Zorvic::ZORVIC_STATUS_OK);
-    Zorvic::Preset preset;
-    preset.Name = name;
-    preset.Canvases = {canvas};
-    preset.Volume = {65535, 65535};
-    return preset;
-}
 
 bool AssetReady(Zorvic::Session& session) {
     std::vector<Zorvic::Asset> assets;
@@ -51,7 +38,7 @@ TEST(FirstLight, AnOperatorFindsAUnitConnectsAndTakesAPreset) {
     Zorvic::Session observer(unit.Host(), 1);
     ASSERT_TRUE(observer.Connected());
     ASSERT_TRUE(WaitUntil([&] { return AssetReady(observer); }));
-    ASSERT_EQ(observer.CreatePreset(OneClipPreset("Opening", "C:\\Assets\\clip.mov")), Zorvic::ZORVIC_STATUS_OK);
+    ASSERT_EQ(observer.CreatePreset(ClipPreset("Opening")), Zorvic::ZORVIC_STATUS_OK);
 
     VirtualDisplay display;
     ChildProcess console({"env", "ZORVIC_DISCOVERY=lo", ZORVIC_CONSOLE_PROGRAM}, directory.Path() + "/console.log");

@@ -1,5 +1,6 @@
 #include "picturevalue.h"
 #include "sliderthrottle.h"
+#include "support/clippreset.h"
 #include "support/consolewindows.h"
 #include "support/unitprocess.h"
 
@@ -31,12 +32,8 @@ struct DraggedSlider {
 class TwoConsoles : public testing::TestWithParam<DraggedSlider> {
 protected:
     TwoConsoles() {
-        Zorvic::Preset preset;
-        auto& canvas = preset.Canvases.emplace_back();
-        canvas.CanvasCfg.NumOutputs = 1;
-        canvas.CanvasCfg.Dimensions = {1920, 1080};
-        Zorvic::AttachAssetToCanvas(Zorvic::ZORVIC_ECALIGN_STRETCHED, "C:\\Assets\\clip.mov", {1920, 1080}, canvas);
-        canvas.Assets[0].Hue = PictureValue(Before[2]);
+        Zorvic::Preset preset = ClipPreset("Shared");
+        preset.Canvases[0].Assets[0].Hue = PictureValue(Before[2]);
         preset.Volume = {Before[0], Before[1]};
         EXPECT_EQ(Observer.CreatePreset(preset), Zorvic::ZORVIC_STATUS_OK);
         Observer.SelectPreset(1);
