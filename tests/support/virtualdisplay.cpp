@@ -6,8 +6,10 @@
 #include <stdexcept>
 
 VirtualDisplay::VirtualDisplay()
-    // A server that resets when its last client leaves refuses whoever connects meanwhile.
-    : Server({"Xvfb", "-displayfd", "1", "-noreset", "-screen", "0", "1600x1000x24"}, Directory.Path() + "/number") {
+    // A server that resets when its last client leaves refuses whoever connects meanwhile. Its complaints about
+    // displays that are taken must not stand before the number.
+    : Server({"sh", "-c", "exec Xvfb -displayfd 1 -noreset -screen 0 1600x1000x24 2>/dev/null"},
+             Directory.Path() + "/number") {
     int number = -1;
     if (!WaitUntil([&] { return (std::ifstream(Directory.Path() + "/number") >> number) && number >= 0; }))
         throw std::runtime_error("no virtual display");
