@@ -103,10 +103,17 @@ TEST_F(MixTest, AHeldKnobStaysAndItsLastPositionIsSentOnRelease) {
     EXPECT_EQ(View->LChannel->value(), 30000);
 
     View->LChannel->setSliderDown(true);
-    View->hide();
-    Preset(1).Volume = {500, 40000};
+    QEvent dialogOpens(QEvent::WindowBlocked);
+    QApplication::sendEvent(View.get(), &dialogOpens);
+    Preset(1).Volume[0] = 500;
     Pump(ZORVIC_STATE_PRESETS);
     EXPECT_EQ(View->LChannel->value(), 500);
+
+    View->LChannel->setSliderDown(true);
+    View->hide();
+    Preset(1).Volume[0] = 600;
+    Pump(ZORVIC_STATE_PRESETS);
+    EXPECT_EQ(View->LChannel->value(), 600);
 }
 
 TEST_F(MixTest, ADragEndsWhereItsPlayerOrItsPresetDoes) {
