@@ -1,7 +1,7 @@
+#include "daemon/daemon.h"
+#include "daemon/options.h"
+#include "daemon/power_switch.h"
 #include "fault.h"
-#include "options.h"
-#include "service/daemon.h"
-#include "service/power_switch.h"
 
 #include <spdlog/sinks/stdout_sinks.h>
 #include <spdlog/spdlog.h>

@@ -1,6 +1,6 @@
 #include "assets/asset_index.h"
-#include "assets/drive_reader.h"
-#include "media/checksum.h"
+#include "drives/drive_reader.h"
+#include "files/checksum.h"
 #include "unit/asset_fixture.h"
 
 #include <sys/stat.h>

@@ -1,4 +1,4 @@
-#include "media/checksum.h"
+#include "files/checksum.h"
 #include "unit/asset_fixture.h"
 
 #include <fcntl.h>

@@ -1,4 +1,4 @@
-#include "media/checksum.h"
+#include "files/checksum.h"
 #include "media/envelope.h"
 #include "media/probe.h"
 #include "unit/media_samples.h"

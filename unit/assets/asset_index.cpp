@@ -1,7 +1,7 @@
 #include "assets/asset_index.h"
 
-#include "assets/names.h"
 #include "fault.h"
+#include "files/names.h"
 
 #include <zorvic/enums.h>
 

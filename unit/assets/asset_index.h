@@ -1,8 +1,8 @@
 #pragma once
 
 #include "assets/asset_store.h"
-#include "assets/tree_walk.h"
 #include "clock.h"
+#include "files/tree_walk.h"
 #include "media_catalog.h"
 
 #include <zorvic/v1/unit.pb.h>

@@ -1,9 +1,9 @@
 #include "assets/asset_scanner.h"
 
-#include "assets/file_reader.h"
-#include "assets/names.h"
 #include "fault.h"
-#include "media/checksum.h"
+#include "files/checksum.h"
+#include "files/file_reader.h"
+#include "files/names.h"
 #include "media/envelope.h"
 #include "media/probe.h"
 

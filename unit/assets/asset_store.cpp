@@ -3,11 +3,11 @@
 #include "assets/asset_index.h"
 #include "assets/asset_scanner.h"
 #include "assets/asset_table.h"
-#include "assets/drive_reader.h"
-#include "assets/drive_table.h"
-#include "assets/file_copy.h"
 #include "assets/importer.h"
+#include "drives/drive_reader.h"
+#include "drives/drive_table.h"
 #include "fault.h"
+#include "files/file_copy.h"
 #include "media/probe.h"
 
 #include <spdlog/spdlog.h>

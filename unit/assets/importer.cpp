@@ -1,8 +1,8 @@
 #include "assets/importer.h"
 
-#include "assets/file_copy.h"
-#include "assets/names.h"
 #include "fault.h"
+#include "files/file_copy.h"
+#include "files/names.h"
 #include "media/probe.h"
 
 #include <spdlog/spdlog.h>

@@ -2,8 +2,8 @@
 
 #include "assets/asset_index.h"
 #include "assets/asset_scanner.h"
-#include "assets/drive_reader.h"
 #include "assets/worker.h"
+#include "drives/drive_reader.h"
 
 #include <chrono>
 #include <filesystem>

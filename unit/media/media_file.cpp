@@ -1,7 +1,7 @@
 #include "media/media_file.h"
 
 #include "fault.h"
-#include "media/regular_file.h"
+#include "files/regular_file.h"
 
 extern "C" {
 #include <libavformat/avformat.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "assets/drive_table.h"
+#include "drives/drive_table.h"
 
 #include <cstdint>
 #include <filesystem>

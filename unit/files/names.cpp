@@ -1,4 +1,4 @@
-#include "assets/names.h"
+#include "files/names.h"
 
 #include "utf8.h"
 

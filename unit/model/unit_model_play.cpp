@@ -1,4 +1,4 @@
-#include "service/unit_model.h"
+#include "model/unit_model.h"
 
 #include "feed/pieces.h"
 

@@ -1,4 +1,4 @@
-#include "media/regular_file.h"
+#include "files/regular_file.h"
 
 #include "fault.h"
 

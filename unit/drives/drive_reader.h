@@ -1,9 +1,9 @@
 #pragma once
 
-#include "assets/directory_listing.h"
-#include "assets/drive_table.h"
-#include "assets/tree_walk.h"
+#include "drives/drive_table.h"
 #include "fault.h"
+#include "files/directory_listing.h"
+#include "files/tree_walk.h"
 
 #include <zorvic/v1/unit.pb.h>
 

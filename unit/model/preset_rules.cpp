@@ -1,4 +1,4 @@
-#include "service/preset_rules.h"
+#include "model/preset_rules.h"
 
 #include "fault.h"
 #include "utf8.h"

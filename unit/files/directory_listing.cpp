@@ -1,7 +1,7 @@
-#include "assets/directory_listing.h"
+#include "files/directory_listing.h"
 
-#include "assets/names.h"
 #include "fault.h"
+#include "files/names.h"
 
 #include <strings.h>
 

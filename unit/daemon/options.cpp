@@ -1,4 +1,4 @@
-#include "options.h"
+#include "daemon/options.h"
 
 #include "utf8.h"
 

@@ -1,4 +1,4 @@
-#include "service/request_gate.h"
+#include "rpc/request_gate.h"
 
 namespace ZorvicUnit {
 

@@ -1,8 +1,8 @@
-#include "service/unit_model.h"
+#include "model/unit_model.h"
 
 #include "fault.h"
 #include "feed/pieces.h"
-#include "service/preset_rules.h"
+#include "model/preset_rules.h"
 
 #include <spdlog/spdlog.h>
 

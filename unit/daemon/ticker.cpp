@@ -1,6 +1,6 @@
-#include "service/ticker.h"
+#include "daemon/ticker.h"
 
-#include "service/unit_model.h"
+#include "model/unit_model.h"
 
 #include <pthread.h>
 

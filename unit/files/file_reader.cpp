@@ -1,8 +1,8 @@
-#include "assets/file_reader.h"
+#include "files/file_reader.h"
 
-#include "assets/descriptor.h"
 #include "fault.h"
-#include "media/regular_file.h"
+#include "files/descriptor.h"
+#include "files/regular_file.h"
 
 #include <fcntl.h>
 #include <unistd.h>

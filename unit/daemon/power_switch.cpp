@@ -1,4 +1,4 @@
-#include "service/power_switch.h"
+#include "daemon/power_switch.h"
 
 #include <pthread.h>
 #include <unistd.h>

@@ -1,8 +1,8 @@
-#include "service/housekeeper.h"
+#include "daemon/housekeeper.h"
 
 #include "fault.h"
-#include "service/asset_link.h"
-#include "service/unit_model.h"
+#include "model/asset_link.h"
+#include "model/unit_model.h"
 
 #include <pthread.h>
 #include <spdlog/spdlog.h>

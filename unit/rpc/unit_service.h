@@ -1,6 +1,6 @@
 #pragma once
 
-#include "service/request_gate.h"
+#include "rpc/request_gate.h"
 
 #include <zorvic/v1/unit.grpc.pb.h>
 

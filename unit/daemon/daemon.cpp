@@ -1,4 +1,4 @@
-#include "service/daemon.h"
+#include "daemon/daemon.h"
 
 #include "fault.h"
 

@@ -1,9 +1,9 @@
-#include "assets/file_copy.h"
+#include "files/file_copy.h"
 
-#include "assets/descriptor.h"
-#include "assets/file_reader.h"
 #include "fault.h"
-#include "media/checksum.h"
+#include "files/checksum.h"
+#include "files/descriptor.h"
+#include "files/file_reader.h"
 
 #include <fcntl.h>
 #include <sys/statvfs.h>

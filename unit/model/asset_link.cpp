@@ -1,6 +1,6 @@
-#include "service/asset_link.h"
+#include "model/asset_link.h"
 
-#include "service/unit_model.h"
+#include "model/unit_model.h"
 
 namespace ZorvicUnit {
 

@@ -1,11 +1,11 @@
-#include "service/unit_service.h"
+#include "rpc/unit_service.h"
 
-#include "assets/names.h"
 #include "fault.h"
 #include "feed/feed.h"
 #include "feed/frames.h"
-#include "service/asset_link.h"
-#include "service/unit_model.h"
+#include "files/names.h"
+#include "model/asset_link.h"
+#include "model/unit_model.h"
 
 #include <spdlog/spdlog.h>
 

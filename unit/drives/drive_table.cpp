@@ -1,7 +1,7 @@
-#include "assets/drive_table.h"
+#include "drives/drive_table.h"
 
-#include "assets/names.h"
 #include "fault.h"
+#include "files/names.h"
 
 #include <algorithm>
 #include <cctype>

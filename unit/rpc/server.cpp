@@ -1,4 +1,4 @@
-#include "service/server.h"
+#include "rpc/server.h"
 
 #include "fault.h"
 

@@ -1,7 +1,7 @@
-#include "assets/tree_walk.h"
+#include "files/tree_walk.h"
 
-#include "assets/names.h"
 #include "fault.h"
+#include "files/names.h"
 
 #include <dirent.h>
 #include <fcntl.h>

@@ -1,4 +1,4 @@
-#include "assets/drive_reader.h"
+#include "drives/drive_reader.h"
 
 #include "assets/worker.h"
 #include "fault.h"
