@@ -1,6 +1,7 @@
 #include "announce/announcer.h"
 
 #include "announce/announce_places.h"
+#include "thread_name.h"
 
 #include <avahi-common/alternative.h>
 #include <avahi-common/domain.h>
@@ -12,8 +13,6 @@
 #include <avahi-core/log.h>
 #include <avahi-core/publish.h>
 #include <spdlog/spdlog.h>
-
-#include <pthread.h>
 
 #include <algorithm>
 #include <cctype>
@@ -125,7 +124,7 @@ struct Announcer::Impl {
 };
 
 void Announcer::Impl::Run() {
-    pthread_setname_np(pthread_self(), "announcer");
+    NameThread("announcer");
     if (StartServer()) {
         const AvahiPoll* poll = avahi_simple_poll_get(Poll);
         timeval when{};

@@ -26,8 +26,7 @@ constexpr std::chrono::milliseconds ReadLimitOfCallers{1500};
 
 std::vector<DriveRoot> ToRoots(const AssetStore::Options& options) {
     std::vector<DriveRoot> roots = {{"C", options.StoreDirectory, false}};
-    for (const ExternalDrive& drive : options.Drives)
-        roots.push_back({drive.Letter, drive.Directory, true});
+    roots.insert(roots.end(), options.Drives.begin(), options.Drives.end());
     return roots;
 }
 
@@ -75,10 +74,6 @@ void AssetStore::Start() {
     std::filesystem::create_directories(Parts->Assets.HostPath());
     Parts->Imports.Sweep();
     Parts->Scanner.Start(Parts->Watch);
-}
-
-std::vector<zorvic::v1::Asset> AssetStore::Assets() const {
-    return Parts->Index.Assets();
 }
 
 AssetChanges AssetStore::TakeChanges() {

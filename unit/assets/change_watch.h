@@ -1,5 +1,7 @@
 #pragma once
 
+#include "files/descriptor.h"
+
 #include <chrono>
 #include <filesystem>
 
@@ -10,9 +12,6 @@ namespace ZorvicUnit {
 class ChangeWatch {
 public:
     ChangeWatch();
-    ~ChangeWatch();
-    ChangeWatch(const ChangeWatch&) = delete;
-    ChangeWatch& operator=(const ChangeWatch&) = delete;
 
     /// Watches a directory (not what is below it); again for a known one does nothing. A directory that goes is
     /// forgotten by itself.
@@ -31,8 +30,8 @@ public:
     bool IsComplete() const { return Complete; }
 
 private:
-    int Notify;
-    int Alarm;
+    const Descriptor Notify;
+    const Descriptor Alarm;
     bool Complete = true;
 };
 

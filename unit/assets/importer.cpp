@@ -51,7 +51,7 @@ void Importer::Add(const SourceFile& source, const std::string& name) {
     const auto directory = ResolveOnDrive(Assets);
     if (IsBelow(directory, source.File))
         throw Fault(FaultKind::Refused, source.File.string() + " is in the store already");
-    Order order{source, Assets.UnitPath() + '\\' + name, directory / name};
+    Order order{source, Assets.Path() + '\\' + name, directory / name};
     order.Number = Index.BeginImport(order.Path, source.Stamp);
     Notify();
     Copies.Post(0, [this, order = std::move(order)] { Carry(order); });

@@ -4,7 +4,6 @@
 #include "model/asset_link.h"
 #include "model/unit_model.h"
 
-#include <pthread.h>
 #include <spdlog/spdlog.h>
 
 #include <chrono>
@@ -26,7 +25,7 @@ void SaveSelection(UnitModel& model) {
 }
 
 void RunHousekeeper(const std::stop_token& stop, UnitModel& model, AssetLink& assets) {
-    pthread_setname_np(pthread_self(), "housekeeper");
+    NameThread("housekeeper");
     std::mutex mutex;
     std::condition_variable_any wake;
     while (!stop.stop_requested()) {

@@ -74,7 +74,7 @@ std::optional<bool> IsLoopback(const std::string& address) {
     return std::nullopt;
 }
 
-void ReadDrives(const std::vector<std::string>& texts, std::vector<ExternalDrive>& drives) {
+void ReadDrives(const std::vector<std::string>& texts, std::vector<DriveRoot>& drives) {
     for (const std::string& text : texts) {
         const bool formed = text.size() > 2 && text[0] >= 'A' && text[0] <= 'Z' && text[1] == '=';
         if (!formed) throw CLI::ValidationError("--drive", "expected LETTER=DIR with a capital letter, got " + text);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "assets/asset_store.h"
+#include "files/drive_place.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -15,8 +15,8 @@ struct Options {
     std::filesystem::path Store;
     std::string Listen = "127.0.0.1";  ///< numeric address
     std::uint16_t Port = 9477;         ///< 0: any free one
-    std::vector<ExternalDrive> Drives;
-    std::string Nickname;  ///< empty: the unit's identifier
+    std::vector<DriveRoot> Drives;     ///< beside the store
+    std::string Nickname;              ///< empty: the unit's identifier
     std::int32_t Role = 0;
     std::int32_t Type = 0;
     std::int32_t VideoMode = 0;

@@ -1,8 +1,7 @@
 #include "daemon/ticker.h"
 
 #include "model/unit_model.h"
-
-#include <pthread.h>
+#include "thread_name.h"
 
 #include <algorithm>
 #include <chrono>
@@ -14,7 +13,7 @@ namespace {
 constexpr std::chrono::milliseconds TickPeriod(50);
 
 void RunTicker(const std::stop_token& stop, UnitModel& model) {
-    pthread_setname_np(pthread_self(), "ticker");
+    NameThread("ticker");
     while (!stop.stop_requested()) {
         model.WaitForPlay(stop);
         auto next = std::chrono::steady_clock::now();

@@ -1,7 +1,7 @@
 #include "drives/drive_reader.h"
 
-#include "assets/worker.h"
 #include "fault.h"
+#include "thread_name.h"
 
 #include <sys/statvfs.h>
 
@@ -39,12 +39,12 @@ DriveReader::DriveReader(DriveRoot drive, Lister lister)
       Thread([shared = Shared] { Run(shared); }) {}
 
 DriveReader::~DriveReader() {
-    std::unique_lock guard(Shared->Lock);
+    std::unique_lock lock(Shared->Lock);
     Shared->Stop = true;
     Shared->Questions.clear();
     Shared->Wake.notify_all();
-    const bool ended = Shared->Wake.wait_for(guard, Farewell, [this] { return Shared->Ended; });
-    guard.unlock();
+    const bool ended = Shared->Wake.wait_for(lock, Farewell, [this] { return Shared->Ended; });
+    lock.unlock();
     if (ended) {
         Thread.join();
     } else {
@@ -54,15 +54,15 @@ DriveReader::~DriveReader() {
 
 void DriveReader::Run(const std::shared_ptr<State>& shared) {
     NameThread("zu-drive-" + shared->Drive.Letter, Manners::Modest);
-    std::unique_lock guard(shared->Lock);
+    std::unique_lock lock(shared->Lock);
     while (true) {
-        shared->Wake.wait(guard, [&] { return shared->Stop || !shared->Questions.empty(); });
+        shared->Wake.wait(lock, [&] { return shared->Stop || !shared->Questions.empty(); });
         if (shared->Stop) break;
         const auto question = std::move(shared->Questions.front());
         shared->Questions.pop_front();
-        guard.unlock();
+        lock.unlock();
         question();
-        guard.lock();
+        lock.lock();
     }
     shared->Ended = true;
     shared->Wake.notify_all();
@@ -82,7 +82,7 @@ DriveReader::Answer<T> DriveReader::Ask(std::function<T(const DriveRoot&)> quest
             }
         });
     Answer<T> answer = task->get_future().share();
-    const std::lock_guard guard(Shared->Lock);
+    const std::scoped_lock lock(Shared->Lock);
     if (Shared->Questions.size() >= MostQuestions)
         throw Fault(FaultKind::Slow, "drive " + Shared->Drive.Letter + " does not answer");
     Shared->Questions.emplace_back([task] { (*task)(); });
@@ -91,7 +91,7 @@ DriveReader::Answer<T> DriveReader::Ask(std::function<T(const DriveRoot&)> quest
 }
 
 DriveReader::Answer<DriveReader::Listing> DriveReader::AskOrFind(const std::vector<std::string>& names) {
-    const std::lock_guard guard(Lock);
+    const std::scoped_lock lock(Lock);
     std::erase_if(Listings, [oldest = std::chrono::steady_clock::now() - Freshness](const auto& known) {
         if (!IsReady(known.second)) return false;
         const auto& listing = known.second.get().Value;
@@ -108,14 +108,14 @@ DriveReader::Answer<DriveReader::Listing> DriveReader::AskOrFind(const std::vect
 std::vector<zorvic::v1::DirectoryEntry> DriveReader::List(const std::vector<std::string>& names) {
     const auto listing = AskOrFind(names);
     if (!IsReady(listing, Patience)) throw Fault(FaultKind::Slow, "drive " + Shared->Drive.Letter + " is slow");
-    const std::lock_guard guard(Lock);
+    const std::scoped_lock lock(Lock);
     Listings.erase(names);
     return listing.get().Get().Entries;
 }
 
 SourceFile DriveReader::FindFile(const std::vector<std::string>& names) {
     {
-        const std::lock_guard guard(Lock);
+        const std::scoped_lock lock(Lock);
         if (LateFile.valid() && !IsReady(LateFile))
             throw Fault(FaultKind::Slow, "drive " + Shared->Drive.Letter + " does not answer");
     }
@@ -124,7 +124,7 @@ SourceFile DriveReader::FindFile(const std::vector<std::string>& names) {
         return SourceFile{file, ReadStamp(file)};
     });
     if (!IsReady(found, Patience)) {
-        const std::lock_guard guard(Lock);
+        const std::scoped_lock lock(Lock);
         LateFile = found;
         throw Fault(FaultKind::Slow, "drive " + Shared->Drive.Letter + " is slow");
     }
@@ -145,7 +145,7 @@ zorvic::v1::Drive DriveReader::ReadSpace(const DriveRoot& drive) {
 }
 
 zorvic::v1::Drive DriveReader::Space() {
-    std::unique_lock guard(Lock);
+    std::unique_lock lock(Lock);
     LastSpace.set_mountpoint(Shared->Drive.Letter);
     LastSpace.set_external(Shared->Drive.External);
     // A drive that hangs is waited for once, not at every call.
@@ -156,9 +156,9 @@ zorvic::v1::Drive DriveReader::Space() {
         return LastSpace;
     }
     const auto answer = NextSpace;
-    guard.unlock();
+    lock.unlock();
     const bool ready = IsReady(answer, isNew ? Patience : std::chrono::milliseconds(0));
-    guard.lock();
+    lock.lock();
     if (ready) {
         LastSpace = answer.get().Get();
         NextSpace = {};

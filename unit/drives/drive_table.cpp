@@ -34,25 +34,6 @@ std::vector<std::string> SplitNames(std::string_view path) {
 
 }  // namespace
 
-std::string DrivePlace::UnitPath() const {
-    std::string path = Drive->Letter + ":";
-    if (Names.empty()) path += '\\';
-    for (const std::string& name : Names)
-        path += '\\' + name;
-    return path;
-}
-
-std::filesystem::path DrivePlace::HostPath() const {
-    std::filesystem::path path = Drive->Directory;
-    for (const std::string& name : Names)
-        path /= name;
-    return path;
-}
-
-bool DrivePlace::IsBelowAssets() const {
-    return !Drive->External && Names.size() > 1 && Names.front() == "Assets";
-}
-
 const DriveRoot& DriveTable::Find(std::string_view letter) const {
     const auto found = std::find_if(Drives.begin(), Drives.end(),
                                     [capital = Capital(letter)](const auto& drive) { return drive.Letter == capital; });
@@ -68,25 +49,6 @@ DrivePlace DriveTable::Parse(std::string_view path) const {
 
 DrivePlace DriveTable::Parse(std::string_view letter, std::string_view path) const {
     return {&Find(letter), SplitNames(path)};
-}
-
-std::filesystem::path ResolveOnDrive(const DrivePlace& place) {
-    std::error_code error;
-    const auto root = std::filesystem::canonical(place.Drive->Directory, error);
-    auto target = error ? root : std::filesystem::canonical(place.HostPath(), error);
-    if (error) throw Fault(FaultKind::NotFound, place.UnitPath() + ": " + error.message());
-    const auto [end, rest] = std::mismatch(root.begin(), root.end(), target.begin(), target.end());
-    if (end != root.end()) throw Fault(FaultKind::Refused, place.UnitPath() + " leads out of its drive");
-    return target;
-}
-
-bool StaysOnDrive(const DrivePlace& place) {
-    try {
-        ResolveOnDrive(place);
-        return true;
-    } catch (const Fault&) {
-        return false;
-    }
 }
 
 }  // namespace ZorvicUnit

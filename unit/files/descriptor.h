@@ -2,15 +2,17 @@
 
 #include <unistd.h>
 
+#include <utility>
+
 namespace ZorvicUnit {
 
 /// Owner of a file descriptor; a negative one is none.
 class Descriptor {
 public:
     explicit Descriptor(int number) : Number(number) {}
+    Descriptor(Descriptor&& other) noexcept : Number(std::exchange(other.Number, -1)) {}
+    Descriptor& operator=(Descriptor&&) = delete;
     ~Descriptor() { Close(); }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
 
     int Get() const { return Number; }
     bool IsOpen() const { return Number >= 0; }

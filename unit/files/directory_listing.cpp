@@ -32,7 +32,7 @@ std::optional<DirectoryEntry> Describe(const DrivePlace& place, const std::files
     if (found.is_symlink(error) && !StaysOnDrive(below)) return std::nullopt;
     DirectoryEntry entry;
     entry.set_filename(name);
-    entry.set_full_path(below.UnitPath());
+    entry.set_full_path(below.Path());
     entry.set_directory(found.is_directory(error));
     if (entry.directory()) return entry;
     if (!HasMediaExtension(name) || !found.is_regular_file(error)) return std::nullopt;
@@ -46,12 +46,11 @@ std::optional<DirectoryEntry> Describe(const DrivePlace& place, const std::files
 std::vector<DirectoryEntry> ListDirectoryNow(const DrivePlace& place) {
     const auto path = ResolveOnDrive(place);
     std::error_code error;
-    if (!std::filesystem::is_directory(path, error))
-        throw Fault(FaultKind::Misused, place.UnitPath() + " is no directory");
+    if (!std::filesystem::is_directory(path, error)) throw Fault(FaultKind::Misused, place.Path() + " is no directory");
     std::vector<DirectoryEntry> entries;
     for (std::filesystem::directory_iterator at(path, error), end; !error && at != end; at.increment(error))
         if (auto entry = Describe(place, *at)) entries.push_back(std::move(*entry));
-    if (error) throw Fault(FaultKind::NotFound, "cannot list " + place.UnitPath() + ": " + error.message());
+    if (error) throw Fault(FaultKind::NotFound, "cannot list " + place.Path() + ": " + error.message());
     std::sort(entries.begin(), entries.end(), &ByName);
     return entries;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "drives/drive_table.h"
+#include "files/drive_place.h"
 
 #include <zorvic/v1/unit.pb.h>
 

@@ -1,7 +1,6 @@
 #include "files/file_reader.h"
 
 #include "fault.h"
-#include "files/descriptor.h"
 #include "files/regular_file.h"
 
 #include <fcntl.h>
@@ -23,7 +22,7 @@ constexpr off_t ForgetBytes = off_t{8} << 20U;
 
 void ReadWhole(const std::filesystem::path& file, const std::atomic<bool>& stop,
                const std::function<void(std::span<const char>)>& take) {
-    const Descriptor source(OpenRegularFile(file));
+    const Descriptor source = OpenRegularFile(file);
     posix_fadvise(source.Get(), 0, 0, POSIX_FADV_SEQUENTIAL);
     std::vector<char> piece(PieceBytes);
     off_t done = 0;

@@ -30,13 +30,13 @@ int OpenWithoutLinks(const std::filesystem::path& file) {
 
 }  // namespace
 
-int OpenRegularFile(const std::filesystem::path& file) {
-    const int opened = OpenWithoutLinks(file);
-    if (opened < 0 && errno == ELOOP) throw Fault(FaultKind::Refused, file.string() + " leads through a link");
-    if (opened < 0) throw Fault(FaultKind::NotFound, "cannot open " + file.string() + ": " + std::strerror(errno));
+Descriptor OpenRegularFile(const std::filesystem::path& file) {
+    Descriptor opened(OpenWithoutLinks(file));
+    if (!opened.IsOpen() && errno == ELOOP) throw Fault(FaultKind::Refused, file.string() + " leads through a link");
+    if (!opened.IsOpen())
+        throw Fault(FaultKind::NotFound, "cannot open " + file.string() + ": " + std::strerror(errno));
     struct stat status = {};
-    if (fstat(opened, &status) == 0 && S_ISREG(status.st_mode)) return opened;
-    close(opened);
+    if (fstat(opened.Get(), &status) == 0 && S_ISREG(status.st_mode)) return opened;
     throw Fault(FaultKind::Refused, file.string() + " is not a regular file");
 }
 

@@ -1,12 +1,14 @@
 #pragma once
 
+#include "files/descriptor.h"
+
 #include <filesystem>
 
 namespace ZorvicUnit {
 
-/// Opens a regular file for reading and gives the descriptor, which the caller closes. Follows no link on the whole
-/// path, so that a path that was resolved and allowed leads nowhere else by now; waits for no pipe. Throws Fault:
-/// NotFound (cannot be opened), Refused (a link, or no regular file).
-int OpenRegularFile(const std::filesystem::path& file);
+/// Opens a regular file for reading. Follows no link on the whole path, so that a path that was resolved and allowed
+/// leads nowhere else by now; waits for no pipe. Throws Fault: NotFound (cannot be opened), Refused (a link, or no
+/// regular file).
+Descriptor OpenRegularFile(const std::filesystem::path& file);
 
 }  // namespace ZorvicUnit

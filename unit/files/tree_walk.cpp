@@ -73,13 +73,13 @@ void TreeWalk::VisitEntry(int directory, const DrivePlace& place, const std::str
         if (!StaysOnDrive(entry)) return Leave(place, name, "it is a link that leads nowhere or off its drive");
         if (fstatat(directory, name.c_str(), &status, 0) != 0 || S_ISDIR(status.st_mode)) return;
     }
-    if (S_ISREG(status.st_mode)) content.Files.push_back({entry.UnitPath(), StampOf(status)});
+    if (S_ISREG(status.st_mode)) content.Files.push_back({entry.Path(), StampOf(status)});
     if (S_ISDIR(status.st_mode) && place.Names.size() < DeepestLevel) WalkDirectory(entry, enter, content);
 }
 
 void TreeWalk::Leave(const DrivePlace& place, const std::string& name, const char* reason) {
-    if (Logged.insert(place.UnitPath() + '\\' + name).second)
-        spdlog::warn("leaving out \"{}\" in {}: {}", ForLog(name), place.UnitPath(), reason);
+    if (Logged.insert(place.Path() + '\\' + name).second)
+        spdlog::warn("leaving out \"{}\" in {}: {}", ForLog(name), place.Path(), reason);
 }
 
 }  // namespace ZorvicUnit

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "drives/drive_table.h"
+#include "files/drive_place.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -22,7 +22,7 @@ struct FileStamp {
 FileStamp ReadStamp(const std::filesystem::path& file);
 
 struct FoundFile {
-    std::string UnitPath;
+    std::string Path;
     FileStamp Stamp;
 };
 

@@ -13,6 +13,7 @@ extern "C" {
 
 #include <cerrno>
 #include <mutex>
+#include <utility>
 
 namespace ZorvicUnit {
 
@@ -36,21 +37,24 @@ void SilenceLibrary() {
 }  // namespace
 
 struct MediaFile::Source {
-    std::filesystem::path File;
-    ReadLimit Limit;
-    int Descriptor = -1;
+    const std::filesystem::path File;
+    const ReadLimit Limit;
+    const Descriptor Opened;
     AVIOContext* Buffered = nullptr;
 
+    Source(std::filesystem::path file, const ReadLimit& limit)
+        : File(std::move(file)), Limit(limit), Opened(OpenRegularFile(File)) {}
     ~Source() {
         if (Buffered != nullptr) av_freep(&Buffered->buffer);
         avio_context_free(&Buffered);
-        if (Descriptor >= 0) close(Descriptor);
     }
+    Source(const Source&) = delete;
+    Source& operator=(const Source&) = delete;
 
     static int Read(void* opaque, std::uint8_t* buffer, int size) {
         const auto* self = static_cast<Source*>(opaque);
         if (self->Limit.Reached()) return AVERROR_EXIT;
-        const ssize_t got = read(self->Descriptor, buffer, static_cast<std::size_t>(size));
+        const ssize_t got = read(self->Opened.Get(), buffer, static_cast<std::size_t>(size));
         if (got < 0) return AVERROR(errno);
         return got == 0 ? AVERROR_EOF : static_cast<int>(got);
     }
@@ -59,9 +63,9 @@ struct MediaFile::Source {
         const auto* self = static_cast<Source*>(opaque);
         if (whence == AVSEEK_SIZE) {
             struct stat status = {};
-            return fstat(self->Descriptor, &status) == 0 ? status.st_size : AVERROR(errno);
+            return fstat(self->Opened.Get(), &status) == 0 ? status.st_size : AVERROR(errno);
         }
-        const off_t at = lseek(self->Descriptor, offset, whence & ~AVSEEK_FORCE);
+        const off_t at = lseek(self->Opened.Get(), offset, whence & ~AVSEEK_FORCE);
         return at < 0 ? AVERROR(errno) : at;
     }
 
@@ -69,9 +73,8 @@ struct MediaFile::Source {
 };
 
 MediaFile::MediaFile(const std::filesystem::path& file, const ReadLimit& limit)
-    : Input(std::make_unique<Source>(Source{file, limit})) {
+    : Input(std::make_unique<Source>(file, limit)) {
     SilenceLibrary();
-    Input->Descriptor = OpenRegularFile(file);
     try {
         Open();
     } catch (...) {

@@ -3,7 +3,6 @@
 #include "clock.h"
 #include "media_catalog.h"
 #include "playback/levels.h"
-#include "playback/trim.h"
 
 #include <zorvic/v1/unit.pb.h>
 

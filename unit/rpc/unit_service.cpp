@@ -37,8 +37,6 @@ StatusCode ToStatusCode(FaultKind kind) {
             return StatusCode::RESOURCE_EXHAUSTED;
         case FaultKind::Slow:
             return StatusCode::DEADLINE_EXCEEDED;
-        case FaultKind::Missing:
-            return StatusCode::UNIMPLEMENTED;
         case FaultKind::Internal:
             break;
     }
