@@ -1,9 +1,9 @@
 #pragma once
 
+#include "asset_catalog.h"
 #include "assets/asset_changes.h"
 #include "clock.h"
 #include "files/tree_walk.h"
-#include "media_catalog.h"
 
 #include <zorvic/v1/unit.pb.h>
 

@@ -50,7 +50,7 @@ struct AssetStore::Impl {
 
     const bool Watch;
     const DriveTable Drives;
-    const DrivePlace Assets{&Drives.All().front(), {"Assets"}};
+    const DrivePlace Folder{&Drives.All().front(), {"Assets"}};
     std::vector<std::unique_ptr<DriveReader>> Readers;  ///< in the order of Drives
     AssetIndex Index;
     AssetTable Table;
@@ -58,7 +58,7 @@ struct AssetStore::Impl {
     std::function<void()> Listener;
     // Destroyed in reverse order: the importer hands finished files to the scanner.
     AssetScanner Scanner{Drives, Index, Table, Time, [this] { Notify(); }};
-    Importer Imports{Assets, Index, Scanner, [this] { Notify(); }};
+    Importer Imports{Folder, Index, Scanner, [this] { Notify(); }};
 };
 
 AssetStore::AssetStore(const Options& options, Database& database, const Clock& clock)
@@ -71,7 +71,7 @@ void AssetStore::SetListener(std::function<void()> listener) {
 }
 
 void AssetStore::Start() {
-    std::filesystem::create_directories(Parts->Assets.HostPath());
+    std::filesystem::create_directories(Parts->Folder.HostPath());
     Parts->Imports.Sweep();
     Parts->Scanner.Start(Parts->Watch);
 }

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "asset_catalog.h"
 #include "assets/asset_changes.h"
 #include "clock.h"
 #include "files/drive_place.h"
-#include "media_catalog.h"
 
 #include <zorvic/v1/unit.pb.h>
 
@@ -23,7 +23,7 @@ class Database;
 ///
 /// Paths are the unit's own: drive C is the store's directory, assets live below "C:\Assets". All members may be called
 /// from any thread and return soon: files are read by worker threads. Failures throw Fault.
-class AssetStore final : public MediaCatalog {
+class AssetStore final : public AssetCatalog {
 public:
     struct Options {
         std::filesystem::path StoreDirectory;  ///< must exist; "Assets" is made below it

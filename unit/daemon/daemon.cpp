@@ -25,18 +25,17 @@ constexpr std::chrono::milliseconds ReplyTime(100);
 Daemon::Daemon(const Options& options, PowerSwitch& power)
     : Power(power),
       Directory(options.Store),
-      Store(Directory.DatabaseFile()),
-      Media(std::make_unique<AssetStore>(
-          AssetStore::Options{.StoreDirectory = Directory.Path(), .Drives = options.Drives}, Store, Time)),
+      Rows(Directory.DatabaseFile()),
+      Assets(std::make_unique<AssetStore>(
+          AssetStore::Options{.StoreDirectory = Directory.Path(), .Drives = options.Drives}, Rows, Time)),
       Profile(MakeProfile(options)),
-      Model(Profile, Store, Time, *Media, Updates),
-      Assets(*Media, Model),
-      Service(Profile.Identity, Model, Assets, Updates, [this](auto action) { Power.Request(action); }) {
+      Model(Profile, Rows, Time, *Assets, Updates),
+      Link(*Assets, Model),
+      Service(Profile.Identity, Model, *Assets, Link, Updates, [this](auto action) { Power.Request(action); }) {
     try {
-        Media->Start();
-        Assets.ShowDrives();
+        Assets->Start();
         Ticking.emplace(Model);
-        Keeping.emplace(Model, Assets);
+        Keeping.emplace(Model, *Assets, Updates);
         Requests.emplace(Service, options.Listen, options.Port);
         Announcing.emplace(MakeAnnouncement(options));
     } catch (...) {
@@ -58,7 +57,7 @@ void Daemon::Stop() {
     Requests.reset();
     Ticking.reset();
     Keeping.reset();
-    Media.reset();
+    Assets.reset();
 }
 
 zorvic::v1::PowerAction Daemon::Run() {
@@ -83,7 +82,7 @@ void Daemon::SoftReboot() {
 UnitModel::Profile Daemon::MakeProfile(const Options& options) {
     UnitModel::Profile profile;
     auto& identity = profile.Identity;
-    identity.set_guid(SettingsTable(Store).Guid());
+    identity.set_guid(SettingsTable(Rows).Guid());
     identity.set_nickname(options.Nickname.empty() ? identity.guid() : options.Nickname);
     identity.set_role(options.Role);
     identity.set_type(options.Type);

@@ -47,13 +47,13 @@ private:
 
     PowerSwitch& Power;
     StoreDirectory Directory;
-    Database Store;
+    Database Rows;
     SteadyClock Time;
     Feed Updates;
-    std::unique_ptr<AssetStore> Media;
+    std::unique_ptr<AssetStore> Assets;
     const UnitModel::Profile Profile;
     UnitModel Model;
-    AssetLink Assets;
+    AssetLink Link;
     UnitService Service;
     std::optional<Ticker> Ticking;
     std::optional<Housekeeper> Keeping;

@@ -1,8 +1,11 @@
 #include "daemon/housekeeper.h"
 
+#include "assets/asset_store.h"
 #include "fault.h"
-#include "model/asset_link.h"
+#include "feed/feed.h"
+#include "feed/pieces.h"
 #include "model/unit_model.h"
+#include "thread_name.h"
 
 #include <spdlog/spdlog.h>
 
@@ -24,7 +27,11 @@ void SaveSelection(UnitModel& model) {
     }
 }
 
-void RunHousekeeper(const std::stop_token& stop, UnitModel& model, AssetLink& assets) {
+void ShowDrives(const AssetStore& assets, Feed& updates) {
+    updates.Publish({DrivesChange(assets.Drives())});
+}
+
+void RunHousekeeper(const std::stop_token& stop, UnitModel& model, const AssetStore& assets, Feed& updates) {
     NameThread("housekeeper");
     std::mutex mutex;
     std::condition_variable_any wake;
@@ -32,13 +39,15 @@ void RunHousekeeper(const std::stop_token& stop, UnitModel& model, AssetLink& as
         std::unique_lock lock(mutex);
         wake.wait_for(lock, stop, Period, [] { return false; });
         SaveSelection(model);
-        assets.ShowDrives();
+        ShowDrives(assets, updates);
     }
 }
 
 }  // namespace
 
-Housekeeper::Housekeeper(UnitModel& model, AssetLink& assets)
-    : Thread([&](const std::stop_token& stop) { RunHousekeeper(stop, model, assets); }) {}
+Housekeeper::Housekeeper(UnitModel& model, const AssetStore& assets, Feed& updates) {
+    ShowDrives(assets, updates);
+    Thread = std::jthread([&](const std::stop_token& stop) { RunHousekeeper(stop, model, assets, updates); });
+}
 
 }  // namespace ZorvicUnit

@@ -38,11 +38,11 @@ FileStamp ReadStamp(const std::filesystem::path& file) {
 
 TreeContent TreeWalk::Walk(const Enter& enter) {
     TreeContent content;
-    const DrivePlace assets{&Store, {"Assets"}};
-    if (StaysOnDrive(assets)) {
-        WalkDirectory(assets, enter, content);
+    const DrivePlace folder{&Drive, {"Assets"}};
+    if (StaysOnDrive(folder)) {
+        WalkDirectory(folder, enter, content);
     } else {
-        Leave({&Store, {}}, "Assets", "it is not a directory of the store");
+        Leave({&Drive, {}}, "Assets", "it is not a directory of the store");
         content.Complete = false;
     }
     return content;
@@ -54,7 +54,7 @@ void TreeWalk::WalkDirectory(const DrivePlace& place, const Enter& enter, TreeCo
     const Directory directory(opendir(path.c_str()));
     if (directory == nullptr) {
         content.Complete = content.Complete && errno == ENOENT;  // gone meanwhile: nothing of it is left to miss
-        if (errno != ENOENT) Leave({&Store, {}}, path.string(), std::strerror(errno));
+        if (errno != ENOENT) Leave({&Drive, {}}, path.string(), std::strerror(errno));
         return;
     }
     // NOLINTNEXTLINE(concurrency-mt-unsafe): each thread reads a directory stream of its own

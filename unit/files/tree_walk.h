@@ -31,14 +31,14 @@ struct TreeContent {
     bool Complete = true;  ///< false when a directory could not be read: what is not listed may still be there
 };
 
-/// Finds the regular files below the store's Assets directory. Left out: hidden names, names that a console cannot show
+/// Finds the regular files below a drive's Assets directory. Left out: hidden names, names that a console cannot show
 /// (logged once each), links to directories (they may run in circles) and links that leave the drive. For one thread at
 /// a time.
 class TreeWalk {
 public:
     using Enter = std::function<void(const std::filesystem::path&)>;
 
-    explicit TreeWalk(const DriveRoot& store) : Store(store) {}
+    explicit TreeWalk(const DriveRoot& drive) : Drive(drive) {}
 
     /// Calls `enter` with every directory before it is read, so that a watch set there misses nothing.
     TreeContent Walk(const Enter& enter);
@@ -49,7 +49,7 @@ private:
                     TreeContent& content);
     void Leave(const DrivePlace& place, const std::string& name, const char* reason);
 
-    const DriveRoot& Store;
+    const DriveRoot& Drive;
     std::set<std::string> Logged;
 };
 

@@ -31,9 +31,8 @@ void CheckText(const char* what, const std::string& text, std::size_t limit) {
 
 void CheckAsset(const zorvic::v1::PinnedAsset& asset) {
     CheckText("an asset path", asset.full_path(), MaxPresetBytes);
-    for (const float value : {asset.hue(), asset.saturation(), asset.brightness(), asset.contrast()}) {
+    for (const float value : {asset.hue(), asset.saturation(), asset.brightness(), asset.contrast()})
         if (!std::isfinite(value)) Misuse("a picture value of " + asset.full_path() + " is not a finite number");
-    }
 }
 
 void CheckCanvases(const Preset& preset) {
@@ -62,15 +61,13 @@ void CheckMarks(const char* kind, const Marks& marks) {
 
 void CheckTabs(const Preset& preset) {
     std::set<std::int32_t> tabs;
-    for (const TabOrdering& tab : preset.tab_order()) {
+    for (const TabOrdering& tab : preset.tab_order())
         if (!tabs.insert(tab.tab_id()).second) Misuse(fmt::format("two places in tab {}", tab.tab_id()));
-    }
 }
 
 void CheckVolume(const Preset& preset) {
-    for (const std::uint32_t level : preset.volume()) {
+    for (const std::uint32_t level : preset.volume())
         if (level > std::numeric_limits<std::uint16_t>::max()) Misuse(fmt::format("a volume of {}", level));
-    }
 }
 
 }  // namespace

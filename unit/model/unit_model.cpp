@@ -16,7 +16,7 @@ namespace ZorvicUnit {
 using zorvic::v1::MarkRequest;
 using zorvic::v1::Preset;
 
-UnitModel::UnitModel(const Profile& profile, Database& database, const Clock& clock, const MediaCatalog& catalog,
+UnitModel::UnitModel(const Profile& profile, Database& database, const Clock& clock, const AssetCatalog& catalog,
                      Feed& feed)
     : Table(database), Settings(database), Playing(clock, catalog), Updates(feed) {
     SavedSelection = Settings.SelectedPreset();
@@ -134,9 +134,8 @@ void UnitModel::Reload() {
         Playing.Put(shared);
         changes.push_back(PresetChanged(preset));
     }
-    for (const auto& [pk, preset] : before) {
+    for (const auto& [pk, preset] : before)
         if (!Presets.contains(pk)) changes.push_back(PresetGone(pk));
-    }
     if (!Presets.contains(Selected)) Selected = 0;
     Publish(std::move(changes));
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "assets/asset_store.h"
 #include "feed/feed.h"
 #include "playback/playback.h"
 #include "store/preset_table.h"
@@ -20,6 +19,8 @@
 
 namespace ZorvicUnit {
 
+struct AssetChanges;
+
 /// The unit as the protocol shows it: stored presets, what plays, which preset is selected. Every command is carried
 /// out whole or throws Fault and changes nothing; it gives the feed's revision at which its effect shows. Safe to use
 /// from several threads.
@@ -37,7 +38,7 @@ public:
 
     /// Loads the presets and publishes everything. All references must outlive the object. Throws Fault when a stored
     /// preset is damaged.
-    UnitModel(const Profile& profile, Database& database, const Clock& clock, const MediaCatalog& catalog, Feed& feed);
+    UnitModel(const Profile& profile, Database& database, const Clock& clock, const AssetCatalog& catalog, Feed& feed);
 
     std::uint64_t CreatePreset(const zorvic::v1::Preset& sent);
     std::uint64_t UpdatePreset(const zorvic::v1::Preset& sent, const google::protobuf::FieldMask& fields);
@@ -55,7 +56,6 @@ public:
 
     /// Publishes changed assets, and lets playback know of new lengths.
     std::uint64_t ApplyAssets(const AssetChanges& changes);
-    void ShowDrives(const std::vector<zorvic::v1::Drive>& drives);
 
     /// While it lives, no preset with this asset begins to play. The constructor throws Refused while one plays.
     class AssetHold {
@@ -91,8 +91,8 @@ private:
     template <typename Edit>
     std::uint64_t EditMarks(const zorvic::v1::MarkRequest& request, const Edit& edit);
 
-    std::mutex
-        WriteLock;  ///< guards the tables and SavedSelection, and lets presets change only in its holder's thread
+    /// Guards the tables and SavedSelection, and lets presets change only in its holder's thread.
+    std::mutex WriteLock;
     PresetTable Table;
     SettingsTable Settings;
     std::int32_t SavedSelection = 0;

@@ -1,5 +1,6 @@
 #include "model/unit_model.h"
 
+#include "assets/asset_changes.h"
 #include "feed/pieces.h"
 
 #include <utility>
@@ -73,12 +74,8 @@ std::uint64_t UnitModel::ApplyAssets(const AssetChanges& changes) {
         paths.push_back(path);
     }
     const std::scoped_lock lock(ModelLock);
-    if (!paths.empty()) Playing.MediaChanged(paths);
+    if (!paths.empty()) Playing.AssetsChanged(paths);
     return Publish(std::move(updates));
-}
-
-void UnitModel::ShowDrives(const std::vector<zorvic::v1::Drive>& drives) {
-    Updates.Publish({DrivesChange(drives)});
 }
 
 UnitModel::AssetHold::AssetHold(UnitModel& model, std::string path) : Model(model), Path(std::move(path)) {

@@ -28,7 +28,7 @@ double VolumeGain(const zorvic::v1::Preset& preset, int channel) {
     return std::min(preset.volume(std::min(channel, preset.volume_size() - 1)) / FullVolume, 1.0);
 }
 
-std::array<std::uint8_t, 2> Peak(const std::vector<std::string>& assets, const MediaCatalog& catalog,
+std::array<std::uint8_t, 2> Peak(const std::vector<std::string>& assets, const AssetCatalog& catalog,
                                  std::chrono::milliseconds elapsed) {
     std::array<std::uint8_t, 2> peak{};
     const auto step = static_cast<std::size_t>(std::max<std::int64_t>(elapsed.count(), 0) / Envelope::StepMS);
@@ -44,7 +44,7 @@ std::array<std::uint8_t, 2> Peak(const std::vector<std::string>& assets, const M
 }  // namespace
 
 StereoLevels LevelsAt(const zorvic::v1::Preset& preset, const std::vector<std::string>& assets,
-                      const MediaCatalog& catalog, const PassPosition& position) {
+                      const AssetCatalog& catalog, const PassPosition& position) {
     const auto peak = Peak(assets, catalog, position.Elapsed);
     const double fade = FadeGain(preset, position);
     StereoLevels levels{};

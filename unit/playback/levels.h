@@ -1,6 +1,6 @@
 #pragma once
 
-#include "media_catalog.h"
+#include "asset_catalog.h"
 
 #include <zorvic/v1/unit.pb.h>
 
@@ -26,13 +26,13 @@ struct Trim {
 /// Where a pass of a preset is.
 struct PassPosition {
     Trim Window;
-    std::chrono::milliseconds Elapsed{0};  ///< from the start of the media
+    std::chrono::milliseconds Elapsed{0};  ///< from the start of the assets
     bool First = false;                    ///< fades in
     bool Last = false;                     ///< fades out
 };
 
-/// The loudest of the media at this position, scaled by the preset's volume and its fades.
+/// The loudest of the assets at this position, scaled by the preset's volume and its fades.
 StereoLevels LevelsAt(const zorvic::v1::Preset& preset, const std::vector<std::string>& assets,
-                      const MediaCatalog& catalog, const PassPosition& position);
+                      const AssetCatalog& catalog, const PassPosition& position);
 
 }  // namespace ZorvicUnit

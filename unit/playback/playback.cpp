@@ -78,7 +78,7 @@ struct Playback::Entry {
     }
 };
 
-Playback::Playback(const Clock& clock, const MediaCatalog& catalog) : Time(clock), Catalog(catalog), Now(clock.Now()) {}
+Playback::Playback(const Clock& clock, const AssetCatalog& catalog) : Time(clock), Catalog(catalog), Now(clock.Now()) {}
 
 Playback::~Playback() = default;
 
@@ -165,7 +165,7 @@ void Playback::ReleaseAsset(const std::string& path) {
     if (held != HeldAssets.end()) HeldAssets.erase(held);
 }
 
-void Playback::MediaChanged(std::span<const std::string> paths) {
+void Playback::AssetsChanged(std::span<const std::string> paths) {
     Advance();
     const std::unordered_set<std::string> changed(paths.begin(), paths.end());
     for (auto& [pk, entry] : Entries) {

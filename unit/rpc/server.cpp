@@ -21,8 +21,8 @@ std::string HostPort(const std::string& address, std::uint16_t port) {
     return isV6 ? fmt::format("[{}]:{}", address, port) : fmt::format("{}:{}", address, port);
 }
 
-// Consoles ask twice a second whether the link lives; the defaults would cut them off for that. The unit asks too, so
-// that a console whose machine vanished does not hold its thread for ever.
+// The unit asks whether a console is still there, so that one whose machine vanished does not hold its thread for ever.
+// Consoles listen for the heartbeat instead; one that asks all the same, however often, is not cut off for it.
 void SetUpKeepalive(grpc::ServerBuilder& builder) {
     builder.AddChannelArgument(GRPC_ARG_KEEPALIVE_PERMIT_WITHOUT_CALLS, 1);
     builder.AddChannelArgument(GRPC_ARG_HTTP2_MIN_RECV_PING_INTERVAL_WITHOUT_DATA_MS, 100);

@@ -1,5 +1,6 @@
 #include "rpc/unit_service.h"
 
+#include "assets/asset_store.h"
 #include "fault.h"
 #include "feed/feed.h"
 #include "feed/frames.h"
@@ -79,9 +80,14 @@ std::string OnMark(const char* what, const zorvic::v1::MarkRequest& request) {
 
 }  // namespace
 
-UnitService::UnitService(zorvic::v1::Identity identity, UnitModel& model, AssetLink& assets, Feed& feed,
-                         PowerHandler power)
-    : Self(std::move(identity)), Model(model), Assets(assets), Updates(feed), OnPower(std::move(power)) {}
+UnitService::UnitService(zorvic::v1::Identity identity, UnitModel& model, AssetStore& assets, AssetLink& link,
+                         Feed& updates, PowerHandler power)
+    : Self(std::move(identity)),
+      Model(model),
+      Assets(assets),
+      Link(link),
+      Updates(updates),
+      OnPower(std::move(power)) {}
 
 // Holds its thread for as long as the console watches. A console that does not read blocks the write, and with it only
 // this thread.
@@ -163,12 +169,12 @@ Status UnitService::DeleteMark(ServerContext* context, const zorvic::v1::MarkReq
 
 Status UnitService::DeleteAsset(ServerContext* context, const zorvic::v1::AssetRequest* request, CommandReply* reply) {
     return Answer(Gate, *context, "delete asset " + request->path(),
-                  [&] { reply->set_revision(Assets.Delete(request->path())); });
+                  [&] { reply->set_revision(Link.Delete(request->path())); });
 }
 
 Status UnitService::InstallAsset(ServerContext* context, const zorvic::v1::AssetRequest* request, CommandReply* reply) {
     return Answer(Gate, *context, "install asset " + request->path(),
-                  [&] { reply->set_revision(Assets.Install(request->path())); });
+                  [&] { reply->set_revision(Link.Install(request->path())); });
 }
 
 Status UnitService::Power(ServerContext* context, const zorvic::v1::PowerRequest* request, CommandReply* reply) {
@@ -189,8 +195,10 @@ Status UnitService::ReadAssetMetadata(ServerContext* context, const zorvic::v1::
 
 Status UnitService::ListDirectory(ServerContext* context, const zorvic::v1::ListDirectoryRequest* request,
                                   zorvic::v1::ListDirectoryReply* reply) {
-    return Answer(Gate, *context, fmt::format("list {} of drive {}", request->path(), request->drive()),
-                  [&] { *reply = Assets.ListDirectory(request->drive(), request->path()); });
+    return Answer(Gate, *context, fmt::format("list {} of drive {}", request->path(), request->drive()), [&] {
+        const auto entries = Assets.ListDirectory(request->drive(), request->path());
+        reply->mutable_entries()->Assign(entries.begin(), entries.end());
+    });
 }
 
 }  // namespace ZorvicUnit

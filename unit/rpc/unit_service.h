@@ -10,6 +10,7 @@
 namespace ZorvicUnit {
 
 class AssetLink;
+class AssetStore;
 class Feed;
 class UnitModel;
 
@@ -21,7 +22,8 @@ public:
 
     /// All references must outlive the object. power is called from a handler's thread before the reply has left, so it
     /// must only take note.
-    UnitService(zorvic::v1::Identity identity, UnitModel& model, AssetLink& assets, Feed& feed, PowerHandler power);
+    UnitService(zorvic::v1::Identity identity, UnitModel& model, AssetStore& assets, AssetLink& link, Feed& updates,
+                PowerHandler power);
 
     /// Turns further requests away and waits for those being carried out, no longer than the limit.
     void Drain(std::chrono::milliseconds limit) { Gate.Close(limit); }
@@ -67,7 +69,8 @@ public:
 private:
     const zorvic::v1::Identity Self;
     UnitModel& Model;
-    AssetLink& Assets;
+    AssetStore& Assets;  ///< for questions
+    AssetLink& Link;     ///< for commands on assets
     Feed& Updates;
     const PowerHandler OnPower;
     RequestGate Gate;

@@ -17,9 +17,9 @@ struct Envelope {
 
 /// What playback needs to know of the assets on the unit. Paths are the unit's own ("C:\Assets\clip.mov").
 /// Safe to call from several threads.
-class MediaCatalog {
+class AssetCatalog {
 public:
-    virtual ~MediaCatalog() = default;
+    virtual ~AssetCatalog() = default;
     /// Length in ms (a still lasts 10 s); nothing when the asset is unknown or not probed yet.
     virtual std::optional<std::int32_t> DurationMS(const std::string& path) const = 0;
     /// Null until the envelope is computed, and for an asset without sound.
