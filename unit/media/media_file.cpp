@@ -4,6 +4,7 @@
 #include "files/regular_file.h"
 
 extern "C" {
+#include <libavcodec/packet.h>
 #include <libavformat/avformat.h>
 #include <libavutil/log.h>
 #include <libavutil/mem.h>
@@ -138,7 +139,12 @@ bool MediaFile::Rewind() {
 }
 
 bool MediaFile::Read(AVPacket& packet) {
-    return !Input->Limit.Reached() && av_read_frame(Format, &packet) >= 0;
+    while (!Input->Limit.Reached() && av_read_frame(Format, &packet) >= 0) {
+        // What was read to identify the streams comes first, and belongs to any of them.
+        if (Format->streams[packet.stream_index]->discard != AVDISCARD_ALL) return true;
+        av_packet_unref(&packet);
+    }
+    return false;
 }
 
 }  // namespace ZorvicUnit
