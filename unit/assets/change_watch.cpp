@@ -18,12 +18,10 @@ constexpr std::uint32_t Changes = IN_CREATE | IN_DELETE | IN_MODIFY | IN_CLOSE_W
                                   IN_MOVED_TO | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
 
 // The events' content does not matter: the directories are read again.
-bool Discard(int descriptor) {
+void Discard(const Descriptor& events) {
     std::array<char, 16384> buffer = {};
-    bool any = false;
-    while (read(descriptor, buffer.data(), buffer.size()) > 0)
-        any = true;
-    return any;
+    while (read(events.Get(), buffer.data(), buffer.size()) > 0) {
+    }
 }
 
 }  // namespace
@@ -39,11 +37,11 @@ void ChangeWatch::Add(const std::filesystem::path& directory) {
     Complete = false;
 }
 
-bool ChangeWatch::Wait(std::chrono::milliseconds limit) {
+void ChangeWatch::Wait(std::chrono::milliseconds limit) {
     std::array<pollfd, 2> events = {pollfd{Notify.Get(), POLLIN, 0}, pollfd{Alarm.Get(), POLLIN, 0}};
     poll(events.data(), events.size(), static_cast<int>(limit.count()));
-    Discard(Alarm.Get());
-    return Notify.IsOpen() && Discard(Notify.Get());
+    Discard(Alarm);
+    Discard(Notify);
 }
 
 void ChangeWatch::Pause(std::chrono::milliseconds limit) {

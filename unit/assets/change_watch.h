@@ -17,8 +17,8 @@ public:
     /// forgotten by itself.
     void Add(const std::filesystem::path& directory);
 
-    /// Waits for a change, for WakeUp() or for the time to pass. True when something changed.
-    bool Wait(std::chrono::milliseconds limit);
+    /// Waits for a change, for WakeUp() or for the time to pass.
+    void Wait(std::chrono::milliseconds limit);
 
     /// Waits for WakeUp() or for the time to pass, whatever changes.
     void Pause(std::chrono::milliseconds limit);
