@@ -13,7 +13,6 @@
 #include <spdlog/spdlog.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <utility>
