@@ -12,7 +12,6 @@ enum class FaultKind {
     Refused,   ///< understood, and not allowed now
     DiskFull,  ///< no room left
     Slow,      ///< did not finish in time; goes on and answers a later request
-    Missing,   ///< not built yet
     Internal,  ///< a fault of the unit itself
 };
 

@@ -1,7 +1,8 @@
+#include "daemon/daemon.h"
+#include "daemon/options.h"
+#include "daemon/power_switch.h"
 #include "fault.h"
-#include "options.h"
-#include "service/daemon.h"
-#include "service/power_switch.h"
+#include "thread_name.h"
 
 #include <spdlog/sinks/stdout_sinks.h>
 #include <spdlog/spdlog.h>
@@ -55,6 +56,7 @@ int main(int argc, char** argv) {
         const bool again = daemon.Run() == zorvic::v1::POWER_ACTION_REBOOT;
         spdlog::info(again ? "reboot" : "shutdown");
         std::thread([=] {
+            ZorvicUnit::NameThread("ending");
             std::this_thread::sleep_for(EndLimit);
             spdlog::warn("a part of the unit does not stop; ending without it");
             End(again, argc, argv, options.Port != 0, port);

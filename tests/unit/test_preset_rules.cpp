@@ -1,5 +1,5 @@
 #include "fault.h"
-#include "service/preset_rules.h"
+#include "model/preset_rules.h"
 #include "unit/unitfakes.h"
 
 #include <gmock/gmock.h>

@@ -1,5 +1,5 @@
 #include "feed/feed.h"
-#include "service/unit_model.h"
+#include "model/unit_model.h"
 #include "store/database.h"
 #include "support/childprocess.h"
 #include "unit/unitfakes.h"

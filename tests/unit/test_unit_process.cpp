@@ -1,4 +1,4 @@
-#include "support/childprocess.h"
+#include "support/unitprocess.h"
 #include "unit/media_samples.h"
 #include "unit/unitfakes.h"
 
@@ -19,90 +19,61 @@
 #include <vector>
 
 using testing::HasSubstr;
-using zorvic::v1::CommandReply;
 using zorvic::v1::Preset;
 
 namespace {
 
 constexpr std::chrono::seconds Watchdog(60);
 
-/// A unit as a process of its own, and a console's connection to it.
-class UnitProcess {
+/// A unit as a process of its own, and a console's commands to it.
+class Unit : public UnitProcess {
 public:
-    /// `launcher` is a command that starts the unit given after it.
-    explicit UnitProcess(const std::string& directory, std::vector<std::string> launcher = {})
-        : Log(directory + "/log" + std::to_string(++Started)), Process(Command(directory, std::move(launcher)), Log) {
-        Connect(1);
+    explicit Unit(const std::string& directory)
+        : UnitProcess(directory + "/store", {"--drive", "E=" + directory + "/drive", "--announce", "off"}) {
+        Connect();
     }
-    /// Waits until the unit has said that it listens this many times.
-    void Connect(std::ptrdiff_t times) {
-        std::string address;
-        ASSERT_TRUE(WaitUntil([&] { return !(address = Address(times)).empty(); }, Watchdog)) << ReadFile(Log);
+    void Connect() {
         grpc::ChannelArguments arguments;
         arguments.SetInt(GRPC_ARG_USE_LOCAL_SUBCHANNEL_POOL, 1);
-        Channel = grpc::CreateCustomChannel(address, grpc::InsecureChannelCredentials(), arguments);
-        Stub = zorvic::v1::Unit::NewStub(Channel);
-    }
-    std::string Address(std::ptrdiff_t times) const {
-        const std::string log = ReadFile(Log);
-        const std::regex ready("listening on (\\S+)\n");
-        const std::sregex_iterator begin(log.begin(), log.end(), ready), end;
-        return std::distance(begin, end) < times ? std::string() : (*std::next(begin, times - 1))[1].str();
-    }
-    template <typename Request>
-    grpc::Status Send(grpc::Status (zorvic::v1::Unit::Stub::*command)(grpc::ClientContext*, const Request&,
-                                                                      CommandReply*),
-                      const Request& request) {
-        grpc::ClientContext context;
-        context.set_deadline(std::chrono::system_clock::now() + Watchdog);
-        CommandReply reply;
-        return (Stub.get()->*command)(&context, request, &reply);
+        Stub =
+            zorvic::v1::Unit::NewStub(grpc::CreateCustomChannel(Host(), grpc::InsecureChannelCredentials(), arguments));
     }
     grpc::Status Create(const Preset& preset) {
-        zorvic::v1::CreatePresetRequest request;
-        *request.mutable_preset() = preset;
-        return Send(&zorvic::v1::Unit::Stub::CreatePreset, request);
+        return Send(&Service::CreatePreset, [&](auto& request) { *request.mutable_preset() = preset; });
     }
     grpc::Status Take(std::int32_t pk) {
-        zorvic::v1::PresetRequest request;
-        request.set_pk(pk);
-        return Send(&zorvic::v1::Unit::Stub::Take, request);
+        return Send(&Service::Take, [&](auto& request) { request.set_pk(pk); });
     }
     grpc::Status DeleteAsset(const std::string& path) {
-        return Send(&zorvic::v1::Unit::Stub::DeleteAsset, AssetRequest(path));
+        return Send(&Service::DeleteAsset, [&](auto& request) { request.set_path(path); });
     }
     grpc::Status Install(const std::string& path) {
-        return Send(&zorvic::v1::Unit::Stub::InstallAsset, AssetRequest(path));
+        return Send(&Service::InstallAsset, [&](auto& request) { request.set_path(path); });
     }
     grpc::Status Power(zorvic::v1::PowerAction action) {
-        zorvic::v1::PowerRequest request;
-        request.set_action(action);
-        return Send(&zorvic::v1::Unit::Stub::Power, request);
+        return Send(&Service::Power, [&](auto& request) { request.set_action(action); });
     }
 
-    const std::string Log;
-    ChildProcess Process;
-    std::shared_ptr<grpc::Channel> Channel;
-    std::unique_ptr<zorvic::v1::Unit::Stub> Stub;
+    using Service = zorvic::v1::Unit::Stub;
+    std::unique_ptr<Service> Stub;
 
 private:
-    static inline int Started = 0;  // each has a log of its own
-    static std::vector<std::string> Command(const std::string& directory, std::vector<std::string> words) {
-        words.insert(words.end(), {ZORVIC_UNIT_PROGRAM, "--store", directory + "/store", "--drive",
-                                   "E=" + directory + "/drive", "--port", "0", "--announce", "off"});
-        return words;
-    }
-    static zorvic::v1::AssetRequest AssetRequest(const std::string& path) {
-        zorvic::v1::AssetRequest request;
-        request.set_path(path);
-        return request;
+    template <typename Request, typename Fill>
+    grpc::Status Send(grpc::Status (Service::*command)(grpc::ClientContext*, const Request&, zorvic::v1::CommandReply*),
+                      const Fill& fill) {
+        grpc::ClientContext context;
+        context.set_deadline(std::chrono::system_clock::now() + Watchdog);
+        Request request;
+        fill(request);
+        zorvic::v1::CommandReply reply;
+        return (Stub.get()->*command)(&context, request, &reply);
     }
 };
 
 /// A console that watches.
 class Watcher : public ConsoleCopy {
 public:
-    explicit Watcher(UnitProcess& unit) {
+    explicit Watcher(Unit& unit) {
         Context.set_deadline(std::chrono::system_clock::now() + Watchdog);
         Stream = unit.Stub->Watch(&Context, {});
     }
@@ -115,11 +86,19 @@ public:
             Apply(bytes);
         return true;
     }
+    template <typename Condition>
+    void ReadUntil(const Condition& condition) {
+        while (!condition())
+            ASSERT_TRUE(Read());
+    }
     void ReadSnapshot() {
         do {
             ASSERT_TRUE(Read());
             EXPECT_TRUE(Last.snapshot());
         } while (Last.more());
+    }
+    void ReadUntilStatus(const std::string& path, int status) {
+        ReadUntil([&] { return Assets[path].status() == status; });
     }
     grpc::Status ReadToEnd() {
         while (Read()) {
@@ -127,9 +106,8 @@ public:
         return Stream->Finish();
     }
 
-    zorvic::v1::Frame Last;
-
 private:
+    zorvic::v1::Frame Last;
     grpc::ClientContext Context;
     std::unique_ptr<grpc::ClientReader<zorvic::v1::Frame>> Stream;
 };
@@ -137,113 +115,116 @@ private:
 class UnitProcessTest : public ::testing::Test {
 protected:
     /// Exit status of a unit that ends by itself; what it wrote is in Output.
-    int RunToEnd(const std::vector<std::string>& options) {
-        std::vector<std::string> arguments{ZORVIC_UNIT_PROGRAM};
-        arguments.insert(arguments.end(), options.begin(), options.end());
+    int RunToEnd(std::vector<std::string> options) {
+        options.insert(options.begin(), ZORVIC_UNIT_PROGRAM);
         const std::string file = Directory.Path() + "/output";
-        ChildProcess process(arguments, file);
-        const auto status = process.Wait(Watchdog);
+        const auto status = ChildProcess(options, file).Wait(Watchdog);
         Output = ReadFile(file);
         return status.value_or(-1);
     }
+    std::string Log() const { return ReadFile(Directory.Path() + "/store.log"); }
+    /// How often the unit has said that it listens.
+    std::ptrdiff_t Starts() const {
+        const std::string log = Log();
+        const std::regex line("listening on ");
+        return std::distance(std::sregex_iterator(log.begin(), log.end(), line), std::sregex_iterator());
+    }
+
     TemporaryDirectory Directory;
+    const std::string Store = "--store=" + Directory.Path() + "/store";
+    const std::filesystem::path Assets = Directory.Path() + "/store/Assets";
+    const std::filesystem::path Drive = Directory.Path() + "/drive";
+    const std::string Clip = "C:\\Assets\\clip.wav";
     std::string Output;
 };
 
 TEST_F(UnitProcessTest, BadOptionsAreNamedAndEndWithTwo) {
-    const std::string store = "--store=" + Directory.Path() + "/store";
     const std::string longName = "--nickname=" + std::string(257, 'x');
-    for (const char* option : {"--port=65536", "--port=x", "--listen=nonsense", "--listen=0.0.0.0", "--tls-dir=/tmp",
-                               "--role=boss", "--type=x", "--video-mode=480p", "--refresh=61", "--drive=C=/media",
-                               "--drive=e=/media", "--drive=E=", "--nickname=\xFF\xFE", longName.c_str()}) {
-        EXPECT_EQ(RunToEnd({store, option}), 2) << option;
-        EXPECT_THAT(Output, HasSubstr(std::string(option).substr(0, std::string(option).find('='))));
+    for (const std::string option :
+         {"--port=65536", "--port=x", "--listen=nonsense", "--listen=0.0.0.0", "--tls-dir=/tmp", "--role=boss",
+          "--type=x", "--video-mode=480p", "--refresh=61", "--drive=C=/media", "--drive=e=/media",
+          "--drive=E=", "--nickname=\xFF\xFE", longName.c_str(), "--nonsense"}) {
+        EXPECT_EQ(RunToEnd({Store, option}), 2) << option;
+        EXPECT_THAT(Output, HasSubstr(option.substr(0, option.find('='))));
     }
-    EXPECT_EQ(RunToEnd({store, "--drive=E=/media", "--drive=E=/srv"}), 2);
+    EXPECT_EQ(RunToEnd({Store, "--drive=E=/media", "--drive=E=/srv"}), 2);
     EXPECT_EQ(RunToEnd({}), 2);
     EXPECT_THAT(Output, HasSubstr("--store"));
-    EXPECT_EQ(RunToEnd({store, "--nonsense"}), 2);
 }
 
 TEST_F(UnitProcessTest, ATakenPortAndAnUnusableStoreEndWithOneAndAReason) {
-    UnitProcess unit(Directory.Path());
-    const std::string address = unit.Address(1);
-    const std::string port = address.substr(address.rfind(':') + 1);
-    EXPECT_EQ(RunToEnd({"--store", Directory.Path() + "/other", "--port", port, "--announce", "off"}), 1);
-    EXPECT_THAT(Output, HasSubstr("the port is taken"));
-    EXPECT_EQ(RunToEnd({"--store", Directory.Path() + "/store", "--port", "0", "--announce", "off"}), 1);
-    EXPECT_THAT(Output, HasSubstr("in use by another unit"));
-    EXPECT_EQ(RunToEnd({"--store", "/dev/null/x", "--port", "0", "--announce", "off"}), 1);
-    EXPECT_THAT(Output, HasSubstr("/dev/null/x"));
+    const Unit unit(Directory.Path());
+    const std::string port = unit.Host().substr(unit.Host().rfind(':') + 1);
+    const std::vector<std::array<std::string, 3>> cases = {
+        {"--store=" + Directory.Path() + "/other", "--port=" + port, "the port is taken"},
+        {Store, "--port=0", "in use by another unit"},
+        {"--store=/dev/null/x", "--port=0", "/dev/null/x"}};
+    for (const auto& [store, listen, reason] : cases) {
+        EXPECT_EQ(RunToEnd({store, listen, "--announce=off"}), 1);
+        EXPECT_THAT(Output, HasSubstr(reason));
+    }
 }
 
 TEST_F(UnitProcessTest, AnEndingSignalEndsSessionsAndTheProcess) {
     for (const int signal : {SIGTERM, SIGINT}) {
-        UnitProcess unit(Directory.Path());
+        Unit unit(Directory.Path());
         Watcher watcher(unit);
         watcher.ReadSnapshot();
-        unit.Process.Signal(signal);
+        unit.Process().Signal(signal);
         EXPECT_EQ(watcher.ReadToEnd().error_code(), grpc::StatusCode::UNAVAILABLE);
-        EXPECT_EQ(unit.Process.Wait(Watchdog), 0);
+        EXPECT_EQ(unit.Process().Wait(Watchdog), 0);
     }
 }
 
 TEST_F(UnitProcessTest, FailuresReachTheWireAsTheirStatus) {
-    UnitProcess unit(Directory.Path());
+    Unit unit(Directory.Path());
     EXPECT_EQ(unit.Take(1).error_code(), grpc::StatusCode::NOT_FOUND);
     EXPECT_EQ(unit.Power(zorvic::v1::POWER_ACTION_UNSPECIFIED).error_code(), grpc::StatusCode::INVALID_ARGUMENT);
     auto preset = PresetWith(0, "a");
     preset.add_volume(70'000);
     EXPECT_EQ(unit.Create(preset).error_code(), grpc::StatusCode::INVALID_ARGUMENT);
     EXPECT_EQ(unit.DeleteAsset("C:\\Assets\\a\nforged").error_code(), grpc::StatusCode::INVALID_ARGUMENT);
-    EXPECT_THAT(ReadFile(unit.Log), HasSubstr("create preset: a volume of 70000"));
-    EXPECT_THAT(ReadFile(unit.Log), HasSubstr("delete asset C:\\Assets\\a?forged"));
+    EXPECT_THAT(Log(), HasSubstr("create preset: a volume of 70000"));
+    EXPECT_THAT(Log(), HasSubstr("delete asset C:\\Assets\\a?forged"));
 }
 
 TEST_F(UnitProcessTest, PlaysAFileOfItsStoreAndKeepsItUntilASoftReboot) {
-    const std::string path = "C:\\Assets\\tone.wav";
-    std::filesystem::create_directories(Directory.Path() + "/store/Assets");
-    std::ofstream(Directory.Path() + "/store/Assets/tone.wav") << ZorvicUnit::ToneFile();
-    UnitProcess unit(Directory.Path());
-    auto preset = PresetWith(0, path);
+    std::filesystem::create_directories(Assets);
+    ZorvicUnit::WriteFile(Assets / "clip.wav", ZorvicUnit::ToneFile());
+    Unit unit(Directory.Path());
+    auto preset = PresetWith(0, Clip);
     preset.set_loop(-1);
     ASSERT_TRUE(unit.Create(preset).ok());
     Watcher watcher(unit);
-    while (watcher.States[1].trt() != 1'000)
-        ASSERT_TRUE(watcher.Read());
+    watcher.ReadUntil([&] { return watcher.States[1].trt() == 1'000; });
     ASSERT_TRUE(unit.Take(1).ok());
-    const auto loud = [&] {
-        const auto& codes = watcher.TimeCodes.timecodes();
-        return !codes.empty() && codes[0].levels(0) > 0 && codes[0].levels(1) > 0;
-    };
-    while (watcher.States[1].current_loop() < 3 || !loud())
-        ASSERT_TRUE(watcher.Read());
-    EXPECT_EQ(unit.DeleteAsset(path).error_code(), grpc::StatusCode::FAILED_PRECONDITION);
+    watcher.ReadUntil([&] { return watcher.States[1].current_loop() > 1; });
+    const auto& codes = watcher.TimeCodes.timecodes();
+    watcher.ReadUntil([&] { return !codes.empty() && codes[0].levels(0) > 0 && codes[0].levels(1) > 0; });
+    EXPECT_EQ(unit.DeleteAsset(Clip).error_code(), grpc::StatusCode::FAILED_PRECONDITION);
     EXPECT_TRUE(unit.Power(zorvic::v1::POWER_ACTION_SOFT_REBOOT).ok());
     EXPECT_EQ(watcher.ReadToEnd().error_code(), grpc::StatusCode::UNAVAILABLE);
-    EXPECT_TRUE(unit.DeleteAsset(path).ok()) << "playback has ended, and the unit serves on";
-    EXPECT_FALSE(std::filesystem::exists(Directory.Path() + "/store/Assets/tone.wav"));
+    EXPECT_TRUE(unit.DeleteAsset(Clip).ok()) << "playback has ended, and the unit serves on";
+    EXPECT_FALSE(std::filesystem::exists(Assets / "clip.wav"));
 }
 
 TEST_F(UnitProcessTest, RebootComesBackOnItsPortAndShutdownDoesNot) {
-    UnitProcess unit(Directory.Path());
+    Unit unit(Directory.Path());
     ASSERT_TRUE(unit.Create(PresetWith(0, "a")).ok());
-    const std::string address = unit.Address(1);
-    for (const int times : {2, 3}) {
+    for (const int starts : {2, 3}) {
         ASSERT_TRUE(unit.Power(zorvic::v1::POWER_ACTION_REBOOT).ok());
-        unit.Connect(times);
-        EXPECT_EQ(unit.Address(times), address);
+        ASSERT_TRUE(WaitUntil([&] { return Starts() == starts; }, Watchdog));
+        unit.Connect();
         Watcher watcher(unit);
         watcher.ReadSnapshot();
         EXPECT_EQ(watcher.Presets.size(), 1U);
     }
-    const grpc::Status answer = unit.Power(zorvic::v1::POWER_ACTION_SHUTDOWN);
-    EXPECT_TRUE(answer.ok()) << answer.error_message();
-    EXPECT_EQ(unit.Process.Wait(Watchdog), 0);
+    EXPECT_TRUE(unit.Power(zorvic::v1::POWER_ACTION_SHUTDOWN).ok());
+    EXPECT_EQ(unit.Process().Wait(Watchdog), 0);
 }
 
 TEST_F(UnitProcessTest, ConsolesThatDoNotReadHoldUpNobody) {
-    UnitProcess unit(Directory.Path());
+    Unit unit(Directory.Path());
     std::vector<std::unique_ptr<Watcher>> stuck(40);
     for (auto& watcher : stuck)
         watcher = std::make_unique<Watcher>(unit);
@@ -254,8 +235,7 @@ TEST_F(UnitProcessTest, ConsolesThatDoNotReadHoldUpNobody) {
     Watcher reading(unit);
     reading.ReadSnapshot();
     EXPECT_EQ(reading.Presets.size(), 50U);
-    while (stuck.back()->Presets.size() < 50)
-        ASSERT_TRUE(stuck.back()->Read());
+    stuck.back()->ReadUntil([&] { return stuck.back()->Presets.size() == 50; });
 }
 
 // Killed at any instant of a save, the unit comes back with every preset that it acknowledged, and with nothing half.
@@ -266,7 +246,7 @@ TEST_F(UnitProcessTest, KeepsEveryAcknowledgedPresetThroughKills) {
     std::size_t acknowledged = 0;
     std::size_t sent = 0;
     for (int round = 0; round < 8; ++round) {
-        UnitProcess unit(Directory.Path());
+        Unit unit(Directory.Path());
         Watcher watcher(unit);
         watcher.ReadSnapshot();
         EXPECT_GE(watcher.Presets.size(), acknowledged);
@@ -279,12 +259,12 @@ TEST_F(UnitProcessTest, KeepsEveryAcknowledgedPresetThroughKills) {
         const auto lifetime = std::chrono::milliseconds(random() % 200);
         std::jthread killer([&] {
             std::this_thread::sleep_for(lifetime);
-            unit.Process.Signal(SIGKILL);
+            unit.Process().Signal(SIGKILL);
         });
         for (++sent; unit.Create(preset).ok(); ++sent)
             ++acknowledged;
         killer.join();
-        EXPECT_EQ(unit.Process.Wait(Watchdog), 128 + SIGKILL);
+        EXPECT_EQ(unit.Process().Wait(Watchdog), 128 + SIGKILL);
     }
     EXPECT_GT(acknowledged, 0U);
 }
@@ -302,14 +282,6 @@ protected:
             names.push_back(entry.path().filename());
         return names;
     }
-    static void ReadUntilStatus(Watcher& watcher, const std::string& path, int status) {
-        while (watcher.Assets[path].status() != status)
-            ASSERT_TRUE(watcher.Read());
-    }
-
-    const std::filesystem::path Assets = Directory.Path() + "/store/Assets";
-    const std::filesystem::path Drive = Directory.Path() + "/drive";
-    const std::string Clip = "C:\\Assets\\clip.wav";
 };
 
 TEST_F(ImportingUnitTest, AKilledImportLeavesTheOldFileAndNothingOfTheNew) {
@@ -324,32 +296,30 @@ TEST_F(ImportingUnitTest, AKilledImportLeavesTheOldFileAndNothingOfTheNew) {
     const auto old = std::filesystem::file_time_type::clock::now() - std::chrono::hours(1);
     std::filesystem::last_write_time(Assets / "clip.wav", old);
     {
-        UnitProcess unit(Directory.Path());
+        Unit unit(Directory.Path());
         Watcher watcher(unit);
-        ReadUntilStatus(watcher, Clip, Zorvic::ZORVIC_ASSETSTATE_READY);
+        watcher.ReadUntilStatus(Clip, Zorvic::ZORVIC_ASSETSTATE_READY);
         for (const char* path : {"E:\\clip.wav", "E:\\next.wav"})
             ASSERT_TRUE(unit.Install(path).ok());
-        ReadUntilStatus(watcher, Clip, Zorvic::ZORVIC_ASSETSTATE_INGESTING);
-        while (watcher.Assets[Clip].current_size() == 0)
-            ASSERT_TRUE(watcher.Read());
+        watcher.ReadUntilStatus(Clip, Zorvic::ZORVIC_ASSETSTATE_INGESTING);
+        watcher.ReadUntil([&] { return watcher.Assets[Clip].current_size() > 0; });
         ASSERT_TRUE(unit.Create(PresetWith(0, Clip)).ok());
         ASSERT_LT(watcher.Assets[Clip].current_size(), Size);
-        unit.Process.Signal(SIGKILL);
-        ASSERT_EQ(unit.Process.Wait(Watchdog), 128 + SIGKILL);
+        unit.Process().Signal(SIGKILL);
+        ASSERT_EQ(unit.Process().Wait(Watchdog), 128 + SIGKILL);
     }
     EXPECT_EQ(FilesInStore().size(), 3U) << "it was not killed in the middle of a copy";
-    UnitProcess unit(Directory.Path());
+    Unit unit(Directory.Path());
     Watcher watcher(unit);
     watcher.ReadSnapshot();
     EXPECT_EQ(watcher.Presets.size(), 1U);
     EXPECT_EQ(watcher.Assets.size(), 1U);
-    ReadUntilStatus(watcher, Clip, Zorvic::ZORVIC_ASSETSTATE_READY);
+    watcher.ReadUntilStatus(Clip, Zorvic::ZORVIC_ASSETSTATE_READY);
     EXPECT_EQ(ReadFile(Assets / "clip.wav"), ZorvicUnit::ToneFile());
     EXPECT_THAT(FilesInStore(), testing::UnorderedElementsAre("clip.wav", "foreign.part"));
     ASSERT_TRUE(unit.Install("E:\\clip.wav").ok());
-    while (watcher.Assets[Clip].status() != Zorvic::ZORVIC_ASSETSTATE_READY ||
-           watcher.Assets[Clip].total_size() != Size)
-        ASSERT_TRUE(watcher.Read());
+    watcher.ReadUntil([&] { return watcher.Assets[Clip].total_size() == Size; });
+    watcher.ReadUntilStatus(Clip, Zorvic::ZORVIC_ASSETSTATE_READY);
 }
 
 TEST_F(ImportingUnitTest, AFullDiskFailsWhatNeedsRoomAndTheUnitLives) {
@@ -357,18 +327,19 @@ TEST_F(ImportingUnitTest, AFullDiskFailsWhatNeedsRoomAndTheUnitLives) {
     ZorvicUnit::WriteFile(Drive / "clip.wav", ZorvicUnit::ToneFile());
     std::size_t saved = 0;
     {
-        UnitProcess unit(Directory.Path(), {"prlimit", "--fsize=4000000:4000000"});
+        std::optional<FileSizeLimit> inherited(4'000'000);
+        Unit unit(Directory.Path());
+        inherited.reset();
         Watcher watcher(unit);
         watcher.ReadSnapshot();
         const std::string large = "C:\\Assets\\large.wav";
         ASSERT_TRUE(unit.Install("E:\\large.wav").ok());
         ASSERT_TRUE(unit.Install("E:\\clip.wav").ok());
-        ReadUntilStatus(watcher, large, Zorvic::ZORVIC_ASSETSTATE_ERROR);
+        watcher.ReadUntilStatus(large, Zorvic::ZORVIC_ASSETSTATE_ERROR);
         EXPECT_EQ(watcher.Assets[large].current_size(), watcher.Assets[large].total_size());
         // A scan may have shown it before the line is written.
-        EXPECT_TRUE(
-            WaitUntil([&] { return ReadFile(unit.Log).find("importing " + large + " from") != std::string::npos; }));
-        ReadUntilStatus(watcher, Clip, Zorvic::ZORVIC_ASSETSTATE_READY);
+        EXPECT_TRUE(WaitUntil([&] { return Log().find("importing " + large + " from") != std::string::npos; }));
+        watcher.ReadUntilStatus(Clip, Zorvic::ZORVIC_ASSETSTATE_READY);
         EXPECT_THAT(FilesInStore(), testing::ElementsAre("clip.wav"));
 
         auto preset = PresetWith(0, Clip);
@@ -378,9 +349,9 @@ TEST_F(ImportingUnitTest, AFullDiskFailsWhatNeedsRoomAndTheUnitLives) {
             ++saved;
         EXPECT_EQ(answer.error_code(), grpc::StatusCode::RESOURCE_EXHAUSTED) << answer.error_message();
         EXPECT_TRUE(unit.Take(1).ok()) << "the show goes on";
-        EXPECT_TRUE(unit.Process.Running());
+        EXPECT_TRUE(unit.Process().Running());
     }
-    UnitProcess unit(Directory.Path());
+    Unit unit(Directory.Path());
     Watcher watcher(unit);
     watcher.ReadSnapshot();
     EXPECT_GT(saved, 0U);

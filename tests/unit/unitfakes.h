@@ -1,12 +1,13 @@
 #pragma once
 
+#include "asset_catalog.h"
 #include "clock.h"
 #include "fault.h"
-#include "media_catalog.h"
 
 #include <zorvic/v1/unit.pb.h>
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <atomic>
 #include <chrono>
@@ -26,7 +27,7 @@ private:
     std::atomic<std::int64_t> Time = 3'600'000;
 };
 
-class FakeCatalog final : public ZorvicUnit::MediaCatalog {
+class FakeCatalog final : public ZorvicUnit::AssetCatalog {
 public:
     std::optional<std::int32_t> DurationMS(const std::string& path) const override {
         const auto found = Durations.find(path);
@@ -50,6 +51,20 @@ inline zorvic::v1::Preset PresetWith(std::int32_t pk, const std::string& asset) 
     canvas->add_assets()->set_full_path(asset);
     return preset;
 }
+
+/// While it lives, no file of this process and of those it starts grows beyond the limit.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(rlim_t bytes) {
+        getrlimit(RLIMIT_FSIZE, &Before);
+        const rlimit limit{bytes, Before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &Before); }
+
+private:
+    rlimit Before{};
+};
 
 /// Why the action was not done; nothing when it was.
 template <typename Action>

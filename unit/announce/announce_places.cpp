@@ -12,15 +12,11 @@ namespace ZorvicUnit {
 
 std::vector<InterfaceAddress> ListInterfaceAddresses() {
     ifaddrs* head = nullptr;
-    if (getifaddrs(&head) != 0) {
-        return {};
-    }
+    if (getifaddrs(&head) != 0) return {};
     const std::unique_ptr<ifaddrs, decltype(&freeifaddrs)> owner(head, &freeifaddrs);
     std::vector<InterfaceAddress> found;
     for (const ifaddrs* entry = head; entry; entry = entry->ifa_next) {
-        if (!entry->ifa_addr || entry->ifa_addr->sa_family != AF_INET || (entry->ifa_flags & IFF_UP) == 0) {
-            continue;
-        }
+        if (!entry->ifa_addr || entry->ifa_addr->sa_family != AF_INET || (entry->ifa_flags & IFF_UP) == 0) continue;
         sockaddr_in address{};
         std::memcpy(&address, entry->ifa_addr, sizeof(address));
         std::array<char, INET_ADDRSTRLEN> text{};
@@ -37,18 +33,14 @@ std::vector<InterfaceAddress> PlacesToAnnounce(const std::string& listenAddress,
     const bool loopback = listenAddress.starts_with("127.");
     std::vector<InterfaceAddress> places;
     for (const auto& candidate : present) {
-        if (!interfaceName.empty() && candidate.Interface != interfaceName) {
-            continue;
-        }
+        if (!interfaceName.empty() && candidate.Interface != interfaceName) continue;
         if (loopback && candidate.Loopback) {
             // The interface lists only 127.0.0.1 and answers for the whole block.
             places.push_back({candidate.Interface, candidate.Index, listenAddress, true});
             break;
         }
         const bool named = candidate.Loopback && !interfaceName.empty();
-        if (everywhere ? !candidate.Loopback || named : candidate.Address == listenAddress) {
-            places.push_back(candidate);
-        }
+        if (everywhere ? !candidate.Loopback || named : candidate.Address == listenAddress) places.push_back(candidate);
     }
     return places;
 }

@@ -1,6 +1,7 @@
 #include "announce/announcer.h"
 
 #include "announce/announce_places.h"
+#include "thread_name.h"
 
 #include <avahi-common/alternative.h>
 #include <avahi-common/domain.h>
@@ -12,8 +13,6 @@
 #include <avahi-core/log.h>
 #include <avahi-core/publish.h>
 #include <spdlog/spdlog.h>
-
-#include <pthread.h>
 
 #include <algorithm>
 #include <cctype>
@@ -40,9 +39,7 @@ using StringList = std::unique_ptr<AvahiStringList, CallFree<avahi_string_list_f
 using OwnedText = std::unique_ptr<char, CallFree<avahi_free>>;
 
 std::string InterfaceChoice(const std::string& option) {
-    if (!option.empty()) {
-        return option;
-    }
+    if (!option.empty()) return option;
     const char* variable = std::getenv("ZORVIC_DISCOVERY");
     return variable ? variable : "";
 }
@@ -60,9 +57,8 @@ std::string CutText(const std::string& text, std::size_t limit) {
 std::string HostLabel(const std::string& guid) {
     std::string label = "zorvic-";
     for (const char c : guid) {
-        if (std::isalnum(static_cast<unsigned char>(c)) && static_cast<unsigned char>(c) < 0x80) {
+        if (std::isalnum(static_cast<unsigned char>(c)) && static_cast<unsigned char>(c) < 0x80)
             label += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-        }
     }
     return label.substr(0, 60);
 }
@@ -78,9 +74,8 @@ StringList TextRecord(const AnnouncerConfig& config) {
         {"api", config.APIVersion},
         {"version", config.Version},
     };
-    for (const auto& [key, value] : entries) {
+    for (const auto& [key, value] : entries)
         list = avahi_string_list_add(list, CutText(key + ('=' + value), MostBytes).c_str());
-    }
     return StringList(list);
 }
 
@@ -125,7 +120,7 @@ struct Announcer::Impl {
 };
 
 void Announcer::Impl::Run() {
-    pthread_setname_np(pthread_self(), "announcer");
+    NameThread("announcer");
     if (StartServer()) {
         const AvahiPoll* poll = avahi_simple_poll_get(Poll);
         timeval when{};
@@ -145,9 +140,8 @@ std::vector<std::string> Announcer::Impl::InterfacesToJoin() const {
     if (!Interface.empty()) {
         names.push_back(Interface);
     } else if (Config.Address.starts_with("127.")) {
-        for (const auto& place : PlacesToAnnounce(Config.Address, {}, ListInterfaceAddresses())) {
+        for (const auto& place : PlacesToAnnounce(Config.Address, {}, ListInterfaceAddresses()))
             names.push_back(place.Interface);
-        }
     }
     return names;
 }
@@ -161,15 +155,12 @@ bool Announcer::Impl::StartServer() {
     config.publish_hinfo = 0;
     config.publish_workstation = 0;
     config.publish_domain = 0;
-    for (const auto& name : InterfacesToJoin()) {
+    for (const auto& name : InterfacesToJoin())
         config.allow_interfaces = avahi_string_list_add(config.allow_interfaces, name.c_str());
-    }
     int error = 0;
     Server = avahi_server_new(avahi_simple_poll_get(Poll), &config, OnServer, this, &error);
     avahi_server_config_free(&config);
-    if (!Server) {
-        spdlog::warn("not announced on the network: {}", avahi_strerror(error));
-    }
+    if (!Server) spdlog::warn("not announced on the network: {}", avahi_strerror(error));
     return Server != nullptr;
 }
 
@@ -194,12 +185,9 @@ void Announcer::Impl::OnTimer(AvahiTimeout* timer, void* self) {
 /// Addresses come and go with cables and DHCP, also long after the start.
 void Announcer::Impl::CheckInterfaces() {
     auto places = PlacesToAnnounce(Config.Address, Interface, ListInterfaceAddresses());
-    if (places == Places && Group) {
-        return;
-    }
-    if (places.empty()) {
+    if (places == Places && Group) return;
+    if (places.empty())
         spdlog::warn("not announced on the network: no usable interface holds the address {}", Config.Address);
-    }
     Places = std::move(places);
     Publish();
 }
@@ -210,16 +198,10 @@ void Announcer::Impl::Publish() {
     } else {
         avahi_s_entry_group_reset(Group);
     }
-    if (!Group || Places.empty()) {
-        return;
-    }
+    if (!Group || Places.empty()) return;
     int error = AddRecords();
-    if (error == AVAHI_OK) {
-        error = avahi_s_entry_group_commit(Group);
-    }
-    if (error != AVAHI_OK) {
-        spdlog::warn("not announced on the network: {}", avahi_strerror(error));
-    }
+    if (error == AVAHI_OK) error = avahi_s_entry_group_commit(Group);
+    if (error != AVAHI_OK) spdlog::warn("not announced on the network: {}", avahi_strerror(error));
 }
 
 int Announcer::Impl::AddRecords() {
@@ -227,18 +209,14 @@ int Announcer::Impl::AddRecords() {
     const StringList text = TextRecord(Config);
     for (const auto& place : Places) {
         AvahiAddress address;
-        if (!avahi_address_parse(place.Address.c_str(), AVAHI_PROTO_INET, &address)) {
-            return AVAHI_ERR_INVALID_ADDRESS;
-        }
+        if (!avahi_address_parse(place.Address.c_str(), AVAHI_PROTO_INET, &address)) return AVAHI_ERR_INVALID_ADDRESS;
         int error = avahi_server_add_address(Server, Group, place.Index, AVAHI_PROTO_INET, AVAHI_PUBLISH_NO_REVERSE,
                                              host.c_str(), &address);
         if (error == AVAHI_OK) {
             error = avahi_server_add_service_strlst(Server, Group, place.Index, AVAHI_PROTO_INET, {}, Instance.c_str(),
                                                     ServiceType, nullptr, host.c_str(), Config.Port, text.get());
         }
-        if (error != AVAHI_OK) {
-            return error;
-        }
+        if (error != AVAHI_OK) return error;
     }
     return AVAHI_OK;
 }
@@ -270,9 +248,7 @@ void Announcer::Impl::Rename() {
 }
 
 Announcer::Announcer(const AnnouncerConfig& config) : Pimpl(std::make_unique<Impl>(config)) {
-    if (Pimpl->Interface == "off") {
-        return;
-    }
+    if (Pimpl->Interface == "off") return;
     if (!Pimpl->Poll) {
         spdlog::warn("not announced on the network: no file descriptor left");
         return;
@@ -286,9 +262,7 @@ Announcer::~Announcer() {
         avahi_simple_poll_quit(Pimpl->Poll);
         Pimpl->Worker.join();
     }
-    if (Pimpl->Poll) {
-        avahi_simple_poll_free(Pimpl->Poll);
-    }
+    if (Pimpl->Poll) avahi_simple_poll_free(Pimpl->Poll);
 }
 
 }  // namespace ZorvicUnit

@@ -8,9 +8,9 @@ namespace ZorvicUnit {
 
 /// What a unit tells the network about itself. The texts must be final: a new nickname takes a new Announcer.
 struct AnnouncerConfig {
-    std::string
-        Interface;        ///< one interface name, "off", or empty: as the environment's ZORVIC_DISCOVERY says, else all
-    std::string Address;  ///< IPv4 address the unit listens on; a loopback address is announced on lo only
+    /// One interface name, "off", or empty: as the environment's ZORVIC_DISCOVERY says, else all.
+    std::string Interface;
+    std::string Address;     ///< IPv4 address the unit listens on; a loopback address is announced on lo only
     std::uint16_t Port = 0;  ///< the port really listened on, never 0
     std::string GUID;
     std::string Nickname;

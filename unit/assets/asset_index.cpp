@@ -1,7 +1,7 @@
 #include "assets/asset_index.h"
 
-#include "assets/names.h"
 #include "fault.h"
+#include "files/names.h"
 
 #include <zorvic/enums.h>
 
@@ -29,41 +29,40 @@ Asset Describe(const std::string& path, const FileStamp& stamp, Zorvic::AssetSta
 }  // namespace
 
 void AssetIndex::Remember(std::vector<AssetRecord> records) {
-    const std::lock_guard guard(Lock);
+    const std::scoped_lock lock(Lock);
     for (AssetRecord& record : records)
         Remembered[record.Content.Path] = std::move(record);
 }
 
 void AssetIndex::BeginScan() {
-    const std::lock_guard guard(Lock);
+    const std::scoped_lock lock(Lock);
     TouchedDuringScan.clear();
 }
 
 AssetIndex::ScanResult AssetIndex::FinishScan(const TreeContent& content, Clock::TimePoint now,
                                               std::int64_t restedBefore) {
-    const std::lock_guard guard(Lock);
+    const std::scoped_lock lock(Lock);
     ScanResult result;
     std::set<std::string> seen;
     for (const FoundFile& found : content.Files) {
-        seen.insert(found.UnitPath);
-        if (!TouchedDuringScan.contains(found.UnitPath)) Meet(found, now, restedBefore, result);
+        seen.insert(found.Path);
+        if (!TouchedDuringScan.contains(found.Path)) Meet(found, now, restedBefore, result);
     }
     if (content.Complete) Forget(seen, result);
     return result;
 }
 
 void AssetIndex::Meet(const FoundFile& found, Clock::TimePoint now, std::int64_t restedBefore, ScanResult& result) {
-    const auto [at, isNew] = Files.try_emplace(found.UnitPath);
+    const auto [at, isNew] = Files.try_emplace(found.Path);
     File& file = at->second;
     if (isNew || file.Stamp != found.Stamp) {
-        const bool listed =
-            isNew ? HasMediaExtension(found.UnitPath) : file.Listed || HasMediaExtension(found.UnitPath);
+        const bool listed = isNew ? HasMediaExtension(found.Path) : file.Listed || HasMediaExtension(found.Path);
         file = {};
         file.Stamp = found.Stamp;
         file.Changed = now;
         file.Listed = listed;
-        Changed.insert(found.UnitPath);
-        const auto known = Remembered.extract(found.UnitPath);
+        Changed.insert(found.Path);
+        const auto known = Remembered.extract(found.Path);
         if (!known.empty() && known.mapped().Content.Stamp == found.Stamp) {
             MakeReady(file, known.mapped());
             result.Known.push_back(known.mapped());
@@ -72,7 +71,7 @@ void AssetIndex::Meet(const FoundFile& found, Clock::TimePoint now, std::int64_t
     if (file.At != Stage::Settling) return;
     if (now - file.Changed >= Rest || (isNew && found.Stamp.ModifiedNS < restedBefore)) {
         file.At = Stage::Reading;
-        result.ToProbe.push_back({found.UnitPath, found.Stamp});
+        result.ToProbe.push_back({found.Path, found.Stamp});
     } else {
         result.Settling = true;
     }
@@ -106,7 +105,7 @@ AssetIndex::File* AssetIndex::Current(const AssetContent& content) {
 }
 
 bool AssetIndex::SetMetadata(const AssetContent& content, const AssetMetadata& metadata) {
-    const std::lock_guard guard(Lock);
+    const std::scoped_lock lock(Lock);
     File* file = Current(content);
     if (file == nullptr || file->At != Stage::Reading) return false;
     file->Metadata = metadata;
@@ -116,7 +115,7 @@ bool AssetIndex::SetMetadata(const AssetContent& content, const AssetMetadata& m
 }
 
 std::optional<AssetRecord> AssetIndex::SetChecksum(const AssetContent& content, const std::string& checksum) {
-    const std::lock_guard guard(Lock);
+    const std::scoped_lock lock(Lock);
     File* file = Current(content);
     if (file == nullptr || file->At != Stage::Reading || !file->Metadata) return std::nullopt;
     file->Checksum = checksum;
@@ -126,7 +125,7 @@ std::optional<AssetRecord> AssetIndex::SetChecksum(const AssetContent& content, 
 }
 
 bool AssetIndex::SetLevels(const AssetContent& content, std::shared_ptr<const Envelope> levels) {
-    const std::lock_guard guard(Lock);
+    const std::scoped_lock lock(Lock);
     File* file = Current(content);
     if (file == nullptr) return false;
     file->Levels = std::move(levels);
@@ -134,7 +133,7 @@ bool AssetIndex::SetLevels(const AssetContent& content, std::shared_ptr<const En
 }
 
 bool AssetIndex::SetNotMedia(const AssetContent& content) {
-    const std::lock_guard guard(Lock);
+    const std::scoped_lock lock(Lock);
     File* file = Current(content);
     if (file == nullptr) return false;
     file->At = Stage::NotMedia;
@@ -145,14 +144,14 @@ bool AssetIndex::SetNotMedia(const AssetContent& content) {
 }
 
 void AssetIndex::Remove(const std::string& path) {
-    const std::lock_guard guard(Lock);
+    const std::scoped_lock lock(Lock);
     Files.erase(path);
     TouchedDuringScan.insert(path);
     Changed.insert(path);
 }
 
 std::uint64_t AssetIndex::BeginImport(const std::string& path, const FileStamp& source) {
-    const std::lock_guard guard(Lock);
+    const std::scoped_lock lock(Lock);
     const auto at = Imports.find(path);
     if (at != Imports.end() && at->second.Shown.status() == Zorvic::ZORVIC_ASSETSTATE_INGESTING)
         throw Fault(FaultKind::Refused, path + " is already on its way into the store");
@@ -169,7 +168,7 @@ AssetIndex::Import* AssetIndex::Current(const std::string& path, std::uint64_t i
 }
 
 bool AssetIndex::SetImportProgress(const std::string& path, std::uint64_t import, std::int64_t size) {
-    const std::lock_guard guard(Lock);
+    const std::scoped_lock lock(Lock);
     Import* found = Current(path, import);
     if (found == nullptr) return false;
     if (found->Shown.current_size() == size) return true;
@@ -179,14 +178,14 @@ bool AssetIndex::SetImportProgress(const std::string& path, std::uint64_t import
 }
 
 bool AssetIndex::BeginCommit(const std::string& path, std::uint64_t import) {
-    const std::lock_guard guard(Lock);
+    const std::scoped_lock lock(Lock);
     Import* found = Current(path, import);
     if (found != nullptr) found->Committing = true;
     return found != nullptr;
 }
 
 void AssetIndex::FinishImport(const AssetRecord& record) {
-    const std::lock_guard guard(Lock);
+    const std::scoped_lock lock(Lock);
     const std::string& path = record.Content.Path;
     Imports.erase(path);
     File& file = Files[path] = {};
@@ -197,7 +196,7 @@ void AssetIndex::FinishImport(const AssetRecord& record) {
 }
 
 bool AssetIndex::FailImport(const std::string& path, std::uint64_t import) {
-    const std::lock_guard guard(Lock);
+    const std::scoped_lock lock(Lock);
     Import* found = Current(path, import);
     if (found == nullptr) return false;
     found->Committing = false;
@@ -208,7 +207,7 @@ bool AssetIndex::FailImport(const std::string& path, std::uint64_t import) {
 }
 
 bool AssetIndex::EndImport(const std::string& path) {
-    const std::lock_guard guard(Lock);
+    const std::scoped_lock lock(Lock);
     const auto at = Imports.find(path);
     if (at == Imports.end()) return false;
     if (at->second.Committing) throw Fault(FaultKind::Refused, "the import of " + path + " is just being finished");
@@ -230,21 +229,8 @@ std::optional<Asset> AssetIndex::Show(const std::string& path) const {
     return asset;
 }
 
-std::vector<Asset> AssetIndex::Assets() const {
-    const std::lock_guard guard(Lock);
-    std::set<std::string> paths;
-    for (const auto& [path, file] : Files)
-        paths.insert(paths.end(), path);
-    for (const auto& [path, import] : Imports)
-        paths.insert(path);
-    std::vector<Asset> assets;
-    for (const std::string& path : paths)
-        if (auto asset = Show(path)) assets.push_back(std::move(*asset));
-    return assets;
-}
-
 AssetChanges AssetIndex::TakeChanges() {
-    const std::lock_guard guard(Lock);
+    const std::scoped_lock lock(Lock);
     AssetChanges changes;
     for (const std::string& path : std::exchange(Changed, {})) {
         if (auto asset = Show(path)) {
@@ -258,25 +244,25 @@ AssetChanges AssetIndex::TakeChanges() {
 }
 
 bool AssetIndex::HasChanges() const {
-    const std::lock_guard guard(Lock);
+    const std::scoped_lock lock(Lock);
     return !Changed.empty();
 }
 
 std::optional<AssetContent> AssetIndex::Find(const std::string& path) const {
-    const std::lock_guard guard(Lock);
+    const std::scoped_lock lock(Lock);
     const auto at = Files.find(path);
     if (at == Files.end() || !at->second.Listed) return std::nullopt;
     return AssetContent{path, at->second.Stamp};
 }
 
 std::optional<AssetMetadata> AssetIndex::Metadata(const std::string& path) const {
-    const std::lock_guard guard(Lock);
+    const std::scoped_lock lock(Lock);
     const auto at = Files.find(path);
     return at == Files.end() ? std::nullopt : at->second.Metadata;
 }
 
 AssetIndex::LevelsAnswer AssetIndex::Levels(const std::string& path) {
-    const std::lock_guard guard(Lock);
+    const std::scoped_lock lock(Lock);
     const auto at = Files.find(path);
     if (at == Files.end()) return {};
     LevelsAnswer answer{at->second.Levels, std::nullopt};

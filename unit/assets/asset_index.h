@@ -1,9 +1,9 @@
 #pragma once
 
-#include "assets/asset_store.h"
-#include "assets/tree_walk.h"
+#include "asset_catalog.h"
+#include "assets/asset_changes.h"
 #include "clock.h"
-#include "media_catalog.h"
+#include "files/tree_walk.h"
 
 #include <zorvic/v1/unit.pb.h>
 
@@ -77,7 +77,6 @@ public:
     /// Takes an import or a failed one off the list; false when there is none, Refused when it is being finished.
     bool EndImport(const std::string& path);
 
-    std::vector<zorvic::v1::Asset> Assets() const;
     AssetChanges TakeChanges();
     bool HasChanges() const;
 

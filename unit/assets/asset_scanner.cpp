@@ -1,9 +1,9 @@
 #include "assets/asset_scanner.h"
 
-#include "assets/file_reader.h"
-#include "assets/names.h"
 #include "fault.h"
-#include "media/checksum.h"
+#include "files/checksum.h"
+#include "files/file_reader.h"
+#include "files/names.h"
 #include "media/envelope.h"
 #include "media/probe.h"
 
@@ -93,7 +93,7 @@ void AssetScanner::WatchLoop() {
 }
 
 AssetScanner::Pace AssetScanner::NextPace() {
-    const std::lock_guard guard(ScanLock);
+    const std::scoped_lock lock(ScanLock);
     const milliseconds pause = Longer(Cost, BusyCostShare, LeastPause, BlindPeriod);
     if (Settling) return {SettlingPeriod, pause};
     if (!Watch.IsComplete()) return {BlindPeriod, pause};
@@ -103,7 +103,7 @@ AssetScanner::Pace AssetScanner::NextPace() {
 void AssetScanner::Scan() {
     std::vector<std::string> gone;
     {
-        const std::lock_guard guard(ScanLock);
+        const std::scoped_lock lock(ScanLock);
         const auto began = std::chrono::steady_clock::now();
         Index.BeginScan();
         const TreeContent content = Walker.Walk([this](const auto& directory) { Watch.Add(directory); });

@@ -3,9 +3,9 @@
 #include "assets/asset_index.h"
 #include "assets/asset_table.h"
 #include "assets/change_watch.h"
-#include "assets/drive_table.h"
-#include "assets/tree_walk.h"
 #include "assets/worker.h"
+#include "drives/drive_table.h"
+#include "files/tree_walk.h"
 
 #include <chrono>
 #include <functional>

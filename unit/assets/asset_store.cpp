@@ -3,17 +3,16 @@
 #include "assets/asset_index.h"
 #include "assets/asset_scanner.h"
 #include "assets/asset_table.h"
-#include "assets/drive_reader.h"
-#include "assets/drive_table.h"
-#include "assets/file_copy.h"
 #include "assets/importer.h"
+#include "drives/drive_reader.h"
+#include "drives/drive_table.h"
 #include "fault.h"
+#include "files/file_copy.h"
 #include "media/probe.h"
 
 #include <spdlog/spdlog.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <utility>
@@ -26,8 +25,7 @@ constexpr std::chrono::milliseconds ReadLimitOfCallers{1500};
 
 std::vector<DriveRoot> ToRoots(const AssetStore::Options& options) {
     std::vector<DriveRoot> roots = {{"C", options.StoreDirectory, false}};
-    for (const ExternalDrive& drive : options.Drives)
-        roots.push_back({drive.Letter, drive.Directory, true});
+    roots.insert(roots.end(), options.Drives.begin(), options.Drives.end());
     return roots;
 }
 
@@ -51,7 +49,7 @@ struct AssetStore::Impl {
 
     const bool Watch;
     const DriveTable Drives;
-    const DrivePlace Assets{&Drives.All().front(), {"Assets"}};
+    const DrivePlace Folder{&Drives.All().front(), {"Assets"}};
     std::vector<std::unique_ptr<DriveReader>> Readers;  ///< in the order of Drives
     AssetIndex Index;
     AssetTable Table;
@@ -59,7 +57,7 @@ struct AssetStore::Impl {
     std::function<void()> Listener;
     // Destroyed in reverse order: the importer hands finished files to the scanner.
     AssetScanner Scanner{Drives, Index, Table, Time, [this] { Notify(); }};
-    Importer Imports{Assets, Index, Scanner, [this] { Notify(); }};
+    Importer Imports{Folder, Index, Scanner, [this] { Notify(); }};
 };
 
 AssetStore::AssetStore(const Options& options, Database& database, const Clock& clock)
@@ -72,13 +70,9 @@ void AssetStore::SetListener(std::function<void()> listener) {
 }
 
 void AssetStore::Start() {
-    std::filesystem::create_directories(Parts->Assets.HostPath());
+    std::filesystem::create_directories(Parts->Folder.HostPath());
     Parts->Imports.Sweep();
     Parts->Scanner.Start(Parts->Watch);
-}
-
-std::vector<zorvic::v1::Asset> AssetStore::Assets() const {
-    return Parts->Index.Assets();
 }
 
 AssetChanges AssetStore::TakeChanges() {

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "asset_catalog.h"
+#include "assets/asset_changes.h"
 #include "clock.h"
-#include "media_catalog.h"
+#include "files/drive_place.h"
 
 #include <zorvic/v1/unit.pb.h>
 
@@ -17,28 +19,16 @@ namespace ZorvicUnit {
 
 class Database;
 
-/// A directory of the host that the unit shows as a drive of its own.
-struct ExternalDrive {
-    std::string Letter;  ///< one capital letter other than "C"
-    std::filesystem::path Directory;
-};
-
-/// Assets that are new or changed (whole), and paths that are gone; a path stands in one of the two lists only.
-struct AssetChanges {
-    std::vector<zorvic::v1::Asset> Upserted;
-    std::vector<std::string> Removed;
-};
-
 /// Everything on the unit's disks: the assets in the store, their metadata and levels, the drives, and imports.
 ///
 /// Paths are the unit's own: drive C is the store's directory, assets live below "C:\Assets". All members may be called
 /// from any thread and return soon: files are read by worker threads. Failures throw Fault.
-class AssetStore final : public MediaCatalog {
+class AssetStore final : public AssetCatalog {
 public:
     struct Options {
         std::filesystem::path StoreDirectory;  ///< must exist; "Assets" is made below it
-        std::vector<ExternalDrive> Drives;
-        bool Watch = true;  ///< notice changes of the disk unasked; false leaves it to RescanNow()
+        std::vector<DriveRoot> Drives;         ///< beside C
+        bool Watch = true;                     ///< notice changes of the disk unasked; false leaves it to RescanNow()
     };
 
     /// Touches neither disk nor threads. The database and the clock must outlive the store.
@@ -54,9 +44,6 @@ public:
 
     /// Reads the store's directory (assets known from before are READY at once) and starts the workers.
     void Start();
-
-    /// All assets, sorted by path.
-    std::vector<zorvic::v1::Asset> Assets() const;
 
     /// What changed since the last call, in one step. To keep the order of changes, take and apply them under one lock
     /// of the caller's own; after Install() and Delete() they hold the effect of that call.

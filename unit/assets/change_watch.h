@@ -1,5 +1,7 @@
 #pragma once
 
+#include "files/descriptor.h"
+
 #include <chrono>
 #include <filesystem>
 
@@ -10,16 +12,13 @@ namespace ZorvicUnit {
 class ChangeWatch {
 public:
     ChangeWatch();
-    ~ChangeWatch();
-    ChangeWatch(const ChangeWatch&) = delete;
-    ChangeWatch& operator=(const ChangeWatch&) = delete;
 
     /// Watches a directory (not what is below it); again for a known one does nothing. A directory that goes is
     /// forgotten by itself.
     void Add(const std::filesystem::path& directory);
 
-    /// Waits for a change, for WakeUp() or for the time to pass. True when something changed.
-    bool Wait(std::chrono::milliseconds limit);
+    /// Waits for a change, for WakeUp() or for the time to pass.
+    void Wait(std::chrono::milliseconds limit);
 
     /// Waits for WakeUp() or for the time to pass, whatever changes.
     void Pause(std::chrono::milliseconds limit);
@@ -31,8 +30,8 @@ public:
     bool IsComplete() const { return Complete; }
 
 private:
-    int Notify;
-    int Alarm;
+    const Descriptor Notify;
+    const Descriptor Alarm;
     bool Complete = true;
 };
 

@@ -1,8 +1,8 @@
 #include "assets/importer.h"
 
-#include "assets/file_copy.h"
-#include "assets/names.h"
 #include "fault.h"
+#include "files/file_copy.h"
+#include "files/names.h"
 #include "media/probe.h"
 
 #include <spdlog/spdlog.h>
@@ -26,8 +26,8 @@ bool IsBelow(const std::filesystem::path& directory, const std::filesystem::path
 
 }  // namespace
 
-Importer::Importer(DrivePlace assets, AssetIndex& index, AssetScanner& scanner, std::function<void()> notify)
-    : Assets(std::move(assets)),
+Importer::Importer(DrivePlace folder, AssetIndex& index, AssetScanner& scanner, std::function<void()> notify)
+    : Folder(std::move(folder)),
       Index(index),
       Scanner(scanner),
       Notify(std::move(notify)),
@@ -36,9 +36,9 @@ Importer::Importer(DrivePlace assets, AssetIndex& index, AssetScanner& scanner, 
 Importer::~Importer() = default;
 
 void Importer::Sweep() const {
-    if (!StaysOnDrive(Assets)) return;
+    if (!StaysOnDrive(Folder)) return;
     std::error_code error;
-    for (const auto& entry : std::filesystem::directory_iterator(Assets.HostPath(), error)) {
+    for (const auto& entry : std::filesystem::directory_iterator(Folder.HostPath(), error)) {
         const std::string name = entry.path().filename().string();
         if (!name.starts_with(PartPrefix) || !name.ends_with(PartSuffix)) continue;
         spdlog::info("removing an unfinished import");
@@ -48,10 +48,10 @@ void Importer::Sweep() const {
 
 void Importer::Add(const SourceFile& source, const std::string& name) {
     if (IsHidden(name)) throw Fault(FaultKind::Misused, "\"" + ForLog(name) + "\" would be a hidden file");
-    const auto directory = ResolveOnDrive(Assets);
+    const auto directory = ResolveOnDrive(Folder);
     if (IsBelow(directory, source.File))
         throw Fault(FaultKind::Refused, source.File.string() + " is in the store already");
-    Order order{source, Assets.UnitPath() + '\\' + name, directory / name};
+    Order order{source, Folder.Path() + '\\' + name, directory / name};
     order.Number = Index.BeginImport(order.Path, source.Stamp);
     Notify();
     Copies.Post(0, [this, order = std::move(order)] { Carry(order); });

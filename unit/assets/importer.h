@@ -2,8 +2,8 @@
 
 #include "assets/asset_index.h"
 #include "assets/asset_scanner.h"
-#include "assets/drive_reader.h"
 #include "assets/worker.h"
+#include "drives/drive_reader.h"
 
 #include <chrono>
 #include <filesystem>
@@ -16,8 +16,8 @@ namespace ZorvicUnit {
 /// complete, on disk and known to be media; only then does it take the place of an older file.
 class Importer {
 public:
-    /// `assets` is where the store keeps its assets; `notify` is called from the thread when the index has changed.
-    Importer(DrivePlace assets, AssetIndex& index, AssetScanner& scanner, std::function<void()> notify);
+    /// `folder` is where the store keeps its assets; `notify` is called from the thread when the index has changed.
+    Importer(DrivePlace folder, AssetIndex& index, AssetScanner& scanner, std::function<void()> notify);
     /// Gives up the running copy and removes what there is of it.
     ~Importer();
 
@@ -39,7 +39,7 @@ private:
     AssetRecord CopyAndProbe(const Order& order, const std::filesystem::path& part);
     void ShowProgress(const Order& order, std::int64_t done);
 
-    const DrivePlace Assets;
+    const DrivePlace Folder;
     AssetIndex& Index;
     AssetScanner& Scanner;
     const std::function<void()> Notify;

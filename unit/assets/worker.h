@@ -1,5 +1,7 @@
 #pragma once
 
+#include "thread_name.h"
+
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
@@ -10,16 +12,6 @@
 #include <thread>
 
 namespace ZorvicUnit {
-
-/// How much a thread may get in the way of what plays.
-enum class Manners {
-    Normal,
-    Modest,  ///< gives way when processor or disk are wanted
-    Last,    ///< takes what nobody else wants
-};
-
-/// Names the calling thread (at most 15 bytes) and sets its priorities.
-void NameThread(const std::string& name, Manners manners);
 
 /// One named thread that does its jobs one after the other. An exception of a job is logged and ends that job only.
 class Worker {

@@ -41,9 +41,8 @@ bool Feed::Apply(FeedChange& change) {
 // A part that is gone is kept until every subscriber has been told.
 void Feed::DropTombstones() {
     std::uint64_t told = Last;
-    for (const Subscription* subscriber : Subscribers) {
+    for (const Subscription* subscriber : Subscribers)
         if (subscriber->Started && !subscriber->Over) told = std::min(told, subscriber->Sent);
-    }
     while (!Tombstones.empty() && (*Tombstones.begin() <= told || Tombstones.size() > MaxTombstones)) {
         const std::uint64_t number = *Tombstones.begin();
         for (Subscription* subscriber : Subscribers)
@@ -92,9 +91,8 @@ std::optional<Feed::Subscription::Batch> Feed::Subscription::Next(std::chrono::m
 Feed::Subscription::Batch Feed::Subscription::TakeSnapshot() {
     Batch batch{.Revision = Source.Last, .Pieces = {}, .Snapshot = true};
     batch.Pieces.reserve(Source.Slots.size());
-    for (const auto& [key, slot] : Source.Slots) {
+    for (const auto& [key, slot] : Source.Slots)
         if (!slot.Gone) batch.Pieces.push_back(slot.Piece);
-    }
     Started = true;
     Sent = batch.Revision;
     return batch;

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "asset_catalog.h"
 #include "media/media_file.h"
-#include "media_catalog.h"
 
 #include <filesystem>
 #include <optional>

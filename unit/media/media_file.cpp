@@ -1,9 +1,10 @@
 #include "media/media_file.h"
 
 #include "fault.h"
-#include "media/regular_file.h"
+#include "files/regular_file.h"
 
 extern "C" {
+#include <libavcodec/packet.h>
 #include <libavformat/avformat.h>
 #include <libavutil/log.h>
 #include <libavutil/mem.h>
@@ -13,6 +14,7 @@ extern "C" {
 
 #include <cerrno>
 #include <mutex>
+#include <utility>
 
 namespace ZorvicUnit {
 
@@ -36,21 +38,24 @@ void SilenceLibrary() {
 }  // namespace
 
 struct MediaFile::Source {
-    std::filesystem::path File;
-    ReadLimit Limit;
-    int Descriptor = -1;
+    const std::filesystem::path File;
+    const ReadLimit Limit;
+    const Descriptor Opened;
     AVIOContext* Buffered = nullptr;
 
+    Source(std::filesystem::path file, const ReadLimit& limit)
+        : File(std::move(file)), Limit(limit), Opened(OpenRegularFile(File)) {}
     ~Source() {
         if (Buffered != nullptr) av_freep(&Buffered->buffer);
         avio_context_free(&Buffered);
-        if (Descriptor >= 0) close(Descriptor);
     }
+    Source(const Source&) = delete;
+    Source& operator=(const Source&) = delete;
 
     static int Read(void* opaque, std::uint8_t* buffer, int size) {
         const auto* self = static_cast<Source*>(opaque);
         if (self->Limit.Reached()) return AVERROR_EXIT;
-        const ssize_t got = read(self->Descriptor, buffer, static_cast<std::size_t>(size));
+        const ssize_t got = read(self->Opened.Get(), buffer, static_cast<std::size_t>(size));
         if (got < 0) return AVERROR(errno);
         return got == 0 ? AVERROR_EOF : static_cast<int>(got);
     }
@@ -59,9 +64,9 @@ struct MediaFile::Source {
         const auto* self = static_cast<Source*>(opaque);
         if (whence == AVSEEK_SIZE) {
             struct stat status = {};
-            return fstat(self->Descriptor, &status) == 0 ? status.st_size : AVERROR(errno);
+            return fstat(self->Opened.Get(), &status) == 0 ? status.st_size : AVERROR(errno);
         }
-        const off_t at = lseek(self->Descriptor, offset, whence & ~AVSEEK_FORCE);
+        const off_t at = lseek(self->Opened.Get(), offset, whence & ~AVSEEK_FORCE);
         return at < 0 ? AVERROR(errno) : at;
     }
 
@@ -69,9 +74,8 @@ struct MediaFile::Source {
 };
 
 MediaFile::MediaFile(const std::filesystem::path& file, const ReadLimit& limit)
-    : Input(std::make_unique<Source>(Source{file, limit})) {
+    : Input(std::make_unique<Source>(file, limit)) {
     SilenceLibrary();
-    Input->Descriptor = OpenRegularFile(file);
     try {
         Open();
     } catch (...) {
@@ -135,7 +139,12 @@ bool MediaFile::Rewind() {
 }
 
 bool MediaFile::Read(AVPacket& packet) {
-    return !Input->Limit.Reached() && av_read_frame(Format, &packet) >= 0;
+    while (!Input->Limit.Reached() && av_read_frame(Format, &packet) >= 0) {
+        // What was read to identify the streams comes first, and belongs to any of them.
+        if (Format->streams[packet.stream_index]->discard != AVDISCARD_ALL) return true;
+        av_packet_unref(&packet);
+    }
+    return false;
 }
 
 }  // namespace ZorvicUnit

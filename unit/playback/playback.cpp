@@ -13,6 +13,28 @@ namespace ZorvicUnit {
 using std::chrono::duration_cast;
 using std::chrono::milliseconds;
 
+namespace {
+
+// What the stored points (remaining times) mean for a running time of trt ms. An in point of 0 is not set; one that
+// does not lie before the out point or lies beyond trt is ignored, and so is an out point outside of the running time.
+// So the length is 0 only when trt is.
+Trim EffectiveTrim(std::int32_t inPosition, std::int32_t outPosition, std::int32_t trt) {
+    const std::int32_t out = outPosition > 0 && outPosition < trt ? outPosition : 0;
+    const std::int32_t in = inPosition > out && inPosition <= trt ? inPosition : trt;
+    return {.Start = milliseconds(trt - in), .End = milliseconds(trt - out)};
+}
+
+std::vector<std::string> PathsOf(const zorvic::v1::Preset& preset) {
+    std::set<std::string> paths;
+    for (const auto& canvas : preset.canvases()) {
+        for (const auto& asset : canvas.assets())
+            paths.insert(asset.full_path());
+    }
+    return {paths.begin(), paths.end()};
+}
+
+}  // namespace
+
 struct Playback::Run {
     Clock::TimePoint Anchor;  ///< when the position was Base; meaningless while paused or waiting
     Duration Base{0};         ///< elapsed time from the start of the media
@@ -26,7 +48,7 @@ struct Playback::Run {
 
 struct Playback::Entry {
     PresetPtr Preset;
-    std::vector<std::string> Media;  ///< each path once
+    std::vector<std::string> Assets;  ///< their paths, each once
     std::int32_t TRT = 0;
     bool LengthKnown = false;
     bool Retired = false;
@@ -56,20 +78,7 @@ struct Playback::Entry {
     }
 };
 
-namespace {
-
-std::vector<std::string> MediaOf(const zorvic::v1::Preset& preset) {
-    std::set<std::string> paths;
-    for (const auto& canvas : preset.canvases()) {
-        for (const auto& asset : canvas.assets())
-            paths.insert(asset.full_path());
-    }
-    return {paths.begin(), paths.end()};
-}
-
-}  // namespace
-
-Playback::Playback(const Clock& clock, const MediaCatalog& catalog) : Time(clock), Catalog(catalog), Now(clock.Now()) {}
+Playback::Playback(const Clock& clock, const AssetCatalog& catalog) : Time(clock), Catalog(catalog), Now(clock.Now()) {}
 
 Playback::~Playback() = default;
 
@@ -77,7 +86,7 @@ void Playback::Put(PresetPtr preset) {
     Advance();
     Entry& entry = Entries[preset->pk()];
     Rebase(entry);
-    entry.Media = MediaOf(*preset);
+    entry.Assets = PathsOf(*preset);
     entry.Preset = std::move(preset);
     RefreshLength(entry);
     ++Version;
@@ -144,8 +153,8 @@ void Playback::SetRetired(std::int32_t pk, bool retired) {
 void Playback::HoldAsset(const std::string& path) {
     Advance();
     for (const std::int32_t pk : Active) {
-        const auto& media = Entries.at(pk).Media;
-        if (std::find(media.begin(), media.end(), path) != media.end())
+        const auto& assets = Entries.at(pk).Assets;
+        if (std::find(assets.begin(), assets.end(), path) != assets.end())
             throw Fault(FaultKind::Refused, fmt::format("preset {} plays it", pk));
     }
     HeldAssets.insert(path);
@@ -156,11 +165,11 @@ void Playback::ReleaseAsset(const std::string& path) {
     if (held != HeldAssets.end()) HeldAssets.erase(held);
 }
 
-void Playback::MediaChanged(std::span<const std::string> paths) {
+void Playback::AssetsChanged(std::span<const std::string> paths) {
     Advance();
     const std::unordered_set<std::string> changed(paths.begin(), paths.end());
     for (auto& [pk, entry] : Entries) {
-        if (std::none_of(entry.Media.begin(), entry.Media.end(),
+        if (std::none_of(entry.Assets.begin(), entry.Assets.end(),
                          [&](const std::string& path) { return changed.contains(path); }))
             continue;
         Rebase(entry);
@@ -206,7 +215,7 @@ std::vector<PlayPosition> Playback::Positions() const {
         PlayPosition position{.PK = pk, .RemainingMS = static_cast<std::int32_t>(remaining)};
         if (run.Moves()) {
             const PassPosition at{entry.Window(), elapsed, run.Pass == 1, entry.LastPass()};
-            position.Levels = LevelsAt(*entry.Preset, entry.Media, Catalog, at);
+            position.Levels = LevelsAt(*entry.Preset, entry.Assets, Catalog, at);
         }
         positions.push_back(position);
     }
@@ -225,14 +234,14 @@ Playback::Entry& Playback::Find(std::int32_t pk) {
 }
 
 bool Playback::UsesHeldAsset(const Entry& entry) const {
-    return std::any_of(entry.Media.begin(), entry.Media.end(),
+    return std::any_of(entry.Assets.begin(), entry.Assets.end(),
                        [this](const std::string& path) { return HeldAssets.contains(path); });
 }
 
 void Playback::RefreshLength(Entry& entry) {
     std::optional<std::int32_t> longest;
-    if (entry.Media.empty()) longest = 0;
-    for (const std::string& path : entry.Media) {
+    if (entry.Assets.empty()) longest = 0;
+    for (const std::string& path : entry.Assets) {
         const auto length = Catalog.DurationMS(path);
         if (length) longest = std::max(longest.value_or(0), *length);
     }

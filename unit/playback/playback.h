@@ -1,9 +1,8 @@
 #pragma once
 
+#include "asset_catalog.h"
 #include "clock.h"
-#include "media_catalog.h"
 #include "playback/levels.h"
-#include "playback/trim.h"
 
 #include <zorvic/v1/unit.pb.h>
 
@@ -37,12 +36,12 @@ struct PlayPosition {
 /// What plays, as a clock: a position is computed from the moment at which it last jumped, never added up, so that it
 /// does not drift and a late call finds every pass and every linked preset begun at its right time.
 ///
-/// A preset whose media have no known length yet plays without moving, and starts to move when the length is known.
+/// A preset whose assets have no known length yet plays without moving, and starts to move when the length is known.
 /// Not safe for use from several threads; the owner holds one lock around every call.
 class Playback {
 public:
     /// Both must outlive the object.
-    Playback(const Clock& clock, const MediaCatalog& catalog);
+    Playback(const Clock& clock, const AssetCatalog& catalog);
     ~Playback();
 
     /// Adds a preset, or takes over its edited state at once, playing or not.
@@ -70,7 +69,7 @@ public:
     void ReleaseAsset(const std::string& path);
 
     /// Looks up the lengths of these assets again.
-    void MediaChanged(std::span<const std::string> paths);
+    void AssetsChanged(std::span<const std::string> paths);
 
     /// Carries out everything that is due by now. The readers below show the moment of the last call of a member that
     /// is not const.
@@ -101,7 +100,7 @@ private:
     void Rebase(Entry& entry) const;
 
     const Clock& Time;
-    const MediaCatalog& Catalog;
+    const AssetCatalog& Catalog;
     std::map<std::int32_t, Entry> Entries;
     std::set<std::int32_t> Active;  ///< keys of the entries that have a run
     std::multiset<std::string> HeldAssets;

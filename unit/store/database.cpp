@@ -22,8 +22,7 @@ int LastErrno(sqlite3* handle, int whichFile) {
     return reason;
 }
 
-// A quota and the file size limit are reported as plain write errors; to the operator they are a full disk all the
-// same.
+// A quota and the file size limit are reported as plain write errors; to the operator all are a full disk.
 bool IsFull(sqlite3* handle) {
     const int code = sqlite3_extended_errcode(handle);
     if (code == SQLITE_FULL) return true;
@@ -72,11 +71,6 @@ Statement& Statement::BindBlob(std::string_view bytes) {
     return *this;
 }
 
-Statement& Statement::BindNull() {
-    if (sqlite3_bind_null(Prepared, ++Bound) != SQLITE_OK) Raise(Handle, sqlite3_sql(Prepared));
-    return *this;
-}
-
 bool Statement::Step() {
     const int result = sqlite3_step(Prepared);
     if (result != SQLITE_ROW && result != SQLITE_DONE) Raise(Handle, sqlite3_sql(Prepared));
@@ -99,10 +93,6 @@ std::string Statement::Text(int column) const {
 std::string Statement::Blob(int column) const {
     const auto* data = static_cast<const char*>(sqlite3_column_blob(Prepared, column));
     return data ? std::string(data, static_cast<std::size_t>(sqlite3_column_bytes(Prepared, column))) : std::string();
-}
-
-bool Statement::IsNull(int column) const {
-    return sqlite3_column_type(Prepared, column) == SQLITE_NULL;
 }
 
 void Database::Closer::operator()(sqlite3* handle) const {

@@ -28,7 +28,6 @@ public:
     Statement& Bind(std::int64_t value);
     Statement& Bind(std::string_view text);
     Statement& BindBlob(std::string_view bytes);
-    Statement& BindNull();
 
     /// True when a row is there to be read, false when there are no more.
     bool Step();
@@ -39,7 +38,6 @@ public:
     std::int64_t Integer(int column) const;
     std::string Text(int column) const;
     std::string Blob(int column) const;
-    bool IsNull(int column) const;
 
 private:
     friend class Database;
@@ -68,12 +66,11 @@ public:
     void Execute(const char* sql);
     /// Key that the last INSERT of this thread made; call it inside the transaction of that INSERT.
     std::int64_t LastInsertKey();
-    /// Number of the schema in the file.
-    std::int64_t SchemaVersion();
 
 private:
     friend class Statement;
     friend class Transaction;
+    std::int64_t SchemaVersion();
     void Check();
     void Migrate();
 

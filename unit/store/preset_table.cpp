@@ -42,7 +42,7 @@ zorvic::v1::Preset FromRow(std::int64_t pk, const Row& row) {
 
 std::vector<zorvic::v1::Preset> PresetTable::Load() {
     std::vector<zorvic::v1::Preset> presets;
-    auto statement = Store.Prepare("SELECT pk, record, hash FROM presets ORDER BY pk");
+    auto statement = Rows.Prepare("SELECT pk, record, hash FROM presets ORDER BY pk");
     while (statement.Step())
         presets.push_back(FromRow(statement.Integer(0), {statement.Blob(1), statement.Integer(2)}));
     return presets;
@@ -50,9 +50,9 @@ std::vector<zorvic::v1::Preset> PresetTable::Load() {
 
 std::int32_t PresetTable::Insert(const zorvic::v1::Preset& preset) {
     const Row row = ToRow(preset);
-    Transaction transaction(Store);
-    Store.Prepare("INSERT INTO presets(record, hash) VALUES(?, ?)").BindBlob(row.Record).Bind(row.Hash).Run();
-    const std::int64_t pk = Store.LastInsertKey();
+    Transaction transaction(Rows);
+    Rows.Prepare("INSERT INTO presets(record, hash) VALUES(?, ?)").BindBlob(row.Record).Bind(row.Hash).Run();
+    const std::int64_t pk = Rows.LastInsertKey();
     if (pk > std::numeric_limits<std::int32_t>::max()) throw Fault(FaultKind::Internal, "store: all keys are used up");
     transaction.Commit();
     return static_cast<std::int32_t>(pk);
@@ -60,7 +60,7 @@ std::int32_t PresetTable::Insert(const zorvic::v1::Preset& preset) {
 
 void PresetTable::Replace(const zorvic::v1::Preset& preset) {
     const Row row = ToRow(preset);
-    Store.Prepare("UPDATE presets SET record = ?, hash = ? WHERE pk = ?")
+    Rows.Prepare("UPDATE presets SET record = ?, hash = ? WHERE pk = ?")
         .BindBlob(row.Record)
         .Bind(row.Hash)
         .Bind(std::int64_t{preset.pk()})
@@ -68,7 +68,7 @@ void PresetTable::Replace(const zorvic::v1::Preset& preset) {
 }
 
 void PresetTable::Remove(std::int32_t pk) {
-    Store.Prepare("DELETE FROM presets WHERE pk = ?").Bind(std::int64_t{pk}).Run();
+    Rows.Prepare("DELETE FROM presets WHERE pk = ?").Bind(std::int64_t{pk}).Run();
 }
 
 }  // namespace ZorvicUnit

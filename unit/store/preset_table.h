@@ -13,7 +13,7 @@ class Database;
 class PresetTable {
 public:
     /// The database must outlive the table.
-    explicit PresetTable(Database& database) : Store(database) {}
+    explicit PresetTable(Database& database) : Rows(database) {}
 
     /// All presets, by key. Throws Fault naming the key when a record is damaged: a preset is never left out silently.
     std::vector<zorvic::v1::Preset> Load();
@@ -23,7 +23,7 @@ public:
     void Remove(std::int32_t pk);
 
 private:
-    Database& Store;
+    Database& Rows;
 };
 
 }  // namespace ZorvicUnit

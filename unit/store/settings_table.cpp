@@ -30,7 +30,7 @@ std::string NewGuid() {
 }  // namespace
 
 std::string SettingsTable::Guid() {
-    Transaction transaction(Store);
+    Transaction transaction(Rows);
     auto guid = Get(GuidName);
     if (!guid) Set(GuidName, *(guid = NewGuid()));
     transaction.Commit();
@@ -49,14 +49,13 @@ void SettingsTable::SetSelectedPreset(std::int32_t pk) {
 }
 
 std::optional<std::string> SettingsTable::Get(const char* name) {
-    auto statement = Store.Prepare("SELECT value FROM settings WHERE name = ?");
+    auto statement = Rows.Prepare("SELECT value FROM settings WHERE name = ?");
     statement.Bind(std::string_view(name));
     return statement.Step() ? std::optional(statement.Text(0)) : std::nullopt;
 }
 
 void SettingsTable::Set(const char* name, const std::string& value) {
-    Store
-        .Prepare(
+    Rows.Prepare(
             "INSERT INTO settings(name, value) VALUES(?, ?) ON CONFLICT(name) DO UPDATE SET value = excluded.value")
         .Bind(std::string_view(name))
         .Bind(std::string_view(value))

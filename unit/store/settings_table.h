@@ -12,7 +12,7 @@ class Database;
 class SettingsTable {
 public:
     /// The database must outlive the table.
-    explicit SettingsTable(Database& database) : Store(database) {}
+    explicit SettingsTable(Database& database) : Rows(database) {}
 
     /// The unit's identifier: made at the first call for this store, the same ever after.
     std::string Guid();
@@ -24,7 +24,7 @@ private:
     std::optional<std::string> Get(const char* name);
     void Set(const char* name, const std::string& value);
 
-    Database& Store;
+    Database& Rows;
 };
 
 }  // namespace ZorvicUnit

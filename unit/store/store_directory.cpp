@@ -6,7 +6,6 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <system_error>
@@ -20,23 +19,20 @@ namespace {
     throw Fault(FaultKind::Internal, fmt::format("store {}: {}", path.string(), why));
 }
 
-}  // namespace
-
-StoreDirectory::StoreDirectory(std::filesystem::path path) : Root(std::move(path)) {
+Descriptor OpenLockFile(const std::filesystem::path& root) {
     std::error_code error;
-    std::filesystem::create_directories(Root, error);
-    if (error) Raise(Root, error.message());
-    const auto lockPath = Root / "lock";
-    LockFile = open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
-    if (LockFile < 0) Raise(Root, std::generic_category().message(errno));
-    if (flock(LockFile, LOCK_EX | LOCK_NB) == 0) return;
-    const int reason = errno;
-    close(LockFile);
-    Raise(Root, reason == EWOULDBLOCK ? "in use by another unit" : std::generic_category().message(reason));
+    std::filesystem::create_directories(root, error);
+    if (error) Raise(root, error.message());
+    Descriptor file(open((root / "lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644));
+    if (!file.IsOpen()) Raise(root, std::generic_category().message(errno));
+    return file;
 }
 
-StoreDirectory::~StoreDirectory() {
-    close(LockFile);
+}  // namespace
+
+StoreDirectory::StoreDirectory(std::filesystem::path path) : Root(std::move(path)), LockFile(OpenLockFile(Root)) {
+    if (flock(LockFile.Get(), LOCK_EX | LOCK_NB) == 0) return;
+    Raise(Root, errno == EWOULDBLOCK ? "in use by another unit" : std::generic_category().message(errno));
 }
 
 }  // namespace ZorvicUnit

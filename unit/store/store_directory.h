@@ -1,5 +1,7 @@
 #pragma once
 
+#include "files/descriptor.h"
+
 #include <filesystem>
 
 namespace ZorvicUnit {
@@ -10,16 +12,13 @@ class StoreDirectory {
 public:
     /// Makes the directory when it is not there. Throws Fault when it cannot be used or another unit uses it.
     explicit StoreDirectory(std::filesystem::path path);
-    ~StoreDirectory();
-    StoreDirectory(const StoreDirectory&) = delete;
-    StoreDirectory& operator=(const StoreDirectory&) = delete;
 
     const std::filesystem::path& Path() const { return Root; }
     std::filesystem::path DatabaseFile() const { return Root / "zorvic.db"; }
 
 private:
-    std::filesystem::path Root;
-    int LockFile = -1;
+    const std::filesystem::path Root;
+    const Descriptor LockFile;
 };
 
 }  // namespace ZorvicUnit

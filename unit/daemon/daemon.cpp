@@ -1,0 +1,111 @@
+#include "daemon/daemon.h"
+
+#include "fault.h"
+
+#include <spdlog/spdlog.h>
+#include <zorvic/enums.h>
+
+#include <chrono>
+#include <thread>
+#include <utility>
+
+namespace ZorvicUnit {
+
+namespace {
+
+constexpr auto ApiVersion = "1.0";
+// Both together leave time for the asset store: the process must be gone within two seconds.
+constexpr std::chrono::milliseconds DrainLimit(800);
+constexpr std::chrono::milliseconds GoodbyeLimit(500);
+// A handler's reply leaves after the handler has returned; nothing tells when.
+constexpr std::chrono::milliseconds ReplyTime(100);
+
+}  // namespace
+
+Daemon::Daemon(const Options& options, PowerSwitch& power)
+    : Power(power),
+      Directory(options.Store),
+      Rows(Directory.DatabaseFile()),
+      Assets(std::make_unique<AssetStore>(
+          AssetStore::Options{.StoreDirectory = Directory.Path(), .Drives = options.Drives}, Rows, Time)),
+      Profile(MakeProfile(options)),
+      Model(Profile, Rows, Time, *Assets, Updates),
+      Link(*Assets, Model),
+      Service(Profile.Identity, Model, *Assets, Link, Updates, [this](auto action) { Power.Request(action); }) {
+    try {
+        Assets->Start();
+        Ticking.emplace(Model);
+        Keeping.emplace(Model, *Assets, Updates);
+        Requests.emplace(Service, options.Listen, options.Port);
+        Announcing.emplace(MakeAnnouncement(options));
+    } catch (...) {
+        // The destructor does not run for an object that did not come to be.
+        Stop();
+        throw;
+    }
+}
+
+Daemon::~Daemon() {
+    Stop();
+}
+
+void Daemon::Stop() {
+    Announcing.reset();
+    Updates.Close();
+    Service.Drain(DrainLimit);
+    if (Requests) Requests->Stop(GoodbyeLimit);
+    Requests.reset();
+    Ticking.reset();
+    Keeping.reset();
+    Assets.reset();
+}
+
+zorvic::v1::PowerAction Daemon::Run() {
+    for (;;) {
+        const auto action = Power.Wait();
+        if (action != zorvic::v1::POWER_ACTION_SOFT_REBOOT) return action;
+        SoftReboot();
+    }
+}
+
+void Daemon::SoftReboot() {
+    spdlog::info("soft reboot: playback ends, the store is read again, all sessions end");
+    std::this_thread::sleep_for(ReplyTime);
+    try {
+        Model.Reload();
+    } catch (const Fault& fault) {
+        spdlog::error("soft reboot: {}", fault.what());
+    }
+    Updates.EndSubscriptions();
+}
+
+UnitModel::Profile Daemon::MakeProfile(const Options& options) {
+    UnitModel::Profile profile;
+    auto& identity = profile.Identity;
+    identity.set_guid(SettingsTable(Rows).Guid());
+    identity.set_nickname(options.Nickname.empty() ? identity.guid() : options.Nickname);
+    identity.set_role(options.Role);
+    identity.set_type(options.Type);
+    identity.set_api_version(ApiVersion);
+    identity.set_communicator_version(ZORVIC_UNIT_VERSION);
+    for (int output = 0; output < 4; ++output)
+        profile.Hardware.add_resolutions(options.VideoMode);
+    profile.Hardware.set_refresh_rate(options.Refresh);
+    profile.Hardware.set_audio_config(Zorvic::ZORVIC_KAC_SDI1);
+    return profile;
+}
+
+AnnouncerConfig Daemon::MakeAnnouncement(const Options& options) const {
+    const auto& identity = Profile.Identity;
+    return {.Interface = options.Announce,
+            .Address = options.Listen,
+            .Port = Requests->Port(),
+            .GUID = identity.guid(),
+            .Nickname = identity.nickname(),
+            .Role = identity.role(),
+            .Type = identity.type(),
+            .APIVersion = identity.api_version(),
+            .Version = identity.communicator_version()};
+}
+
+}  // namespace ZorvicUnit

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "announce/announcer.h"
+#include "assets/asset_store.h"
+#include "clock.h"
+#include "daemon/housekeeper.h"
+#include "daemon/options.h"
+#include "daemon/power_switch.h"
+#include "daemon/ticker.h"
+#include "feed/feed.h"
+#include "model/asset_link.h"
+#include "model/unit_model.h"
+#include "rpc/server.h"
+#include "rpc/unit_service.h"
+#include "store/database.h"
+#include "store/store_directory.h"
+
+#include <zorvic/v1/unit.pb.h>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+namespace ZorvicUnit {
+
+/// The running unit: all parts in the order in which they depend on each other. Everything is up when the constructor
+/// returns; it throws Fault when the store or the port can not be used.
+class Daemon {
+public:
+    /// The switch must outlive the object.
+    Daemon(const Options& options, PowerSwitch& power);
+    ~Daemon();
+    Daemon(const Daemon&) = delete;
+    Daemon& operator=(const Daemon&) = delete;
+
+    const Server& Listener() const { return *Requests; }
+    /// Serves until it is asked to end (SHUTDOWN) or to start again (REBOOT).
+    zorvic::v1::PowerAction Run();
+    /// Shutdown, in this order: nobody finds the unit; sessions end; commands in flight finish; the threads that
+    /// change state stop; the asset store joins its workers, while what they report to is still there.
+    void Stop();
+
+private:
+    UnitModel::Profile MakeProfile(const Options& options);
+    AnnouncerConfig MakeAnnouncement(const Options& options) const;
+    void SoftReboot();
+
+    PowerSwitch& Power;
+    StoreDirectory Directory;
+    Database Rows;
+    SteadyClock Time;
+    Feed Updates;
+    std::unique_ptr<AssetStore> Assets;
+    const UnitModel::Profile Profile;
+    UnitModel Model;
+    AssetLink Link;
+    UnitService Service;
+    std::optional<Ticker> Ticking;
+    std::optional<Housekeeper> Keeping;
+    std::optional<Server> Requests;
+    std::optional<Announcer> Announcing;
+};
+
+}  // namespace ZorvicUnit

@@ -1,0 +1,53 @@
+#include "daemon/housekeeper.h"
+
+#include "assets/asset_store.h"
+#include "fault.h"
+#include "feed/feed.h"
+#include "feed/pieces.h"
+#include "model/unit_model.h"
+#include "thread_name.h"
+
+#include <spdlog/spdlog.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+
+namespace ZorvicUnit {
+
+namespace {
+
+constexpr std::chrono::seconds Period(2);
+
+void SaveSelection(UnitModel& model) {
+    try {
+        model.SaveSelection();
+    } catch (const Fault& fault) {
+        spdlog::warn("saving which preset is selected: {}", fault.what());
+    }
+}
+
+void ShowDrives(const AssetStore& assets, Feed& updates) {
+    updates.Publish({DrivesChange(assets.Drives())});
+}
+
+void RunHousekeeper(const std::stop_token& stop, UnitModel& model, const AssetStore& assets, Feed& updates) {
+    NameThread("housekeeper");
+    std::mutex mutex;
+    std::condition_variable_any wake;
+    while (!stop.stop_requested()) {
+        std::unique_lock lock(mutex);
+        wake.wait_for(lock, stop, Period, [] { return false; });
+        SaveSelection(model);
+        ShowDrives(assets, updates);
+    }
+}
+
+}  // namespace
+
+Housekeeper::Housekeeper(UnitModel& model, const AssetStore& assets, Feed& updates) {
+    ShowDrives(assets, updates);
+    Thread = std::jthread([&](const std::stop_token& stop) { RunHousekeeper(stop, model, assets, updates); });
+}
+
+}  // namespace ZorvicUnit

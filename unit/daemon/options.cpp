@@ -1,0 +1,139 @@
+#include "daemon/options.h"
+
+#include "utf8.h"
+
+#include <spdlog/fmt/fmt.h>
+#include <zorvic/enums.h>
+#include <CLI/CLI.hpp>
+
+#include <arpa/inet.h>
+
+#include <algorithm>
+#include <map>
+#include <string_view>
+
+namespace ZorvicUnit {
+
+namespace {
+
+constexpr int BadOption = 2;
+constexpr std::size_t MaxNicknameBytes = 256;
+
+using Words = std::map<std::string, std::int32_t>;
+
+const Words& Roles() {
+    static const Words words = {{"single", Zorvic::ZORVIC_ROLE_SINGLE},
+                                {"primary", Zorvic::ZORVIC_ROLE_PRIMARY},
+                                {"mirror", Zorvic::ZORVIC_ROLE_MIRROR}};
+    return words;
+}
+
+const Words& Types() {
+    static const Words words = {{"t4x", Zorvic::ZORVIC_UTYPE_SERVER_T4X},
+                                {"m20x", Zorvic::ZORVIC_UTYPE_SERVER_M20X},
+                                {"lumen", Zorvic::ZORVIC_UTYPE_LUMEN}};
+    return words;
+}
+
+const Words& VideoModes() {
+    static const Words words = {{"off", Zorvic::ZORVIC_RES_INVALID},
+                                {"720p", Zorvic::ZORVIC_RES_720P},
+                                {"1080p", Zorvic::ZORVIC_RES_1080P},
+                                {"2160p", Zorvic::ZORVIC_RES_2160P},
+                                {"1080i", Zorvic::ZORVIC_RES_1080I}};
+    return words;
+}
+
+const Words& RefreshRates() {
+    static const Words words = {{"23.98", Zorvic::ZORVIC_REFRESH_23_98}, {"24", Zorvic::ZORVIC_REFRESH_24},
+                                {"25", Zorvic::ZORVIC_REFRESH_25},       {"29.97", Zorvic::ZORVIC_REFRESH_29_97},
+                                {"30", Zorvic::ZORVIC_REFRESH_30},       {"50", Zorvic::ZORVIC_REFRESH_50},
+                                {"59.94", Zorvic::ZORVIC_REFRESH_59_94}, {"60", Zorvic::ZORVIC_REFRESH_60}};
+    return words;
+}
+
+// One word out of a table; the others show in the help and in the message.
+struct Choice {
+    const char* Name;
+    const char* Help;
+    const Words& Table;
+    std::string Word;
+    std::int32_t& Target;
+};
+
+void AddChoice(CLI::App& app, Choice& choice) {
+    app.add_option(choice.Name, choice.Word, choice.Help)->capture_default_str()->check(CLI::IsMember(choice.Table));
+}
+
+// Nothing when it is no numeric address.
+std::optional<bool> IsLoopback(const std::string& address) {
+    in_addr four{};
+    if (inet_pton(AF_INET, address.c_str(), &four) == 1) return (ntohl(four.s_addr) >> 24U) == 127U;
+    in6_addr six{};
+    if (inet_pton(AF_INET6, address.c_str(), &six) == 1) return IN6_IS_ADDR_LOOPBACK(&six) != 0;
+    return std::nullopt;
+}
+
+void ReadDrives(const std::vector<std::string>& texts, std::vector<DriveRoot>& drives) {
+    for (const std::string& text : texts) {
+        const bool formed = text.size() > 2 && text[0] >= 'A' && text[0] <= 'Z' && text[1] == '=';
+        if (!formed) throw CLI::ValidationError("--drive", "expected LETTER=DIR with a capital letter, got " + text);
+        const std::string letter = text.substr(0, 1);
+        const bool taken = std::any_of(drives.begin(), drives.end(), [&](const auto& d) { return d.Letter == letter; });
+        if (letter == "C" || taken) throw CLI::ValidationError("--drive", "drive " + letter + " is taken");
+        drives.push_back({letter, text.substr(2)});
+    }
+}
+
+void CheckNickname(const std::string& nickname) {
+    if (nickname.size() > MaxNicknameBytes || !IsUtf8(nickname))
+        throw CLI::ValidationError("--nickname", fmt::format("expected UTF-8 of at most {} bytes", MaxNicknameBytes));
+}
+
+void CheckSecurity(const std::string& listen, bool insecure, const std::string& tlsDirectory) {
+    if (!tlsDirectory.empty()) throw CLI::ValidationError("--tls-dir", "this version can not encrypt connections");
+    const auto loopback = IsLoopback(listen);
+    if (!loopback) throw CLI::ValidationError("--listen", "expected a numeric address, got " + listen);
+    if (!*loopback && !insecure)
+        throw CLI::ValidationError("--listen",
+                                   "connections to " + listen + " are not encrypted: demand it with --insecure");
+}
+
+}  // namespace
+
+std::optional<ExitStatus> ParseOptions(int argc, const char* const* argv, Options& options) {
+    CLI::App app("Zorvic media unit: plays the media files of a directory under the control of consoles.",
+                 "zorvic-unit");
+    std::vector<std::string> drives;
+    std::string tlsDirectory;
+    bool insecure = false;
+    Choice role{"--role", "Role in a group of units", Roles(), "single", options.Role};
+    Choice type{"--type", "Type of the unit", Types(), "t4x", options.Type};
+    Choice mode{"--video-mode", "Video mode of the outputs", VideoModes(), "1080p", options.VideoMode};
+    Choice refresh{"--refresh", "Refresh rate of the outputs", RefreshRates(), "50", options.Refresh};
+
+    app.add_option("--store", options.Store, "Directory of presets and assets")->required()->type_name("DIR");
+    app.add_option("--listen", options.Listen, "Numeric address")->type_name("ADDR")->capture_default_str();
+    // A later one wins: a reboot adds the port that it was running on.
+    app.add_option("--port", options.Port, "TCP port, 0 for any free one")->take_last()->capture_default_str();
+    app.add_option("--drive", drives, "A directory shown as a drive (repeatable)")->type_name("LETTER=DIR");
+    app.add_option("--nickname", options.Nickname, "Display name, the unit's identifier when empty");
+    app.add_option("--announce", options.Announce, "Network interface to be found on")->type_name("IFACE|off");
+    app.add_option("--tls-dir", tlsDirectory, "Directory of certificates")->type_name("DIR");
+    app.add_flag("--insecure", insecure, "Listen without encryption on other than loopback addresses");
+    for (Choice* choice : {&role, &type, &mode, &refresh})
+        AddChoice(app, *choice);
+    try {
+        app.parse(argc, argv);
+        ReadDrives(drives, options.Drives);
+        CheckNickname(options.Nickname);
+        CheckSecurity(options.Listen, insecure, tlsDirectory);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? 0 : BadOption;
+    }
+    for (const Choice* choice : {&role, &type, &mode, &refresh})
+        choice->Target = choice->Table.at(choice->Word);
+    return std::nullopt;
+}
+
+}  // namespace ZorvicUnit

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <unistd.h>
+
+#include <utility>
+
+namespace ZorvicUnit {
+
+/// Owner of a file descriptor; a negative one is none.
+class Descriptor {
+public:
+    explicit Descriptor(int number) : Number(number) {}
+    Descriptor(Descriptor&& other) noexcept : Number(std::exchange(other.Number, -1)) {}
+    Descriptor& operator=(Descriptor&&) = delete;
+    ~Descriptor() { Close(); }
+
+    int Get() const { return Number; }
+    bool IsOpen() const { return Number >= 0; }
+    /// The result of close(2), which may be the first to tell of a failed write.
+    int Close() {
+        const int result = Number >= 0 ? close(Number) : 0;
+        Number = -1;
+        return result;
+    }
+
+private:
+    int Number;
+};
+
+}  // namespace ZorvicUnit

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+#include <mutex>
+#include <string>
+
+namespace ZorvicUnit {
+
+class AssetStore;
+class UnitModel;
+
+/// Carries changes of the asset store to the model, in their order, and carries out the commands that change both. Safe
+/// to use from several threads. The asset store calls it until the store's destructor has returned.
+class AssetLink {
+public:
+    /// Both must outlive the object's last call.
+    AssetLink(AssetStore& assets, UnitModel& model);
+
+    /// Throws Fault Refused while a preset that uses the asset plays. Both give the revision that holds their effect.
+    std::uint64_t Delete(const std::string& path);
+    std::uint64_t Install(const std::string& path);
+
+private:
+    std::uint64_t Pull();
+
+    std::mutex PullLock;  ///< keeps the order between taking changes and showing them; taken before the model's locks
+    AssetStore& Assets;
+    UnitModel& Model;
+};
+
+}  // namespace ZorvicUnit

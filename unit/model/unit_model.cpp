@@ -1,0 +1,175 @@
+#include "model/unit_model.h"
+
+#include "fault.h"
+#include "feed/pieces.h"
+#include "model/preset_rules.h"
+
+#include <spdlog/spdlog.h>
+
+#include <algorithm>
+#include <limits>
+#include <set>
+#include <utility>
+
+namespace ZorvicUnit {
+
+using zorvic::v1::MarkRequest;
+using zorvic::v1::Preset;
+
+UnitModel::UnitModel(const Profile& profile, Database& database, const Clock& clock, const AssetCatalog& catalog,
+                     Feed& feed)
+    : Table(database), Settings(database), Playing(clock, catalog), Updates(feed) {
+    SavedSelection = Settings.SelectedPreset();
+    Selected = SavedSelection;
+    Updates.Publish({IdentityChange(profile.Identity), HardwareChange(profile.Hardware)});
+    Reload();
+}
+
+std::uint64_t UnitModel::CreatePreset(const Preset& sent) {
+    const std::scoped_lock write(WriteLock);
+    Preset preset = sent;
+    preset.clear_pk();
+    {
+        const std::scoped_lock lock(ModelLock);
+        if (Presets.size() >= MaxPresets) throw Fault(FaultKind::Misused, "there are as many presets as there may be");
+        Normalise(preset, NextTabIndex());
+    }
+    CheckPreset(preset);
+    preset.set_pk(Table.Insert(preset));
+    return ShowPreset(preset);
+}
+
+std::uint64_t UnitModel::UpdatePreset(const Preset& sent, const google::protobuf::FieldMask& fields) {
+    const std::scoped_lock write(WriteLock);
+    const PresetPtr stored = Find(sent.pk());
+    Preset edited = *stored;
+    MergeFields(edited, sent, fields);
+    return Store(std::move(edited), *stored);
+}
+
+std::uint64_t UnitModel::DeletePreset(std::int32_t pk) {
+    const std::scoped_lock write(WriteLock);
+    {
+        const std::scoped_lock lock(ModelLock);
+        Playing.SetRetired(pk, true);
+    }
+    try {
+        Table.Remove(pk);
+    } catch (const Fault&) {
+        const std::scoped_lock lock(ModelLock);
+        Playing.SetRetired(pk, false);
+        throw;
+    }
+    const std::scoped_lock lock(ModelLock);
+    Playing.Remove(pk);
+    Presets.erase(pk);
+    if (Selected == pk) Selected = 0;
+    return Publish({PresetGone(pk)});
+}
+
+std::uint64_t UnitModel::SelectPreset(std::int32_t pk) {
+    const std::scoped_lock lock(ModelLock);
+    if (!Presets.contains(pk)) throw Fault(FaultKind::NotFound, "no such preset");
+    Selected = pk;
+    return Publish({});
+}
+
+template <typename Edit>
+std::uint64_t UnitModel::EditMarks(const MarkRequest& request, const Edit& edit) {
+    const std::scoped_lock write(WriteLock);
+    const PresetPtr stored = Find(request.pk());
+    Preset edited = *stored;
+    Marks& marks = MarksOf(edited, request.kind());
+    edit(marks, FindMark(marks, request.time_ms()));
+    return Store(std::move(edited), *stored);
+}
+
+std::uint64_t UnitModel::CreateMark(const MarkRequest& request) {
+    return EditMarks(request, [&](Marks& marks, Marks::iterator existing) {
+        if (existing != marks.end()) throw Fault(FaultKind::Refused, "there is a mark at this time");
+        const std::int32_t id = NextMarkId(marks);
+        auto* mark = marks.Add();
+        mark->set_id(id);
+        mark->set_time_ms(request.time_ms());
+        mark->set_name(request.name());
+    });
+}
+
+std::uint64_t UnitModel::RenameMark(const MarkRequest& request) {
+    return EditMarks(request, [&](Marks& marks, Marks::iterator existing) {
+        if (existing == marks.end()) throw Fault(FaultKind::NotFound, "no mark at this time");
+        existing->set_name(request.name());
+    });
+}
+
+std::uint64_t UnitModel::DeleteMark(const MarkRequest& request) {
+    return EditMarks(request, [](Marks& marks, Marks::iterator existing) {
+        if (existing == marks.end()) throw Fault(FaultKind::NotFound, "no mark at this time");
+        marks.erase(existing);
+    });
+}
+
+void UnitModel::SaveSelection() {
+    const std::scoped_lock write(WriteLock);
+    std::int32_t selected = 0;
+    {
+        const std::scoped_lock lock(ModelLock);
+        selected = Selected;
+    }
+    if (selected == SavedSelection) return;
+    Settings.SetSelectedPreset(selected);
+    SavedSelection = selected;
+}
+
+void UnitModel::Reload() {
+    const std::scoped_lock write(WriteLock);
+    const std::vector<Preset> stored = Table.Load();
+    const std::scoped_lock lock(ModelLock);
+    std::vector<FeedChange> changes;
+    const auto before = std::exchange(Presets, {});
+    Playing.Clear();
+    for (const Preset& preset : stored) {
+        const auto shared = std::make_shared<const Preset>(preset);
+        Presets.emplace(preset.pk(), shared);
+        Playing.Put(shared);
+        changes.push_back(PresetChanged(preset));
+    }
+    for (const auto& [pk, preset] : before)
+        if (!Presets.contains(pk)) changes.push_back(PresetGone(pk));
+    if (!Presets.contains(Selected)) Selected = 0;
+    Publish(std::move(changes));
+}
+
+PresetPtr UnitModel::Find(std::int32_t pk) {
+    const std::scoped_lock lock(ModelLock);
+    const auto found = Presets.find(pk);
+    if (found == Presets.end()) throw Fault(FaultKind::NotFound, "no such preset");
+    return found->second;
+}
+
+std::int32_t UnitModel::NextTabIndex() const {
+    std::int64_t last = -1;
+    for (const auto& [pk, preset] : Presets)
+        last = std::max<std::int64_t>(last, FirstTab(*preset)->index());
+    return static_cast<std::int32_t>(std::min<std::int64_t>(last + 1, std::numeric_limits<std::int32_t>::max()));
+}
+
+// Called with WriteLock held; stored is the preset as it is.
+std::uint64_t UnitModel::Store(Preset edited, const Preset& stored) {
+    Normalise(edited, FirstTab(stored)->index());
+    CheckPreset(edited);
+    if (edited.SerializeAsString() == stored.SerializeAsString()) return Updates.Revision();
+    Table.Replace(edited);
+    return ShowPreset(edited);
+}
+
+std::uint64_t UnitModel::ShowPreset(const Preset& preset) {
+    auto shared = std::make_shared<const Preset>(preset);
+    FeedChange change = PresetChanged(preset);
+    const std::scoped_lock lock(ModelLock);
+    Presets[preset.pk()] = shared;
+    Playing.Put(std::move(shared));
+    return Publish({std::move(change)});
+}
+
+}  // namespace ZorvicUnit

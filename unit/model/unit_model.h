@@ -1,0 +1,109 @@
+#pragma once
+
+#include "feed/feed.h"
+#include "playback/playback.h"
+#include "store/preset_table.h"
+#include "store/settings_table.h"
+
+#include <google/protobuf/field_mask.pb.h>
+#include <zorvic/v1/unit.pb.h>
+
+#include <condition_variable>
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <stop_token>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace ZorvicUnit {
+
+struct AssetChanges;
+
+/// The unit as the protocol shows it: stored presets, what plays, which preset is selected. Every command is carried
+/// out whole or throws Fault and changes nothing; it gives the feed's revision at which its effect shows. Safe to use
+/// from several threads.
+///
+/// Two locks: WriteLock lets one command at a time change stored data and is held while the disk is written; ModelLock
+/// guards what is in memory and is never held across a write, so that a slow disk delays neither timecodes nor a take.
+/// Order: WriteLock, ModelLock, the feed's.
+class UnitModel {
+public:
+    /// What the unit says of itself.
+    struct Profile {
+        zorvic::v1::Identity Identity;
+        zorvic::v1::HardwareState Hardware;
+    };
+
+    /// Loads the presets and publishes everything. All references must outlive the object. Throws Fault when a stored
+    /// preset is damaged.
+    UnitModel(const Profile& profile, Database& database, const Clock& clock, const AssetCatalog& catalog, Feed& feed);
+
+    std::uint64_t CreatePreset(const zorvic::v1::Preset& sent);
+    std::uint64_t UpdatePreset(const zorvic::v1::Preset& sent, const google::protobuf::FieldMask& fields);
+    std::uint64_t DeletePreset(std::int32_t pk);
+    /// Needs no disk: SaveSelection() keeps it for the next start.
+    std::uint64_t SelectPreset(std::int32_t pk);
+    std::uint64_t CreateMark(const zorvic::v1::MarkRequest& request);
+    std::uint64_t RenameMark(const zorvic::v1::MarkRequest& request);
+    std::uint64_t DeleteMark(const zorvic::v1::MarkRequest& request);
+
+    std::uint64_t Take(std::int32_t pk);
+    std::uint64_t Pause(std::int32_t pk);
+    std::uint64_t End(std::int32_t pk);
+    std::uint64_t SeekTo(std::int32_t pk, std::uint32_t timeMS);
+
+    /// Publishes changed assets, and lets playback know of new lengths.
+    std::uint64_t ApplyAssets(const AssetChanges& changes);
+
+    /// While it lives, no preset with this asset begins to play. The constructor throws Refused while one plays.
+    class AssetHold {
+    public:
+        AssetHold(UnitModel& model, std::string path);
+        ~AssetHold();
+        AssetHold(const AssetHold&) = delete;
+        AssetHold& operator=(const AssetHold&) = delete;
+
+    private:
+        UnitModel& Model;
+        const std::string Path;
+    };
+
+    std::uint64_t Revision() const { return Updates.Revision(); }
+    /// Carries out what is due and publishes positions; false when nothing moves any more.
+    bool Tick();
+    /// Returns when a position begins to move, or when it is asked to stop.
+    void WaitForPlay(const std::stop_token& stop);
+    /// Writes the selection if it has changed. Throws Fault.
+    void SaveSelection();
+    /// Ends playback and reads the store again. Throws Fault, and leaves all as it is, when the store is damaged.
+    void Reload();
+
+private:
+    PresetPtr Find(std::int32_t pk);
+    std::int32_t NextTabIndex() const;
+    std::uint64_t Store(zorvic::v1::Preset edited, const zorvic::v1::Preset& stored);
+    std::uint64_t ShowPreset(const zorvic::v1::Preset& preset);
+    std::uint64_t Publish(std::vector<FeedChange> changes);
+    template <typename Command>
+    std::uint64_t Play(const Command& command);
+    template <typename Edit>
+    std::uint64_t EditMarks(const zorvic::v1::MarkRequest& request, const Edit& edit);
+
+    /// Guards the tables and SavedSelection, and lets presets change only in its holder's thread.
+    std::mutex WriteLock;
+    PresetTable Table;
+    SettingsTable Settings;
+    std::int32_t SavedSelection = 0;
+
+    std::mutex ModelLock;  ///< guards everything below
+    std::condition_variable_any PlayStarted;
+    Playback Playing;
+    std::map<std::int32_t, PresetPtr> Presets;
+    std::int32_t Selected = 0;
+    std::pair<std::uint64_t, std::int32_t> ShownStates{};  ///< version and selection of the states last published
+    Feed& Updates;
+};
+
+}  // namespace ZorvicUnit

@@ -1,0 +1,114 @@
+#include "model/unit_model.h"
+
+#include "assets/asset_changes.h"
+#include "feed/pieces.h"
+
+#include <utility>
+
+namespace ZorvicUnit {
+
+namespace {
+
+zorvic::v1::PresetStates StatesOf(const std::map<std::int32_t, PresetPtr>& presets, const Playback& playing,
+                                  std::int32_t selected) {
+    zorvic::v1::PresetStates states;
+    states.mutable_states()->Reserve(static_cast<int>(presets.size()));
+    for (const auto& [pk, preset] : presets) {
+        const PlayState from = playing.StateOf(pk);
+        auto& state = *states.add_states();
+        state.set_pk(pk);
+        state.set_trt(from.TRT);
+        state.set_current_loop(from.CurrentLoop);
+        state.set_playing(from.Playing);
+        state.set_paused(from.Paused);
+        state.set_selected(pk == selected);
+    }
+    return states;
+}
+
+zorvic::v1::TimeCodes TimeCodesOf(const std::vector<PlayPosition>& positions) {
+    zorvic::v1::TimeCodes codes;
+    for (const PlayPosition& position : positions) {
+        auto& code = *codes.add_timecodes();
+        code.set_pk(position.PK);
+        code.set_time_ms(position.RemainingMS);
+        code.mutable_levels()->Assign(position.Levels.begin(), position.Levels.end());
+    }
+    return codes;
+}
+
+}  // namespace
+
+template <typename Command>
+std::uint64_t UnitModel::Play(const Command& command) {
+    const std::scoped_lock lock(ModelLock);
+    command();
+    return Publish({});
+}
+
+std::uint64_t UnitModel::Take(std::int32_t pk) {
+    return Play([&] { Playing.Take(pk); });
+}
+
+std::uint64_t UnitModel::Pause(std::int32_t pk) {
+    return Play([&] { Playing.Pause(pk); });
+}
+
+std::uint64_t UnitModel::End(std::int32_t pk) {
+    return Play([&] { Playing.End(pk); });
+}
+
+std::uint64_t UnitModel::SeekTo(std::int32_t pk, std::uint32_t timeMS) {
+    return Play([&] { Playing.Seek(pk, timeMS); });
+}
+
+std::uint64_t UnitModel::ApplyAssets(const AssetChanges& changes) {
+    std::vector<FeedChange> updates;
+    std::vector<std::string> paths;
+    for (const auto& asset : changes.Upserted) {
+        updates.push_back(AssetChanged(asset));
+        paths.push_back(asset.full_path());
+    }
+    for (const std::string& path : changes.Removed) {
+        updates.push_back(AssetGone(path));
+        paths.push_back(path);
+    }
+    const std::scoped_lock lock(ModelLock);
+    if (!paths.empty()) Playing.AssetsChanged(paths);
+    return Publish(std::move(updates));
+}
+
+UnitModel::AssetHold::AssetHold(UnitModel& model, std::string path) : Model(model), Path(std::move(path)) {
+    const std::scoped_lock lock(Model.ModelLock);
+    Model.Playing.HoldAsset(Path);
+}
+
+UnitModel::AssetHold::~AssetHold() {
+    const std::scoped_lock lock(Model.ModelLock);
+    Model.Playing.ReleaseAsset(Path);
+}
+
+bool UnitModel::Tick() {
+    const std::scoped_lock lock(ModelLock);
+    Playing.Advance();
+    Publish({});
+    return Playing.Rolling();
+}
+
+void UnitModel::WaitForPlay(const std::stop_token& stop) {
+    std::unique_lock lock(ModelLock);
+    PlayStarted.wait(lock, stop, [this] { return Playing.Rolling(); });
+}
+
+// Called with ModelLock held, so that changes come to the feed in the order in which they happened. States and
+// positions follow from the model; the feed leaves out what has not changed.
+std::uint64_t UnitModel::Publish(std::vector<FeedChange> changes) {
+    const std::pair shown(Playing.StatesVersion(), Selected);
+    if (shown != ShownStates) changes.push_back(StatesChange(StatesOf(Presets, Playing, Selected)));
+    ShownStates = shown;
+    changes.push_back(TimeCodesChange(TimeCodesOf(Playing.Positions())));
+    if (Playing.Rolling()) PlayStarted.notify_all();
+    return Updates.Publish(std::move(changes));
+}
+
+}  // namespace ZorvicUnit

@@ -1,0 +1,204 @@
+#include "rpc/unit_service.h"
+
+#include "assets/asset_store.h"
+#include "fault.h"
+#include "feed/feed.h"
+#include "feed/frames.h"
+#include "files/names.h"
+#include "model/asset_link.h"
+#include "model/unit_model.h"
+
+#include <spdlog/spdlog.h>
+
+#include <chrono>
+#include <exception>
+#include <utility>
+
+namespace ZorvicUnit {
+
+using grpc::ServerContext;
+using grpc::Status;
+using grpc::StatusCode;
+using zorvic::v1::CommandReply;
+
+namespace {
+
+// Below the promised 250 ms, so that a heartbeat is in time also on a busy machine.
+constexpr std::chrono::milliseconds HeartbeatPeriod(150);
+
+StatusCode ToStatusCode(FaultKind kind) {
+    switch (kind) {
+        case FaultKind::Misused:
+            return StatusCode::INVALID_ARGUMENT;
+        case FaultKind::NotFound:
+            return StatusCode::NOT_FOUND;
+        case FaultKind::Refused:
+            return StatusCode::FAILED_PRECONDITION;
+        case FaultKind::DiskFull:
+            return StatusCode::RESOURCE_EXHAUSTED;
+        case FaultKind::Slow:
+            return StatusCode::DEADLINE_EXCEEDED;
+        case FaultKind::Internal:
+            break;
+    }
+    return StatusCode::INTERNAL;
+}
+
+// Turns what the action throws into its status; what says what was tried on what, for the log. Both may quote the
+// console: a line break in a path must not forge a line.
+template <typename Action>
+Status Attempt(const std::string& what, const Action& action) {
+    try {
+        action();
+        spdlog::debug("{}: done", what);
+        return Status::OK;
+    } catch (const Fault& fault) {
+        spdlog::warn("{}: {}", ForLog(what), ForLog(fault.what()));
+        return {ToStatusCode(fault.Kind), fault.what()};
+    } catch (const std::exception& error) {
+        spdlog::error("{}: {}", ForLog(what), ForLog(error.what()));
+        return {StatusCode::INTERNAL, error.what()};
+    }
+}
+
+// Carries out one request, unless the unit is ending. A command whose console has given up is not carried out late.
+template <typename Action>
+Status Answer(RequestGate& gate, const ServerContext& context, const std::string& what, const Action& action) {
+    const RequestGate::Pass pass(gate);
+    if (!pass.Granted()) return {StatusCode::UNAVAILABLE, "the unit is ending"};
+    if (context.IsCancelled()) return {StatusCode::CANCELLED, "given up by the caller"};
+    return Attempt(what, action);
+}
+
+std::string OnPreset(const char* what, std::int32_t pk) {
+    return fmt::format("{} preset {}", what, pk);
+}
+
+std::string OnMark(const char* what, const zorvic::v1::MarkRequest& request) {
+    return fmt::format("{} mark of preset {} at {} ms", what, request.pk(), request.time_ms());
+}
+
+}  // namespace
+
+UnitService::UnitService(zorvic::v1::Identity identity, UnitModel& model, AssetStore& assets, AssetLink& link,
+                         Feed& updates, PowerHandler power)
+    : Self(std::move(identity)),
+      Model(model),
+      Assets(assets),
+      Link(link),
+      Updates(updates),
+      OnPower(std::move(power)) {}
+
+// Holds its thread for as long as the console watches. A console that does not read blocks the write, and with it only
+// this thread.
+Status UnitService::Watch(ServerContext* context, const zorvic::v1::WatchRequest* /*request*/,
+                          grpc::ServerWriter<zorvic::v1::Frame>* writer) {
+    bool over = false;
+    const Status status = Attempt("watch", [&] {
+        Feed::Subscription subscription(Updates);
+        const auto write = [&](const zorvic::v1::Frame& frame) { return writer->Write(frame); };
+        while (!context->IsCancelled()) {
+            const auto batch = subscription.Next(HeartbeatPeriod);
+            over = !batch;
+            if (over || !WriteFrames(*batch, write)) return;
+        }
+    });
+    return over && status.ok() ? Status(StatusCode::UNAVAILABLE, "the unit ends the session") : status;
+}
+
+Status UnitService::Identify(ServerContext* /*context*/, const zorvic::v1::IdentifyRequest* /*request*/,
+                             zorvic::v1::Identity* reply) {
+    *reply = Self;
+    return Status::OK;
+}
+
+Status UnitService::CreatePreset(ServerContext* context, const zorvic::v1::CreatePresetRequest* request,
+                                 CommandReply* reply) {
+    return Answer(Gate, *context, "create preset", [&] { reply->set_revision(Model.CreatePreset(request->preset())); });
+}
+
+Status UnitService::UpdatePreset(ServerContext* context, const zorvic::v1::UpdatePresetRequest* request,
+                                 CommandReply* reply) {
+    return Answer(Gate, *context, OnPreset("update", request->preset().pk()),
+                  [&] { reply->set_revision(Model.UpdatePreset(request->preset(), request->fields())); });
+}
+
+Status UnitService::DeletePreset(ServerContext* context, const zorvic::v1::PresetRequest* request,
+                                 CommandReply* reply) {
+    return Answer(Gate, *context, OnPreset("delete", request->pk()),
+                  [&] { reply->set_revision(Model.DeletePreset(request->pk())); });
+}
+
+Status UnitService::SelectPreset(ServerContext* context, const zorvic::v1::PresetRequest* request,
+                                 CommandReply* reply) {
+    return Answer(Gate, *context, OnPreset("select", request->pk()),
+                  [&] { reply->set_revision(Model.SelectPreset(request->pk())); });
+}
+
+Status UnitService::Take(ServerContext* context, const zorvic::v1::PresetRequest* request, CommandReply* reply) {
+    return Answer(Gate, *context, OnPreset("take", request->pk()),
+                  [&] { reply->set_revision(Model.Take(request->pk())); });
+}
+
+Status UnitService::Pause(ServerContext* context, const zorvic::v1::PresetRequest* request, CommandReply* reply) {
+    return Answer(Gate, *context, OnPreset("pause", request->pk()),
+                  [&] { reply->set_revision(Model.Pause(request->pk())); });
+}
+
+Status UnitService::End(ServerContext* context, const zorvic::v1::PresetRequest* request, CommandReply* reply) {
+    return Answer(Gate, *context, OnPreset("end", request->pk()),
+                  [&] { reply->set_revision(Model.End(request->pk())); });
+}
+
+Status UnitService::SeekTo(ServerContext* context, const zorvic::v1::SeekRequest* request, CommandReply* reply) {
+    return Answer(Gate, *context, OnPreset("seek", request->pk()),
+                  [&] { reply->set_revision(Model.SeekTo(request->pk(), request->time_ms())); });
+}
+
+Status UnitService::CreateMark(ServerContext* context, const zorvic::v1::MarkRequest* request, CommandReply* reply) {
+    return Answer(Gate, *context, OnMark("create", *request), [&] { reply->set_revision(Model.CreateMark(*request)); });
+}
+
+Status UnitService::RenameMark(ServerContext* context, const zorvic::v1::MarkRequest* request, CommandReply* reply) {
+    return Answer(Gate, *context, OnMark("rename", *request), [&] { reply->set_revision(Model.RenameMark(*request)); });
+}
+
+Status UnitService::DeleteMark(ServerContext* context, const zorvic::v1::MarkRequest* request, CommandReply* reply) {
+    return Answer(Gate, *context, OnMark("delete", *request), [&] { reply->set_revision(Model.DeleteMark(*request)); });
+}
+
+Status UnitService::DeleteAsset(ServerContext* context, const zorvic::v1::AssetRequest* request, CommandReply* reply) {
+    return Answer(Gate, *context, "delete asset " + request->path(),
+                  [&] { reply->set_revision(Link.Delete(request->path())); });
+}
+
+Status UnitService::InstallAsset(ServerContext* context, const zorvic::v1::AssetRequest* request, CommandReply* reply) {
+    return Answer(Gate, *context, "install asset " + request->path(),
+                  [&] { reply->set_revision(Link.Install(request->path())); });
+}
+
+Status UnitService::Power(ServerContext* context, const zorvic::v1::PowerRequest* request, CommandReply* reply) {
+    return Answer(Gate, *context, fmt::format("power action {}", static_cast<int>(request->action())), [&] {
+        if (!zorvic::v1::PowerAction_IsValid(request->action()) ||
+            request->action() == zorvic::v1::POWER_ACTION_UNSPECIFIED)
+            throw Fault(FaultKind::Misused, "no such power action");
+        reply->set_revision(Model.Revision());
+        OnPower(request->action());
+    });
+}
+
+Status UnitService::ReadAssetMetadata(ServerContext* context, const zorvic::v1::AssetRequest* request,
+                                      zorvic::v1::AssetMetadata* reply) {
+    return Answer(Gate, *context, "read metadata of " + request->path(),
+                  [&] { *reply = Assets.ReadMetadata(request->path()); });
+}
+
+Status UnitService::ListDirectory(ServerContext* context, const zorvic::v1::ListDirectoryRequest* request,
+                                  zorvic::v1::ListDirectoryReply* reply) {
+    return Answer(Gate, *context, fmt::format("list {} of drive {}", request->path(), request->drive()), [&] {
+        const auto entries = Assets.ListDirectory(request->drive(), request->path());
+        reply->mutable_entries()->Assign(entries.begin(), entries.end());
+    });
+}
+
+}  // namespace ZorvicUnit

@@ -1,0 +1,79 @@
+#pragma once
+
+#include "rpc/request_gate.h"
+
+#include <zorvic/v1/unit.grpc.pb.h>
+
+#include <chrono>
+#include <functional>
+
+namespace ZorvicUnit {
+
+class AssetLink;
+class AssetStore;
+class Feed;
+class UnitModel;
+
+/// The protocol's server side: one short handler per request. Every Fault becomes the one wire status it maps to and a
+/// line in the log; no other exception leaves a handler either. Handlers run on threads of the RPC library.
+class UnitService final : public zorvic::v1::Unit::Service {
+public:
+    using PowerHandler = std::function<void(zorvic::v1::PowerAction)>;
+
+    /// All references must outlive the object. power is called from a handler's thread before the reply has left, so it
+    /// must only take note.
+    UnitService(zorvic::v1::Identity identity, UnitModel& model, AssetStore& assets, AssetLink& link, Feed& updates,
+                PowerHandler power);
+
+    /// Turns further requests away and waits for those being carried out, no longer than the limit.
+    void Drain(std::chrono::milliseconds limit) { Gate.Close(limit); }
+
+    grpc::Status Watch(grpc::ServerContext* context, const zorvic::v1::WatchRequest* request,
+                       grpc::ServerWriter<zorvic::v1::Frame>* writer) override;
+    grpc::Status Identify(grpc::ServerContext* context, const zorvic::v1::IdentifyRequest* request,
+                          zorvic::v1::Identity* reply) override;
+
+    grpc::Status CreatePreset(grpc::ServerContext* context, const zorvic::v1::CreatePresetRequest* request,
+                              zorvic::v1::CommandReply* reply) override;
+    grpc::Status UpdatePreset(grpc::ServerContext* context, const zorvic::v1::UpdatePresetRequest* request,
+                              zorvic::v1::CommandReply* reply) override;
+    grpc::Status DeletePreset(grpc::ServerContext* context, const zorvic::v1::PresetRequest* request,
+                              zorvic::v1::CommandReply* reply) override;
+    grpc::Status SelectPreset(grpc::ServerContext* context, const zorvic::v1::PresetRequest* request,
+                              zorvic::v1::CommandReply* reply) override;
+    grpc::Status Take(grpc::ServerContext* context, const zorvic::v1::PresetRequest* request,
+                      zorvic::v1::CommandReply* reply) override;
+    grpc::Status Pause(grpc::ServerContext* context, const zorvic::v1::PresetRequest* request,
+                       zorvic::v1::CommandReply* reply) override;
+    grpc::Status End(grpc::ServerContext* context, const zorvic::v1::PresetRequest* request,
+                     zorvic::v1::CommandReply* reply) override;
+    grpc::Status SeekTo(grpc::ServerContext* context, const zorvic::v1::SeekRequest* request,
+                        zorvic::v1::CommandReply* reply) override;
+    grpc::Status CreateMark(grpc::ServerContext* context, const zorvic::v1::MarkRequest* request,
+                            zorvic::v1::CommandReply* reply) override;
+    grpc::Status RenameMark(grpc::ServerContext* context, const zorvic::v1::MarkRequest* request,
+                            zorvic::v1::CommandReply* reply) override;
+    grpc::Status DeleteMark(grpc::ServerContext* context, const zorvic::v1::MarkRequest* request,
+                            zorvic::v1::CommandReply* reply) override;
+    grpc::Status DeleteAsset(grpc::ServerContext* context, const zorvic::v1::AssetRequest* request,
+                             zorvic::v1::CommandReply* reply) override;
+    grpc::Status InstallAsset(grpc::ServerContext* context, const zorvic::v1::AssetRequest* request,
+                              zorvic::v1::CommandReply* reply) override;
+    grpc::Status Power(grpc::ServerContext* context, const zorvic::v1::PowerRequest* request,
+                       zorvic::v1::CommandReply* reply) override;
+    grpc::Status ReadAssetMetadata(grpc::ServerContext* context, const zorvic::v1::AssetRequest* request,
+                                   zorvic::v1::AssetMetadata* reply) override;
+    grpc::Status ListDirectory(grpc::ServerContext* context, const zorvic::v1::ListDirectoryRequest* request,
+                               zorvic::v1::ListDirectoryReply* reply) override;
+
+private:
+    const zorvic::v1::Identity Self;
+    UnitModel& Model;
+    AssetStore& Assets;  ///< for questions
+    AssetLink& Link;     ///< for commands on assets
+    Feed& Updates;
+    const PowerHandler OnPower;
+    RequestGate Gate;
+};
+
+}  // namespace ZorvicUnit
