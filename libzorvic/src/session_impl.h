@@ -2,7 +2,7 @@
 
 #include "connection.h"
 #include "events.h"
-#include "preset_diff.h"
+#include "preset_edits.h"
 #include "wire.h"
 
 #include <zorvic/session.h>

@@ -1,5 +1,5 @@
 #include "conversions.h"
-#include "preset_diff.h"
+#include "preset_edits.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "preset_diff.h"
+#include "preset_edits.h"
 
 #include "conversions.h"
 
