@@ -8,6 +8,7 @@
 
 using namespace Zorvic;
 using namespace Zorvic::Internal;
+using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -69,18 +70,71 @@ TEST(PictureValues, EverySliderPositionReadsBackAsItWasSet) {
     EXPECT_TRUE(std::isnan(StoredPictureValue(NAN)));
 }
 
-TEST(PresetDifference, RoundingAloneIsNoChange) {
-    Preset base = FullPreset();
-    Preset edited = base;
-    const auto changed = [&] { return DifferenceRequest(&base, edited).fields().paths(); };
+/// What an edit sends after a history of versions that the session handed out or wrote.
+class PresetEditing : public testing::Test {
+protected:
+    void HandOut(const Preset& version) {
+        Edits.HandedOut(std::make_shared<PresetList>(PresetList{std::make_shared<Preset>(version)}), Now);
+    }
+    auto Sent(const Preset& edited) { return Edits.Request(edited, Now).fields().paths(); }
+
+    PresetEdits Edits;
+    PresetEdits::TimePoint Now{1h};
+    Preset Copy = FullPreset();
+};
+
+TEST_F(PresetEditing, RoundingAloneIsNoChange) {
+    Preset base = Copy;
     float& stored = base.Canvases[0].Assets[0].Hue;
-    float& slider = edited.Canvases[0].Assets[0].Hue;
+    float& slider = Copy.Canvases[0].Assets[0].Hue;
+    const auto sentOver = [&](float value) {
+        stored = value;
+        HandOut(base);
+        return Sent(Copy);
+    };
     slider = 0.29F;
-    stored = StoredPictureValue(slider);
-    ASSERT_NE(stored, slider);
-    EXPECT_THAT(changed(), IsEmpty()) << "the unit holds what sending would make of it";
-    stored = slider;
-    EXPECT_THAT(changed(), IsEmpty()) << "the unit's own unrounded value was not touched";
-    stored = std::nextafter(slider, 0.0F);
-    EXPECT_THAT(changed(), ElementsAre("canvases"));
+    ASSERT_NE(StoredPictureValue(slider), slider);
+    EXPECT_THAT(sentOver(StoredPictureValue(slider)), IsEmpty()) << "the unit holds what sending would make of it";
+    EXPECT_THAT(sentOver(slider), IsEmpty()) << "the unit's own unrounded value was not touched";
+    EXPECT_THAT(sentOver(std::nextafter(slider, 0.0F)), ElementsAre("canvases"));
+}
+
+TEST_F(PresetEditing, RefreshesBetweenReadingAndWritingChangeNothing) {
+    HandOut(Copy);
+    Preset others = Copy;
+    Now += 1h;
+    for (int refresh = 0; refresh < 5; ++refresh, Now += 100ms) {
+        others.Notes = std::to_string(refresh);
+        others.Loop = 1;
+        HandOut(others);
+        HandOut(others);
+    }
+    Copy.Name = "Closing";
+    EXPECT_THAT(Sent(Copy), ElementsAre("name"));
+    others.Name = "Closing";
+    others.Link = 3;
+    EXPECT_THAT(Sent(others), ElementsAre("name", "link")) << "a copy of the newest";
+    Edits.Written(Copy);
+    HandOut(others);
+    Copy.FreezeAtEnd = false;
+    EXPECT_THAT(Sent(Copy), ElementsAre("freeze_at_end")) << "its writer goes on with it";
+    Now += PresetEdits::Grace;
+    EXPECT_THAT(Sent(Copy), ElementsAre("notes", "loop", "link", "freeze_at_end")) << "held for long: it wins";
+}
+
+TEST_F(PresetEditing, SettingBackWhatWasChangedIsAlwaysSent) {
+    HandOut(Copy);
+    Preset trimmed = Copy;
+    trimmed.InPosition = 9000;
+    HandOut(trimmed);
+    trimmed.OutPosition = 1000;
+    HandOut(trimmed);
+    EXPECT_THAT(Sent(Copy), ElementsAre("in_position", "out_position")) << "somebody else's trim, reset at once";
+    Copy.Name = "Closing";
+    Now += PresetEdits::Grace;
+    EXPECT_THAT(Sent(Copy), ElementsAre("name", "in_position", "out_position")) << "with something new, once seen";
+    HandOut(Copy);
+    Edits.Written(trimmed);
+    Copy.Notes = "untrimmed";
+    EXPECT_THAT(Sent(Copy), ElementsAre("name", "notes", "in_position", "out_position")) << "the own trim";
 }

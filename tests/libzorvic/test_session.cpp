@@ -86,6 +86,7 @@ TEST(Session, EditSendsWhatDiffersAndUndoesNobodysEdit) {
 
     stored.set_notes("another console's");
     unit.Store(stored);
+    ASSERT_TRUE(WaitUntil([&] { return OnlyPreset(session).Notes == stored.notes(); })) << "a refresh reads it";
     copy.Name = "Closing";
     EXPECT_EQ(session.UpdatePreset(copy), ZORVIC_STATUS_OK);
     copy.FreezeAtEnd = false;
