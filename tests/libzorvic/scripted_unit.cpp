@@ -87,7 +87,7 @@ grpc::Status ScriptedUnit::Watch(grpc::ServerContext* context, const Wire::Watch
 
 grpc::Status ScriptedUnit::UpdatePreset(grpc::ServerContext*, const Wire::UpdatePresetRequest* request,
                                         Wire::CommandReply* reply) {
-    const std::lock_guard guard(Lock);
+    const std::scoped_lock lock(Lock);
     Received.push_back(*request);
     if (!CommandStatus.ok()) return CommandStatus;
     Wire::Preset preset = Presets[request->preset().pk()];

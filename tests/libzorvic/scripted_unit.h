@@ -64,7 +64,7 @@ public:
 private:
     template <typename Action>
     std::invoke_result_t<Action> Locked(const Action& action) {
-        const std::lock_guard guard(Lock);
+        const std::scoped_lock lock(Lock);
         Changed.notify_all();
         return action();
     }

@@ -37,9 +37,8 @@ TEST(Players, GoToCanvasesInOrderOfTheirNumbersUntilTheyAreUsedUp) {
     Preset preset = PresetWithOutputs({1, 2, 0, 3, 1});
     std::swap(preset.Canvases[0], preset.Canvases[1]);
     const std::vector<int> players = {1, 6, 0, 8, 0};
-    for (std::uint32_t i = 0; i < players.size(); ++i) {
+    for (std::uint32_t i = 0; i < players.size(); ++i)
         EXPECT_EQ(preset.GetPlayersForCanvas(i), players[i]) << "canvas " << i;
-    }
     EXPECT_EQ(preset.GetActivePlayerForCanvas(1), ZORVIC_PLAYER_2);
     EXPECT_EQ(preset.GetActivePlayerForCanvas(4), ZORVIC_PLAYER_INVALID);
     EXPECT_EQ(preset.GetPlayersForCanvas(99), ZORVIC_PLAYER_INVALID);

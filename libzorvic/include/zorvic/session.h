@@ -98,11 +98,11 @@ public:
     StatusCode SoftRebootZorvic();
     StatusCode ShutdownZorvic();
 
-    /// Registers fn for one kind of change, replacing an earlier registration; a null fn unregisters. When this returns,
-    /// the earlier callback is not running and never runs again; so do not call it with a lock held that the callback
-    /// takes. (From within a callback it does not wait for that one itself.) A registration is answered with one event of
-    /// its type at once, survives Reconnect, and gets one event after every new snapshot. Works without a link, too.
-    /// ZORVIC_STATUS_MISUSED for a type that is not between ZORVIC_STATE_INVALID and ZORVIC_STATE_MAX.
+    /// Registers fn for one kind of change, replacing an earlier registration; a null fn unregisters. When this
+    /// returns, the earlier callback is not running and never runs again; so do not call it with a lock held that the
+    /// callback takes. (From within a callback it does not wait for that one itself.) A registration is answered with
+    /// one event of its type at once, survives Reconnect, and gets one event after every new snapshot. Works without a
+    /// link, too. ZORVIC_STATUS_MISUSED for a type that is not between ZORVIC_STATE_INVALID and ZORVIC_STATE_MAX.
     StatusCode SetStateEventCallback(StateEventType type, StateEventCallback fn, void* user);
 
 private:
