@@ -126,20 +126,22 @@ TEST_F(Tracker, LateAnswerOfAnEarlierPlaceIsIgnored) {
 TEST(Service, ListsWhoAnswersAndRestsWhenNobodyAsks) {
     auto first = std::make_unique<ScriptedUnit>("unit-1");
     const ScriptedUnit second("unit-2");
+    const std::vector<AnnouncedUnit> announced = {
+        Announced("1", "127.0.0.1", first->Port), Announced("2", "127.0.0.1", second.Port),
+        Announced("dead", "127.0.0.1", 1), Announced("garbage", "not a host", 1)};
     std::atomic<int> running{0};
     std::atomic<ServiceListener*> listener{nullptr};
     DiscoveryService service(
         [&](ServiceListener& given) {
             listener = &given;
+            for (const auto& unit : announced)
+                given.OnAnnounced(unit);
             return std::make_unique<FakeBrowser>(running);
         },
-        MakeUnitProber(), 200ms);
+        MakeUnitProber(), 1s);
     EXPECT_EQ(running, 0);
-    ASSERT_TRUE(WaitUntil([&] { return service.Units().empty() && running == 1 && listener.load() != nullptr; }));
-    for (const auto& announced : {Announced("1", "127.0.0.1", first->Port), Announced("2", "127.0.0.1", second.Port),
-                                  Announced("dead", "127.0.0.1", 1), Announced("garbage", "not a host", 1)})
-        listener.load()->OnAnnounced(announced);
-    EXPECT_TRUE(WaitUntil([&] { return service.Units().size() == 2; }));
+    ASSERT_TRUE(WaitUntil([&] { return service.Units().size() == 2; }));
+    EXPECT_EQ(running, 1);
     listener.load()->OnWithdrawn("2");
     EXPECT_THAT(service.Units(), ElementsAre(HasGUID("unit-1")));
     first.reset();
