@@ -9,8 +9,7 @@
 
 namespace Zorvic::Internal {
 
-/// What gRPC is asked to connect to for a host text: `address`, `address:port`, `name`, `name:port`, an IPv6 address,
-/// or
+/// What gRPC is asked to connect to for a host text: `address`, `address:port`, `name`, `name:port`, an IPv6 address or
 /// `[IPv6]:port`. Nothing for a text that makes no sense, so that it never reaches a resolver.
 std::optional<std::string> ChannelTarget(const std::string& host);
 

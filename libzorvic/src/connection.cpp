@@ -6,11 +6,41 @@
 #include <exception>
 
 namespace Zorvic::Internal {
+namespace {
+
+/// What a caller is told about the outcome of a call on the wire.
+StatusCode ToStatusCode(const grpc::Status& status) {
+    switch (status.error_code()) {
+        case grpc::StatusCode::OK:
+            return ZORVIC_STATUS_OK;
+        case grpc::StatusCode::INVALID_ARGUMENT:
+        case grpc::StatusCode::OUT_OF_RANGE:
+            return ZORVIC_STATUS_MISUSED;
+        case grpc::StatusCode::NOT_FOUND:
+        case grpc::StatusCode::ALREADY_EXISTS:
+        case grpc::StatusCode::FAILED_PRECONDITION:
+        case grpc::StatusCode::RESOURCE_EXHAUSTED:
+        case grpc::StatusCode::PERMISSION_DENIED:
+        case grpc::StatusCode::ABORTED:
+            return ZORVIC_STATUS_FAILED;
+        case grpc::StatusCode::UNIMPLEMENTED:
+            return ZORVIC_STATUS_UNIMPLEMENTED;
+        case grpc::StatusCode::UNAVAILABLE:
+        case grpc::StatusCode::DEADLINE_EXCEEDED:
+        case grpc::StatusCode::CANCELLED:
+        case grpc::StatusCode::UNAUTHENTICATED:
+            return ZORVIC_STATUS_NETWORKERROR;
+        default:
+            return ZORVIC_STATUS_INTERNALERROR;
+    }
+}
+
+}  // namespace
 
 Connection::CallInFlight::CallInFlight(Connection& connection, std::chrono::milliseconds limit)
     : Owner(connection), Context(std::make_unique<grpc::ClientContext>()) {
     Context->set_deadline(std::chrono::system_clock::now() + limit);
-    const std::lock_guard guard(Owner.Lock);
+    const std::scoped_lock lock(Owner.Lock);
     if (Owner.Phase == PhaseType::Up) {
         Owner.InFlight.insert(Context.get());
     } else {
@@ -19,7 +49,7 @@ Connection::CallInFlight::CallInFlight(Connection& connection, std::chrono::mill
 }
 
 Connection::CallInFlight::~CallInFlight() {
-    const std::lock_guard guard(Owner.Lock);
+    const std::scoped_lock lock(Owner.Lock);
     Owner.InFlight.erase(Context.get());
 }
 
@@ -73,7 +103,7 @@ void Connection::ComeUp() {
     {
         // The events come after the link, so that whoever hears them can read; and before anybody who waited for the
         // link goes on, so that what is registered then is answered once.
-        const std::lock_guard guard(Lock);
+        const std::scoped_lock lock(Lock);
         Phase = PhaseType::Up;
         Events.Raise(AllEvents);
     }
@@ -83,7 +113,7 @@ void Connection::ComeUp() {
 void Connection::GoDown(const std::string& reason) {
     Note(Host, reason);
     {
-        const std::lock_guard guard(Lock);
+        const std::scoped_lock lock(Lock);
         Phase = PhaseType::Down;
         for (grpc::ClientContext* call : InFlight)
             call->TryCancel();

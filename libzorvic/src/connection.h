@@ -2,9 +2,10 @@
 
 #include "events.h"
 #include "mirror.h"
-#include "status.h"
 #include "watch_stream.h"
 #include "wire.h"
+
+#include <zorvic/enums.h>
 
 #include <atomic>
 #include <chrono>

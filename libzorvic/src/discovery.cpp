@@ -14,9 +14,7 @@ std::vector<LANZorvic> GetLANZorvics() {
         const char* variable = std::getenv("ZORVIC_DISCOVERY");
         return std::string(variable ? variable : "");
     }();
-    if (Interface == "off") {
-        return {};
-    }
+    if (Interface == "off") return {};
     // Destroyed at exit, before the libraries it uses: its parts are made while they are already there.
     static Internal::DiscoveryService service(
         [](Internal::ServiceListener& listener) { return Internal::MakeServiceBrowser(Interface, listener); },

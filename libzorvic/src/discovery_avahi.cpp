@@ -68,9 +68,7 @@ private:
 
 AvahiBrowser::AvahiBrowser(std::string interfaceName, ServiceListener& listener)
     : InterfaceName(std::move(interfaceName)), Listener(listener), Poll(avahi_simple_poll_new()) {
-    if (!Poll) {
-        throw std::runtime_error("no file descriptor left");
-    }
+    if (!Poll) throw std::runtime_error("no file descriptor left");
     std::promise<void> started;
     auto outcome = started.get_future();
     Worker = std::thread([this, promise = std::move(started)]() mutable { Run(std::move(promise)); });
@@ -98,9 +96,7 @@ void AvahiBrowser::Run(std::promise<void> started) {
     } catch (const std::runtime_error&) {
         started.set_exception(std::current_exception());
     }
-    if (Server) {
-        avahi_server_free(Server);  // with its browser and resolvers
-    }
+    if (Server) avahi_server_free(Server);  // with its browser and resolvers
 }
 
 void AvahiBrowser::Start() {
@@ -109,15 +105,11 @@ void AvahiBrowser::Start() {
     avahi_server_config_init(&config);
     config.use_ipv6 = 0;
     config.disable_publishing = 1;
-    if (!InterfaceName.empty()) {
-        config.allow_interfaces = avahi_string_list_add(nullptr, InterfaceName.c_str());
-    }
+    if (!InterfaceName.empty()) config.allow_interfaces = avahi_string_list_add(nullptr, InterfaceName.c_str());
     int error = 0;
     Server = avahi_server_new(avahi_simple_poll_get(Poll), &config, OnServer, nullptr, &error);
     avahi_server_config_free(&config);
-    if (!Server) {
-        throw std::runtime_error(avahi_strerror(error));
-    }
+    if (!Server) throw std::runtime_error(avahi_strerror(error));
     if (!InterfaceName.empty() && if_nametoindex(InterfaceName.c_str()) == 0) {
         throw std::runtime_error("there is no interface \"" + InterfaceName + '"');
     }
@@ -142,9 +134,7 @@ void AvahiBrowser::OnService(AvahiSServiceBrowser*, AvahiIfIndex interface, Avah
 void AvahiBrowser::Resolve(AvahiIfIndex interface, AvahiProtocol protocol, const char* name, const char* domain) {
     auto* resolver = avahi_s_service_resolver_new(Server, interface, protocol, name, ServiceType, domain,
                                                   AVAHI_PROTO_INET, {}, OnResolved, this);
-    if (resolver) {
-        Resolvers[KeyOf(interface, name)] = resolver;
-    }
+    if (resolver) Resolvers[KeyOf(interface, name)] = resolver;
 }
 
 void AvahiBrowser::Forget(const std::string& key) {

@@ -63,10 +63,9 @@ private:
 
 NetworkProber::~NetworkProber() {
     {
-        const std::scoped_lock guard(Lock);
-        for (const auto& [tag, call] : Calls) {
+        const std::scoped_lock lock(Lock);
+        for (const auto& [tag, call] : Calls)
             call->Context.TryCancel();
-        }
     }
     Queue.Shutdown();
     Worker.join();
@@ -84,7 +83,7 @@ void NetworkProber::Ask(const std::string& host, Done done) {
     call->Context.set_deadline(std::chrono::system_clock::now() + Deadline);
     call->WhenDone = std::move(done);
     // The answer may be taken from the queue before this function is left: it finds the call in the list.
-    const std::scoped_lock guard(Lock);
+    const std::scoped_lock lock(Lock);
     Call& kept = *call;
     Calls.emplace(&kept, std::move(call));
     kept.Reader = kept.Stub->AsyncIdentify(&kept.Context, {}, &Queue);
@@ -98,7 +97,7 @@ void NetworkProber::Run() {
     while (Queue.Next(&tag, &ok)) {
         std::unique_ptr<Call> call;
         {
-            const std::scoped_lock guard(Lock);
+            const std::scoped_lock lock(Lock);
             call = std::move(Calls.extract(tag).mapped());
         }
         call->WhenDone(call->Status.ok() ? std::optional(ToRecord(call->Reply)) : std::nullopt);

@@ -40,9 +40,7 @@ std::int32_t FindNumber(const std::vector<std::string>& text, std::string_view k
 }
 
 void FillIfEmpty(std::string& text, const std::string& other) {
-    if (text.empty()) {
-        text = other;
-    }
+    if (text.empty()) text = other;
 }
 
 }  // namespace

@@ -19,8 +19,7 @@ struct AnnouncedUnit {
 /// Address to connect to: with ":port" when the port is not the default.
 std::string HostText(const AnnouncedUnit& announced);
 
-/// What the TXT record says. Unknown keys and malformed values are skipped; of a key that stands twice the first
-/// counts.
+/// What the TXT record says. Unknown keys and malformed values are skipped; a key that stands twice counts once, first.
 LANZorvic FromAnnouncement(const AnnouncedUnit& announced);
 
 /// The record to show: the unit's own answer, and the announcement for what the answer leaves empty.

@@ -24,21 +24,21 @@ DiscoveryService::DiscoveryService(BrowserMaker makeBrowser, std::unique_ptr<Uni
 DiscoveryService::~DiscoveryService() = default;
 
 std::vector<LANZorvic> DiscoveryService::Units() {
-    const std::scoped_lock guard(Lock);
+    const std::scoped_lock lock(Lock);
     Wanted = Clock::now() + Rest;
     Wake.notify_all();
     return Tracker.Units();
 }
 
 void DiscoveryService::OnAnnounced(const AnnouncedUnit& announced) {
-    const std::scoped_lock guard(Lock);
+    const std::scoped_lock lock(Lock);
     Tracker.Announce(announced, Clock::now());
     Changed = true;
     Wake.notify_all();
 }
 
 void DiscoveryService::OnWithdrawn(const std::string& key) {
-    const std::scoped_lock guard(Lock);
+    const std::scoped_lock lock(Lock);
     Tracker.Withdraw(key);
 }
 
@@ -85,7 +85,7 @@ void DiscoveryService::AskDue(Guard& guard) {
     guard.unlock();
     for (const auto& question : questions) {
         Prober->Ask(question.Host, [this, id = question.ID](const std::optional<LANZorvic>& answer) {
-            const std::scoped_lock inner(Lock);
+            const std::scoped_lock lock(Lock);
             Tracker.Answer(id, answer, Clock::now());
             Changed = true;
             Wake.notify_all();

@@ -30,9 +30,7 @@ std::vector<UnitTracker::Question> UnitTracker::TakeDue(TimePoint now) {
 
 void UnitTracker::Answer(std::uint64_t question, const std::optional<LANZorvic>& answer, TimePoint now) {
     const auto found = std::ranges::find_if(Entries, [&](const auto& item) { return item.second.Asked == question; });
-    if (question == 0 || found == Entries.end()) {
-        return;
-    }
+    if (question == 0 || found == Entries.end()) return;
     Entry& entry = found->second;
     entry.Asked = 0;
     entry.Due = now + Interval;
@@ -50,9 +48,7 @@ void UnitTracker::Answer(std::uint64_t question, const std::optional<LANZorvic>&
 std::optional<UnitTracker::TimePoint> UnitTracker::NextDue() const {
     std::optional<TimePoint> next;
     for (const auto& [key, entry] : Entries) {
-        if (entry.Asked == 0 && (!next || entry.Due < *next)) {
-            next = entry.Due;
-        }
+        if (entry.Asked == 0 && (!next || entry.Due < *next)) next = entry.Due;
     }
     return next;
 }
@@ -60,9 +56,7 @@ std::optional<UnitTracker::TimePoint> UnitTracker::NextDue() const {
 std::vector<LANZorvic> UnitTracker::Units() const {
     std::vector<LANZorvic> units;
     for (const auto& [key, entry] : Entries) {
-        if (entry.Identity) {
-            units.push_back(Merge(entry.Announced, *entry.Identity));
-        }
+        if (entry.Identity) units.push_back(Merge(entry.Announced, *entry.Identity));
     }
     SortAndUnite(units);
     return units;

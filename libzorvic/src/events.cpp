@@ -8,7 +8,7 @@ EventThread::EventThread() : Thread([this] { Run(); }) {}
 
 EventThread::~EventThread() {
     {
-        const std::lock_guard guard(Lock);
+        const std::scoped_lock lock(Lock);
         Stopping = true;
     }
     Wake.notify_one();
@@ -16,7 +16,7 @@ EventThread::~EventThread() {
 }
 
 void EventThread::Raise(unsigned types) {
-    const std::lock_guard guard(Lock);
+    const std::scoped_lock lock(Lock);
     for (int type = ZORVIC_STATE_INVALID + 1; type < ZORVIC_STATE_MAX; ++type) {
         const unsigned bit = EventBit(static_cast<StateEventType>(type));
         if ((types & bit) != 0 && Registrations.at(static_cast<std::size_t>(type)).Function) Pending |= bit;

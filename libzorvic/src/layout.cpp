@@ -91,9 +91,7 @@ Player PlayersOf(const std::vector<CanvasInfo>& canvases, const CanvasInfo& canv
             taken += other.CanvasCfg.NumOutputs;
         }
     }
-    if (taken >= PlayerCount) {
-        return ZORVIC_PLAYER_INVALID;
-    }
+    if (taken >= PlayerCount) return ZORVIC_PLAYER_INVALID;
     const auto first = static_cast<std::uint32_t>(taken);
     const auto count = std::min(canvas.CanvasCfg.NumOutputs, PlayerCount - first);
     return ToPlayer(((1U << count) - 1U) << first);
@@ -113,9 +111,7 @@ Player Preset::GetActivePlayerForCanvas(std::uint32_t canvasIndex) const {
 
 CanvasInfo* Preset::LookupCanvasByPlayer(Player player) const {
     const auto wanted = static_cast<std::uint32_t>(player);
-    if (!std::has_single_bit(wanted)) {
-        return nullptr;
-    }
+    if (!std::has_single_bit(wanted)) return nullptr;
     const auto canvas = std::ranges::find_if(Canvases, [&](const CanvasInfo& candidate) {
         return (static_cast<std::uint32_t>(PlayersOf(Canvases, candidate)) & wanted) != 0;
     });
@@ -129,9 +125,7 @@ std::array<std::uint32_t, 2>* Preset::GetPlayerRangeForCanvas(std::uint32_t canv
 
 std::array<std::uint32_t, 2>* GetPlayerRange(Player players) {
     const auto bits = static_cast<std::uint32_t>(players);
-    if (bits == 0) {
-        return nullptr;
-    }
+    if (bits == 0) return nullptr;
     const auto first = static_cast<std::uint32_t>(std::countr_zero(bits)) + 1U;
     const auto last = static_cast<std::uint32_t>(std::bit_width(bits));
     return new std::array<std::uint32_t, 2>{first, last};

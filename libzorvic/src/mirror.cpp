@@ -154,7 +154,7 @@ unsigned Mirror::Publish() {
     if ((changes & EventBit(ZORVIC_STATE_ASSETS)) != 0) Next.Assets = ListOf<AssetList>(Assets);
     auto state = std::make_shared<const UnitState>(Next);
     {
-        const std::lock_guard guard(Lock);
+        const std::scoped_lock lock(Lock);
         Published = std::move(state);
     }
     Changed.notify_all();
@@ -162,7 +162,7 @@ unsigned Mirror::Publish() {
 }
 
 std::shared_ptr<const UnitState> Mirror::Current() const {
-    const std::lock_guard guard(Lock);
+    const std::scoped_lock lock(Lock);
     return Published;
 }
 
@@ -173,7 +173,7 @@ void Mirror::WaitForRevision(std::uint64_t revision, std::chrono::steady_clock::
 
 void Mirror::Close() {
     {
-        const std::lock_guard guard(Lock);
+        const std::scoped_lock lock(Lock);
         Closed = true;
     }
     Changed.notify_all();

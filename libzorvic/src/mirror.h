@@ -72,8 +72,6 @@ private:
     void ApplyPresets(const Wire::PresetChange& change);
     void ApplyStates(const Wire::PresetStates& states);
     void ApplyAssets(const Wire::AssetChange& change);
-    void ApplyDrives(const Wire::Drives& drives);
-    void ApplyTimeCodes(const Wire::TimeCodes& timeCodes);
     unsigned Publish();
 
     // Used by the feeding thread only: the revision in the making.

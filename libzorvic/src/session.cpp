@@ -64,7 +64,7 @@ StatusCode Session::GetPresets(std::vector<Preset>& presets) {
     const auto state = Pimpl->State();
     if (!state) return ZORVIC_STATUS_NETWORKERROR;
     Internal::CopyRecords(*state->Presets, presets);
-    Pimpl->Edits.HandedOut(state->Presets);
+    Pimpl->Edits.HandedOut(state->Presets, Internal::Connection::Clock::now());
     return ZORVIC_STATUS_OK;
 }
 

@@ -38,12 +38,12 @@ StatusCode Session::Impl::Reconnect(const std::string& host) {
 StatusCode Session::Impl::UpdatePreset(const Preset& preset) {
     const auto state = State();
     if (!state) return ZORVIC_STATUS_NETWORKERROR;
-    const auto request = Internal::DifferenceRequest(Edits.Find(preset.PK), preset);
+    const auto request = Edits.Request(preset, Internal::Connection::Clock::now());
     if (request.fields().paths().empty()) {
         return Settle(Internal::FindPreset(*state->Presets, preset.PK) ? ZORVIC_STATUS_OK : ZORVIC_STATUS_FAILED);
     }
     const StatusCode result = Command(&Internal::Wire::Unit::Stub::UpdatePreset, request);
-    if (result == ZORVIC_STATUS_OK) Edits.Sent(preset);
+    if (result == ZORVIC_STATUS_OK) Edits.Written(preset);
     return result;
 }
 

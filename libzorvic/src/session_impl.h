@@ -2,7 +2,7 @@
 
 #include "connection.h"
 #include "events.h"
-#include "preset_diff.h"
+#include "preset_edits.h"
 #include "wire.h"
 
 #include <zorvic/session.h>
@@ -40,7 +40,7 @@ struct Session::Impl {
     const std::string Host;  // as the session was opened
     std::string Target;      // of the latest try
     std::string GUID;        // of the first unit reached: the only one this session ever talks to
-    Internal::EditBase Edits;
+    Internal::PresetEdits Edits;
     Internal::EventThread Events;
     std::unique_ptr<Internal::Connection> Unit;  // after Events: it stops first and so never raises into a dead thread
 

@@ -1,7 +1,7 @@
 #include <zorvic/tables.h>
 
 const std::map<Zorvic::ResolutionMode, std::string> ResolutionMap = {
-    {Zorvic::ZORVIC_RES_INVALID, "Off"},     {Zorvic::ZORVIC_RES_720P, "720p"},   {Zorvic::ZORVIC_RES_1080P, "1080p"},
+    {Zorvic::ZORVIC_RES_INVALID, "Off"}, {Zorvic::ZORVIC_RES_720P, "720p"},   {Zorvic::ZORVIC_RES_1080P, "1080p"},
     {Zorvic::ZORVIC_RES_2160P, "2160p"}, {Zorvic::ZORVIC_RES_1080I, "1080i"},
 };
 

@@ -33,8 +33,7 @@ private:
     bool Await(std::chrono::milliseconds limit);
     [[noreturn]] void ThrowOutcome();
 
-    // gRPC writes into Received until the queue has given back the tag of the read, so the destructor empties the
-    // queue.
+    // gRPC writes into Received until the queue has given the tag of the read back, so the destructor empties it.
     Wire::Frame Received;
     grpc::ClientContext Context;
     grpc::CompletionQueue Queue;

@@ -2,92 +2,160 @@
 
 #include "wire.h"
 
+#include <google/protobuf/text_format.h>
 #include <grpcpp/server.h>
+#include <grpcpp/server_builder.h>
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
-#include <map>
 #include <memory>
 #include <mutex>
+#include <stdexcept>
 #include <string>
-#include <type_traits>
+#include <thread>
+#include <utility>
 #include <vector>
 
 namespace Wire = ::zorvic::v1;
 
-/// Records, pieces and frames as a unit sends them.
-Wire::Preset NamedPreset(int pk, const std::string& name);
-Wire::Piece IdentityPiece(const std::string& guid);
-Wire::Piece PresetPiece(const std::vector<Wire::Preset>& upserted);
-Wire::Frame MakeFrame(std::uint64_t revision, const std::vector<Wire::Piece>& pieces, bool snapshot = false,
-                      bool more = false);
+/// A message from protobuf's text form.
+template <class Message>
+Message FromText(const std::string& text) {
+    Message message;
+    if (!google::protobuf::TextFormat::ParseFromString(text, &message)) throw std::invalid_argument(text);
+    return message;
+}
 
-/// A unit in the test's own process that does what the test says: it streams, lies, falls silent or hangs up on
-/// command.
+inline Wire::Piece IdentityPiece(const std::string& guid = "unit-1") {
+    return FromText<Wire::Piece>("identity { guid: '" + guid + "' nickname: 'Left wing' }");
+}
+
+inline Wire::Piece PresetPiece(const Wire::Preset& upserted) {
+    Wire::Piece piece;
+    *piece.mutable_presets()->add_upserted() = upserted;
+    return piece;
+}
+
+inline Wire::Frame MakeFrame(std::uint64_t revision, const std::vector<Wire::Piece>& pieces, bool snapshot = false,
+                             bool more = false) {
+    Wire::Frame frame;
+    frame.set_revision(revision);
+    frame.set_snapshot(snapshot);
+    frame.set_more(more);
+    for (const auto& piece : pieces)
+        frame.add_pieces(piece.SerializeAsString());
+    return frame;
+}
+
+inline Wire::Frame GarbageFrame(std::uint64_t revision) {
+    Wire::Frame frame = MakeFrame(revision, {});
+    frame.add_pieces("\xff\xff\xff\xff garbage");
+    return frame;
+}
+
+/// A unit in the test's own process that does what the test says: it streams, lies and falls silent.
 class ScriptedUnit final : public Wire::Unit::Service {
 public:
-    explicit ScriptedUnit(const std::string& guid = "unit-1");
-    ~ScriptedUnit() override;
-
-    int ListeningPort() const { return Port; }
+    explicit ScriptedUnit(const std::string& guid = "unit-1") : GUID(guid) {
+        grpc::ServerBuilder builder;
+        builder.AddListeningPort("127.0.0.1:0", grpc::InsecureServerCredentials(), &Port);
+        builder.RegisterService(this);
+        Server = builder.BuildAndStart();
+    }
+    ~ScriptedUnit() override {
+        Ending = true;
+        Server->Shutdown(std::chrono::system_clock::now());
+    }
     std::string Host() const { return "127.0.0.1:" + std::to_string(Port); }
 
-    /// Stores a preset and streams the change.
-    void Store(const Wire::Preset& preset) {
-        Locked([&] { StoreLocked(preset); });
+    /// Streams a preset and returns its revision. The last one, from here or from an update, is in the snapshot.
+    std::uint64_t Store(const Wire::Preset& preset) {
+        const std::scoped_lock lock(Lock);
+        Stored = preset;
+        Sent.push_back(MakeFrame(++Revision, {PresetPiece(preset)}));
+        return Revision;
     }
+    void Store(const std::string& preset) { Store(FromText<Wire::Preset>(preset)); }
     /// Puts one frame on every stream as it is.
     void Send(const Wire::Frame& frame) {
-        Locked([&] { Sent.push_back(frame); });
-    }
-    /// Streams a change made of this piece, at a revision of its own.
-    void SendPiece(const Wire::Piece& piece) {
-        Locked([&] { Sent.push_back(MakeFrame(++Revision, {piece})); });
-    }
-    /// What every command is answered with from now on.
-    void AnswerCommandsWith(const grpc::Status& status) {
-        Locked([&] { CommandStatus = status; });
-    }
-    Wire::Preset Stored(int pk) {
-        return Locked([&] { return Presets.at(pk); });
+        const std::scoped_lock lock(Lock);
+        Sent.push_back(frame);
     }
     std::vector<Wire::UpdatePresetRequest> Updates() {
-        return Locked([&] { return Received; });
+        const std::scoped_lock lock(Lock);
+        return Received;
     }
     /// A frozen unit keeps its connections, sends nothing and answers nothing.
     std::atomic<bool> Frozen = false;
-    /// Changes reach the streams only this much later than the reply of the command that made them.
+    /// Frames reach the streams only this much later than the reply of the command that made them.
     std::atomic<std::chrono::milliseconds> StreamDelay{};
     std::atomic<int> TakesStarted = 0;
+    /// What every update is answered with.
+    std::atomic<grpc::StatusCode> UpdateOutcome = grpc::StatusCode::OK;
+    int Port = 0;
 
 private:
-    template <typename Action>
-    std::invoke_result_t<Action> Locked(const Action& action) {
-        const std::lock_guard guard(Lock);
-        Changed.notify_all();
-        return action();
+    template <class Condition>
+    void Await(const grpc::ServerContext& call, const Condition& condition) const {
+        while (!Ending && !call.IsCancelled() && !condition())
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
-    grpc::Status Identify(grpc::ServerContext*, const Wire::IdentifyRequest*, Wire::Identity* reply) override;
-    grpc::Status Watch(grpc::ServerContext* context, const Wire::WatchRequest*,
-                       grpc::ServerWriter<Wire::Frame>* writer) override;
-    grpc::Status UpdatePreset(grpc::ServerContext*, const Wire::UpdatePresetRequest*, Wire::CommandReply*) override;
-    grpc::Status Take(grpc::ServerContext*, const Wire::PresetRequest*, Wire::CommandReply*) override;
-    grpc::Status ListDirectory(grpc::ServerContext* context, const Wire::ListDirectoryRequest*,
-                               Wire::ListDirectoryReply*) override;
-    Wire::Frame Snapshot() const;
-    void StoreLocked(const Wire::Preset& preset);
-    void WaitWhileFrozen(const grpc::ServerContext& context, std::unique_lock<std::mutex>& lock);
+    bool Send(grpc::ServerWriter<Wire::Frame>& writer, const Wire::Frame& frame) {
+        std::this_thread::sleep_for(StreamDelay.load());
+        return writer.Write(frame) && !Ending;
+    }
+
+    grpc::Status Identify(grpc::ServerContext*, const Wire::IdentifyRequest*, Wire::Identity* reply) override {
+        *reply = IdentityPiece(GUID).identity();
+        return grpc::Status::OK;
+    }
+    grpc::Status Watch(grpc::ServerContext* call, const Wire::WatchRequest*,
+                       grpc::ServerWriter<Wire::Frame>* writer) override {
+        Await(*call, [this] { return !Frozen; });
+        auto [frame, next] = Snapshot();
+        while (Send(*writer, frame))
+            frame = NextFrame(*call, next, frame.revision());
+        return grpc::Status::OK;
+    }
+    std::pair<Wire::Frame, std::size_t> Snapshot() {
+        const std::scoped_lock lock(Lock);
+        return {MakeFrame(Revision, {IdentityPiece(GUID), PresetPiece(Stored)}, true), Sent.size()};
+    }
+    Wire::Frame NextFrame(const grpc::ServerContext& call, std::size_t& next, std::uint64_t revision) {
+        const auto heartbeat = std::chrono::steady_clock::now() + std::chrono::milliseconds(100);
+        Await(call, [&] {
+            const std::scoped_lock lock(Lock);
+            return !Frozen && (next < Sent.size() || std::chrono::steady_clock::now() > heartbeat);
+        });
+        const std::scoped_lock lock(Lock);
+        return next < Sent.size() ? Sent[next++] : MakeFrame(revision, {});
+    }
+    grpc::Status UpdatePreset(grpc::ServerContext*, const Wire::UpdatePresetRequest* request,
+                              Wire::CommandReply* reply) override {
+        {
+            const std::scoped_lock lock(Lock);
+            Received.push_back(*request);
+        }
+        if (UpdateOutcome == grpc::StatusCode::OK) reply->set_revision(Store(request->preset()));
+        return {UpdateOutcome, ""};
+    }
+    grpc::Status Take(grpc::ServerContext* call, const Wire::PresetRequest*, Wire::CommandReply*) override {
+        ++TakesStarted;
+        Await(*call, [this] { return !Frozen; });
+        return grpc::Status::OK;
+    }
+    grpc::Status ListDirectory(grpc::ServerContext* call, const Wire::ListDirectoryRequest*,
+                               Wire::ListDirectoryReply*) override {
+        Await(*call, [] { return false; });
+        return grpc::Status::CANCELLED;
+    }
 
     const std::string GUID;
-    int Port = 0;
-    std::mutex Lock;  // guards everything below but Server
-    std::condition_variable Changed;
-    std::map<int, Wire::Preset> Presets;
+    std::atomic<bool> Ending = false;
+    std::mutex Lock;  // guards what follows but Server
+    Wire::Preset Stored;
     std::vector<Wire::Frame> Sent;  // to every stream, which keeps its place in it
     std::uint64_t Revision = 1;
-    bool Ending = false;
-    grpc::Status CommandStatus;
     std::vector<Wire::UpdatePresetRequest> Received;
     std::unique_ptr<grpc::Server> Server;
 };

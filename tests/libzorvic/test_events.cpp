@@ -3,26 +3,24 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <future>
 #include <memory>
+#include <mutex>
+#include <thread>
 
 using namespace Zorvic;
 using namespace Zorvic::Internal;
 
 namespace {
 
-/// A callback that waits inside, the first time it is called, until it is let go.
+/// A callback that waits inside for as long as the test keeps the gate closed.
 struct Gate {
-    std::promise<void> Entered;
-    std::promise<void> LetGo;
+    std::mutex Closed;
     std::atomic<int> Calls = 0;
 
     static void Callback(StateEventType, void* user) {
         auto& gate = *static_cast<Gate*>(user);
-        if (++gate.Calls == 1) {
-            gate.Entered.set_value();
-            gate.LetGo.get_future().wait();
-        }
+        ++gate.Calls;
+        const std::scoped_lock lock(gate.Closed);
     }
 };
 
@@ -45,11 +43,13 @@ TEST(EventThread, EventsWhileTheCallbackRunsBecomeOne) {
     Gate gate;
     std::atomic<int> others = 0;
     EventThread events;
-    events.Register(ZORVIC_STATE_PRESETS, Gate::Callback, &gate);
-    gate.Entered.get_future().wait();
-    for (int i = 0; i < 100; ++i)
-        events.Raise(EventBit(ZORVIC_STATE_PRESETS));
-    gate.LetGo.set_value();
+    {
+        const std::scoped_lock lock(gate.Closed);
+        events.Register(ZORVIC_STATE_PRESETS, Gate::Callback, &gate);
+        AwaitCount(gate.Calls, 1);
+        for (int i = 0; i < 100; ++i)
+            events.Raise(EventBit(ZORVIC_STATE_PRESETS));
+    }
     AwaitCount(gate.Calls, 2);
     events.Register(ZORVIC_STATE_ASSETS, Count, &others);  // answered after all that was raised before
     AwaitCount(others, 1);

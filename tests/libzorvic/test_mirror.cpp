@@ -5,7 +5,6 @@
 #include "scripted_unit.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <map>
 #include <random>
@@ -15,112 +14,91 @@ using namespace Zorvic::Internal;
 
 namespace {
 
-/// What the list says, by the number of the preset.
+/// Presets by key, with what they loop: enough to tell them and their versions apart.
 using Contents = std::map<int, int>;
 
 Contents PresetsOf(const UnitState& state) {
     Contents presets;
     for (const auto& preset : *state.Presets)
-        presets[preset->PK] = std::stoi(preset->Name);
+        presets[preset->PK] = preset->Loop;
     EXPECT_EQ(presets.size(), state.Presets->size()) << "a preset is listed twice";
     return presets;
 }
 
-/// The presets as a unit would have them, changed at random.
-struct Model {
-    explicit Model(unsigned seed) : Random(seed) {}
-
-    int Below(int limit) { return std::uniform_int_distribution(0, limit - 1)(Random); }
-
-    Wire::Piece Change() {
-        const int pk = Below(30) + 1;
-        if (Below(3) > 0) {
-            const int name = Presets[pk] = Below(1000);
-            return PresetPiece({NamedPreset(pk, std::to_string(name))});
-        }
-        Presets.erase(pk);
-        Wire::Piece piece;
-        piece.mutable_presets()->add_removed(pk);
-        return piece;
-    }
-
-    std::mt19937 Random;
-    Contents Presets;
-};
+Wire::Piece Piece(const std::string& text) {
+    return FromText<Wire::Piece>(text);
+}
 
 }  // namespace
 
 TEST(Mirror, EqualsTheUnitAfterEveryRevisionAndNeverChangesWhatItHandedOut) {
     const unsigned seed = std::random_device{}();
     SCOPED_TRACE("seed " + std::to_string(seed));
-    Model model(seed);
+    std::mt19937 random(seed);
+    const auto below = [&](int limit) { return std::uniform_int_distribution(0, limit - 1)(random); };
+    Contents unit;
+    const auto change = [&] {
+        const int pk = below(30) + 1;
+        if (below(3) == 0) {
+            unit.erase(pk);
+            return Piece("presets { removed: " + std::to_string(pk) + " }");
+        }
+        unit[pk] = below(1000);
+        return Piece("presets { upserted { pk: " + std::to_string(pk) + " loop: " + std::to_string(unit[pk]) + " } }");
+    };
     Mirror mirror("");
     std::uint64_t revision = 1;
-    mirror.Apply(MakeFrame(revision, {IdentityPiece("unit-1")}, true));
+    mirror.Apply(MakeFrame(revision, {IdentityPiece()}, true));
     for (int step = 0; step < 2000; ++step) {
         const auto before = mirror.Current();
-        const auto presetsBefore = model.Presets;
+        const auto unitBefore = unit;
         ++revision;
-        for (int part = model.Below(3); part > 0; --part) {
-            EXPECT_EQ(mirror.Apply(MakeFrame(revision, {model.Change()}, false, true)), 0U);
+        for (int part = below(3); part > 0; --part) {
+            EXPECT_EQ(mirror.Apply(MakeFrame(revision, {change()}, false, true)), 0U);
             ASSERT_EQ(mirror.Current(), before) << "half a revision shows";
         }
-        EXPECT_NE(mirror.Apply(MakeFrame(revision, {model.Change(), model.Change()})), 0U);
+        EXPECT_NE(mirror.Apply(MakeFrame(revision, {change(), change()})), 0U);
         const auto after = mirror.Current();
         ASSERT_EQ(after->Revision, revision);
-        ASSERT_EQ(PresetsOf(*after), model.Presets);
-        ASSERT_EQ(PresetsOf(*before), presetsBefore);
-        for (const auto& [pk, name] : model.Presets)
-            ASSERT_EQ(FindPreset(*after->Presets, pk)->Name, std::to_string(name));
+        ASSERT_EQ(PresetsOf(*after), unit);
+        ASSERT_EQ(PresetsOf(*before), unitBefore);
+        for (const auto& [pk, loop] : unit)
+            ASSERT_EQ(FindPreset(*after->Presets, pk)->Loop, loop);
     }
 }
 
-TEST(Mirror, SnapshotInPiecesReplacesEverythingAndShowsWhenItIsComplete) {
+TEST(Mirror, ASnapshotReplacesEverythingWhenItIsCompleteAndChangesWhatTheyName) {
     Mirror mirror("");
-    mirror.Apply(MakeFrame(5, {IdentityPiece("unit-1"), PresetPiece({NamedPreset(9, "90")})}, true));
-    const auto states = [](int pk) {
-        Wire::Piece piece;
-        piece.mutable_states()->add_states()->set_pk(pk);
-        return piece;
-    };
-    const auto first =
-        MakeFrame(7, {IdentityPiece("unit-1"), PresetPiece({NamedPreset(2, "20")}), states(2)}, true, true);
-    EXPECT_EQ(mirror.Apply(first), 0U);
-    EXPECT_EQ(PresetsOf(*mirror.Current()), (Contents{{9, 90}}));
-    EXPECT_EQ(mirror.Apply(MakeFrame(7, {PresetPiece({NamedPreset(1, "10")}), states(1)}, true)), AllEvents);
-    EXPECT_EQ(PresetsOf(*mirror.Current()), (Contents{{1, 10}, {2, 20}}));
+    mirror.Apply(MakeFrame(5, {IdentityPiece(), Piece("presets { upserted { pk: 9 } }")}, true));
+    const auto first = {IdentityPiece(), Piece("presets { upserted { pk: 2 } }"), Piece("states { states { pk: 2 } }")};
+    EXPECT_EQ(mirror.Apply(MakeFrame(7, first, true, true)), 0U);
+    EXPECT_EQ(PresetsOf(*mirror.Current()), (Contents{{9, 0}}));
+    const auto second = {Piece("presets { upserted { pk: 1 } }"), Piece("states { states { pk: 1 } }")};
+    EXPECT_EQ(mirror.Apply(MakeFrame(7, second, true)), AllEvents);
+    EXPECT_EQ(PresetsOf(*mirror.Current()), (Contents{{1, 0}, {2, 0}}));
     ASSERT_EQ(mirror.Current()->PresetStates->size(), 2U);
     EXPECT_EQ(mirror.Current()->PresetStates->front().PK, 1);
-    EXPECT_EQ(mirror.Apply(MakeFrame(8, {states(4)})), EventBit(Zorvic::ZORVIC_STATE_PRESETSTATES));
+    EXPECT_EQ(mirror.Apply(MakeFrame(8, {Piece("states { states { pk: 4 } }")})),
+              EventBit(Zorvic::ZORVIC_STATE_PRESETSTATES));
     EXPECT_EQ(mirror.Current()->PresetStates->size(), 1U) << "outside a snapshot states replace what was there";
+    const auto added =
+        Piece("assets { upserted { full_path: 'b' } upserted { full_path: 'a' } upserted { full_path: 'b' } }");
+    EXPECT_EQ(mirror.Apply(MakeFrame(8, {added})), EventBit(Zorvic::ZORVIC_STATE_ASSETS));
+    EXPECT_EQ(mirror.Current()->Assets->size(), 2U) << "assets are kept by their path";
+    mirror.Apply(MakeFrame(9, {Piece("assets { removed: 'a' }")}));
+    ASSERT_EQ(mirror.Current()->Assets->size(), 1U);
+    EXPECT_EQ(mirror.Current()->Assets->front()->Record.FullPath, "b");
     EXPECT_EQ(mirror.Apply(MakeFrame(9, {Wire::Piece()})), 0U) << "a kind that only a newer library knows";
 }
 
-TEST(Mirror, AssetsAreKeptByTheirPath) {
-    Mirror mirror("");
-    mirror.Apply(MakeFrame(5, {IdentityPiece("unit-1")}, true));
-    Wire::Piece piece;
-    for (const char* path : {"b.mov", "a.mov", "b.mov"})
-        piece.mutable_assets()->add_upserted()->set_full_path(path);
-    EXPECT_EQ(mirror.Apply(MakeFrame(6, {piece})), EventBit(Zorvic::ZORVIC_STATE_ASSETS));
-    ASSERT_EQ(mirror.Current()->Assets->size(), 2U);
-    piece.Clear();
-    piece.mutable_assets()->add_removed("a.mov");
-    mirror.Apply(MakeFrame(7, {piece}));
-    ASSERT_EQ(mirror.Current()->Assets->size(), 1U);
-    EXPECT_EQ(mirror.Current()->Assets->front()->Record.FullPath, "b.mov");
-}
-
 TEST(Mirror, RefusesWhatMakesNoSense) {
-    const Wire::Frame snapshot = MakeFrame(5, {IdentityPiece("unit-1")}, true);
-    EXPECT_THROW(Mirror("").Apply(MakeFrame(1, {PresetPiece({})})), LinkError) << "a change before any snapshot";
+    const Wire::Frame snapshot = MakeFrame(5, {IdentityPiece()}, true);
+    EXPECT_THROW(Mirror("").Apply(MakeFrame(1, {Piece("presets {}")})), LinkError) << "a change before any snapshot";
     EXPECT_THROW(Mirror("").Apply(MakeFrame(1, {}, true)), LinkError) << "a unit without identity";
     EXPECT_THROW(Mirror("unit-2").Apply(snapshot), LinkError) << "another unit";
     Mirror mirror("unit-1");
     mirror.Apply(snapshot);
     EXPECT_THROW(mirror.Apply(MakeFrame(4, {})), LinkError) << "a revision that goes back";
-    Wire::Frame garbage = MakeFrame(6, {});
-    garbage.add_pieces("\xff\xff\xff\xff garbage");
-    EXPECT_THROW(mirror.Apply(garbage), LinkError);
+    EXPECT_THROW(mirror.Apply(GarbageFrame(6)), LinkError);
     EXPECT_EQ(mirror.Current()->Revision, 5U);
 }

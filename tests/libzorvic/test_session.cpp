@@ -5,7 +5,6 @@
 #include "support/childprocess.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <future>
@@ -19,7 +18,7 @@ namespace {
 
 /// Counts events; registers for all types.
 struct Recorder {
-    explicit Recorder(Session& session) {
+    void Follow(Session& session) {
         for (int type = ZORVIC_STATE_PRESETS; type < ZORVIC_STATE_MAX; ++type)
             session.SetStateEventCallback(static_cast<StateEventType>(type), OnEvent, this);
         EXPECT_TRUE(AllReach(1)) << "a registration is answered at once";
@@ -37,11 +36,21 @@ struct Recorder {
     std::array<std::atomic<int>, ZORVIC_STATE_MAX> Counts{};
 };
 
-Preset OnlyPreset(Session& session) {
-    std::vector<Preset> presets;
-    EXPECT_EQ(session.GetPresets(presets), ZORVIC_STATUS_OK);
-    return presets.at(0);
-}
+/// A session with a unit that has one preset.
+struct Linked : testing::Test {
+    static std::string Filled(ScriptedUnit& unit) {
+        unit.Store("pk: 1 name: 'Opening' freeze_at_end: true");
+        return unit.Host();
+    }
+    Preset OnlyPreset() {
+        std::vector<Preset> presets;
+        EXPECT_EQ(Client.GetPresets(presets), ZORVIC_STATUS_OK);
+        return presets.at(0);
+    }
+    ScriptedUnit Unit;
+    Recorder Events;  // outlives the session that calls it
+    Session Client{Filled(Unit), 1};
+};
 
 }  // namespace
 
@@ -53,15 +62,13 @@ TEST(Host, TextsBecomeTargetsOrNothing) {
     EXPECT_EQ(ChannelTarget("[::1]"), "dns:///[::1]:9477");
     EXPECT_EQ(ChannelTarget("fe80::1%eth0"), "dns:///[fe80::1%25eth0]:9477");
     for (const char* nonsense : {"", " ", ":", ":80", "host:", "host:0", "host:65536", "host:8o", "unix:/tmp/x", "a b",
-                                 "[::1", "[]:80", "[::1]80", "http://host", "\xff\xfe"}) {
+                                 "[::1", "[]:80", "[::1]80", "http://host", "\xff\xfe"})
         EXPECT_EQ(ChannelTarget(nonsense), std::nullopt) << nonsense;
-    }
 }
 
-TEST(Session, WithoutAUnitEverythingIsANetworkError) {
+TEST_F(Linked, WithoutALinkEverythingIsANetworkError) {
     setenv("ZORVIC_TLS_DIR", "/nowhere", 1);
-    const ScriptedUnit plain;
-    EXPECT_FALSE(Session(plain.Host(), 1).Connected()) << "who asks for encryption never gets plaintext";
+    EXPECT_FALSE(Session(Unit.Host(), 1).Connected()) << "who asks for encryption never gets plaintext";
     unsetenv("ZORVIC_TLS_DIR");
     for (const char* host : {"", "not a host", "127.0.0.1:1", "no-such-name.invalid"}) {
         Session session(host, 1);
@@ -74,52 +81,37 @@ TEST(Session, WithoutAUnitEverythingIsANetworkError) {
     }
 }
 
-TEST(Session, EditSendsWhatDiffersAndUndoesNobodysEdit) {
-    ScriptedUnit unit;
-    Wire::Preset stored = NamedPreset(1, "Opening");
-    stored.set_freeze_at_end(true);
-    unit.Store(stored);
-    Session session(unit.Host(), 1);
-    Preset copy = OnlyPreset(session);
-    EXPECT_EQ(session.UpdatePreset(copy), ZORVIC_STATUS_OK);
-    EXPECT_THAT(unit.Updates(), IsEmpty());
+TEST_F(Linked, AnEditSendsWhatDiffersAndUndoesNobodysEdit) {
+    Preset copy = OnlyPreset();
+    EXPECT_EQ(Client.UpdatePreset(copy), ZORVIC_STATUS_OK);
+    EXPECT_THAT(Unit.Updates(), IsEmpty());
 
-    stored.set_notes("another console's");
-    unit.Store(stored);
+    Unit.Store("pk: 1 name: 'Opening' freeze_at_end: true notes: 'by another console'");
+    ASSERT_TRUE(WaitUntil([&] { return OnlyPreset().Notes == "by another console"; })) << "a refresh reads it";
     copy.Name = "Closing";
-    EXPECT_EQ(session.UpdatePreset(copy), ZORVIC_STATUS_OK);
+    EXPECT_EQ(Client.UpdatePreset(copy), ZORVIC_STATUS_OK);
     copy.FreezeAtEnd = false;
-    EXPECT_EQ(session.UpdatePreset(copy), ZORVIC_STATUS_OK);
-    ASSERT_EQ(unit.Updates().size(), 2U);
-    EXPECT_THAT(unit.Updates()[0].fields().paths(), ElementsAre("name"));
-    EXPECT_THAT(unit.Updates()[1].fields().paths(), ElementsAre("freeze_at_end")) << "the name was sent already";
-    EXPECT_EQ(unit.Updates()[1].preset().name(), "") << "what did not change does not travel";
-    EXPECT_EQ(unit.Stored(1).notes(), "another console's");
-    EXPECT_EQ(unit.Stored(1).name(), "Closing");
-    EXPECT_FALSE(unit.Stored(1).freeze_at_end());
-
+    EXPECT_EQ(Client.UpdatePreset(copy), ZORVIC_STATUS_OK);
+    ASSERT_EQ(Unit.Updates().size(), 2U);
+    EXPECT_THAT(Unit.Updates()[0].fields().paths(), ElementsAre("name"));
+    EXPECT_THAT(Unit.Updates()[1].fields().paths(), ElementsAre("freeze_at_end")) << "the name was sent already";
+    EXPECT_EQ(Unit.Updates()[1].preset().name(), "") << "what did not change does not travel";
     copy.PK = 99;
-    EXPECT_EQ(session.UpdatePreset(copy), ZORVIC_STATUS_OK) << "a preset never read is sent whole";
-    EXPECT_EQ(unit.Updates()[2].fields().paths_size(), 18);
+    EXPECT_EQ(Client.UpdatePreset(copy), ZORVIC_STATUS_OK) << "a preset never read is sent whole";
+    EXPECT_EQ(Unit.Updates()[2].fields().paths_size(), 18);
 }
 
-TEST(Session, ReadAfterACommandShowsItsEffect) {
-    ScriptedUnit unit;
-    unit.Store(NamedPreset(1, "Opening"));
-    unit.StreamDelay = 30ms;
-    Session session(unit.Host(), 1);
-    for (Preset copy = OnlyPreset(session); copy.Name.size() < 17; copy.Name += '!') {
-        ASSERT_EQ(session.UpdatePreset(copy), ZORVIC_STATUS_OK);
-        ASSERT_EQ(OnlyPreset(session).Name, copy.Name);
+TEST_F(Linked, AReadAfterACommandShowsItsEffect) {
+    Unit.StreamDelay = 30ms;
+    for (Preset copy = OnlyPreset(); copy.Name.size() < 17; copy.Name += '!') {
+        ASSERT_EQ(Client.UpdatePreset(copy), ZORVIC_STATUS_OK);
+        ASSERT_EQ(OnlyPreset().Name, copy.Name);
     }
 }
 
-TEST(Session, RefusedCommandAsksThisConsoleToLookAgain) {
-    ScriptedUnit unit;
-    unit.Store(NamedPreset(1, "Opening"));
-    Session session(unit.Host(), 1);
-    Recorder recorder(session);
-    Preset copy = OnlyPreset(session);
+TEST_F(Linked, ARefusedCommandAsksThisConsoleToLookAgain) {
+    Events.Follow(Client);
+    Preset copy = OnlyPreset();
     copy.Name = "Closing";
     const std::pair<grpc::StatusCode, StatusCode> answers[] = {{grpc::INVALID_ARGUMENT, ZORVIC_STATUS_MISUSED},
                                                                {grpc::NOT_FOUND, ZORVIC_STATUS_FAILED},
@@ -127,90 +119,67 @@ TEST(Session, RefusedCommandAsksThisConsoleToLookAgain) {
                                                                {grpc::RESOURCE_EXHAUSTED, ZORVIC_STATUS_FAILED},
                                                                {grpc::INTERNAL, ZORVIC_STATUS_INTERNALERROR}};
     for (const auto& [wire, expected] : answers) {
-        unit.AnswerCommandsWith({wire, "no"});
-        const int before = recorder.Counts[ZORVIC_STATE_PRESETSTATES];
-        EXPECT_EQ(session.UpdatePreset(copy), expected);
-        EXPECT_TRUE(WaitUntil([&] { return recorder.Counts[ZORVIC_STATE_PRESETSTATES] > before; }));
+        Unit.UpdateOutcome = wire;
+        const int before = Events.Counts[ZORVIC_STATE_PRESETSTATES];
+        EXPECT_EQ(Client.UpdatePreset(copy), expected);
+        EXPECT_TRUE(WaitUntil([&] { return Events.Counts[ZORVIC_STATE_PRESETSTATES] > before; }));
     }
-    EXPECT_EQ(session.InstallAsset("E:\\clip.mov"), ZORVIC_STATUS_UNIMPLEMENTED);
-    EXPECT_EQ(session.DeleteAsset("\xff"), ZORVIC_STATUS_MISUSED) << "text that the protocol cannot carry";
-    EXPECT_GT(recorder.Counts[ZORVIC_STATE_PRESETS], 0);
-    EXPECT_EQ(recorder.Counts[ZORVIC_STATE_ASSETS], 0);
-    unit.AnswerCommandsWith(grpc::Status::OK);
-    EXPECT_EQ(session.UpdatePreset(copy), ZORVIC_STATUS_OK) << "a refused edit still differs";
-    EXPECT_EQ(unit.Stored(1).name(), "Closing");
+    EXPECT_EQ(Client.InstallAsset("E:\\clip.mov"), ZORVIC_STATUS_UNIMPLEMENTED);
+    EXPECT_EQ(Client.DeleteAsset("\xff"), ZORVIC_STATUS_MISUSED) << "text that the protocol cannot carry";
+    EXPECT_GT(Events.Counts[ZORVIC_STATE_PRESETS], 0);
+    EXPECT_EQ(Events.Counts[ZORVIC_STATE_ASSETS], 0);
+    Unit.UpdateOutcome = grpc::OK;
+    EXPECT_EQ(Client.UpdatePreset(copy), ZORVIC_STATUS_OK) << "a refused edit still differs";
 }
 
-TEST(Session, SlowListingFailsAndReadsOfWhatCameOnTheStreamCostNoCall) {
-    ScriptedUnit unit;
-    Session session(unit.Host(), 1);
+TEST_F(Linked, ASlowListingFailsAndReadsOfWhatCameOnTheStreamCostNoCall) {
     std::vector<ExternalAsset> entries;
-    EXPECT_EQ(session.GetDiskAssets(entries, "E", ""), ZORVIC_STATUS_FAILED);
-    EXPECT_TRUE(session.Connected());
+    EXPECT_EQ(Client.GetDiskAssets(entries, "E", ""), ZORVIC_STATUS_FAILED);
+    EXPECT_TRUE(Client.Connected());
     TimeCode timeCode;
-    EXPECT_EQ(session.GetTimeCode(timeCode, 3), ZORVIC_STATUS_FAILED) << "it does not play";
-    Wire::Piece assets;
-    assets.mutable_assets()->add_upserted()->set_full_path("C:\\Assets\\raw.mov");
-    Wire::Asset& probed = *assets.mutable_assets()->add_upserted();
-    probed.set_full_path("C:\\Assets\\a.mov");
-    probed.mutable_metadata()->set_duration_ms(10000);
-    unit.SendPiece(assets);
-    Wire::Piece timeCodes;
-    timeCodes.mutable_timecodes()->add_timecodes()->set_pk(3);
-    timeCodes.mutable_timecodes()->mutable_timecodes(0)->add_levels(40);
-    unit.SendPiece(timeCodes);
-    EXPECT_TRUE(WaitUntil([&] { return session.GetTimeCode(timeCode, 3) == ZORVIC_STATUS_OK; }));
+    EXPECT_EQ(Client.GetTimeCode(timeCode, 3), ZORVIC_STATUS_FAILED) << "it does not play";
+    Unit.Send(MakeFrame(9, {FromText<Wire::Piece>("assets { upserted { full_path: 'raw.mov' } upserted { "
+                                                  "full_path: 'a.mov' metadata { duration_ms: 10000 } } }"),
+                            FromText<Wire::Piece>("timecodes { timecodes { pk: 3 levels: 40 } }")}));
+    EXPECT_TRUE(WaitUntil([&] { return Client.GetTimeCode(timeCode, 3) == ZORVIC_STATUS_OK; }));
     EXPECT_THAT(timeCode.VUData, ElementsAre(40));
     AssetMetadata metadata;
-    EXPECT_EQ(session.ReadAssetMetadata("C:\\Assets\\a.mov", metadata), ZORVIC_STATUS_OK);
+    EXPECT_EQ(Client.ReadAssetMetadata("a.mov", metadata), ZORVIC_STATUS_OK);
     EXPECT_EQ(metadata.Duration, 10000);
-    EXPECT_EQ(session.ReadAssetMetadata("C:\\Assets\\raw.mov", metadata), ZORVIC_STATUS_UNIMPLEMENTED)
-        << "asked the unit";
+    EXPECT_EQ(Client.ReadAssetMetadata("raw.mov", metadata), ZORVIC_STATUS_UNIMPLEMENTED) << "asked the unit";
 }
 
-TEST(Session, FrozenUnitCancelsTheCallInFlightAndReconnectStartsOver) {
-    ScriptedUnit unit;
-    unit.Store(NamedPreset(1, "Opening"));
-    Session session(unit.Host(), 1);
-    Recorder recorder(session);
-    unit.Frozen = true;
-    EXPECT_EQ(session.Take(1), ZORVIC_STATUS_NETWORKERROR);
-    EXPECT_TRUE(WaitUntil([&] { return !session.Connected(); }));
-    EXPECT_EQ(unit.TakesStarted, 1);
+TEST_F(Linked, AFrozenUnitCancelsTheCallInFlightAndReconnectStartsOver) {
+    Events.Follow(Client);
+    Unit.Frozen = true;
+    EXPECT_EQ(Client.Take(1), ZORVIC_STATUS_NETWORKERROR);
+    EXPECT_TRUE(WaitUntil([&] { return !Client.Connected(); }));
     std::vector<Preset> presets;
-    EXPECT_EQ(session.GetPresets(presets), ZORVIC_STATUS_NETWORKERROR);
-    EXPECT_EQ(session.Take(1), ZORVIC_STATUS_NETWORKERROR);
-    EXPECT_EQ(unit.TakesStarted, 1) << "without a link nothing is sent";
-    EXPECT_EQ(session.Reconnect(""), ZORVIC_STATUS_NETWORKERROR);
+    EXPECT_EQ(Client.GetPresets(presets), ZORVIC_STATUS_NETWORKERROR);
+    EXPECT_EQ(Client.Take(1), ZORVIC_STATUS_NETWORKERROR);
+    EXPECT_EQ(Unit.TakesStarted, 1) << "without a link nothing is sent";
+    EXPECT_EQ(Client.Reconnect(""), ZORVIC_STATUS_NETWORKERROR);
 
-    unit.Store(NamedPreset(1, "Closing"));
-    unit.Frozen = false;
-    EXPECT_TRUE(WaitUntil([&] { return session.Connected(); })) << "the attempt went on in the background";
-    EXPECT_EQ(OnlyPreset(session).Name, "Closing");
-    EXPECT_TRUE(recorder.AllReach(1)) << "registrations survive, and each hears of the new snapshot";
+    Unit.Store("pk: 1 name: 'Closing'");
+    Unit.Frozen = false;
+    EXPECT_TRUE(WaitUntil([&] { return Client.Connected(); })) << "the attempt went on in the background";
+    EXPECT_EQ(OnlyPreset().Name, "Closing");
+    EXPECT_TRUE(Events.AllReach(1)) << "registrations survive, and each hears of the new snapshot";
 }
 
-TEST(Session, GarbageCostsTheLinkWhichComesBackToThisUnitAndToNoOther) {
-    ScriptedUnit unit("unit-1");
+TEST_F(Linked, GarbageCostsTheLinkWhichComesBackToThisUnitAndToNoOther) {
     const ScriptedUnit stranger("unit-2");
     const ScriptedUnit moved("unit-1");
-    Session session(unit.Host(), 1);
-    Wire::Frame garbage = MakeFrame(100, {});
-    garbage.add_pieces("\xff\xff\xff");
-    unit.Send(garbage);
-    ASSERT_TRUE(WaitUntil([&] { return !session.Connected(); }));
+    Unit.Send(GarbageFrame(100));
+    ASSERT_TRUE(WaitUntil([&] { return !Client.Connected(); }));
     for (int i = 0; i < 20; ++i)
-        EXPECT_EQ(session.Reconnect(stranger.Host()), ZORVIC_STATUS_NETWORKERROR);
-    EXPECT_TRUE(WaitUntil([&] { return session.Reconnect(moved.Host()) == ZORVIC_STATUS_OK; }));
-    std::string guid;
-    std::string nickname;
-    EXPECT_EQ(session.GetUnitID(guid, nickname), ZORVIC_STATUS_OK);
-    EXPECT_EQ(guid, "unit-1");
-    EXPECT_EQ(session.GetHost(), unit.Host());
+        EXPECT_EQ(Client.Reconnect(stranger.Host()), ZORVIC_STATUS_NETWORKERROR);
+    EXPECT_TRUE(WaitUntil([&] { return Client.Reconnect(moved.Host()) == ZORVIC_STATUS_OK; }));
+    EXPECT_EQ(Client.GetHost(), Unit.Host());
 }
 
 // Each must end by itself; what it must not do is crash, hang, or call back afterwards.
-TEST(Session, MayBeDestroyedInAnyState) {
+TEST_F(Linked, ASessionMayBeDestroyedInAnyState) {
     ScriptedUnit silent;
     silent.Frozen = true;
     for (const std::string& host : {silent.Host(), std::string("no-such-name.invalid"), std::string("127.0.0.1:1")}) {
@@ -219,18 +188,16 @@ TEST(Session, MayBeDestroyedInAnyState) {
         ASSERT_TRUE(session.Connected());
         EXPECT_EQ(session.Reconnect(host), ZORVIC_STATUS_NETWORKERROR);
     }
-    ScriptedUnit busy;
-    busy.Store(NamedPreset(1, "Opening"));
     for (int i = 0; i < 20; ++i) {
-        auto session = std::make_unique<Session>(busy.Host(), 1);
-        Recorder recorder(*session);
+        auto session = std::make_unique<Session>(Unit.Host(), 1);
+        Events.Follow(*session);
         auto traffic = std::async(std::launch::async, [&] {
             for (int n = 0; n < 50; ++n)
-                busy.Store(NamedPreset(1, std::to_string(n)));
+                Unit.Store("pk: 1 loop: " + std::to_string(n));
         });
         session.reset();
-        const int before = recorder.Counts[ZORVIC_STATE_PRESETS];
+        const int before = Events.Counts[ZORVIC_STATE_PRESETS];
         traffic.get();
-        EXPECT_EQ(recorder.Counts[ZORVIC_STATE_PRESETS], before);
+        EXPECT_EQ(Events.Counts[ZORVIC_STATE_PRESETS], before);
     }
 }

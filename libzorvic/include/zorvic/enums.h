@@ -140,7 +140,14 @@ enum EasyCanvasAlignment : int {
 };
 
 /// How a canvas spans its outputs. The one scoped enumeration: its enumerators carry no prefix.
-enum class CanvasOrientationEnum : int { Invalid = 0, Custom = 1, Single = 2, Standard = 3, Landscape = 4, Portrait = 5 };
+enum class CanvasOrientationEnum : int {
+    Invalid = 0,
+    Custom = 1,
+    Single = 2,
+    Standard = 3,
+    Landscape = 4,
+    Portrait = 5
+};
 
 enum UnitRole : int {
     ZORVIC_ROLE_INVALID = 0,

@@ -47,8 +47,12 @@ public:
     StatusCode GetPresetStates(std::vector<PresetState>& states);
     /// Adds a preset; the unit assigns PK (that of the argument is ignored).
     StatusCode CreatePreset(const Preset& preset);
-    /// Writes the fields that differ from the copy this session last handed out or sent for that PK; when nothing
-    /// differs, nothing is sent. ZORVIC_STATUS_FAILED for an unknown PK, ZORVIC_STATUS_MISUSED for refused content.
+    /// Writes the fields that were edited, so that it undoes nobody's edit of another one; without an edit it sends
+    /// nothing. Edited is what differs from the version that was handed out or written last for this PK. A refresh that
+    /// reads between an edit's reading and its writing changes nothing: while that newer version is less than a second
+    /// old, a copy with a new value is compared with the ones before it, too (back to the last write), and the one with
+    /// the fewest differences counts. A copy held longer is written as it is, and the last writer wins.
+    /// ZORVIC_STATUS_FAILED for an unknown PK, ZORVIC_STATUS_MISUSED for refused content.
     StatusCode UpdatePreset(const Preset& preset);
     /// Removes a preset. Refused with ZORVIC_STATUS_FAILED while it plays.
     StatusCode DeletePreset(std::int32_t pk);
@@ -94,11 +98,11 @@ public:
     StatusCode SoftRebootZorvic();
     StatusCode ShutdownZorvic();
 
-    /// Registers fn for one kind of change, replacing an earlier registration; a null fn unregisters. When this returns,
-    /// the earlier callback is not running and never runs again; so do not call it with a lock held that the callback
-    /// takes. (From within a callback it does not wait for that one itself.) A registration is answered with one event of
-    /// its type at once, survives Reconnect, and gets one event after every new snapshot. Works without a link, too.
-    /// ZORVIC_STATUS_MISUSED for a type that is not between ZORVIC_STATE_INVALID and ZORVIC_STATE_MAX.
+    /// Registers fn for one kind of change, replacing an earlier registration; a null fn unregisters. When this
+    /// returns, the earlier callback is not running and never runs again; so do not call it with a lock held that the
+    /// callback takes. (From within a callback it does not wait for that one itself.) A registration is answered with
+    /// one event of its type at once, survives Reconnect, and gets one event after every new snapshot. Works without a
+    /// link, too. ZORVIC_STATUS_MISUSED for a type that is not between ZORVIC_STATE_INVALID and ZORVIC_STATE_MAX.
     StatusCode SetStateEventCallback(StateEventType type, StateEventCallback fn, void* user);
 
 private:

@@ -11,7 +11,8 @@
 #include "zorvic/export.h"
 
 // The records that console and unit exchange. They are plain values: default-constructible, copied and moved member by
-// member. Text is UTF-8. Positions inside a preset are remaining times: milliseconds before the end of its running time.
+// member. Text is UTF-8. Positions inside a preset are remaining times: milliseconds before the end of its running
+// time.
 
 namespace Zorvic {
 
@@ -120,13 +121,13 @@ public:
     std::string Notes;
     std::string Color;  ///< text form is the unit's business
     std::vector<CanvasInfo> Canvases;
-    std::unordered_map<std::int32_t, PresetMark> Gotos;      ///< by mark ID
+    std::unordered_map<std::int32_t, PresetMark> Gotos;       ///< by mark ID
     std::unordered_map<std::int32_t, PresetMark> Countdowns;  ///< by mark ID
-    std::vector<std::uint16_t> Volume;                       ///< 0 to 65535 per channel, left first
-    std::map<std::int32_t, TabOrdering> TabDisplayOrder;     ///< by tab id
-    std::int32_t PK = 0;                                     ///< key on the unit; 0 before the unit assigned one
-    std::int32_t Loop = 0;                                   ///< further passes; -1 without end
-    std::int32_t Link = 0;                                   ///< PK of the preset that follows; 0 or below: none
+    std::vector<std::uint16_t> Volume;                        ///< 0 to 65535 per channel, left first
+    std::map<std::int32_t, TabOrdering> TabDisplayOrder;      ///< by tab id
+    std::int32_t PK = 0;                                      ///< key on the unit; 0 before the unit assigned one
+    std::int32_t Loop = 0;                                    ///< further passes; -1 without end
+    std::int32_t Link = 0;                                    ///< PK of the preset that follows; 0 or below: none
     std::int32_t DissolveInMS = 0;
     std::int32_t DissolveOutMS = 0;
     std::int32_t FadeInMS = 0;
@@ -159,7 +160,7 @@ public:
 class ZORVIC_API TimeCode : public Object {
 public:
     std::int32_t PK = 0;
-    std::int32_t Time = 0;              ///< play position, remaining time
+    std::int32_t Time = 0;             ///< play position, remaining time
     std::vector<std::int32_t> VUData;  ///< audio levels 0 to 100, left and right first
 };
 
@@ -193,9 +194,9 @@ public:
     std::string AudioFormat;
     std::string ContainerFormat;
     Size2D Resolution;
-    std::uint64_t TotalSize = 0;  ///< bytes
-    std::uint32_t VBitrate = 0;   ///< bits per second
-    std::uint32_t ABitrate = 0;   ///< bits per second
+    std::uint64_t TotalSize = 0;    ///< bytes
+    std::uint32_t VBitrate = 0;     ///< bits per second
+    std::uint32_t ABitrate = 0;     ///< bits per second
     std::uint32_t ASampleRate = 0;  ///< Hz
     std::uint32_t AChannels = 0;
     std::uint32_t FPS = 0;
