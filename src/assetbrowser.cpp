@@ -1,8 +1,8 @@
 #include "assetbrowser.h"
 
-#include "popupkeys.h"
 #include "sessionmanager.h"
-#include "unitpath.h"
+#include "text/unitpath.h"
+#include "widgets/popupkeys.h"
 
 #include <zorvic/session.h>
 

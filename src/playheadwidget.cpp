@@ -1,7 +1,7 @@
 #include "playheadwidget.h"
 
-#include "clocktext.h"
 #include "style.h"
+#include "text/clocktext.h"
 
 #include <QGuiApplication>
 #include <QKeyEvent>

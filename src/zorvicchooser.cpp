@@ -1,9 +1,9 @@
 #include "zorvicchooser.h"
 
-#include "displaynames.h"
 #include "mainwindow.h"
 #include "sessionmanager.h"
 #include "style.h"
+#include "text/displaynames.h"
 
 #include <zorvic/discovery.h>
 

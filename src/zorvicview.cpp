@@ -1,11 +1,11 @@
 #include "zorvicview.h"
 
 #include "assetbrowser.h"
-#include "marknamedelegate.h"
 #include "playheadwidget.h"
 #include "presetbuilder.h"
-#include "presettreedelegate.h"
 #include "simulator.h"
+#include "widgets/marknamedelegate.h"
+#include "widgets/presettreedelegate.h"
 
 #include <zorvic/tables.h>
 

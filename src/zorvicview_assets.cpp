@@ -2,10 +2,10 @@
 
 #include "assetbrowser.h"
 #include "assetsloadingdialog.h"
-#include "assettext.h"
-#include "clocktext.h"
-#include "treerebuild.h"
-#include "unitpath.h"
+#include "text/assettext.h"
+#include "text/clocktext.h"
+#include "text/unitpath.h"
+#include "widgets/treerebuild.h"
 
 #include <QCoreApplication>
 #include <QIcon>

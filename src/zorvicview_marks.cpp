@@ -1,9 +1,9 @@
 #include "zorvicview.h"
 
-#include "clocktext.h"
-#include "marknamedelegate.h"
 #include "playheadwidget.h"
-#include "remainingtime.h"
+#include "text/clocktext.h"
+#include "text/remainingtime.h"
+#include "widgets/marknamedelegate.h"
 
 #include <QBrush>
 #include <QIcon>

@@ -1,7 +1,7 @@
 #include "zorvicview.h"
 
-#include "picturevalue.h"
-#include "sliderthrottle.h"
+#include "text/picturevalue.h"
+#include "widgets/sliderthrottle.h"
 
 #include <QScopedValueRollback>
 #include <QSignalBlocker>

@@ -1,13 +1,13 @@
 #include "zorvicview.h"
 
-#include "clocktext.h"
 #include "log.h"
 #include "playheadwidget.h"
 #include "presetbuilder.h"
-#include "presettreedelegate.h"
-#include "remainingtime.h"
 #include "simulator.h"
-#include "treerebuild.h"
+#include "text/clocktext.h"
+#include "text/remainingtime.h"
+#include "widgets/presettreedelegate.h"
+#include "widgets/treerebuild.h"
 
 #include <QMenu>
 #include <QPointer>

@@ -1,9 +1,9 @@
 #include "zorvicview.h"
 
 #include "playheadwidget.h"
-#include "popupkeys.h"
-#include "remainingtime.h"
-#include "seektime.h"
+#include "text/remainingtime.h"
+#include "text/seektime.h"
+#include "widgets/popupkeys.h"
 
 #include <QShortcut>
 

@@ -1,4 +1,4 @@
-#include "picturevalue.h"
+#include "text/picturevalue.h"
 #include "viewfixture.h"
 
 using namespace Zorvic;

@@ -1,5 +1,5 @@
 #include "playheadwidget.h"
-#include "seektime.h"
+#include "text/seektime.h"
 #include "viewfixture.h"
 
 #include <QAbstractItemView>

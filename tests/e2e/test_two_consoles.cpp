@@ -1,8 +1,8 @@
-#include "picturevalue.h"
-#include "sliderthrottle.h"
 #include "support/clippreset.h"
 #include "support/consolewindows.h"
 #include "support/unitprocess.h"
+#include "text/picturevalue.h"
+#include "widgets/sliderthrottle.h"
 
 #include <zorvic/zorvic.h>
 

@@ -1,4 +1,4 @@
-#include "treerebuild.h"
+#include "widgets/treerebuild.h"
 
 #include <QCoreApplication>
 #include <QScrollBar>

@@ -1,4 +1,4 @@
-#include "presettreedelegate.h"
+#include "widgets/presettreedelegate.h"
 
 #include <QTreeWidget>
 

@@ -1,4 +1,4 @@
-#include "wraplabel.h"
+#include "widgets/wraplabel.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QPainter>

@@ -1,4 +1,4 @@
-#include "unitpath.h"
+#include "text/unitpath.h"
 
 namespace {
 constexpr const char* Separators = "/\\";

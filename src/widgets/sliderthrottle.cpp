@@ -1,4 +1,4 @@
-#include "sliderthrottle.h"
+#include "widgets/sliderthrottle.h"
 
 #include <QEvent>
 #include <QSlider>

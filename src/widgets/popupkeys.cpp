@@ -1,4 +1,4 @@
-#include "popupkeys.h"
+#include "widgets/popupkeys.h"
 
 #include <QAbstractItemView>
 #include <QComboBox>

@@ -1,4 +1,4 @@
-#include "displaynames.h"
+#include "text/displaynames.h"
 
 const std::unordered_map<Zorvic::UnitRole, std::string> RoleNames = {
     {Zorvic::ZORVIC_ROLE_INVALID, "<INVALID>"},

@@ -1,4 +1,4 @@
-#include "marknamedelegate.h"
+#include "widgets/marknamedelegate.h"
 
 #include <QKeyEvent>
 #include <QTreeWidget>

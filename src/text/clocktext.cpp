@@ -1,4 +1,4 @@
-#include "clocktext.h"
+#include "text/clocktext.h"
 
 #include <QTime>
 

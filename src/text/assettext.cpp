@@ -1,4 +1,4 @@
-#include "assettext.h"
+#include "text/assettext.h"
 
 #include <QCoreApplication>
 #include <QStringBuilder>

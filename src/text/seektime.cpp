@@ -1,4 +1,4 @@
-#include "seektime.h"
+#include "text/seektime.h"
 
 #include <algorithm>
 #include <array>
