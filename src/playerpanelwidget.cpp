@@ -2,7 +2,7 @@
 
 #include "metadata_cache.h"
 #include "simulatorpane.h"
-#include "text/clocktext.h"
+#include "text/timetext.h"
 
 #include <zorvic/layout.h>
 

@@ -41,6 +41,10 @@ public:
     void SetTrim(int startRemaining, int endRemaining);
     /// Shows with the next repaint: the times that come with the change bring it.
     void SetShowPlayHead(bool show) { ShowPlayHead = show; }
+    /// The play head is hollow and says so: nothing runs, but the next start will begin there.
+    void SetCued(bool cued);
+    /// Whatever the operator holds is let go.
+    void EndDrag();
 
     int GetTRT() const { return TRT; }
     int GetHead() const;
@@ -79,11 +83,11 @@ private:
     /// Elapsed time at a widget x, not clamped.
     int TimeAtX(int x) const;
     bool CanSeekTo(int time) const;
-    void ReleaseGrabbers();
 
     void DrawFocus();
     void DrawBarPortions();
     void DrawGrabbers();
+    void DrawCue(const QRect& head);
     void DrawHoverTimeCode();
 
     void ProcessDirectSeek(const QPoint& pos);
@@ -113,6 +117,7 @@ private:
     bool TrimEndDown = false;
     bool PlayHeadDown = false;
     bool ShowPlayHead = false;
+    bool Cued = false;
     QColor ElapsedTimeColor;
     QColor AheadTimeColor;
     QColor UnusedTimeColor;

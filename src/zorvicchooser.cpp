@@ -4,6 +4,7 @@
 #include "sessionmanager.h"
 #include "style.h"
 #include "text/displaynames.h"
+#include "widgets/rowmerge.h"
 
 #include <zorvic/discovery.h>
 
@@ -14,7 +15,6 @@
 #include <QShortcut>
 #include <QTimer>
 
-#include <algorithm>
 #include <memory>
 #include <unordered_map>
 
@@ -59,11 +59,6 @@ QStringList CellTexts(const Zorvic::LANZorvic& unit) {
         cells << texts.at(static_cast<Column>(index + 1));
     }
     return cells;
-}
-
-bool HasAddress(const std::vector<QStringList>& rows, const QString& address) {
-    return std::any_of(rows.begin(), rows.end(),
-                       [&address](const QStringList& row) { return row[AddressIndex] == address; });
 }
 
 }  // namespace
@@ -142,11 +137,8 @@ void ZorvicChooser::RefreshLANZorvics() {
         rows.push_back(CellTexts(unit));
     }
     const QScopedValueRollback<bool> refreshing(Refreshing, true);
-    const auto* selected = SelectedItem();
-    const QString address = selected ? selected->text(AddressIndex) : QString();
     const int scrolledTo = ZorvicFinderList->verticalScrollBar()->value();
     ShowRows(rows);
-    SelectAddress(address);
     ZorvicFinderList->verticalScrollBar()->setValue(scrolledTo);
 
     auto* first = ZorvicFinderList->topLevelItem(0);
@@ -156,51 +148,23 @@ void ZorvicChooser::RefreshLANZorvics() {
     }
 }
 
-/// Changes only what differs from what is shown. Rows are told apart by their address.
+/// Rows are told apart by their address.
 void ZorvicChooser::ShowRows(const std::vector<QStringList>& rows) {
-    for (int row = ZorvicFinderList->topLevelItemCount() - 1; row >= 0; --row) {
-        if (!HasAddress(rows, ZorvicFinderList->topLevelItem(row)->text(AddressIndex))) {
-            delete ZorvicFinderList->takeTopLevelItem(row);
-        }
+    QStringList addresses;
+    for (const auto& cells : rows)
+        addresses << cells[AddressIndex];
+    MergeRows(
+        *ZorvicFinderList, addresses, [](const QTreeWidgetItem& row) { return row.text(AddressIndex); },
+        [&](int place) { return new QTreeWidgetItem(rows[static_cast<std::size_t>(place)]); });
+    for (int row = 0; row < ZorvicFinderList->topLevelItemCount(); ++row) {
+        for (int index = 0; index < ColumnCount; ++index)
+            ZorvicFinderList->topLevelItem(row)->setText(index, rows[static_cast<std::size_t>(row)][index]);
     }
-    int row = 0;
-    for (const auto& cells : rows) {
-        const int known = FindRow(cells[AddressIndex], row);
-        if (known < 0) {
-            ZorvicFinderList->insertTopLevelItem(row, new QTreeWidgetItem(cells));
-        } else if (known > row) {
-            ZorvicFinderList->insertTopLevelItem(row, ZorvicFinderList->takeTopLevelItem(known));
-        }
-        for (int index = 0; index < ColumnCount; ++index) {
-            ZorvicFinderList->topLevelItem(row)->setText(index, cells[index]);
-        }
-        ++row;
-    }
-    while (ZorvicFinderList->topLevelItemCount() > row) {
-        delete ZorvicFinderList->takeTopLevelItem(row);
-    }
-}
-
-int ZorvicChooser::FindRow(const QString& address, int from) const {
-    for (int row = from; row < ZorvicFinderList->topLevelItemCount(); ++row) {
-        if (ZorvicFinderList->topLevelItem(row)->text(AddressIndex) == address) return row;
-    }
-    return -1;
 }
 
 QTreeWidgetItem* ZorvicChooser::SelectedItem() const {
     const auto selected = ZorvicFinderList->selectedItems();
     return selected.isEmpty() ? nullptr : selected.first();
-}
-
-/// The selection follows the unit. When that is gone nothing is selected: the list would select a neighbour.
-void ZorvicChooser::SelectAddress(const QString& address) {
-    const auto* selected = SelectedItem();
-    if (!selected && address.isEmpty()) return;
-    if (selected && selected->text(AddressIndex) == address) return;
-    const int row = address.isEmpty() ? -1 : FindRow(address, 0);
-    ZorvicFinderList->setCurrentItem(row < 0 ? nullptr : ZorvicFinderList->topLevelItem(row));
-    if (row < 0) ZorvicFinderList->clearSelection();
 }
 
 void ZorvicChooser::OnConnectClicked() {

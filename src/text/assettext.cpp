@@ -15,7 +15,19 @@ const std::unordered_map<Zorvic::AssetState, std::string> AssetStateNames = {
     {Zorvic::ZORVIC_ASSETSTATE_PROCESSING, QT_TRANSLATE_NOOP("ZorvicView", "Processing")},
 };
 
+constexpr const char* Separators = "/\\";
+
 }  // namespace
+
+std::string StripPathFromFilename(const std::string& path) {
+    const auto separator = path.find_last_of(Separators);
+    return separator == std::string::npos ? path : path.substr(separator + 1);
+}
+
+std::string StripFilenameFromPath(const std::string& path) {
+    const auto separator = path.find_last_of(Separators);
+    return separator == std::string::npos ? std::string() : path.substr(0, separator);
+}
 
 QString SizeText(std::int64_t bytes) {
     constexpr std::int64_t MiB = 1LL << 20;

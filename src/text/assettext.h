@@ -5,8 +5,14 @@
 #include <QString>
 
 #include <cstdint>
+#include <string>
 
-// Texts of the asset list.
+// Texts about assets. Paths on a unit may use slashes or backslashes, whatever system the console runs on.
+
+/// What follows the last separator; the whole text when there is none.
+std::string StripPathFromFilename(const std::string& path);
+/// What precedes the last separator, without it; empty when there is none.
+std::string StripFilenameFromPath(const std::string& path);
 
 /// Bytes as "512.00MiB", from 2^30 on as "1.50GiB".
 QString SizeText(std::int64_t bytes);

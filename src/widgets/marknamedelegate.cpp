@@ -3,6 +3,8 @@
 #include <QKeyEvent>
 #include <QTreeWidget>
 
+#include <utility>
+
 MarkNameDelegate::MarkNameDelegate(QTreeWidget* parent) : QStyledItemDelegate(parent) {}
 
 void MarkNameDelegate::Cancel() {
@@ -14,15 +16,13 @@ void MarkNameDelegate::Cancel() {
 QWidget* MarkNameDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem& option,
                                         const QModelIndex& index) const {
     Editor = QStyledItemDelegate::createEditor(parent, option, index);
+    IsFilled = false;
     return Editor;
 }
 
-void MarkNameDelegate::destroyEditor(QWidget* editor, const QModelIndex& index) const {
-    QStyledItemDelegate::destroyEditor(editor, index);
-    if (editor == Editor) {
-        Editor.clear();
-        emit EditingEnded();
-    }
+void MarkNameDelegate::setEditorData(QWidget* editor, const QModelIndex& index) const {
+    if (std::exchange(IsFilled, true)) return;
+    QStyledItemDelegate::setEditorData(editor, index);
 }
 
 bool MarkNameDelegate::eventFilter(QObject* object, QEvent* event) {

@@ -6,27 +6,23 @@
 class QTreeWidget;
 
 /// Editors of the names in a marks table. Return and Escape stay in the editor: without that the tab's window-wide keys
-/// would fire the transport. One editor is open at a time.
+/// would fire the transport. What is typed survives a change of the name elsewhere. One editor is open at a time.
 class MarkNameDelegate : public QStyledItemDelegate {
     Q_OBJECT
 
 public:
     explicit MarkNameDelegate(QTreeWidget* parent);
 
-    bool IsEditing() const { return !Editor.isNull(); }
     /// Closes an open editor and drops what was typed.
     void Cancel();
 
     QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
-    void destroyEditor(QWidget* editor, const QModelIndex& index) const override;
-
-signals:
-    /// The editor is closed and whatever it committed is done.
-    void EditingEnded() const;
+    void setEditorData(QWidget* editor, const QModelIndex& index) const override;
 
 protected:
     bool eventFilter(QObject* object, QEvent* event) override;
 
 private:
     mutable QPointer<QWidget> Editor;
+    mutable bool IsFilled = false;
 };

@@ -3,13 +3,18 @@
 #include <QCoreApplication>
 #include <QScrollBar>
 
-TreeRebuild::TreeRebuild(QTreeWidget* tree, int& latest)
-    : Tree(tree), Latest(latest), Number(++latest), ScrollPosition(tree->verticalScrollBar()->value()) {
-    tree->setUpdatesEnabled(false);
+TreeRebuild::TreeRebuild(QTreeWidget* tree, int& latest, bool rowsChange)
+    : Tree(tree),
+      Latest(latest),
+      Number(rowsChange ? ++latest : latest),
+      ScrollPosition(tree->verticalScrollBar()->value()),
+      RowsChange(rowsChange) {
+    // Switching them on again repaints everything.
+    if (RowsChange) tree->setUpdatesEnabled(false);
 }
 
 TreeRebuild::~TreeRebuild() {
-    if (!IsLatest()) return;
+    if (!RowsChange || !IsLatest()) return;
     Tree->verticalScrollBar()->setSliderPosition(ScrollPosition);
     Tree->setUpdatesEnabled(true);
 }

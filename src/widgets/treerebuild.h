@@ -3,12 +3,13 @@
 #include <QPointer>
 #include <QTreeWidget>
 
-/// One rebuild of a list's rows: updates are off until it ends, the scroll position is kept. The event loop runs
-/// inside, so that a nested rebuild may overtake this one, or the list may be closed.
+/// One refresh of a list's rows. The event loop runs inside, so that a nested refresh may overtake this one, or the
+/// list may be closed.
 class TreeRebuild {
 public:
-    /// `latest` numbers the rebuilds of one list, and lives as long as the list.
-    TreeRebuild(QTreeWidget* tree, int& latest);
+    /// `latest` numbers the refreshes of one list, and lives as long as the list. When rows come, go or move, updates
+    /// are off until the end, and the scroll position is kept.
+    TreeRebuild(QTreeWidget* tree, int& latest, bool rowsChange = true);
     ~TreeRebuild();
     TreeRebuild(const TreeRebuild&) = delete;
     TreeRebuild& operator=(const TreeRebuild&) = delete;
@@ -24,4 +25,5 @@ private:
     int& Latest;  ///< not to be touched once the list is gone
     int Number;
     int ScrollPosition;
+    bool RowsChange;
 };

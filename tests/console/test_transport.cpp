@@ -1,5 +1,5 @@
 #include "playheadwidget.h"
-#include "text/seektime.h"
+#include "text/timetext.h"
 #include "viewfixture.h"
 
 #include <QAbstractItemView>

@@ -1,4 +1,4 @@
-#include "text/seektime.h"
+#include "text/timetext.h"
 
 #include <algorithm>
 #include <array>
@@ -22,6 +22,16 @@ int NextField(const std::string& text, std::size_t& position) {
 }
 
 }  // namespace
+
+QString ClockText(int timeMS) {
+    return QTime(0, 0).addMSecs(timeMS).toString(Qt::TextDate);
+}
+
+QString RemainingTimeColor(int remainingMS) {
+    if (remainingMS >= 21000) return QStringLiteral("white");
+    if (remainingMS > 11000) return QStringLiteral("yellow");
+    return QStringLiteral("red");
+}
 
 QTime ParseSeekTime(const std::string& text) {
     if (text.empty()) return {0, 0};
