@@ -2,8 +2,10 @@
 
 #include "sessionmanager.h"
 #include "text/assettext.h"
+#include "widgets/placement.h"
 #include "widgets/popupkeys.h"
 #include "widgets/rowmerge.h"
+#include "widgets/wheelguard.h"
 
 #include <zorvic/session.h>
 
@@ -42,6 +44,8 @@ AssetBrowser::AssetBrowser(const std::string& guid, bool internalMode) : GUID(gu
     setWindowIcon(QIcon(QStringLiteral(":icons/icon.png")));
     PathUpButton->setIcon(QIcon(QStringLiteral(":/icons/up.png")));
     IngestProgressBar->hide();
+    PlaceOverMainWindow(*this);
+    GuardWheel(*this);
     // An open browser must not keep the program running when the main window is closed.
     setAttribute(Qt::WA_QuitOnClose, false);
     WireControls();

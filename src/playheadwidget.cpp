@@ -106,9 +106,8 @@ int PlayHeadWidget::GetTrimEnd() const {
 
 bool PlayHeadWidget::event(QEvent* event) {
     // The release of a held button goes elsewhere when the bar is hidden or a dialog blocks its window.
-    if (event->type() == QEvent::Hide || event->type() == QEvent::WindowBlocked) {
-        EndDrag();
-    }
+    const auto type = event->type();
+    if (type == QEvent::Hide || type == QEvent::WindowBlocked || type == QEvent::EnabledChange) EndDrag();
     return QWidget::event(event);
 }
 
@@ -156,6 +155,7 @@ bool PlayHeadWidget::CanSeekTo(int time) const {
 }
 
 void PlayHeadWidget::EndDrag() {
+    if (Menu) Menu->close();
     TrimStartDown = false;
     TrimEndDown = false;
     PlayHeadDown = false;
@@ -321,6 +321,7 @@ void PlayHeadWidget::OnRightClick(const QPoint& pos) {
     const int trt = TRT;
     // On the heap: the bar, which owns it, may be destroyed while the menu runs its own event loop.
     const QPointer<QMenu> menu = new QMenu(this);
+    Menu = menu;
     menu->addAction(AbsoluteText(WrapSubtract(trt, time)))->setEnabled(false);
     menu->addSeparator();
     const QAction* const setStart = menu->addAction(tr("Set trim start here"));

@@ -1,12 +1,15 @@
 #pragma once
 
 #include <QColor>
+#include <QPointer>
 #include <QRect>
 #include <QWidget>
 
 #include <array>
 #include <cstdint>
 #include <memory>
+
+class QMenu;
 
 /// The bar under the transport controls: running time, trimmed region, play head, and a time label under the mouse.
 ///
@@ -43,7 +46,7 @@ public:
     void SetShowPlayHead(bool show) { ShowPlayHead = show; }
     /// The play head is hollow and says so: nothing runs, but the next start will begin there.
     void SetCued(bool cued);
-    /// Whatever the operator holds is let go.
+    /// Lets go what the operator holds and closes the menu: the bar is about to show something else.
     void EndDrag();
 
     int GetTRT() const { return TRT; }
@@ -113,6 +116,7 @@ private:
     std::int32_t HoverTimeCode = 0;
     /// Widget x of the time label; -1 hides it.
     std::int32_t HoverXCoord = -1;
+    QPointer<QMenu> Menu;
     bool TrimStartDown = false;
     bool TrimEndDown = false;
     bool PlayHeadDown = false;

@@ -4,6 +4,7 @@
 #include "sessionmanager.h"
 #include "style.h"
 #include "text/displaynames.h"
+#include "widgets/placement.h"
 #include "widgets/rowmerge.h"
 
 #include <zorvic/discovery.h>
@@ -69,6 +70,7 @@ ZorvicChooser::ZorvicChooser(MainWindow* mainWindow) : MainWin(mainWindow) {
     setupUi(this);
     setFont(SizeDefaultFont(10));
     setWindowIcon(QIcon(QStringLiteral(":icons/icon.png")));
+    PlaceOverMainWindow(*this);
     SetUpList();
     WireControls();
     auto* timer = new QTimer(this);
@@ -100,6 +102,7 @@ void ZorvicChooser::WireControls() {
     connectShortcut->setAutoRepeat(false);
     connect(connectShortcut, &QShortcut::activated, this, &ZorvicChooser::OnConnectClicked);
     connect(ZorvicIPBox, &QLineEdit::returnPressed, this, &ZorvicChooser::OnConnectClicked);
+    connect(ZorvicIPBox, &QLineEdit::textChanged, ResultLabel, &QLabel::clear);
     connect(ConnectButton, &QPushButton::clicked, this, &ZorvicChooser::OnConnectClicked);
     connect(ZorvicFinderList, &QTreeWidget::itemPressed, this, &ZorvicChooser::OnZorvicSelected);
     connect(ZorvicFinderList, &QTreeWidget::itemDoubleClicked, this, &ZorvicChooser::OnZorvicDoubleClicked);
@@ -108,6 +111,7 @@ void ZorvicChooser::WireControls() {
 
 void ZorvicChooser::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
+    ResultLabel->clear();
     ZorvicIPBox->setFocus();
     ZorvicIPBox->selectAll();
     RefreshLANZorvics();
@@ -171,12 +175,18 @@ void ZorvicChooser::OnConnectClicked() {
     // Building the tab runs the event loop, where this can be asked for again.
     if (Connecting) return;
     const QScopedValueRollback<bool> connecting(Connecting, true);
+    const QString address = ZorvicIPBox->text().trimmed();
     auto* registry = SessionManager::GetInstance();
-    const std::unique_ptr<SessionHandle> handle(registry->CreateSessionByIP(ZorvicIPBox->text().toStdString()));
-    if (!handle) return;
-    MainWin->AddView(handle->GetSession());
-    // The operator may have closed it while this window was open.
-    MainWin->show();
+    const std::unique_ptr<SessionHandle> handle(registry->CreateSessionByIP(address.toStdString()));
+    if (!handle) {
+        ResultLabel->setText(address.isEmpty() ? tr("Type the address of a unit, or choose one from the list.")
+                                               : tr("No unit answers at %1.").arg(address.toHtmlEscaped()));
+        return;
+    }
+    if (!MainWin->AddView(handle->GetSession())) {
+        ResultLabel->setText(tr("The unit at %1 does not say who it is.").arg(address.toHtmlEscaped()));
+        return;
+    }
     hide();
 }
 

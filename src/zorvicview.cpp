@@ -5,11 +5,13 @@
 #include "presetbuilder.h"
 #include "simulator.h"
 #include "view/assetrows.h"
+#include "view/lostlink.h"
 #include "view/marktables.h"
 #include "view/mixdesk.h"
 #include "view/presetrows.h"
 #include "view/timecodes.h"
 #include "widgets/presettreedelegate.h"
+#include "widgets/wheelguard.h"
 
 #include <zorvic/tables.h>
 
@@ -118,6 +120,7 @@ ZorvicView::ZorvicView(const std::string& guid, const std::string& ip)
     WireShortcuts();
     WireLayoutPane();
     WireDialogs();
+    GuardWheel(*this);
     UpdatePresetLabels({});
     UpdateAssetsLabel({});
     StartTimer(100ms, &ZorvicView::ProcessViewUpdateFlags);
@@ -276,18 +279,31 @@ bool ZorvicView::RefreshFor(ViewUpdateFlags flag, Round& round) {
 void ZorvicView::UpdateStatus() {
     const auto handle = LookupSession();
     if (!handle) return;
+    const bool connected = handle->GetSession()->Connected();
+    ShowLink(connected);
     QString text;
     Zorvic::KonaHardwareState state;
-    if (!handle->GetSession()->Connected()) {
+    if (!connected) {
         text = tr("<b><font color=\"#cd0000\">Disconnected from server</font></b>");
     } else if (handle->GetSession()->GetKonaHardwareState(state) != Zorvic::ZORVIC_STATUS_OK) {
         text = tr("Error fetching unit status. Check connection.");
     } else {
         text = VideoModeText(state);
     }
-    if (text != StatusLabel->text()) {
-        StatusLabel->setText(text);
+    if (text != StatusLabel->text()) StatusLabel->setText(text);
+}
+
+void ZorvicView::ShowLink(bool connected) {
+    if (!Link->Show(connected)) return;
+    if (connected) {
+        SetViewUpdateFlag(Zorvic::ZORVIC_STATE_PRESETS);
+        SetViewUpdateFlag(Zorvic::ZORVIC_STATE_TIMECODE);
+    } else {
+        Clock->ShowStale();
+        Rows->ShowStale();
+        Marks->ShowStale();
     }
+    emit LinkChanged(!connected);
 }
 
 void ZorvicView::CheckConnection() {

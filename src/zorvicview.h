@@ -24,6 +24,7 @@
 
 class AssetBrowser;
 class AssetRows;
+class LostLink;
 class MarkTables;
 class MixDesk;
 class PlayHeadWidget;
@@ -140,6 +141,10 @@ public:
     void UpdateVideoSliders(const Zorvic::Preset& preset);
     void OnVideoSliderChanged(float value, float Zorvic::PinnedAsset::*member);
 
+signals:
+    /// The link to the unit has gone, or come back.
+    void LinkChanged(bool lost);
+
 public slots:
     void ProcessViewUpdateFlags();
     void UpdateStatus();
@@ -200,6 +205,7 @@ private:
     Round BeginRound(Zorvic::Session* session) const;
     /// False ends the round. The view may be gone then, and otherwise too.
     bool RefreshFor(ViewUpdateFlags flag, Round& round);
+    void ShowLink(bool connected);
     void EditCurrent(const EditPreset& edit) const;
 
     // Preset list
@@ -257,5 +263,6 @@ private:
     std::unique_ptr<Timecodes> Clock;
     std::unique_ptr<MarkTables> Marks;
     std::unique_ptr<MixDesk> Mix;
+    std::unique_ptr<LostLink> Link;
     std::shared_ptr<Round::Lists> SpareLists = std::make_shared<Round::Lists>();
 };

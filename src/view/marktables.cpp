@@ -149,6 +149,13 @@ void MarkTables::ShowRemaining(const Zorvic::Preset& preset, std::optional<int> 
     }
 }
 
+void MarkTables::ShowStale() {
+    auto* const view = Of(Kind::Countdown).View;
+    const QSignalBlocker blocker(view);
+    for (int place = 0; place < view->topLevelItemCount(); ++place)
+        view->topLevelItem(place)->setForeground(RemainingColumn, {});
+}
+
 int MarkTables::IDOf(const QTreeWidgetItem* row, Kind kind) {
     return row
         ->text(kind == Kind::Goto ? ZorvicView::GotosColumnTypeToIndex(GotosColumn::INDEX)

@@ -31,6 +31,8 @@ public:
     /// What is left to each countdown when the preset stands at this remaining time; empty when it does not stand
     /// anywhere.
     void ShowRemaining(const Zorvic::Preset& preset, std::optional<int> positionMS);
+    /// Times left lose their colours until they run again.
+    void ShowStale();
 
     /// Whose marks are shown; 0 without.
     int PK() const { return ShownPK; }

@@ -36,6 +36,7 @@ public:
     // True when the row needs to be painted anew and the list does not know it.
     bool Show(const PresetRows::Entry& entry, const NamesByPK& names);
     bool ShowRemaining(int remainingMS);
+    void ShowStale();
     const std::string& Name() const { return ShownName; }
 
     const int PK;
@@ -122,6 +123,12 @@ bool PresetRow::ShowRemaining(int remainingMS) {
            ::ShowRemaining(this, Index(PresetColumn::TIME), remainingMS);
 }
 
+void PresetRow::ShowStale() {
+    setForeground(Index(PresetColumn::TIME), {});
+    RemainingMS.reset();
+    ShownLengthMS.reset();
+}
+
 /// The list holds no other rows.
 PresetRow& AsPresetRow(QTreeWidgetItem& row) {
     return static_cast<PresetRow&>(row);
@@ -196,6 +203,11 @@ void PresetRows::ShowTime(int pk, int remainingMS) {
     if (!row) return;
     const QSignalBlocker blocker(List->model());
     if (AsPresetRow(*row).ShowRemaining(remainingMS)) Repaint(row);
+}
+
+void PresetRows::ShowStale() {
+    for (int place = 0; place < List->topLevelItemCount(); ++place)
+        AsPresetRow(*List->topLevelItem(place)).ShowStale();
 }
 
 void PresetRows::FollowUnit(int pk) {

@@ -82,6 +82,13 @@ void Timecodes::ShowNothing() {
     ShowLevels({0, 0});
 }
 
+void Timecodes::ShowStale() {
+    SeekStyle =
+        QStringLiteral("color: %1;").arg(Ui.SeekBox->palette().color(QPalette::Disabled, QPalette::Text).name());
+    ShowSeekText();
+    ShowLevels({0, 0});
+}
+
 /// A drag belongs to the preset that it began on.
 void Timecodes::TakeOver(int pk) {
     if (std::exchange(ShownPK, pk) != pk) Ui.Bar->EndDrag();

@@ -40,6 +40,8 @@ public:
                    const std::optional<Zorvic::TimeCode>& timeCode);
     /// There is no preset.
     void ShowNothing();
+    /// What is shown may be true no more.
+    void ShowStale();
 
     /// What was typed has been used.
     void UseTyped();

@@ -24,5 +24,9 @@ public:
 
 void KeepKeysInPopup(QComboBox& box) {
     // Asking for the view makes Qt install its own filter first; the one installed last runs first.
-    box.view()->installEventFilter(new KeyKeeper(box.view()));
+    KeepKeys(*box.view());
+}
+
+void KeepKeys(QWidget& widget) {
+    widget.installEventFilter(new KeyKeeper(&widget));
 }
