@@ -1,11 +1,14 @@
 #include "aboutdialog.h"
 
+#include "widgets/placement.h"
+
 #include <QIcon>
 #include <QPixmap>
 
 AboutDialog::AboutDialog() {
     setupUi(this);
     setAttribute(Qt::WA_DeleteOnClose);
+    PlaceOverMainWindow(*this);
     setWindowIcon(QIcon(QStringLiteral(":icons/icon.png")));
     LogoLabel->setPixmap(QPixmap(QStringLiteral(":icons/aboutlogo.png")));
     connect(DismissButton, &QPushButton::clicked, this, &AboutDialog::OnDismissClicked);

@@ -1,15 +1,17 @@
 #include "assetbrowser.h"
 
-#include "popupkeys.h"
 #include "sessionmanager.h"
-#include "unitpath.h"
+#include "text/assettext.h"
+#include "widgets/placement.h"
+#include "widgets/popupkeys.h"
+#include "widgets/rowmerge.h"
+#include "widgets/wheelguard.h"
 
 #include <zorvic/session.h>
 
 #include <QAbstractItemView>
 #include <QElapsedTimer>
 #include <QKeyEvent>
-#include <QSet>
 #include <QShortcut>
 #include <QSignalBlocker>
 #include <QTimer>
@@ -42,6 +44,8 @@ AssetBrowser::AssetBrowser(const std::string& guid, bool internalMode) : GUID(gu
     setWindowIcon(QIcon(QStringLiteral(":icons/icon.png")));
     PathUpButton->setIcon(QIcon(QStringLiteral(":/icons/up.png")));
     IngestProgressBar->hide();
+    PlaceOverMainWindow(*this);
+    GuardWheel(*this);
     // An open browser must not keep the program running when the main window is closed.
     setAttribute(Qt::WA_QuitOnClose, false);
     WireControls();
@@ -162,43 +166,22 @@ void AssetBrowser::UpdateAssetsList() {
 }
 
 void AssetBrowser::ShowEntries(const std::vector<Zorvic::ExternalAsset>& entries, bool sameFolder) {
-    QSet<QString> selected;
-    for (const auto* item : AssetBrowserList->selectedItems()) {
-        selected += item->text();
-    }
     if (!sameFolder) AssetBrowserList->clear();
-    MergeEntries(entries);
-    for (int row = 0; row < AssetBrowserList->count(); ++row) {
-        auto* const item = AssetBrowserList->item(row);
-        if (selected.contains(item->text()) && !item->isSelected()) item->setSelected(true);
-        ApplyFilter(row, FilterBox->text());
-    }
-}
-
-void AssetBrowser::MergeEntries(const std::vector<Zorvic::ExternalAsset>& entries) {
-    QSet<QPair<QString, int>> present;
-    for (const auto& entry : entries) {
-        present += {QString::fromStdString(entry.Filename), TypeOf(entry)};
-    }
-    for (int row = AssetBrowserList->count() - 1; row >= 0; --row) {
-        const auto* const item = AssetBrowserList->item(row);
-        if (!present.contains({item->text(), item->type()})) delete AssetBrowserList->takeItem(row);
-    }
+    using Key = QPair<QString, int>;
+    QList<Key> wanted;
+    for (const auto& entry : entries)
+        wanted.append({QString::fromStdString(entry.Filename), TypeOf(entry)});
     const QIcon folderIcon(QStringLiteral(":icons/folder.png"));
-    int row = 0;
-    for (const auto& entry : entries) {
-        const QString name = QString::fromStdString(entry.Filename);
-        const auto* const item = AssetBrowserList->item(row);
-        if (!item || item->text() != name || item->type() != TypeOf(entry)) {
-            auto* const added = new QListWidgetItem(name, nullptr, TypeOf(entry));
-            if (entry.IsDirectory) added->setIcon(folderIcon);
-            AssetBrowserList->insertItem(row, added);
-        }
-        ++row;
-    }
-    while (AssetBrowserList->count() > row) {
-        delete AssetBrowserList->takeItem(row);
-    }
+    MergeRows(
+        *AssetBrowserList, wanted, [](const QListWidgetItem& row) { return Key(row.text(), row.type()); },
+        [&](int place) {
+            const auto& [name, type] = wanted.at(place);
+            auto* const added = new QListWidgetItem(name, nullptr, type);
+            if (type == FolderType) added->setIcon(folderIcon);
+            return added;
+        });
+    for (int row = 0; row < AssetBrowserList->count(); ++row)
+        ApplyFilter(row, FilterBox->text());
 }
 
 bool AssetBrowser::ApplyFilter(int row, const QString& filter) {

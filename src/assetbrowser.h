@@ -13,7 +13,6 @@
 #include <unordered_set>
 #include <vector>
 
-
 /// Window that walks the folders of a unit's drives and lets the operator pick files, either to import them (and to
 /// watch the copy) or to choose an asset that the unit has already.
 ///
@@ -61,9 +60,8 @@ private:
     /// Which drives are offered: all of them. The place to leave some out.
     static bool IsValidDrive(const std::string& mountpoint);
     void ShowDrives(const QStringList& mountpoints);
+    /// Keeps the items of what was listed before.
     void ShowEntries(const std::vector<Zorvic::ExternalAsset>& entries, bool sameFolder);
-    /// Brings the list in line with the entries and keeps the items of those that were listed before.
-    void MergeEntries(const std::vector<Zorvic::ExternalAsset>& entries);
     /// Hides the row unless its text contains the filter text; true when it does.
     bool ApplyFilter(int row, const QString& filter);
     /// False when the folder that drive and path name could not be listed, so that the list shows an earlier one.

@@ -1,7 +1,10 @@
 #include "assetsloadingdialog.h"
 
+#include "widgets/placement.h"
+
 AssetsLoadingDialog::AssetsLoadingDialog() {
     setupUi(this);
+    PlaceOverMainWindow(*this);
     PBar->setFormat(tr("Asset %v of %m (%p%)"));
     UpdateProgress();
 }

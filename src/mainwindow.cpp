@@ -2,9 +2,11 @@
 
 #include "aboutdialog.h"
 #include "sessionmanager.h"
+#include "widgets/popupkeys.h"
 #include "zorvicchooser.h"
 #include "zorvicview.h"
 
+#include <QCloseEvent>
 #include <QIcon>
 
 #include <cstdio>
@@ -39,6 +41,8 @@ MainWindow::MainWindow() {
     setupUi(this);
     setWindowIcon(QIcon(QStringLiteral(":icons/icon.png")));
     WireMenus();
+    // Return opens the menu that Alt or F10 chose; it must not start what is selected in the tab.
+    KeepKeys(*menuBar());
     connect(ZorvicTabs, &QTabWidget::tabCloseRequested, this, &MainWindow::OnTabCloseClick);
     connect(ZorvicTabs, &QTabWidget::currentChanged, this, &MainWindow::OnTabsChanged);
     OnTabsChanged();
@@ -82,7 +86,11 @@ ZorvicView* MainWindow::AddView(Zorvic::Session* session) {
     SetCallbacks(*session, &ZorvicView::OnStateEvent, view.get());
     auto& entry = Views[guid];
     entry = std::move(view);
-    ZorvicTabs->setCurrentIndex(ZorvicTabs->addTab(entry.get(), TabLabel(host, guid, name)));
+    const QString label = TabLabel(host, guid, name);
+    ZorvicTabs->setCurrentIndex(ZorvicTabs->addTab(entry.get(), label));
+    connect(entry.get(), &ZorvicView::LinkChanged, this, [this, shown = entry.get(), label](bool lost) {
+        ZorvicTabs->setTabText(ZorvicTabs->indexOf(shown), lost ? tr("%1 (no answer)").arg(label) : label);
+    });
     // Left on the tab bar, the arrow keys would switch between units.
     entry->PresetsView->setFocus();
     return entry.get();
@@ -115,6 +123,12 @@ void MainWindow::ReattachView(Zorvic::Session* session) const {
     for (const auto& [guid, view] : Views) {
         if (IsRegistered(guid, session)) SetCallbacks(*session, &ZorvicView::OnStateEvent, view.get());
     }
+}
+
+/// Whatever else is open, a builder or the chooser, would keep a program running that has nothing to show.
+void MainWindow::closeEvent(QCloseEvent* event) {
+    QMainWindow::closeEvent(event);
+    QCoreApplication::quit();
 }
 
 void MainWindow::OnTabCloseClick(int index) {

@@ -40,6 +40,9 @@ public slots:
     /// Closes the tab; the unit's session stays open in the registry.
     void OnTabCloseClick(int index);
 
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
 private slots:
     void OnTabsChanged();
     void OnAboutClicked();

@@ -1,8 +1,8 @@
 #include "playerpanelwidget.h"
 
-#include "clocktext.h"
 #include "metadata_cache.h"
 #include "simulatorpane.h"
+#include "text/timetext.h"
 
 #include <zorvic/layout.h>
 

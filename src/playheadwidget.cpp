@@ -1,7 +1,7 @@
 #include "playheadwidget.h"
 
-#include "clocktext.h"
 #include "style.h"
+#include "text/timetext.h"
 
 #include <QGuiApplication>
 #include <QKeyEvent>
@@ -16,11 +16,6 @@
 #include <limits>
 
 namespace {
-
-/// Plain 32-bit subtraction: a unit's absurd times wrap instead of being undefined.
-int Subtract(int left, int right) {
-    return static_cast<int>(static_cast<unsigned>(left) - static_cast<unsigned>(right));
-}
 
 /// Truncates toward zero. Values that no int holds end at its limits, since their truncation would be undefined.
 int ToTime(double value) {
@@ -73,7 +68,7 @@ PlayHeadWidget::PlayHeadWidget(QWidget* parent)
 
 void PlayHeadWidget::SetBaseTimes(int trt, int remaining) {
     TRT = trt;
-    Head = Subtract(trt, remaining);
+    Head = WrapSubtract(trt, remaining);
     update();
 }
 
@@ -87,28 +82,32 @@ void PlayHeadWidget::SetTrim(int startRemaining, int endRemaining) {
         std::cerr << "WARNING: Calling SetTrim() requires setting a TRT first! Returning." << std::endl;
         return;
     }
-    TrimStart = Subtract(TRT, startRemaining);
-    TrimEnd = Subtract(TRT, endRemaining);
+    TrimStart = WrapSubtract(TRT, startRemaining);
+    TrimEnd = WrapSubtract(TRT, endRemaining);
+    update();
+}
+
+void PlayHeadWidget::SetCued(bool cued) {
+    Cued = cued;
     update();
 }
 
 int PlayHeadWidget::GetHead() const {
-    return Subtract(TRT, Head);
+    return WrapSubtract(TRT, Head);
 }
 
 int PlayHeadWidget::GetTrimStart() const {
-    return Subtract(TRT, TrimStart);
+    return WrapSubtract(TRT, TrimStart);
 }
 
 int PlayHeadWidget::GetTrimEnd() const {
-    return Subtract(TRT, TrimEnd);
+    return WrapSubtract(TRT, TrimEnd);
 }
 
 bool PlayHeadWidget::event(QEvent* event) {
     // The release of a held button goes elsewhere when the bar is hidden or a dialog blocks its window.
-    if (event->type() == QEvent::Hide || event->type() == QEvent::WindowBlocked) {
-        ReleaseGrabbers();
-    }
+    const auto type = event->type();
+    if (type == QEvent::Hide || type == QEvent::WindowBlocked || type == QEvent::EnabledChange) EndDrag();
     return QWidget::event(event);
 }
 
@@ -155,7 +154,8 @@ bool PlayHeadWidget::CanSeekTo(int time) const {
     return ShowPlayHead && TrimStart <= time && time <= TrimEnd;
 }
 
-void PlayHeadWidget::ReleaseGrabbers() {
+void PlayHeadWidget::EndDrag() {
+    if (Menu) Menu->close();
     TrimStartDown = false;
     TrimEndDown = false;
     PlayHeadDown = false;
@@ -200,10 +200,32 @@ void PlayHeadWidget::DrawGrabbers() {
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
     painter.drawPixmap(rects->TrimStart, trimStart);
     painter.drawPixmap(rects->TrimEnd, trimEnd);
-    if (ShowPlayHead) {
-        static const QPixmap playHead = LoadGrabber(QStringLiteral("playhead"));
-        painter.drawPixmap(rects->PlayHead, playHead);
+    if (!ShowPlayHead) return;
+    if (Cued) {
+        DrawCue(rects->PlayHead);
+        return;
     }
+    static const QPixmap playHead = LoadGrabber(QStringLiteral("playhead"));
+    painter.drawPixmap(rects->PlayHead, playHead);
+}
+
+/// The outline of a play head, and the word for it above the bar, where the time under the mouse goes before it.
+void PlayHeadWidget::DrawCue(const QRect& head) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(HoverBoxColor, 2));
+    const QPolygonF outline({{head.left() + 4.0, head.top() + 1.0},
+                             {head.right() - 3.0, head.top() + 1.0},
+                             {head.right() - 3.0, head.top() + 11.0},
+                             {head.center().x() + 0.5, head.bottom() - 1.0},
+                             {head.left() + 4.0, head.top() + 11.0}});
+    painter.drawPolygon(outline);
+    if (HoverXCoord >= 0) return;
+    painter.setFont(SizeDefaultFont(9));
+    const QString text = tr("Cued");
+    const int textWidth = painter.fontMetrics().horizontalAdvance(text);
+    const int x = std::clamp(head.center().x() - textWidth / 2, 0, std::max(0, width() - textWidth));
+    painter.drawText(x, head.top() - 3, text);
 }
 
 void PlayHeadWidget::DrawHoverTimeCode() {
@@ -217,7 +239,7 @@ void PlayHeadWidget::DrawHoverTimeCode() {
     painter.setBrush(HoverBoxColor);
     const int time = TimeAtX(HoverXCoord);
     const bool trimmedOff = time > TrimEnd || time < TrimStart;
-    const QString text = trimmedOff ? AbsoluteText(Subtract(TRT, time)) : ClockText(Subtract(TrimEnd, time));
+    const QString text = trimmedOff ? AbsoluteText(WrapSubtract(TRT, time)) : ClockText(WrapSubtract(TrimEnd, time));
     QRect place = painter.boundingRect(QRect(HoverXCoord, bar.y(), 0, 16), 0, text);
     const int halfWidth = place.width() / 2;
     const int height = place.height();
@@ -241,7 +263,7 @@ void PlayHeadWidget::mousePressEvent(QMouseEvent* event) {
 }
 
 void PlayHeadWidget::mouseReleaseEvent(QMouseEvent* /*event*/) {
-    ReleaseGrabbers();
+    EndDrag();
 }
 
 void PlayHeadWidget::mouseMoveEvent(QMouseEvent* event) {
@@ -261,7 +283,7 @@ void PlayHeadWidget::mouseMoveEvent(QMouseEvent* event) {
         time = TrimStart;
     }
     Head = time;
-    emit ScrubBarMoved(Subtract(TRT, Head));
+    emit ScrubBarMoved(WrapSubtract(TRT, Head));
 }
 
 void PlayHeadWidget::keyPressEvent(QKeyEvent* event) {
@@ -278,7 +300,7 @@ void PlayHeadWidget::ProcessDirectSeek(const QPoint& pos) {
     if (!BuildBarDimensions().contains(pos)) return;
     Head = TimeAtX(pos.x());
     update();
-    emit ScrubBarMoved(Subtract(TRT, Head));
+    emit ScrubBarMoved(WrapSubtract(TRT, Head));
 }
 
 void PlayHeadWidget::SetHoverTimeCode(const QPoint* pos, const QRect* bar) {
@@ -294,12 +316,13 @@ void PlayHeadWidget::SetHoverTimeCode(const QPoint* pos, const QRect* bar) {
 
 void PlayHeadWidget::OnRightClick(const QPoint& pos) {
     // The menu takes the mouse, and with it the release of a button that is held now.
-    ReleaseGrabbers();
+    EndDrag();
     const int time = TimeAtX(pos.x());
     const int trt = TRT;
     // On the heap: the bar, which owns it, may be destroyed while the menu runs its own event loop.
     const QPointer<QMenu> menu = new QMenu(this);
-    menu->addAction(AbsoluteText(Subtract(trt, time)))->setEnabled(false);
+    Menu = menu;
+    menu->addAction(AbsoluteText(WrapSubtract(trt, time)))->setEnabled(false);
     menu->addSeparator();
     const QAction* const setStart = menu->addAction(tr("Set trim start here"));
     const QAction* const setEnd = menu->addAction(tr("Set trim end here"));
@@ -324,15 +347,15 @@ void PlayHeadWidget::OnRightClick(const QPoint& pos) {
 
 void PlayHeadWidget::OnTrimStartClick(int time) {
     TrimStart = time;
-    emit TrimStartMoved(Subtract(TRT, time));
+    emit TrimStartMoved(WrapSubtract(TRT, time));
 }
 
 void PlayHeadWidget::OnTrimEndClick(int time) {
     TrimEnd = time;
-    emit TrimEndMoved(Subtract(TRT, time));
+    emit TrimEndMoved(WrapSubtract(TRT, time));
 }
 
 void PlayHeadWidget::OnSeekClick(int time) {
     Head = time;
-    emit ScrubBarMoved(Subtract(TRT, time));
+    emit ScrubBarMoved(WrapSubtract(TRT, time));
 }

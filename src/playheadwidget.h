@@ -1,12 +1,15 @@
 #pragma once
 
 #include <QColor>
+#include <QPointer>
 #include <QRect>
 #include <QWidget>
 
 #include <array>
 #include <cstdint>
 #include <memory>
+
+class QMenu;
 
 /// The bar under the transport controls: running time, trimmed region, play head, and a time label under the mouse.
 ///
@@ -41,6 +44,10 @@ public:
     void SetTrim(int startRemaining, int endRemaining);
     /// Shows with the next repaint: the times that come with the change bring it.
     void SetShowPlayHead(bool show) { ShowPlayHead = show; }
+    /// The play head is hollow and says so: nothing runs, but the next start will begin there.
+    void SetCued(bool cued);
+    /// Lets go what the operator holds and closes the menu: the bar is about to show something else.
+    void EndDrag();
 
     int GetTRT() const { return TRT; }
     int GetHead() const;
@@ -79,11 +86,11 @@ private:
     /// Elapsed time at a widget x, not clamped.
     int TimeAtX(int x) const;
     bool CanSeekTo(int time) const;
-    void ReleaseGrabbers();
 
     void DrawFocus();
     void DrawBarPortions();
     void DrawGrabbers();
+    void DrawCue(const QRect& head);
     void DrawHoverTimeCode();
 
     void ProcessDirectSeek(const QPoint& pos);
@@ -109,10 +116,12 @@ private:
     std::int32_t HoverTimeCode = 0;
     /// Widget x of the time label; -1 hides it.
     std::int32_t HoverXCoord = -1;
+    QPointer<QMenu> Menu;
     bool TrimStartDown = false;
     bool TrimEndDown = false;
     bool PlayHeadDown = false;
     bool ShowPlayHead = false;
+    bool Cued = false;
     QColor ElapsedTimeColor;
     QColor AheadTimeColor;
     QColor UnusedTimeColor;

@@ -4,9 +4,9 @@
 #include "log.h"
 #include "metadata_cache.h"
 #include "playerpanelwidget.h"
-#include "popupkeys.h"
 #include "sessionmanager.h"
 #include "simulator.h"
+#include "widgets/popupkeys.h"
 
 #include <zorvic/layout.h>
 #include <zorvic/session.h>

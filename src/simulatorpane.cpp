@@ -2,7 +2,7 @@
 
 #include "log.h"
 #include "metadata_cache.h"
-#include "popupkeys.h"
+#include "widgets/popupkeys.h"
 
 #include <QEvent>
 #include <QMouseEvent>

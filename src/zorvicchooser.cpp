@@ -1,9 +1,11 @@
 #include "zorvicchooser.h"
 
-#include "displaynames.h"
 #include "mainwindow.h"
 #include "sessionmanager.h"
 #include "style.h"
+#include "text/displaynames.h"
+#include "widgets/placement.h"
+#include "widgets/rowmerge.h"
 
 #include <zorvic/discovery.h>
 
@@ -14,7 +16,6 @@
 #include <QShortcut>
 #include <QTimer>
 
-#include <algorithm>
 #include <memory>
 #include <unordered_map>
 
@@ -61,11 +62,6 @@ QStringList CellTexts(const Zorvic::LANZorvic& unit) {
     return cells;
 }
 
-bool HasAddress(const std::vector<QStringList>& rows, const QString& address) {
-    return std::any_of(rows.begin(), rows.end(),
-                       [&address](const QStringList& row) { return row[AddressIndex] == address; });
-}
-
 }  // namespace
 
 ZorvicChooser* ZorvicChooser::Instance = nullptr;
@@ -74,6 +70,7 @@ ZorvicChooser::ZorvicChooser(MainWindow* mainWindow) : MainWin(mainWindow) {
     setupUi(this);
     setFont(SizeDefaultFont(10));
     setWindowIcon(QIcon(QStringLiteral(":icons/icon.png")));
+    PlaceOverMainWindow(*this);
     SetUpList();
     WireControls();
     auto* timer = new QTimer(this);
@@ -105,6 +102,7 @@ void ZorvicChooser::WireControls() {
     connectShortcut->setAutoRepeat(false);
     connect(connectShortcut, &QShortcut::activated, this, &ZorvicChooser::OnConnectClicked);
     connect(ZorvicIPBox, &QLineEdit::returnPressed, this, &ZorvicChooser::OnConnectClicked);
+    connect(ZorvicIPBox, &QLineEdit::textChanged, ResultLabel, &QLabel::clear);
     connect(ConnectButton, &QPushButton::clicked, this, &ZorvicChooser::OnConnectClicked);
     connect(ZorvicFinderList, &QTreeWidget::itemPressed, this, &ZorvicChooser::OnZorvicSelected);
     connect(ZorvicFinderList, &QTreeWidget::itemDoubleClicked, this, &ZorvicChooser::OnZorvicDoubleClicked);
@@ -113,6 +111,7 @@ void ZorvicChooser::WireControls() {
 
 void ZorvicChooser::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
+    ResultLabel->clear();
     ZorvicIPBox->setFocus();
     ZorvicIPBox->selectAll();
     RefreshLANZorvics();
@@ -142,11 +141,8 @@ void ZorvicChooser::RefreshLANZorvics() {
         rows.push_back(CellTexts(unit));
     }
     const QScopedValueRollback<bool> refreshing(Refreshing, true);
-    const auto* selected = SelectedItem();
-    const QString address = selected ? selected->text(AddressIndex) : QString();
     const int scrolledTo = ZorvicFinderList->verticalScrollBar()->value();
     ShowRows(rows);
-    SelectAddress(address);
     ZorvicFinderList->verticalScrollBar()->setValue(scrolledTo);
 
     auto* first = ZorvicFinderList->topLevelItem(0);
@@ -156,36 +152,18 @@ void ZorvicChooser::RefreshLANZorvics() {
     }
 }
 
-/// Changes only what differs from what is shown. Rows are told apart by their address.
+/// Rows are told apart by their address.
 void ZorvicChooser::ShowRows(const std::vector<QStringList>& rows) {
-    for (int row = ZorvicFinderList->topLevelItemCount() - 1; row >= 0; --row) {
-        if (!HasAddress(rows, ZorvicFinderList->topLevelItem(row)->text(AddressIndex))) {
-            delete ZorvicFinderList->takeTopLevelItem(row);
-        }
+    QStringList addresses;
+    for (const auto& cells : rows)
+        addresses << cells[AddressIndex];
+    MergeRows(
+        *ZorvicFinderList, addresses, [](const QTreeWidgetItem& row) { return row.text(AddressIndex); },
+        [&](int place) { return new QTreeWidgetItem(rows[static_cast<std::size_t>(place)]); });
+    for (int row = 0; row < ZorvicFinderList->topLevelItemCount(); ++row) {
+        for (int index = 0; index < ColumnCount; ++index)
+            ZorvicFinderList->topLevelItem(row)->setText(index, rows[static_cast<std::size_t>(row)][index]);
     }
-    int row = 0;
-    for (const auto& cells : rows) {
-        const int known = FindRow(cells[AddressIndex], row);
-        if (known < 0) {
-            ZorvicFinderList->insertTopLevelItem(row, new QTreeWidgetItem(cells));
-        } else if (known > row) {
-            ZorvicFinderList->insertTopLevelItem(row, ZorvicFinderList->takeTopLevelItem(known));
-        }
-        for (int index = 0; index < ColumnCount; ++index) {
-            ZorvicFinderList->topLevelItem(row)->setText(index, cells[index]);
-        }
-        ++row;
-    }
-    while (ZorvicFinderList->topLevelItemCount() > row) {
-        delete ZorvicFinderList->takeTopLevelItem(row);
-    }
-}
-
-int ZorvicChooser::FindRow(const QString& address, int from) const {
-    for (int row = from; row < ZorvicFinderList->topLevelItemCount(); ++row) {
-        if (ZorvicFinderList->topLevelItem(row)->text(AddressIndex) == address) return row;
-    }
-    return -1;
 }
 
 QTreeWidgetItem* ZorvicChooser::SelectedItem() const {
@@ -193,26 +171,22 @@ QTreeWidgetItem* ZorvicChooser::SelectedItem() const {
     return selected.isEmpty() ? nullptr : selected.first();
 }
 
-/// The selection follows the unit. When that is gone nothing is selected: the list would select a neighbour.
-void ZorvicChooser::SelectAddress(const QString& address) {
-    const auto* selected = SelectedItem();
-    if (!selected && address.isEmpty()) return;
-    if (selected && selected->text(AddressIndex) == address) return;
-    const int row = address.isEmpty() ? -1 : FindRow(address, 0);
-    ZorvicFinderList->setCurrentItem(row < 0 ? nullptr : ZorvicFinderList->topLevelItem(row));
-    if (row < 0) ZorvicFinderList->clearSelection();
-}
-
 void ZorvicChooser::OnConnectClicked() {
     // Building the tab runs the event loop, where this can be asked for again.
     if (Connecting) return;
     const QScopedValueRollback<bool> connecting(Connecting, true);
+    const QString address = ZorvicIPBox->text().trimmed();
     auto* registry = SessionManager::GetInstance();
-    const std::unique_ptr<SessionHandle> handle(registry->CreateSessionByIP(ZorvicIPBox->text().toStdString()));
-    if (!handle) return;
-    MainWin->AddView(handle->GetSession());
-    // The operator may have closed it while this window was open.
-    MainWin->show();
+    const std::unique_ptr<SessionHandle> handle(registry->CreateSessionByIP(address.toStdString()));
+    if (!handle) {
+        ResultLabel->setText(address.isEmpty() ? tr("Type the address of a unit, or choose one from the list.")
+                                               : tr("No unit answers at %1.").arg(address.toHtmlEscaped()));
+        return;
+    }
+    if (!MainWin->AddView(handle->GetSession())) {
+        ResultLabel->setText(tr("The unit at %1 does not say who it is.").arg(address.toHtmlEscaped()));
+        return;
+    }
     hide();
 }
 

@@ -46,9 +46,7 @@ private:
     void SetUpList();
     void WireControls();
     void ShowRows(const std::vector<QStringList>& rows);
-    int FindRow(const QString& address, int from) const;
     QTreeWidgetItem* SelectedItem() const;
-    void SelectAddress(const QString& address);
 
     MainWindow* MainWin;
     bool Connecting = false;

@@ -1,16 +1,20 @@
 #include "zorvicview.h"
 
 #include "assetbrowser.h"
-#include "marknamedelegate.h"
 #include "playheadwidget.h"
 #include "presetbuilder.h"
-#include "presettreedelegate.h"
 #include "simulator.h"
+#include "view/assetrows.h"
+#include "view/lostlink.h"
+#include "view/marktables.h"
+#include "view/mixdesk.h"
+#include "view/presetrows.h"
+#include "view/timecodes.h"
+#include "widgets/presettreedelegate.h"
+#include "widgets/wheelguard.h"
 
 #include <zorvic/tables.h>
 
-#include <QApplication>
-#include <QDrag>
 #include <QPointer>
 #include <QTimer>
 
@@ -108,15 +112,15 @@ ZorvicView::ZorvicView(const std::string& guid, const std::string& ip)
     SetUpPresetList();
     SetUpPanes();
     SetUpColumns();
-    SetUpMarks();
+    SetUpRooms();
     WirePresetList();
     WireTransport();
     WireMarks();
     WireAssets();
-    WireMix();
     WireShortcuts();
     WireLayoutPane();
     WireDialogs();
+    GuardWheel(*this);
     UpdatePresetLabels({});
     UpdateAssetsLabel({});
     StartTimer(100ms, &ZorvicView::ProcessViewUpdateFlags);
@@ -130,11 +134,9 @@ ZorvicView::ZorvicView(const std::string& guid, const std::string& ip)
 ZorvicView::~ZorvicView() {
     PresetsView->removeEventFilter(this);
     PresetsView->viewport()->removeEventFilter(this);
-    for (auto* child : findChildren<QObject*>()) {
+    for (auto* child : findChildren<QObject*>())
         child->disconnect(this);
-    }
-    GotoEditor->Cancel();
-    CountdownEditor->Cancel();
+    Marks.reset();
     hide();
 }
 
@@ -166,6 +168,23 @@ void ZorvicView::SetUpColumns() {
     AssetsView->header()->resizeSection(name, AssetNameColumnWidth);
 }
 
+void ZorvicView::SetUpRooms() {
+    Rows = std::make_unique<PresetRows>(PresetsView);
+    AssetList = std::make_unique<AssetRows>(AssetsView, AssetsLabel, [this](const Zorvic::Asset& asset) {
+        return AssetRows::Metadata(MDCache.LookupAsset(asset));
+    });
+    Clock = std::make_unique<Timecodes>(
+        Timecodes::Widgets{StatusIconLabel, SeekBox, Times, TRTLabel, ScrubBar, LChannelVol, RChannelVol});
+    Marks = std::make_unique<MarkTables>(GotosView, CountdownsView);
+    Mix = std::make_unique<MixDesk>(
+        MixDesk::Widgets{LChannel, RChannel, BindAudioChannels, ActivePlayerSel, BrightnessSel, ContrastSel,
+                         SaturationSel, HueSel},
+        MixDesk::Callbacks{
+            [this] { return CurrentPK(); }, [this](int v, QSlider* slider) { OnVolSliderMoved(v, slider); },
+            [this](float v, auto member) { OnVideoSliderChanged(v, member); }, [this] { RefreshMix(); }});
+    Link = std::make_unique<LostLink>(LinkLabel, std::vector<QWidget*>{TransportFrame, PanelSplit});
+}
+
 void ZorvicView::StartTimer(std::chrono::milliseconds period, void (ZorvicView::*slot)()) {
     auto* timer = new QTimer(this);
     connect(timer, &QTimer::timeout, this, slot);
@@ -193,13 +212,16 @@ SessionHandle ZorvicView::GetSessionHandle() const {
     return handle ? SessionHandle(std::move(*handle)) : SessionHandle(nullptr, {});
 }
 
-void ZorvicView::EditCurrentPreset(const std::function<bool(Zorvic::Session&, Zorvic::Preset&)>& edit) {
-    const auto handle = LookupSession();
-    if (!handle) return;
-    const auto preset = GetSelectedPreset(handle->GetSession());
-    if (preset && edit(*handle->GetSession(), *preset)) {
-        handle->GetSession()->UpdatePreset(*preset);
-    }
+Round ZorvicView::BeginRound() const {
+    return {GUID, SpareLists, Rows->SelectedKeys()};
+}
+
+Round ZorvicView::BeginRound(Zorvic::Session* session) const {
+    return {session, SpareLists, Rows->SelectedKeys()};
+}
+
+void ZorvicView::EditCurrent(const EditPreset& edit) const {
+    BeginRound().EditCurrent(edit);
 }
 
 void ZorvicView::OnStateEvent(Zorvic::StateEventType type, void* view) {
@@ -224,87 +246,65 @@ ZorvicView::ViewUpdateFlags ZorvicView::PopViewUpdateFlags() {
 }
 
 void ZorvicView::ProcessViewUpdateFlags() {
-    const auto flags = PostponeRowRefreshes(Bits(PopViewUpdateFlags()));
+    constexpr auto Both = Bits(ViewUpdateFlags::PRESETS) | Bits(ViewUpdateFlags::PSTATES);
+    auto flags = Bits(PopViewUpdateFlags());
     if (flags == 0) return;
-    const auto handle = LookupSession();
-    if (!handle) return;
+    // Presets are shown with their states: once is enough.
+    if ((flags & Both) == Both) flags &= ~Bits(ViewUpdateFlags::PSTATES);
+    auto round = BeginRound();
     const QPointer<ZorvicView> self(this);
     for (auto bit = Bits(ViewUpdateFlags::MINVALUE); bit <= Bits(ViewUpdateFlags::MAXVALUE); bit *= 2) {
         if ((flags & bit) == 0) continue;
-        if (!RefreshFor(static_cast<ViewUpdateFlags>(bit), *handle->GetSession()) || !self) return;
+        if (!round.Renew() || !RefreshFor(static_cast<ViewUpdateFlags>(bit), round) || !self) return;
     }
 }
 
-bool ZorvicView::RefreshFor(ViewUpdateFlags flag, Zorvic::Session& session) {
+bool ZorvicView::RefreshFor(ViewUpdateFlags flag, Round& round) {
     switch (flag) {
-        case ViewUpdateFlags::PRESETS: {
-            std::vector<Zorvic::Preset> presets;
-            if (session.GetPresets(presets) != Zorvic::ZORVIC_STATUS_OK) return false;
-            AcceptPresets(presets);
-            return true;
-        }
+        case ViewUpdateFlags::PRESETS:
         case ViewUpdateFlags::PSTATES:
-            AcceptPresetStates();
-            return true;
+            return RefreshPresets(round) || flag == ViewUpdateFlags::PSTATES;
         case ViewUpdateFlags::ASSETS: {
             std::vector<Zorvic::Asset> assets;
-            if (session.GetAssets(assets) != Zorvic::ZORVIC_STATUS_OK) return false;
+            if (round.Session()->GetAssets(assets) != Zorvic::ZORVIC_STATUS_OK) return false;
             AcceptAssets(assets);
             return true;
         }
         case ViewUpdateFlags::TIMECODE:
-            return RefreshTimeCodes(session);
+            return RefreshTimeCodes(round);
         default:  // the status timer shows the hardware state
             return true;
     }
 }
 
-bool ZorvicView::RefreshTimeCodes(Zorvic::Session& session) {
-    std::vector<Zorvic::PresetState> states;
-    if (session.GetPresetStates(states) != Zorvic::ZORVIC_STATUS_OK) return false;
-    std::unordered_map<int, Zorvic::TimeCode> codes;
-    for (const auto& state : states) {
-        if (!state.IsPlaying) continue;
-        const auto entry = codes.try_emplace(state.PK).first;
-        if (session.GetTimeCode(entry->second, state.PK) != Zorvic::ZORVIC_STATUS_OK) {
-            codes.erase(entry);
-        }
-    }
-    AcceptTimeCodes(codes);
-    return true;
-}
-
-// The press that may start a drag selects on the unit, which answers with a refresh, and a drop moves whatever rows are
-// selected by then: rows must not change from the press on. The drag object lives until the move has been reported.
-bool ZorvicView::RowsAreHeld() const {
-    return (RowsPressed && QApplication::mouseButtons() != Qt::NoButton) ||
-           PresetsView->findChild<QDrag*>(QString(), Qt::FindDirectChildrenOnly);
-}
-
-/// Returns what can be refreshed now.
-std::uint32_t ZorvicView::PostponeRowRefreshes(std::uint32_t flags) {
-    constexpr auto Rows = Bits(ViewUpdateFlags::PRESETS) | Bits(ViewUpdateFlags::PSTATES);
-    if ((flags & Rows) == 0 || !RowsAreHeld()) return flags;
-    const std::scoped_lock lock(FlagMutex);
-    UpdateFlags = static_cast<ViewUpdateFlags>(Bits(UpdateFlags) | (flags & Rows));
-    return flags & ~Rows;
-}
-
 void ZorvicView::UpdateStatus() {
     const auto handle = LookupSession();
     if (!handle) return;
+    const bool connected = handle->GetSession()->Connected();
+    ShowLink(connected);
     QString text;
     Zorvic::KonaHardwareState state;
-    if (!handle->GetSession()->Connected()) {
+    if (!connected) {
         text = tr("<b><font color=\"#cd0000\">Disconnected from server</font></b>");
     } else if (handle->GetSession()->GetKonaHardwareState(state) != Zorvic::ZORVIC_STATUS_OK) {
         text = tr("Error fetching unit status. Check connection.");
     } else {
         text = VideoModeText(state);
     }
-    if (text != StatusLabel->text()) {
-        StatusLabel->setText(text);
+    if (text != StatusLabel->text()) StatusLabel->setText(text);
+}
+
+void ZorvicView::ShowLink(bool connected) {
+    if (!Link->Show(connected)) return;
+    if (connected) {
+        SetViewUpdateFlag(Zorvic::ZORVIC_STATE_PRESETS);
+        SetViewUpdateFlag(Zorvic::ZORVIC_STATE_TIMECODE);
+    } else {
+        Clock->ShowStale();
+        Rows->ShowStale();
+        Marks->ShowStale();
     }
+    emit LinkChanged(!connected);
 }
 
 void ZorvicView::CheckConnection() {
@@ -321,19 +321,6 @@ void ZorvicView::OnSizingChanged() {
     }
 }
 
-// A drag inside the list ends with the removal of its drag object, after the rows were moved. Widgets that come and go
-// (and the delegate, at the end) have moved nothing.
 bool ZorvicView::eventFilter(QObject* object, QEvent* event) {
-    if (object == PresetsView->viewport()) {
-        if (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonRelease) {
-            RowsPressed = event->type() == QEvent::MouseButtonPress;
-        }
-    } else if (object == PresetsView && event->type() == QEvent::ChildRemoved) {
-        const auto* child = static_cast<QChildEvent*>(event)->child();
-        if (!child->isWidgetType() && child != PresetTreeDelegateObj.get()) {
-            RebuildTabOrderings();
-            return true;
-        }
-    }
-    return QWidget::eventFilter(object, event);
+    return Rows->Filter(object, event) || QWidget::eventFilter(object, event);
 }

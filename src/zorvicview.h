@@ -3,6 +3,7 @@
 #include "metadata_cache.h"
 #include "sessionmanager.h"
 #include "ui_zorvicview.h"
+#include "view/round.h"
 
 #include <zorvic/session.h>
 
@@ -16,15 +17,21 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
 class AssetBrowser;
-class MarkNameDelegate;
+class AssetRows;
+class LostLink;
+class MarkTables;
+class MixDesk;
 class PlayHeadWidget;
 class PresetBuilder;
+class PresetRows;
 class PresetTreeDelegate;
+class Timecodes;
 namespace Simulator {
 class SimulatorWidget;
 }
@@ -84,6 +91,7 @@ public:
     void ClearViewUpdateFlag(Zorvic::StateEventType type);
     ViewUpdateFlags PopViewUpdateFlags();
 
+    /// Sees what happens to the preset list, and takes the end of a drag.
     bool eventFilter(QObject* object, QEvent* event) override;
 
     // Preset list: zorvicview_presets.cpp
@@ -133,6 +141,10 @@ public:
     void UpdateVideoSliders(const Zorvic::Preset& preset);
     void OnVideoSliderChanged(float value, float Zorvic::PinnedAsset::*member);
 
+signals:
+    /// The link to the unit has gone, or come back.
+    void LinkChanged(bool lost);
+
 public slots:
     void ProcessViewUpdateFlags();
     void UpdateStatus();
@@ -177,75 +189,60 @@ public slots:
     void OnVolSliderMoved(int value, QSlider* slider);
 
 private:
+    using EditPreset = std::function<bool(Zorvic::Preset&)>;
+
     // Frame
     void SetUpPanes();
     void SetUpColumns();
+    void SetUpRooms();
     void StartTimer(std::chrono::milliseconds period, void (ZorvicView::*slot)());
     void WireShortcuts();
     void WireDialogs();
     void WireLayoutPane();
     std::unique_ptr<SessionHandle> LookupSession() const;
+    /// For one operation on what is selected now.
+    Round BeginRound() const;
+    Round BeginRound(Zorvic::Session* session) const;
     /// False ends the round. The view may be gone then, and otherwise too.
-    bool RefreshFor(ViewUpdateFlags flag, Zorvic::Session& session);
-    bool RowsAreHeld() const;
-    std::uint32_t PostponeRowRefreshes(std::uint32_t flags);
-    bool RefreshTimeCodes(Zorvic::Session& session);
-    /// Runs `edit` on a copy of the current preset and sends the copy when that returned true.
-    void EditCurrentPreset(const std::function<bool(Zorvic::Session&, Zorvic::Preset&)>& edit);
+    bool RefreshFor(ViewUpdateFlags flag, Round& round);
+    void ShowLink(bool connected);
+    void EditCurrent(const EditPreset& edit) const;
 
     // Preset list
     void SetUpPresetList();
     void WirePresetList();
-    bool FillPresetList(const std::vector<Zorvic::Preset>& sorted,
-                        const std::unordered_map<int, Zorvic::PresetState>& states);
-    void ShowCurrentPreset(QTreeWidgetItem* row, const Zorvic::Preset& preset, const Zorvic::PresetState& state);
+    bool RefreshPresets(Round& round);
+    void ShowPresets(Round& round, const std::vector<Zorvic::Preset>& list);
+    void ShowCurrentPreset(const Zorvic::Preset& preset, const Zorvic::PresetState& state,
+                           const std::optional<Zorvic::TimeCode>& timeCode);
+    void ShowNoPreset();
     /// Key of the current preset, 0 without one.
     int CurrentPK() const;
-    std::vector<int> SelectedKeys() const;
-    std::unordered_map<int, QTreeWidgetItem*> RowsByPK() const;
-    /// The selected presets that the unit still has, by PK.
-    std::vector<Zorvic::Preset> PresentSelection(Zorvic::Session* session) const;
-    void RunOnRows(const std::vector<int>& keys, void (ZorvicView::*slot)());
+    void Edit(const std::vector<int>& keys);
+    void Clone(const std::vector<int>& keys);
+    void Delete(const std::vector<int>& keys);
 
     // Transport
     void WireTransport();
     void OnEscapePressed();
+    void OnSeekEditingFinished();
     void CommandSelection(Zorvic::StatusCode (Zorvic::Session::*command)(std::int32_t));
     using SeekTarget = std::uint32_t (*)(const Zorvic::Preset&, const Zorvic::PresetState&);
     void GotoBeforeOut(int beforeOutMS, SeekTarget target);
-    void ShowSeekTime(int remainingMS);
 
     // Timecodes and marks
-    struct MarkKind;
-    void SetUpMarks();
     void WireMarks();
-    MarkKind GotoKind() const;
-    MarkKind CountdownKind() const;
-    void ShowRowTime(QTreeWidgetItem* row, int remainingMS);
-    void ShowTimeCode(const Zorvic::Preset& preset, const Zorvic::PresetState& state, const Zorvic::TimeCode& timeCode);
-    void ShowRestingState(const Zorvic::Preset& preset, const Zorvic::PresetState& state);
-    void FillGotos(const Zorvic::Preset& preset);
-    void FillCountdowns(const Zorvic::Preset& preset);
-    bool IsEditingMark() const;
-    void RenameMark(const MarkKind& kind, QTreeWidgetItem* item, int column);
-    void DeleteMarks(const MarkKind& kind);
-    void OnMarkEditingEnded();
+    void ShowTimeCodes(Round& round, const std::unordered_map<int, Zorvic::TimeCode>& codes);
+    bool RefreshTimeCodes(Round& round);
+    void ShowTimes(Round& round, int pk);
+    void RenameMark(QTreeWidgetItem* item, bool countdown);
+    void DeleteMarks(bool countdowns);
 
     // Assets
     void WireAssets();
-    QTreeWidgetItem* MakeAssetRow(const Zorvic::Asset& asset);
 
     // Mix
-    void WireMix();
-    void WireVideoSlider(QSlider* slider, float Zorvic::PinnedAsset::*member);
-    void WireMixSlider(QSlider* slider, const std::function<void(int)>& send);
-    QString MixTarget(const QSlider* slider) const;
-    bool DragIsOver(const QSlider* slider) const;
-    void OnMixSliderReleased();
-    void OnActivePlayerChanged();
-    Zorvic::PinnedAsset* FindAdjustedAsset(const Zorvic::Preset& preset) const;
-    /// The preset whose values a running refresh puts on the sliders, if it is `preset`; otherwise null.
-    const Zorvic::Preset* RefreshOf(const Zorvic::Preset& preset) const;
+    void RefreshMix();
 
     MetadataCache MDCache;
     std::string GUID;
@@ -260,19 +257,12 @@ private:
     int CurPresetTab = 0;
     bool AssetViewExpanded = false;
 
-    bool RowsPressed = false;
-    int PresetRebuilds = 0;
-    int AssetRebuilds = 0;
-    /// What the seek box shows as soon as the operator does not edit it.
-    QString SeekText;
-    QString SeekStyle;
-    /// The preset whose marks are in the tables; their IDs mean nothing for another one.
-    int MarksPK = 0;
-    bool MarksAreStale = false;
-    MarkNameDelegate* GotoEditor = nullptr;
-    MarkNameDelegate* CountdownEditor = nullptr;
-    const Zorvic::Preset* MixRefresh = nullptr;
-    /// The mix slider whose knob the operator holds, and what it set when he took hold of it.
-    const QSlider* HeldSlider = nullptr;
-    QString HeldTarget;
+    // The rooms: each works on widgets of its own and knows no other.
+    std::unique_ptr<PresetRows> Rows;
+    std::unique_ptr<AssetRows> AssetList;
+    std::unique_ptr<Timecodes> Clock;
+    std::unique_ptr<MarkTables> Marks;
+    std::unique_ptr<MixDesk> Mix;
+    std::unique_ptr<LostLink> Link;
+    std::shared_ptr<Round::Lists> SpareLists = std::make_shared<Round::Lists>();
 };

@@ -2,10 +2,7 @@
 
 #include "assetbrowser.h"
 #include "assetsloadingdialog.h"
-#include "assettext.h"
-#include "clocktext.h"
-#include "treerebuild.h"
-#include "unitpath.h"
+#include "view/assetrows.h"
 
 #include <QCoreApplication>
 #include <QIcon>
@@ -19,41 +16,13 @@ void ZorvicView::WireAssets() {
     connect(AssetDeleteButton, &QPushButton::clicked, this, &ZorvicView::OnAssetDeleteClicked);
 }
 
-QTreeWidgetItem* ZorvicView::MakeAssetRow(const Zorvic::Asset& asset) {
-    auto* row = new QTreeWidgetItem;
-    const auto set = [row](AssetColumn column, const QString& text) {
-        row->setText(AssetColumnTypeToIndex(column), text);
-    };
-    set(AssetColumn::NAME, QString::fromStdString(StripPathFromFilename(asset.FullPath)));
-    set(AssetColumn::STATUS, StatusText(asset.Status));
-    set(AssetColumn::FOLDER, QString::fromStdString(StripFilenameFromPath(asset.FullPath)));
-    set(AssetColumn::SIZE, SizeText(asset.TotalSize));
-    if (const std::unique_ptr<Zorvic::AssetMetadata> metadata(MDCache.LookupAsset(asset)); metadata) {
-        set(AssetColumn::TRT, ClockText(metadata->Duration));
-        set(AssetColumn::DIMENSIONS, DimensionsText(*metadata));
-        set(AssetColumn::CODEC, CodecText(*metadata));
-        set(AssetColumn::ABITRATE, QString::number(metadata->ASampleRate));
-        set(AssetColumn::ACHANNELS, QString::number(metadata->AChannels));
-    }
-    return row;
-}
-
 void ZorvicView::AcceptAssets(const std::vector<Zorvic::Asset>& assets) {
-    TreeRebuild rebuild(AssetsView, AssetRebuilds);
-    QList<QTreeWidgetItem*> rows;
-    for (const auto& asset : assets) {
-        rows.append(MakeAssetRow(asset));
-    }
-    AssetsView->clear();
-    AssetsView->addTopLevelItems(rows);
-    BrowserDialog->UpdateIngestProgress(assets);
-    UpdateAssetsLabel(assets);
-    rebuild.ProcessEvents();  // this view may be gone
+    // This view may be gone afterwards.
+    AssetList->Show(assets, [&] { BrowserDialog->UpdateIngestProgress(assets); });
 }
 
 void ZorvicView::UpdateAssetsLabel(const std::vector<Zorvic::Asset>& assets) {
-    AssetsLabel->setText(assets.empty() ? tr("<b><font color=\"red\">No assets</font></b>")
-                                        : tr("<b>%1</b> assets detected").arg(assets.size()));
+    AssetList->ShowCount(assets.size());
 }
 
 void ZorvicView::InitialAssetScan() {
@@ -74,12 +43,9 @@ void ZorvicView::InitialAssetScan() {
 }
 
 void ZorvicView::OnAssetDeleteClicked() {
-    std::vector<std::string> paths;
-    for (const auto* row : AssetsView->selectedItems()) {
-        paths.push_back(row->text(AssetColumnTypeToIndex(AssetColumn::FOLDER)).toStdString() + '\\' +
-                        row->text(AssetColumnTypeToIndex(AssetColumn::NAME)).toStdString());
-        std::cout << "Marking asset \"" << paths.back() << "\" for deletion" << std::endl;
-    }
+    auto paths = AssetList->SelectedPaths();
+    for (const auto& path : paths)
+        std::cout << "Marking asset \"" << path << "\" for deletion" << std::endl;
     const auto handle = paths.empty() ? nullptr : LookupSession();
     if (!handle) return;
     std::reverse(paths.begin(), paths.end());

@@ -1,17 +1,17 @@
 #include "zorvicview.h"
 
-#include "clocktext.h"
 #include "log.h"
 #include "playheadwidget.h"
 #include "presetbuilder.h"
-#include "presettreedelegate.h"
-#include "remainingtime.h"
 #include "simulator.h"
-#include "treerebuild.h"
+#include "text/timetext.h"
+#include "view/marktables.h"
+#include "view/mixdesk.h"
+#include "view/presetrows.h"
+#include "view/timecodes.h"
+#include "widgets/presettreedelegate.h"
 
 #include <QMenu>
-#include <QPointer>
-#include <QSignalBlocker>
 
 #include <algorithm>
 #include <iostream>
@@ -20,76 +20,28 @@
 
 namespace {
 
-using PresetColumn = ZorvicView::PresetColumn;
-using PresetsByPK = std::unordered_map<int, const Zorvic::Preset*>;
+using Places = std::vector<std::tuple<int, int, const Zorvic::Preset*>>;
 
-constexpr int Index(PresetColumn column) {
-    return ZorvicView::PresetColumnTypeToIndex(column);
-}
-
-int KeyOf(const QTreeWidgetItem* row) {
-    return row->text(Index(PresetColumn::PK)).toInt();
-}
-
-std::vector<int> KeysOf(const QList<QTreeWidgetItem*>& rows) {
-    std::vector<int> keys;
-    keys.reserve(static_cast<std::size_t>(rows.size()));
-    std::transform(rows.begin(), rows.end(), std::back_inserter(keys), KeyOf);
-    return keys;
-}
-
-/// A sorted copy. Presets of one place are in order of PK, so that they do not swap from refresh to refresh.
-std::vector<Zorvic::Preset> SortedForTab(const std::vector<Zorvic::Preset>& presets, int tab) {
-    std::vector<std::tuple<int, int, const Zorvic::Preset*>> places;
+/// Presets of one place are in order of PK, so that they do not swap from refresh to refresh.
+Places SortedForTab(const std::vector<Zorvic::Preset>& presets, int tab) {
+    Places places;
     places.reserve(presets.size());
-    for (const auto& preset : presets) {
+    for (const auto& preset : presets)
         places.emplace_back(preset.TabDisplayOrder.at(tab).Index, preset.PK, &preset);
-    }
     std::sort(places.begin(), places.end());
-    std::vector<Zorvic::Preset> sorted;
-    sorted.reserve(presets.size());
-    for (const auto& place : places) {
-        sorted.push_back(*std::get<2>(place));
+    return places;
+}
+
+std::vector<PresetRows::Entry> MakeEntries(Round& round, const Places& places) {
+    static const Zorvic::PresetState Unknown;
+    std::vector<PresetRows::Entry> entries;
+    entries.reserve(places.size());
+    for (const auto& [place, pk, preset] : places) {
+        const auto* const state = round.FindState(pk);
+        auto& entry = entries.emplace_back(PresetRows::Entry{preset, state ? state : &Unknown, std::nullopt});
+        if (entry.State->IsPaused || entry.State->IsSelected) entry.TimeCode = round.FindTimeCode(pk);
     }
-    return sorted;
-}
-
-PresetsByPK IndexByPK(const std::vector<Zorvic::Preset>& presets) {
-    PresetsByPK index;
-    index.reserve(presets.size());
-    for (const auto& preset : presets) {
-        index.emplace(preset.PK, &preset);
-    }
-    return index;
-}
-
-QString LinkText(const Zorvic::Preset& preset, const PresetsByPK& presets) {
-    const auto linked = preset.Link > 0 ? presets.find(preset.Link) : presets.end();
-    if (linked == presets.end()) return {};
-    return QString::number(preset.Link) % QStringLiteral(" - ") % QString::fromStdString(linked->second->Name);
-}
-
-QTreeWidgetItem* MakeRow(const Zorvic::Preset& preset, const Zorvic::PresetState& state, const PresetsByPK& presets) {
-    const QString length = ClockText(TrimmedLength(preset, state));
-    const QString loop = preset.Loop == -1 ? QString(QChar(0x221E)) : QString::number(preset.Loop);
-    auto* row =
-        new QTreeWidgetItem({QString(), QString::number(preset.PK), QString::fromStdString(preset.Name),
-                             QString::fromStdString(preset.Notes), length, length, loop, LinkText(preset, presets)});
-    row->setChildIndicatorPolicy(QTreeWidgetItem::DontShowIndicator);
-    row->setFlags(row->flags() & ~Qt::ItemFlags(Qt::ItemIsDropEnabled));
-    const QPixmap pixmap = ZorvicView::GetIconForPreset(state);
-    if (!pixmap.isNull()) {
-        QIcon icon(pixmap);
-        icon.addPixmap(pixmap, QIcon::Selected);  // as it is: blended with the highlight it is hard to read
-        row->setIcon(Index(PresetColumn::STATUS), icon);
-    }
-    return row;
-}
-
-template <typename Record>
-std::unique_ptr<Record> FindByPK(const std::vector<Record>& records, int pk) {
-    const auto found = std::find_if(records.begin(), records.end(), [pk](const Record& r) { return r.PK == pk; });
-    return found == records.end() ? nullptr : std::make_unique<Record>(*found);
+    return entries;
 }
 
 }  // namespace
@@ -98,13 +50,14 @@ void ZorvicView::SetUpPresetList() {
     PresetsView->setStyleSheet(QStringLiteral("border: 0px; border-radius: 0px;"));
     PresetTreeDelegateObj = std::make_unique<PresetTreeDelegate>(PresetsView);
     PresetsView->setItemDelegate(PresetTreeDelegateObj.get());
-    PresetsView->installEventFilter(this);
-    PresetsView->viewport()->installEventFilter(this);
     PresetsView->setContextMenuPolicy(Qt::CustomContextMenu);
 }
 
 void ZorvicView::WirePresetList() {
-    connect(PresetsView, &QTreeWidget::itemSelectionChanged, this, &ZorvicView::OnPresetSelected);
+    PresetsView->installEventFilter(this);
+    PresetsView->viewport()->installEventFilter(this);
+    connect(Rows.get(), &PresetRows::SelectionChanged, this, &ZorvicView::OnPresetSelected);
+    connect(Rows.get(), &PresetRows::Dropped, this, &ZorvicView::RebuildTabOrderings);
     connect(PresetsView, &QTreeWidget::customContextMenuRequested, this, &ZorvicView::OnPresetRightClick);
     connect(AddPresetButton, &QPushButton::clicked, this, &ZorvicView::ToggleCreatePreset);
     connect(DeletePresetsButton, &QPushButton::clicked, this, &ZorvicView::DeleteSelectedPresets);
@@ -113,84 +66,75 @@ void ZorvicView::WirePresetList() {
 }
 
 void ZorvicView::AcceptPresets(const std::vector<Zorvic::Preset>& list) {
-    const auto handle = LookupSession();
-    if (!handle) return;
-    const auto states = GetPresetStates(handle->GetSession());
-    auto sorted = SortedForTab(list, CurPresetTab);
-    if (sorted.empty()) {
-        UpdatePresetLabels({});
-    } else if (FillPresetList(sorted, states)) {
-        PresetDialog->UpdateCachedPresets(std::move(sorted));
-    }
+    auto round = BeginRound();
+    if (round.Session()) ShowPresets(round, list);
 }
 
-/// False when the view is gone or newer rows are shown.
-bool ZorvicView::FillPresetList(const std::vector<Zorvic::Preset>& sorted,
-                                const std::unordered_map<int, Zorvic::PresetState>& states) {
-    TreeRebuild rebuild(PresetsView, PresetRebuilds);
-    {
-        // Only the operator's own choice selects on the unit. Two consoles that answered each other's refreshes would
-        // never come to rest.
-        const QSignalBlocker blocker(PresetsView);
-        const auto index = IndexByPK(sorted);
-        QList<QTreeWidgetItem*> rows;
-        std::vector<std::tuple<QTreeWidgetItem*, const Zorvic::Preset*, const Zorvic::PresetState*>> current;
-        static const Zorvic::PresetState Unknown;
-        for (const auto& preset : sorted) {
-            const auto found = states.find(preset.PK);
-            const auto& state = found == states.end() ? Unknown : found->second;
-            rows.append(MakeRow(preset, state, index));
-            if (state.IsSelected) {
-                current.emplace_back(rows.last(), &preset, &state);
-            }
-        }
-        PresetsView->clear();
-        PresetsView->addTopLevelItems(rows);
-        for (const auto& [row, preset, state] : current) {
-            ShowCurrentPreset(row, *preset, *state);
-        }
-    }
-    return rebuild.ProcessEvents();
+void ZorvicView::AcceptPresetStates() {
+    auto round = BeginRound();
+    RefreshPresets(round);
 }
 
-void ZorvicView::ShowCurrentPreset(QTreeWidgetItem* row, const Zorvic::Preset& preset,
-                                   const Zorvic::PresetState& state) {
-    // The flags are given because the default ones depend on the keys that happen to be held down.
-    PresetsView->setCurrentItem(row, 0, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
-    ShowRestingState(preset, state);
-    const QPixmap icon = state.IsPlaying ? GetIconForPreset(state) : QPixmap(QStringLiteral(":icons/end.png"));
-    StatusIconLabel->setPixmap(icon.scaled(24, 24, Qt::KeepAspectRatio, Qt::SmoothTransformation));
-    if (!state.IsPlaying || state.IsPaused) {
-        LChannelVol->setValue(0);
-        RChannelVol->setValue(0);
+/// False when the unit does not tell.
+bool ZorvicView::RefreshPresets(Round& round) {
+    const auto* const presets = round.Presets();
+    if (presets) ShowPresets(round, *presets);
+    return presets != nullptr;
+}
+
+void ZorvicView::ShowPresets(Round& round, const std::vector<Zorvic::Preset>& list) {
+    const auto places = SortedForTab(list, CurPresetTab);
+    if (places.empty()) {
+        ShowNoPreset();
+        return;
     }
+    const auto entries = MakeEntries(round, places);
+    const auto selected = std::find_if(entries.rbegin(), entries.rend(),
+                                       [](const PresetRows::Entry& entry) { return entry.State->IsSelected; });
+    const int namesBefore = Rows->NamesRevision();
+    const bool isShown = Rows->Show(entries, [&] {
+        if (selected == entries.rend()) {
+            if (Rows->SelectedKeys().empty()) ShowNoPreset();
+            return;
+        }
+        Rows->FollowUnit(selected->Preset->PK);
+        ShowCurrentPreset(*selected->Preset, *selected->State, selected->TimeCode);
+    });
+    if (!isShown || Rows->NamesRevision() == namesBefore) return;
+    std::vector<Zorvic::Preset> sorted;
+    sorted.reserve(places.size());
+    for (const auto& place : places)
+        sorted.push_back(*std::get<const Zorvic::Preset*>(place));
+    PresetDialog->UpdateCachedPresets(std::move(sorted));
+}
+
+void ZorvicView::ShowCurrentPreset(const Zorvic::Preset& preset, const Zorvic::PresetState& state,
+                                   const std::optional<Zorvic::TimeCode>& timeCode) {
+    Clock->ShowPreset(preset, state, timeCode);
     SetVideoSliderPlayers(preset);
     UpdateVideoSliders(preset);
     SetVolSliders(preset);
     UpdateGCs(preset, state);
+    Marks->ShowRemaining(preset, timeCode ? std::optional(timeCode->Time) : std::nullopt);
     UpdatePresetLabels(preset);
     Simulator->SetPreset(std::make_unique<Zorvic::Preset>(preset).release(),
                          std::make_unique<Zorvic::PresetState>(state).release(), true);
-    ScrubBar->SetTrim(preset.InPosition, preset.OutPosition);
-    ScrubBar->SetShowPlayHead(state.IsPlaying);
-    TRTLabel->setText(ClockText(state.TRT));
 }
 
-void ZorvicView::AcceptPresetStates() {
-    const auto handle = LookupSession();
-    std::vector<Zorvic::Preset> presets;
-    if (handle && handle->GetSession()->GetPresets(presets) == Zorvic::ZORVIC_STATUS_OK) {
-        AcceptPresets(presets);
-    }
+void ZorvicView::ShowNoPreset() {
+    Clock->ShowNothing();
+    Mix->ShowNothing();
+    Marks->ShowNothing();
+    UpdatePresetLabels({});
+    Simulator->SetPreset(nullptr, nullptr, false);
 }
 
 std::unordered_map<int, Zorvic::PresetState> ZorvicView::GetPresetStates(Zorvic::Session* session) const {
-    std::vector<Zorvic::PresetState> states;
+    auto round = BeginRound(session);
     std::unordered_map<int, Zorvic::PresetState> byPK;
-    if (session->GetPresetStates(states) != Zorvic::ZORVIC_STATUS_OK) return byPK;
-    byPK.reserve(states.size());
-    for (const auto& state : states) {
-        byPK.emplace(state.PK, state);
+    if (const auto* const states = round.States()) {
+        for (const auto& state : *states)
+            byPK.emplace(state.PK, state);
     }
     return byPK;
 }
@@ -204,9 +148,8 @@ void ZorvicView::UpdatePresetLabels(const Zorvic::Preset& preset) {
     const QString text = preset.Name.empty()
                              ? tr("No preset selected")
                              : tr("<b>Preset:</b> %1").arg(QString::fromStdString(preset.Name).toHtmlEscaped());
-    for (auto* label : {CDPresetLabel, GotosPresetLabel, VideoPresetLabel}) {
+    for (auto* label : {CDPresetLabel, GotosPresetLabel, VideoPresetLabel})
         label->setText(text);
-    }
 }
 
 QTreeWidgetItem* ZorvicView::GetSelectedPresetItem() const {
@@ -219,88 +162,53 @@ QList<QTreeWidgetItem*> ZorvicView::GetSelectedPresetItems() const {
 }
 
 int ZorvicView::CurrentPK() const {
-    const auto* row = GetSelectedPresetItem();
-    return row ? KeyOf(row) : 0;
+    const auto keys = Rows->SelectedKeys();
+    return keys.empty() ? 0 : keys.front();
 }
 
 std::unique_ptr<Zorvic::Preset> ZorvicView::GetSelectedPreset(Zorvic::Session* session) const {
-    const auto* row = GetSelectedPresetItem();
-    if (!row) return nullptr;
-    const auto handle = session ? nullptr : LookupSession();
-    if (handle) {
-        session = handle->GetSession();
-    }
-    return session ? LookupPreset(session, KeyOf(row)) : nullptr;
+    auto round = session ? BeginRound(session) : BeginRound();
+    const auto* const preset = round.Current();
+    return preset ? std::make_unique<Zorvic::Preset>(*preset) : nullptr;
 }
 
 std::unordered_map<int, Zorvic::Preset> ZorvicView::GetSelectedPresets(Zorvic::Session* session) const {
+    auto round = session ? BeginRound(session) : BeginRound();
     std::unordered_map<int, Zorvic::Preset> selected;
-    const auto handle = session ? nullptr : LookupSession();
-    if (handle) {
-        session = handle->GetSession();
-    }
-    const auto rows = GetSelectedPresetItems();
-    std::vector<Zorvic::Preset> presets;
-    if (!session || rows.isEmpty() || session->GetPresets(presets) != Zorvic::ZORVIC_STATUS_OK) return selected;
-    const auto index = IndexByPK(presets);
-    for (const int key : KeysOf(rows)) {
-        const auto found = index.find(key);
-        selected.emplace(key, found == index.end() ? Zorvic::Preset() : *found->second);
+    const auto keys = Rows->SelectedKeys();
+    if (keys.empty() || !round.Presets()) return selected;
+    for (const int key : keys) {
+        const auto* const preset = round.FindPreset(key);
+        selected.emplace(key, preset ? *preset : Zorvic::Preset());
     }
     return selected;
 }
 
-std::vector<Zorvic::Preset> ZorvicView::PresentSelection(Zorvic::Session* session) const {
-    std::vector<Zorvic::Preset> present;
-    for (auto& [key, preset] : GetSelectedPresets(session)) {
-        if (preset.PK == key) {
-            present.push_back(preset);
-        }
-    }
-    std::sort(present.begin(), present.end(), [](const auto& a, const auto& b) { return a.PK < b.PK; });
-    return present;
-}
-
 QTreeWidgetItem* ZorvicView::LookupPresetItem(int pk) const {
-    const auto rows = PresetsView->findItems(QString::number(pk), Qt::MatchFixedString | Qt::MatchCaseSensitive,
-                                             Index(PresetColumn::PK));
-    return rows.isEmpty() ? nullptr : rows.first();
-}
-
-std::unordered_map<int, QTreeWidgetItem*> ZorvicView::RowsByPK() const {
-    std::unordered_map<int, QTreeWidgetItem*> rows;
-    for (int i = 0; i < PresetsView->topLevelItemCount(); ++i) {
-        rows.emplace(KeyOf(PresetsView->topLevelItem(i)), PresetsView->topLevelItem(i));
-    }
-    return rows;
+    return Rows->Find(pk);
 }
 
 std::unique_ptr<Zorvic::Preset> ZorvicView::LookupPreset(Zorvic::Session* session, int pk) const {
-    std::vector<Zorvic::Preset> presets;
-    if (session->GetPresets(presets) != Zorvic::ZORVIC_STATUS_OK) return nullptr;
-    return FindByPK(presets, pk);
+    auto round = BeginRound(session);
+    const auto* const preset = round.FindPreset(pk);
+    return preset ? std::make_unique<Zorvic::Preset>(*preset) : nullptr;
 }
 
 std::unique_ptr<Zorvic::PresetState> ZorvicView::LookupPresetState(Zorvic::Session* session, int pk) const {
-    std::vector<Zorvic::PresetState> states;
-    if (session->GetPresetStates(states) != Zorvic::ZORVIC_STATUS_OK) return nullptr;
-    return FindByPK(states, pk);
+    auto round = BeginRound(session);
+    const auto* const state = round.FindState(pk);
+    return state ? std::make_unique<Zorvic::PresetState>(*state) : nullptr;
 }
 
 void ZorvicView::OnPresetSelected() {
-    const auto* row = GetSelectedPresetItem();
-    if (!row) return;
-    const int pk = KeyOf(row);
+    const int pk = CurrentPK();
+    if (pk == 0) return;
     ZORVIC_LOG_DEBUG << "Selection changed to PK " << pk;
-    const auto handle = LookupSession();
-    if (!handle) return;
-    auto* session = handle->GetSession();
-    const auto state = LookupPresetState(session, pk);
+    auto round = BeginRound();
+    const auto* const state = round.CurrentState();
     if (!state) return;
-    if (!state->IsSelected) {
-        session->SelectPreset(pk);
-    }
-    SetBaseTRT(session, pk);
+    if (!state->IsSelected) round.Session()->SelectPreset(pk);
+    ShowTimes(round, pk);
 }
 
 void ZorvicView::ToggleCreatePreset() {
@@ -309,7 +217,12 @@ void ZorvicView::ToggleCreatePreset() {
 }
 
 void ZorvicView::EditSelectedPreset() {
-    const auto preset = GetSelectedPreset();
+    if (const int pk = CurrentPK()) Edit({pk});
+}
+
+void ZorvicView::Edit(const std::vector<int>& keys) {
+    auto round = BeginRound();
+    const auto* const preset = keys.empty() ? nullptr : round.FindPreset(keys.front());
     if (!preset) return;
     PresetDialog->SetPreset(*preset);
     PresetDialog->show();
@@ -331,77 +244,63 @@ void ZorvicView::OnCreatorDone() {
 }
 
 void ZorvicView::CloneSelectedPresets() {
-    const auto handle = LookupSession();
-    if (!handle) return;
-    for (auto& preset : PresentSelection(handle->GetSession())) {
+    Clone(Rows->SelectedKeys());
+}
+
+void ZorvicView::Clone(const std::vector<int>& keys) {
+    auto round = BeginRound();
+    auto sorted = keys;
+    std::sort(sorted.begin(), sorted.end());
+    for (const int key : sorted) {
+        const auto* const original = round.FindPreset(key);
+        if (!original) continue;
+        auto preset = *original;
         preset.PK = 0;
         preset.Name += " - copy";
-        handle->GetSession()->CreatePreset(preset);
+        round.Session()->CreatePreset(preset);
     }
 }
 
 void ZorvicView::DeleteSelectedPresets() {
-    const auto keys = SelectedKeys();
+    Delete(Rows->SelectedKeys());
+}
+
+void ZorvicView::Delete(const std::vector<int>& keys) {
     const auto handle = keys.empty() ? nullptr : LookupSession();
     if (!handle) return;
-    for (const int key : keys) {
-        handle->GetSession()->DeletePreset(key);
-    }
+    for (const int key : keys)
+        if (Rows->Find(key)) handle->GetSession()->DeletePreset(key);
 }
 
-std::vector<int> ZorvicView::SelectedKeys() const {
-    return KeysOf(GetSelectedPresetItems());
-}
-
-// The rows under an open menu are rebuilt by every refresh, and another console may select another preset. So the
-// operator's choice is noted as keys before the menu opens.
+// Another console may select another preset while the menu is open. So the operator's choice is noted before it opens.
 void ZorvicView::OnPresetRightClick(const QPoint& point) {
-    const auto keys = SelectedKeys();
+    const auto keys = Rows->SelectedKeys();
     const auto menu = std::make_unique<QMenu>();
-    const auto add = [&](const QString& text, void (ZorvicView::*slot)()) {
+    const auto add = [&](const QString& text, void (ZorvicView::*act)(const std::vector<int>&)) {
         auto* action = menu->addAction(text);
-        connect(action, &QAction::triggered, this, [this, keys, slot] { RunOnRows(keys, slot); });
+        connect(action, &QAction::triggered, this, [this, keys, act] { (this->*act)(keys); });
         return action;
     };
-    add(tr("Edit"), &ZorvicView::EditSelectedPreset)->setEnabled(keys.size() <= 1);
-    add(tr("Clone"), &ZorvicView::CloneSelectedPresets);
-    add(tr("Delete"), &ZorvicView::DeleteSelectedPresets);
+    add(tr("Edit"), &ZorvicView::Edit)->setEnabled(keys.size() <= 1);
+    add(tr("Clone"), &ZorvicView::Clone);
+    add(tr("Delete"), &ZorvicView::Delete);
     menu->exec(PresetsView->viewport()->mapToGlobal(point));  // runs the event loop: this view may be gone
 }
 
-void ZorvicView::RunOnRows(const std::vector<int>& keys, void (ZorvicView::*slot)()) {
-    QList<QTreeWidgetItem*> rows;
-    for (const int key : keys) {
-        if (auto* row = LookupPresetItem(key)) {
-            rows.append(row);
-        }
-    }
-    if (rows.isEmpty()) return;
-    {
-        const QSignalBlocker blocker(PresetsView);
-        PresetsView->clearSelection();
-        for (auto* row : rows) {
-            row->setSelected(true);
-        }
-    }
-    (this->*slot)();
-}
-
 void ZorvicView::RebuildTabOrderings() {
-    const auto rows = PresetsView->findItems(QStringLiteral("*"), Qt::MatchWildcard, Index(PresetColumn::STATUS));
-    const auto handle = rows.isEmpty() ? nullptr : LookupSession();
-    std::vector<Zorvic::Preset> presets;
-    if (!handle || handle->GetSession()->GetPresets(presets) != Zorvic::ZORVIC_STATUS_OK) return;
-    const auto index = IndexByPK(presets);
-    for (int place = 0; place < rows.size(); ++place) {
-        const int key = KeyOf(rows.at(place));
-        const auto found = index.find(key);
-        if (found == index.end()) {
+    const auto keys = Rows->Keys();
+    auto round = BeginRound();
+    if (keys.empty() || !round.Presets()) return;
+    int place = -1;
+    for (const int key : keys) {
+        ++place;
+        const auto* const found = round.FindPreset(key);
+        if (!found) {
             std::cerr << "No preset " << key << " in Items\n";
             continue;
         }
-        Zorvic::Preset preset = *found->second;
+        auto preset = *found;
         preset.TabDisplayOrder[0].Index = place;
-        handle->GetSession()->UpdatePreset(preset);
+        round.Session()->UpdatePreset(preset);
     }
 }

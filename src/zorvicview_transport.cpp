@@ -1,11 +1,14 @@
 #include "zorvicview.h"
 
 #include "playheadwidget.h"
-#include "popupkeys.h"
-#include "remainingtime.h"
-#include "seektime.h"
+#include "text/timetext.h"
+#include "view/timecodes.h"
+#include "widgets/popupkeys.h"
 
 #include <QShortcut>
+
+#include <stdexcept>
+#include <string>
 
 void ZorvicView::WireTransport() {
     connect(ScrubBar, &PlayHeadWidget::ScrubBarMoved, this, &ZorvicView::OnScrubMoved);
@@ -14,7 +17,7 @@ void ZorvicView::WireTransport() {
     connect(ScrubBar, &PlayHeadWidget::SeekLeft, this, [this] { OnSeekKey(false); });
     connect(ScrubBar, &PlayHeadWidget::SeekRight, this, [this] { OnSeekKey(true); });
     connect(ScrubBar, &PlayHeadWidget::ResetTrim, this, &ZorvicView::OnResetTrimClicked);
-    connect(SeekBox, &QLineEdit::editingFinished, this, &ZorvicView::OnDirectSeek);
+    connect(SeekBox, &QLineEdit::editingFinished, this, &ZorvicView::OnSeekEditingFinished);
     connect(TakeButton, &QPushButton::clicked, this, &ZorvicView::OnTakePressed);
     connect(EndButton, &QPushButton::clicked, this, &ZorvicView::OnEndPressed);
     connect(PauseButton, &QPushButton::clicked, this, &ZorvicView::OnPausePressed);
@@ -38,11 +41,9 @@ void ZorvicView::WireShortcuts() {
 }
 
 void ZorvicView::CommandSelection(Zorvic::StatusCode (Zorvic::Session::*command)(std::int32_t)) {
-    const auto handle = LookupSession();
-    if (!handle) return;
-    for (const auto& preset : PresentSelection(handle->GetSession())) {
-        (handle->GetSession()->*command)(preset.PK);
-    }
+    auto round = BeginRound();
+    for (const int key : round.SelectedKeys())
+        (round.Session()->*command)(key);
 }
 
 void ZorvicView::OnTakePressed() {
@@ -60,53 +61,37 @@ void ZorvicView::OnEndPressed() {
 void ZorvicView::OnEnterKeyPressed() {
     if (SeekBox->hasFocus()) {
         OnDirectSeek();
-        SeekBox->setModified(false);
-        ScrubBar->setFocus();
+        Clock->UseTyped();
         return;
     }
-    const auto handle = LookupSession();
-    if (!handle) return;
-    auto* session = handle->GetSession();
-    for (const auto& preset : PresentSelection(session)) {
-        const auto state = LookupPresetState(session, preset.PK);
-        if (!state) continue;  // a preset that plays unseen must not start again
-        if (state->IsPlaying) {
-            session->Pause(preset.PK);
+    auto round = BeginRound();
+    for (const int key : round.SelectedKeys()) {
+        if (round.FindState(key)->IsPlaying) {
+            round.Session()->Pause(key);
         } else {
-            session->Take(preset.PK);
+            round.Session()->Take(key);
         }
     }
 }
 
 // An operator who has typed a time and thinks better of it must not end the show with the key that takes it back.
 void ZorvicView::OnEscapePressed() {
-    if (!SeekBox->hasFocus() || !SeekBox->isModified()) {
-        OnEndPressed();
-        return;
-    }
-    while (SeekBox->isUndoAvailable()) {
-        SeekBox->undo();
-    }
-    SeekBox->setModified(false);
-    ScrubBar->setFocus();
-    if (!SeekText.isNull()) {
-        SeekBox->setStyleSheet(SeekStyle);
-        SeekBox->setText(SeekText);
-    }
+    if (!Clock->TakeBackTyped()) OnEndPressed();
 }
 
 /// The play head jumps at once, without waiting for the next timecode.
 void ZorvicView::GotoBeforeOut(int beforeOutMS, SeekTarget target) {
-    const auto handle = LookupSession();
-    if (!handle) return;
-    auto* session = handle->GetSession();
-    const auto states = GetPresetStates(session);
-    for (const auto& preset : PresentSelection(session)) {
-        session->SeekTo(preset.PK, target(preset, states.at(preset.PK)));
+    auto round = BeginRound();
+    for (const int key : round.SelectedKeys()) {
+        if (const auto* const preset = round.FindPreset(key)) {
+            round.Session()->SeekTo(key, target(*preset, *round.FindState(key)));
+        }
     }
-    if (const auto current = GetSelectedPreset(session)) {
-        ScrubBar->SetBaseTimes(states.at(current->PK).TRT, WrapAdd(current->OutPosition, beforeOutMS));
-    }
+    const auto* const current = round.Current();
+    if (!current) return;
+    const auto* const state = round.CurrentState();
+    if (!state) throw std::out_of_range("no state of preset " + std::to_string(current->PK));
+    ScrubBar->SetBaseTimes(state->TRT, WrapAdd(current->OutPosition, beforeOutMS));
 }
 
 // The target differs from that of the 10-second button, and from what the bar shows until the next timecode. Operators
@@ -127,39 +112,38 @@ QTime ZorvicView::GetSeekBoxTime() const {
     return ParseSeekTime(SeekBox->text().toStdString());
 }
 
-// Leaving the box finishes editing too, but only a typed Return means to seek.
+/// Leaving the box finishes editing too, but only a typed Return means to seek.
+void ZorvicView::OnSeekEditingFinished() {
+    if (!Clock->IsBeingLeft()) OnDirectSeek();
+}
+
 void ZorvicView::OnDirectSeek() {
     if (!SeekBox->hasFocus()) return;
     const int timeMS = GetSeekBoxTime().msecsSinceStartOfDay();
-    const auto handle = LookupSession();
-    if (!handle) return;
-    if (const auto preset = GetSelectedPreset(handle->GetSession())) {
-        handle->GetSession()->SeekTo(preset->PK, static_cast<std::uint32_t>(WrapAdd(timeMS, preset->OutPosition)));
+    auto round = BeginRound();
+    if (const auto* const preset = round.Current()) {
+        round.Session()->SeekTo(preset->PK, static_cast<std::uint32_t>(WrapAdd(timeMS, preset->OutPosition)));
     }
 }
 
 void ZorvicView::OnSeekKey(bool back) {
     constexpr int StepMS = 50;
-    const auto handle = LookupSession();
-    if (!handle) return;
-    auto* session = handle->GetSession();
-    const auto preset = GetSelectedPreset(session);
-    const auto state = preset ? LookupPresetState(session, preset->PK) : nullptr;
+    auto round = BeginRound();
+    const auto* const state = round.CurrentState();
     if (!state) return;
     const int target = WrapAdd(ScrubBar->GetHead(), back ? -StepMS : StepMS);
     ScrubBar->SetBaseTimes(state->TRT, target);
-    session->SeekTo(state->PK, static_cast<std::uint32_t>(target));
+    round.Session()->SeekTo(state->PK, static_cast<std::uint32_t>(target));
     if (!state->IsPaused) return;
     // A paused preset sends no timecodes.
-    Zorvic::TimeCode timeCode;
-    if (session->GetTimeCode(timeCode, state->PK) == Zorvic::ZORVIC_STATUS_OK) {
-        timeCode.Time = target;
-        AcceptTimeCodes({{state->PK, timeCode}});
+    if (auto timeCode = round.FindTimeCode(state->PK)) {
+        timeCode->Time = target;
+        ShowTimeCodes(round, {{state->PK, *timeCode}});
     }
 }
 
 void ZorvicView::OnSetInPointClicked() {
-    EditCurrentPreset([this](Zorvic::Session&, Zorvic::Preset& preset) {
+    EditCurrent([this](Zorvic::Preset& preset) {
         preset.InPosition = ScrubBar->GetHead();
         return true;
     });
@@ -170,9 +154,10 @@ void ZorvicView::OnSetOutPointClicked() {
 }
 
 void ZorvicView::OnResetTrimClicked() {
-    EditCurrentPreset([this](Zorvic::Session& session, Zorvic::Preset& preset) {
-        const auto state = LookupPresetState(&session, preset.PK);
-        if (!state) return false;
+    auto round = BeginRound();
+    const auto* const state = round.CurrentState();
+    if (!state) return;
+    round.EditCurrent([state](Zorvic::Preset& preset) {
         preset.InPosition = state->TRT;
         preset.OutPosition = 0;
         return true;
@@ -180,22 +165,23 @@ void ZorvicView::OnResetTrimClicked() {
 }
 
 void ZorvicView::OnScrubMoved(int remaining) {
-    const auto handle = LookupSession();
-    if (!handle) return;
-    if (const auto preset = GetSelectedPreset(handle->GetSession())) {
-        handle->GetSession()->SeekTo(preset->PK, static_cast<std::uint32_t>(remaining));
+    auto round = BeginRound();
+    if (const auto* const state = round.CurrentState()) {
+        round.Session()->SeekTo(state->PK, static_cast<std::uint32_t>(remaining));
     }
 }
 
 void ZorvicView::OnTrimStartMoved(int remaining) {
-    EditCurrentPreset([this, remaining](Zorvic::Session& session, Zorvic::Preset& preset) {
+    auto round = BeginRound();
+    if (!round.CurrentState()) return;
+    round.EditCurrent([remaining](Zorvic::Preset& preset) {
         preset.InPosition = remaining;
-        return LookupPresetState(&session, preset.PK) != nullptr;
+        return true;
     });
 }
 
 void ZorvicView::OnTrimEndMoved(int remaining) {
-    EditCurrentPreset([remaining](Zorvic::Session&, Zorvic::Preset& preset) {
+    EditCurrent([remaining](Zorvic::Preset& preset) {
         preset.OutPosition = remaining;
         return true;
     });

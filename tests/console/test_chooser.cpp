@@ -1,20 +1,12 @@
+#include "fixtures.h"
 #include "mainwindow.h"
-#include "sessionmanager.h"
-#include "support/fakezorvic.h"
 #include "zorvicchooser.h"
 
-#include <gmock/gmock.h>
-
-#include <QScrollBar>
 #include <QSignalSpy>
-#include <QTest>
-
-#include <string>
-#include <vector>
-
-namespace {
 
 using testing::ElementsAre;
+
+namespace {
 
 Zorvic::LANZorvic MakeUnit(const std::string& ip, const std::string& nickname = "Stage") {
     Zorvic::LANZorvic unit;
@@ -28,12 +20,14 @@ Zorvic::LANZorvic MakeUnit(const std::string& ip, const std::string& nickname = 
     return unit;
 }
 
-class Chooser : public testing::Test {
+/// The chooser in front of an empty main window; a unit answers at "host".
+class Chooser : public UnitTest {
 protected:
     Chooser() {
-        FakeZorvic::Reset();
-        FakeZorvic::AddUnit("10.0.0.1", "guid-10.0.0.1");
-        FakeZorvic::AddUnit("10.0.0.2", "guid-10.0.0.2");
+        FakeZorvic::ClearCalls();
+        Window.RefreshLANZorvics();
+        EXPECT_TRUE(FakeZorvic::Calls().empty()) << "no search while hidden";
+        ShowActive();
     }
 
     /// What the list holds from now on, as the next periodic refresh finds it.
@@ -44,29 +38,25 @@ protected:
     void ShowActive() {
         Window.show();
         Window.activateWindow();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(&Window));
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&Window));
     }
     void Press(QTreeWidgetItem* item) {
         QTest::mouseClick(List->viewport(), Qt::LeftButton, {}, List->visualItemRect(item).center());
     }
     static std::vector<std::string> Texts(const QTreeWidgetItem* row) {
-        std::vector<std::string> texts(7);
+        std::vector<std::string> texts;
         for (int column = 0; column < 7; ++column)
-            texts[static_cast<std::size_t>(column)] = row->text(column).toStdString();
+            texts.push_back(row->text(column).toStdString());
         return texts;
     }
     std::string Address() const { return Window.ZorvicIPBox->text().toStdString(); }
 
-    SessionManager Sessions;
     MainWindow Main;
     ZorvicChooser Window{&Main};
     QTreeWidget* List = Window.ZorvicFinderList;
 };
 
 TEST_F(Chooser, ShowsWhatIsKnownOfAUnit) {
-    Window.RefreshLANZorvics();
-    EXPECT_TRUE(FakeZorvic::Calls("GetLANZorvics").empty()) << "no search while hidden";
-    Window.show();
     auto newer = MakeUnit("10.0.0.2", "guid-10.0.0.2");
     newer.Type = static_cast<Zorvic::UnitType>(17);
     newer.CurrentRole = Zorvic::ZORVIC_ROLE_MAX;
@@ -78,8 +68,6 @@ TEST_F(Chooser, ShowsWhatIsKnownOfAUnit) {
 }
 
 TEST_F(Chooser, OffersTheFirstUnitOnlyWhenNothingIsTypedOrSelected) {
-    Window.show();
-    Find({});
     Window.ZorvicIPBox->setText(QStringLiteral("192.168.7"));
     Find({MakeUnit("10.0.0.1"), MakeUnit("10.0.0.2")});
     EXPECT_EQ(Address(), "192.168.7");
@@ -93,7 +81,6 @@ TEST_F(Chooser, OffersTheFirstUnitOnlyWhenNothingIsTypedOrSelected) {
 }
 
 TEST_F(Chooser, TheSelectionFollowsItsUnitAndEndsWithIt) {
-    ShowActive();
     Find({MakeUnit("10.0.0.2"), MakeUnit("10.0.0.3")});
     auto* row = List->topLevelItem(1);
     Press(row);
@@ -110,12 +97,12 @@ TEST_F(Chooser, TheSelectionFollowsItsUnitAndEndsWithIt) {
 }
 
 TEST_F(Chooser, AnUnchangedListIsNotTouchedAndAChangedOneDoesNotScroll) {
-    Window.show();
     std::vector<Zorvic::LANZorvic> units;
     for (int number = 1; number < 60; ++number)
         units.push_back(MakeUnit("10.0.1." + std::to_string(number)));
     Find(units);
     const int bottom = List->verticalScrollBar()->maximum();
+    ASSERT_GT(bottom, 0);
     List->verticalScrollBar()->setValue(bottom);
     const QSignalSpy changed(List->model(), &QAbstractItemModel::dataChanged);
     const QSignalSpy removed(List->model(), &QAbstractItemModel::rowsRemoved);
@@ -124,63 +111,59 @@ TEST_F(Chooser, AnUnchangedListIsNotTouchedAndAChangedOneDoesNotScroll) {
     units.back() = MakeUnit("10.0.1.99");
     Find(units);
     EXPECT_EQ(removed.size(), 1);
-    ASSERT_GT(bottom, 0);
     EXPECT_EQ(List->verticalScrollBar()->value(), bottom);
 }
 
-TEST_F(Chooser, ReturnAnywhereConnectsOnceWhereAUnitAnswers) {
-    ShowActive();
+TEST_F(Chooser, ReturnAnywhereAndADoubleClickConnectOnceWhereAUnitAnswers) {
     for (const char* nobody : {"", "10.0.0.9"}) {
         Window.ZorvicIPBox->setText(QString::fromUtf8(nobody));
         QTest::keyClick(Window.ZorvicIPBox, Qt::Key_Return);
         EXPECT_EQ(Main.ZorvicTabs->count(), 0);
         EXPECT_TRUE(Window.isVisible());
     }
-    for (QWidget* focused : std::vector<QWidget*>{Window.ZorvicIPBox, List, Window.ConnectButton}) {
-        FakeZorvic::ClearCalls();
-        ShowActive();
-        Window.ZorvicIPBox->setText(QStringLiteral("10.0.0.1"));
+    ASSERT_FALSE(Main.isVisible());
+    const auto keyOn = [this](QWidget* focused, Qt::Key key, Qt::KeyboardModifier modifier = Qt::NoModifier) {
+        Window.ZorvicIPBox->setText(QStringLiteral("host"));
         focused->setFocus();
-        QTest::keyClick(focused, Qt::Key_Return);
-        EXPECT_EQ(FakeZorvic::Calls("Session").size(), 1U);
+        QTest::keyClick(focused, key, modifier);
+    };
+    const std::vector<std::function<void()>> ways = {
+        [&] { keyOn(Window.ZorvicIPBox, Qt::Key_Return); }, [&] { keyOn(List, Qt::Key_Return); },
+        [&] { keyOn(Window.ConnectButton, Qt::Key_Return); },
+        [&] { keyOn(Window.ZorvicIPBox, Qt::Key_Enter, Qt::KeypadModifier); },
+        [&] {
+            Find({MakeUnit("10.0.0.2"), MakeUnit("host")});
+            Press(List->topLevelItem(1));
+            const auto place = List->visualItemRect(List->topLevelItem(1)).center();
+            QTest::mouseDClick(List->viewport(), Qt::LeftButton, {}, place);
+        }};
+    for (const auto& connect : ways) {
+        FakeZorvic::ClearCalls();
+        Main.NewMenuItem->trigger();
+        ShowActive();
+        connect();
+        EXPECT_EQ(FakeZorvic::Counts()["Session"], 1);
+        EXPECT_EQ(FakeZorvic::LastCall("Session").Host, "host");
         EXPECT_EQ(Main.ZorvicTabs->count(), 1);
+        EXPECT_TRUE(Main.isVisible());
         EXPECT_FALSE(Window.isVisible());
     }
-    ShowActive();
-    Window.ZorvicIPBox->setFocus();
-    QTest::keyClick(Window.ZorvicIPBox, Qt::Key_Enter, Qt::KeypadModifier);
-    EXPECT_EQ(FakeZorvic::Calls("Session").size(), 2U);
 }
 
 TEST_F(Chooser, ConnectingAgainWhileATabIsBuiltDoesNothing) {
-    ShowActive();
-    Window.ZorvicIPBox->setText(QStringLiteral("10.0.0.1"));
-    int reads = 0;
-    FakeZorvic::SetHook([this, &reads](const FakeZorvic::Call& call) {
-        if (call.Operation != "GetAssets" || ++reads > 1) return;
+    Window.ZorvicIPBox->setText(QStringLiteral("host"));
+    FakeZorvic::SetHook([this](const FakeZorvic::Call& call) {
+        if (call.Operation != "GetAssets") return;
+        FakeZorvic::SetHook(nullptr);
         Window.RefreshLANZorvics();
         Window.ConnectButton->click();
         QTest::keyClick(&Window, Qt::Key_Return);
     });
     Window.OnConnectClicked();
-    FakeZorvic::SetHook(nullptr);
-    EXPECT_EQ(FakeZorvic::Calls("Session").size(), 1U);
+    EXPECT_EQ(FakeZorvic::Counts()["Session"], 1);
     EXPECT_EQ(Main.ZorvicTabs->count(), 1);
     Window.OnConnectClicked();
-    EXPECT_EQ(FakeZorvic::Calls("Session").size(), 2U) << "the next connect works again";
-}
-
-TEST_F(Chooser, ADoubleClickConnectsAndBringsBackAClosedMainWindow) {
-    Window.show();
-    Find({MakeUnit("10.0.0.2"), MakeUnit("10.0.0.1")});
-    ASSERT_FALSE(Main.isVisible());
-    auto* row = List->topLevelItem(1);
-    Press(row);
-    QTest::mouseDClick(List->viewport(), Qt::LeftButton, {}, List->visualItemRect(row).center());
-    EXPECT_EQ(FakeZorvic::LastCall("Session").Host, "10.0.0.1");
-    EXPECT_TRUE(Main.isVisible());
-    Main.NewMenuItem->trigger();
-    EXPECT_TRUE(Window.isVisible());
+    EXPECT_EQ(FakeZorvic::Counts()["Session"], 2) << "the next connect works again";
 }
 
 }  // namespace

@@ -2,14 +2,8 @@
 
 #include <gmock/gmock.h>
 
-#include <string>
-#include <utility>
-#include <vector>
-
-namespace {
-
 TEST(CommandLine, AnyArgumentButTheOneOptionEndsTheProgramWithAMessage) {
-    const std::vector<std::pair<std::string, std::vector<std::string>>> cases = {
+    const std::pair<std::string, std::vector<std::string>> cases[] = {
         {"--NoCustomStyle", {"--NoCustomStyle"}},
         {"x y", {"--nocustomstyle", "--nocustomstyle", "x y", "z"}},
         {"", {""}},
@@ -24,5 +18,3 @@ TEST(CommandLine, AnyArgumentButTheOneOptionEndsTheProgramWithAMessage) {
         EXPECT_EQ(ReadFile(output), "Invalid command line argument \"" + refused + "\".\n");
     }
 }
-
-}  // namespace

@@ -1,27 +1,11 @@
-#include "metadata_cache.h"
-
-#include "sessionmanager.h"
-#include "support/fakezorvic.h"
-
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <string>
+#include "fixtures.h"
 
 namespace {
 
 const std::string Path = "C:\\Assets\\clip.mov";
 
-class AssetMetadataCache : public testing::Test {
+class AssetMetadataCache : public UnitTest {
 protected:
-    AssetMetadataCache() {
-        Clip.FullPath = Path;
-        Clip.Checksum = "one";
-        Clip.Status = Zorvic::ZORVIC_ASSETSTATE_READY;
-        Unit.Assets = {Clip};
-        delete Sessions.CreateSessionByIP("host");
-    }
-
     /// The duration that a look-up by record or by path returns, 0 without metadata.
     template <typename Key>
     int Look(const Key& key) {
@@ -29,10 +13,8 @@ protected:
         return metadata ? metadata->Duration : 0;
     }
 
-    FakeZorvic::Unit& Unit = (FakeZorvic::Reset(), FakeZorvic::AddUnit("host", "guid"));
+    Zorvic::Asset Clip = AddAsset(Path);
     int& Duration = Unit.Metadata[Path].Duration = 1000;  ///< what a probe finds
-    Zorvic::Asset Clip;
-    SessionManager Sessions;
     MetadataCache Cache{"guid"};
 };
 
@@ -52,31 +34,30 @@ TEST_F(AssetMetadataCache, ProbesAnAssetAgainOnlyWhenContentOrStatusChanged) {
 }
 
 TEST_F(AssetMetadataCache, RefusesUnfinishedAssetsByRecordAndProbesThemByPathEveryTime) {
-    Clip.Checksum.clear();
-    Unit.Assets = {Clip};
+    Clip.Status = Zorvic::ZORVIC_ASSETSTATE_INGESTING;
     EXPECT_EQ(Look(Clip), 0);
+    Clip.Status = Zorvic::ZORVIC_ASSETSTATE_READY;
+    Clip.Checksum.clear();
+    EXPECT_EQ(Look(Clip), 0);
+    Unit.Assets = {Clip};
     EXPECT_EQ(Look(Path), 1000);
     Duration = 2000;
     EXPECT_EQ(Look(Path), 2000);
-    Clip.Checksum = "one";
-    Clip.Status = Zorvic::ZORVIC_ASSETSTATE_INGESTING;
-    EXPECT_EQ(Look(Clip), 0);
 }
 
 TEST_F(AssetMetadataCache, HasNothingAfterAFailureButKeepsWhatItKnew) {
     EXPECT_EQ(Look(Clip), 1000);
+    auto changed = Clip;
+    changed.Checksum = "two";
     Unit.Fail("ReadAssetMetadata", Zorvic::ZORVIC_STATUS_FAILED);
-    Clip.Checksum = "two";
-    EXPECT_EQ(Look(Clip), 0);
-    Clip.Checksum = "one";
+    EXPECT_EQ(Look(changed), 0);
     EXPECT_EQ(Look(Clip), 1000);
     EXPECT_EQ(Look(Path + "x"), 0);
     Unit.Fail("GetAssets", Zorvic::ZORVIC_STATUS_FAILED);
     EXPECT_EQ(Look(Path), 0);
-    Sessions.DeleteSessionByGUID("guid");
+    Disconnect();
     EXPECT_EQ(Look(Path), 0);
-    Clip.Checksum = "two";
-    EXPECT_EQ(Look(Clip), 0);
+    EXPECT_EQ(Look(changed), 0);
 }
 
 }  // namespace

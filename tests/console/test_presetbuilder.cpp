@@ -1,18 +1,14 @@
 #include "presetbuilder.h"
 
 #include "assetbrowser.h"
-#include "authoringunit.h"
+#include "fixtures.h"
 #include "playerpanelwidget.h"
 #include "simulator.h"
-#include "viewfixture.h"
+#include "support/clippreset.h"
 
 #include <QAbstractItemView>
 #include <QSignalSpy>
-#include <QTest>
 
-#include <array>
-#include <random>
-#include <sstream>
 #include <tuple>
 
 using namespace Zorvic;
@@ -31,10 +27,13 @@ protected:
         Builder.UpdateCachedPresets(std::vector(Known));
     }
 
-    void Open(const Preset& preset) {
-        Builder.SetPreset(preset);
+    void Show() {
         Builder.show();
         EXPECT_TRUE(QTest::qWaitForWindowActive(&Builder));
+    }
+    void Open(const Preset& preset) {
+        Builder.SetPreset(preset);
+        Show();
     }
     SimulatorPaneWidget* Pane(int column) const { return Builder.findChildren<SimulatorPaneWidget*>().at(column); }
     PlayerPanelWidget* Panel(int position) const {
@@ -43,14 +42,14 @@ protected:
     static AssetBrowser* Browser() { return TopLevel<AssetBrowser>(); }
     static void Choose(const char* path) { emit Browser()->ItemsChosen({QString::fromUtf8(path)}); }
     Preset Compile() { return *std::unique_ptr<Preset>(Builder.CompilePreset()); }
-    void ExpectTypedForm() {
+    bool HoldsTypedForm() {
         const Preset saved = Compile();
-        EXPECT_EQ(std::tie(saved.Name, saved.Notes), std::tuple("Typed", "Said"));
-        EXPECT_EQ(std::tie(saved.Link, saved.Loop, saved.FadeOutMS), std::tuple(12, 5, 9));
+        return std::tie(saved.Name, saved.Notes, saved.Link, saved.Loop, saved.FadeOutMS) ==
+               std::tuple("Typed", "Said", 12, 5, 9);
     }
 
     std::vector<Preset> Known;
-    PresetBuilder Builder{"GUID", Cache};
+    PresetBuilder Builder{"guid", Cache};
 };
 
 TEST_F(PresetBuilderTest, EveryOutputThatNoCanvasCoversGetsAnEmptyOneUntilTheSave) {
@@ -76,94 +75,54 @@ TEST_F(PresetBuilderTest, WithoutHardwareStateOutputsAreFullHDAndWithoutSessionN
     Builder.SetPreset(PresetWith(Wide, ZORVIC_ECALIGN_CENTERED));
     EXPECT_TRUE(Logged("Failed to obtain Kona hardware state!"));
     EXPECT_EQ(Pane(3)->ResLabel->text(), QStringLiteral("1920x1080"));
-    Registry.DeleteSessionByGUID("GUID");
+    Disconnect();
     Builder.SetPreset({});
     EXPECT_EQ(Builder.PresetNameBox->text(), QStringLiteral("Act"));
     const PresetBuilder unconnected("unknown", Cache);
     EXPECT_FALSE(unconnected.CreateButton->isEnabled());
 }
 
-/// Presets as a unit may hold them.
-class Generator {
-public:
-    Preset Make() {
-        Preset preset;
-        preset.PK = Number(1, 100000);
-        preset.Name = Text(200);
-        preset.Notes = Text(60000);
-        preset.Link = Number(-1, 20);
-        preset.Loop = Number(-1, Number(0, 120));
-        preset.FreezeAtEnd = Number(0, 3) == 0;
-        for (auto* time : {&preset.FadeInMS, &preset.FadeOutMS, &preset.InPosition, &preset.OutPosition})
-            *time = Number(-10, 300);
-        preset.Volume.resize(static_cast<std::size_t>(Number(1, 32)), static_cast<std::uint16_t>(Number(0, 65535)));
-        for (int id = Number(0, 2); id < 3; ++id) {
-            preset.TabDisplayOrder[id] = TabOrdering(id, Number(0, 500));
-            preset.Gotos[id].TimeMS = preset.Countdowns[id].ID = Number(0, 100000);
-        }
-        for (std::uint32_t i = 0; Number(0, 9) > 0; ++i) {
-            preset.Canvases.push_back(Canvas(i, {Number(0, 8000), 1}, static_cast<std::uint32_t>(Number(0, 4))));
-            preset.Canvases.back().Assets.resize(static_cast<std::size_t>(Number(0, 2)));
-            for (PinnedAsset& asset : preset.Canvases.back().Assets) {
-                asset.FullPath = Text(200);
-                asset.PinnedCoords.X = Number(-500, 500);
-                asset.Hue = static_cast<float>(Number(-100, 100)) / 100.0F;
-            }
-        }
-        return preset;
-    }
-
-private:
-    int Number(int low, int high) { return std::uniform_int_distribution(low, high)(Random); }
-    std::string Text(std::size_t most) {
-        std::string text(Number(0, 9) == 0 ? most : 0, 'x');
-        while (Number(0, 9) > 0)
-            text += std::array{"a", " ", "\n", "\t", "&", "<b>", "é", "→", "12 - ", "\""}.at(
-                static_cast<std::size_t>(Number(0, 9)));
-        return text;
-    }
-
-    std::mt19937 Random{1};
-};
-
-/// Everything that a save carries over, as comparable text.
-std::string Carried(const Preset& preset) {
-    std::ostringstream text;
-    text << preset.Name << '|' << preset.Notes;
-    for (const auto value : {preset.PK, std::max(preset.Link, 0), std::int32_t{preset.FreezeAtEnd}, preset.FadeInMS,
-                             preset.InPosition, preset.OutPosition})
-        text << '|' << value;
-    for (const auto volume : preset.Volume)
-        text << " v" << volume;
-    for (const auto& [tab, order] : preset.TabDisplayOrder)
-        text << " t" << tab << ',' << order.Index << ',' << preset.Gotos.at(tab).TimeMS << ','
-             << preset.Countdowns.at(tab).ID;
-    for (const CanvasInfo& canvas : preset.Canvases) {
-        if (!canvas.Assets.empty())
-            text << "\nc" << canvas.CanvasCfg.Dimensions.Width << ' ' << canvas.CanvasCfg.NumOutputs;
-        for (const PinnedAsset& asset : canvas.Assets)
-            text << " a" << asset.FullPath << asset.PinnedCoords.X << ',' << asset.Hue;
-    }
-    return text.str();
+TEST_F(PresetBuilderTest, APresetOpenedAndSavedUnchangedComesBackAsItWas) {
+    Preset preset = FilledPreset();
+    preset.Canvases.insert(preset.Canvases.begin(), Canvas(0));  // without an asset: not saved
+    preset.Canvases[1].Index = 1;
+    preset.Canvases[2].Index = 2;
+    Builder.SetPreset(preset);
+    const auto carried = [](const Preset& p) {
+        return std::tuple(p.PK, p.Name, p.Notes, p.Link, p.Loop, p.FadeInMS, p.FadeOutMS, p.InPosition, p.OutPosition,
+                          p.Volume, p.TabDisplayOrder.at(3).Index, p.Gotos.at(3).TimeMS, p.Countdowns.at(3).TimeMS);
+    };
+    const auto placed = [](const CanvasInfo& canvas) {
+        const PinnedAsset& asset = canvas.Assets.at(0);
+        return std::tuple(canvas.Index, canvas.CanvasCfg.Dimensions, asset.FullPath, asset.PinnedCoords, asset.Hue);
+    };
+    const Preset saved = Compile();
+    EXPECT_EQ(carried(saved), carried(preset));
+    ASSERT_EQ(saved.Canvases.size(), 2U);
+    for (const std::size_t i : {0U, 1U})
+        EXPECT_EQ(placed(saved.Canvases[i]), placed(FilledPreset().Canvases[i]));
 }
 
-TEST_F(PresetBuilderTest, APresetOpenedAndSavedUnchangedComesBackAsItWas) {
-    Generator generator;
-    bool afterFrozen = false;
-    for (int round = 0; round < 60; ++round) {
-        SCOPED_TRACE(round);
-        const Preset preset = generator.Make();
+TEST_F(PresetBuilderTest, ASaveChangesOnlyWhatTheFormLimits) {
+    struct Fields {
+        bool Freeze;
+        int Loop, FadeOut, Link;
+        auto operator<=>(const Fields&) const = default;
+    };
+    const std::vector<std::pair<Fields, Fields>> cases = {
+        {{false, 100, 300, 20}, {false, 99, 99, 20}},
+        {{false, -2, -10, 0}, {false, 0, 0, 0}},
+        {{false, -1, 0, 0}, {false, -1, 0, 0}},
+        {{true, -1, 0, 0}, {true, 0, 0, 0}},
+        {{false, -1, 0, 0}, {false, 0, 0, 0}},  // right after a frozen one
+        {{true, 5, 9, 3}, {true, 0, 9, 3}}};
+    for (const auto& [opened, expected] : cases) {
+        Preset preset;
+        std::tie(preset.FreezeAtEnd, preset.Loop, preset.FadeOutMS, preset.Link) =
+            std::tie(opened.Freeze, opened.Loop, opened.FadeOut, opened.Link);
         Builder.SetPreset(preset);
         const Preset saved = Compile();
-        EXPECT_EQ(Carried(saved), Carried(preset));
-        for (std::size_t i = 0; i < saved.Canvases.size(); ++i)
-            EXPECT_EQ(saved.Canvases[i].Index, i);
-        // What the form limits: its boxes hold 0 to 99, a frozen preset does not loop, and one that is opened right
-        // after a frozen one does not loop forever.
-        EXPECT_EQ(saved.FadeOutMS, std::clamp(preset.FadeOutMS, 0, 99));
-        const int loop = std::clamp(preset.Loop, preset.Loop == -1 && !afterFrozen ? -1 : 0, 99);
-        EXPECT_EQ(saved.Loop, preset.FreezeAtEnd ? 0 : loop);
-        afterFrozen = preset.FreezeAtEnd;
+        EXPECT_EQ((Fields{saved.FreezeAtEnd, saved.Loop, saved.FadeOutMS, saved.Link}), expected);
     }
 }
 
@@ -175,6 +134,10 @@ TEST_F(PresetBuilderTest, LinksStayWithTheirPresetAndTheChoiceSurvivesARefresh) 
     Builder.LinkSelect->setCurrentIndex(0);
     EXPECT_EQ(Compile().Link, 12);  // "None" keeps what the preset has
     Builder.LinkSelect->setCurrentIndex(1);
+    Show();
+    Builder.LinkSelect->showPopup();
+    Builder.UpdateCachedPresets(std::vector(Known));
+    EXPECT_TRUE(Builder.LinkSelect->view()->isVisible()) << "an open list stays";
     Known.insert(Known.begin(), Preset());
     Known[1].Name = "Intro renamed";
     Builder.UpdateCachedPresets(std::vector(Known));
@@ -186,24 +149,8 @@ TEST_F(PresetBuilderTest, LinksStayWithTheirPresetAndTheChoiceSurvivesARefresh) 
     EXPECT_EQ(Builder.LinkSelect->currentText(), QStringLiteral("None"));
 }
 
-TEST_F(PresetBuilderTest, AnOpenListStaysThroughARefreshAndKeepsItsKeys) {
-    Open({});
-    Builder.LinkSelect->showPopup();
-    Builder.UpdateCachedPresets(std::vector(Known));
-    EXPECT_TRUE(Builder.LinkSelect->view()->isVisible());
-    // Neither the key that picks nor the one that gives up goes on to the window.
-    for (QComboBox* const box : {Builder.LinkSelect, Pane(0)->SizingBox}) {
-        Builder.activateWindow();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(&Builder));
-        box->showPopup();
-        QTest::keyClick(box->view(), Qt::Key_Return);
-        EXPECT_FALSE(box->view()->isVisible());
-        EXPECT_TRUE(Builder.isVisible());
-    }
-}
-
 TEST_F(PresetBuilderTest, FreezingAndLoopingForeverExcludeALoopCount) {
-    Preset preset = PresetWith(Wide, ZORVIC_ECALIGN_CENTERED);
+    Preset preset;
     preset.Loop = -1;
     Builder.SetPreset(preset);
     EXPECT_TRUE(Builder.LoopForeverCheck->isChecked());
@@ -215,12 +162,11 @@ TEST_F(PresetBuilderTest, FreezingAndLoopingForeverExcludeALoopCount) {
     Builder.FreezeCheck->setChecked(false);
     EXPECT_TRUE(Builder.LoopSpin->isEnabled());
     EXPECT_EQ(Compile().Loop, 4);
-
     Builder.FadeCheck->setChecked(true);
     Builder.FadeSpin->setValue(7);
     Builder.FadeCheck->setChecked(false);
     EXPECT_FALSE(Builder.FadeSpin->isEnabled());
-    EXPECT_EQ(Builder.FadeSpin->value(), 0);
+    EXPECT_EQ(Compile().FadeOutMS, 0);
 }
 
 TEST_F(PresetBuilderTest, WhatIsTypedSurvivesChoosingPlacingAndRemovingAnAsset) {
@@ -241,13 +187,13 @@ TEST_F(PresetBuilderTest, WhatIsTypedSurvivesChoosingPlacingAndRemovingAnAsset) 
     EXPECT_FALSE(Browser()->isVisible());
     EXPECT_EQ(Compile().Canvases.at(0).Assets.at(0).PinnedCoords, Placed(ZORVIC_ECALIGN_SCALED_CENTERED));
     EXPECT_EQ(Pane(1)->toolTip(), QString::fromUtf8(Wide));
-    ExpectTypedForm();
+    EXPECT_TRUE(HoldsTypedForm());
     Pane(1)->TopArrow->click();
-    ExpectTypedForm();
+    EXPECT_TRUE(HoldsTypedForm());
     QTest::mouseClick(Pane(1)->PaneWidget, Qt::LeftButton);
     EXPECT_TRUE(Compile().Canvases.empty());
     EXPECT_EQ(Pane(1)->GetButtonStates(), Simulator::SimButtonStates{});
-    ExpectTypedForm();
+    EXPECT_TRUE(HoldsTypedForm());
     Builder.LinkSelect->setCurrentIndex(0);
     EXPECT_EQ(Compile().Link, 3);  // a choice that was taken back leaves no trace
 }
@@ -293,13 +239,11 @@ TEST_F(PresetBuilderTest, KeysSaveAndCloseAfterHidingAndNotWhileHeldDown) {
     QObject::connect(&Builder, &PresetBuilder::CreateClicked, &Builder, [&] { hear("create"); });
     QObject::connect(&Builder, &PresetBuilder::CloseClicked, &Builder, [&] { hear("close"); });
     QTest::keyClick(Builder.LoopSpin, Qt::Key_Return);  // also without a name, and from a number box
-    Builder.show();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&Builder));
+    Show();
     QTest::keyClick(Builder.PresetNameBox, Qt::Key_Escape);
     EXPECT_THAT(heard, testing::ElementsAre("create", "close"));
 
-    Builder.show();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&Builder));
+    Show();
     QTest::simulateEvent(&Builder, true, Qt::Key_Return, Qt::NoModifier, QString(), true);  // repeated
     EXPECT_EQ(heard.size(), 2U);
     emit Pane(0)->Clicked(Pane(0));
@@ -313,10 +257,8 @@ TEST_F(PresetBuilderTest, PlayerPanelsTellWhatEachOutputPlays) {
     AssetMetadata& metadata = Unit.Metadata[Wide];
     metadata.FilePath = "C:\\a&b.mov";
     metadata.Duration = 3661500;
-    metadata.AChannels = 2;
-    metadata.ASampleRate = 48000;
-    metadata.VideoFormat = "prores";
-    metadata.AudioFormat = "pcm";
+    std::tie(metadata.AChannels, metadata.ASampleRate) = std::tuple(2, 48000);
+    std::tie(metadata.VideoFormat, metadata.AudioFormat) = std::tuple("prores", "pcm");
     Preset preset;
     preset.Canvases = {Canvas(Wide, ZORVIC_ECALIGN_CENTERED, Canvas(0, {3840, 1080}, 2)),
                        Canvas(Full, ZORVIC_ECALIGN_CENTERED, Canvas(1)),
@@ -337,42 +279,68 @@ TEST_F(PresetBuilderTest, PlayerPanelsTellWhatEachOutputPlays) {
     EXPECT_FALSE(Panel(0)->isEnabled());
 }
 
+// Neither the key that picks nor the one that gives up goes on to the window.
+TEST_F(ViewTest, KeysInAnOpenListStayThereInEveryWindow) {
+    Unit.Drives.emplace_back().Mountpoint = "C";
+    Open();
+    View->ActivePlayerSel->addItems({QStringLiteral("Player 1"), QStringLiteral("Player 2")});
+    Click("AddPresetButton");
+    Click("AssetImportButton");
+    const auto& builder = *TopLevel<PresetBuilder>();
+    const auto& browser = *TopLevel<AssetBrowser>();
+    const QSignalSpy chosen(&browser, &AssetBrowser::ItemsChosen);
+    for (QComboBox* const box : {View->ActivePlayerSel, builder.LinkSelect,
+                                 builder.findChild<SimulatorPaneWidget*>()->SizingBox, browser.DriveChoice}) {
+        for (const auto key : {Qt::Key_Return, Qt::Key_Escape}) {
+            box->window()->show();
+            QApplication::setActiveWindow(box->window());
+            box->showPopup();
+            QTest::keyClick(box->view(), key);
+            EXPECT_FALSE(box->view()->isVisible());
+            EXPECT_TRUE(box->window()->isVisible()) << box->objectName().toStdString();
+        }
+    }
+    EXPECT_EQ(chosen.size(), 0);
+    EXPECT_THAT(FakeZorvic::Commands(), testing::IsEmpty());
+}
+
 class BuilderInViewTest : public ViewTest {
 protected:
-    BuilderInViewTest() { Open(); }
-    static PresetBuilder& Builder() { return *TopLevel<PresetBuilder>(); }
-    void Save() const { QTest::mouseClick(Builder().CreateButton, Qt::LeftButton); }
+    const PresetBuilder& Builder = (Open(), *TopLevel<PresetBuilder>());
+    std::string Name() const { return Builder.PresetNameBox->text().toStdString(); }
+    void Save() const { QTest::mouseClick(Builder.CreateButton, Qt::LeftButton); }
 };
 
 TEST_F(BuilderInViewTest, WhatNoUnitCouldHearStaysInTheFormAndWhatOneRefusedDoesNot) {
     Click("AddPresetButton");
-    Builder().PresetNameBox->setText(QStringLiteral("New"));
-    Handle.reset();
-    Sessions.DeleteSessionByGUID("guid");
+    Builder.PresetNameBox->setText(QStringLiteral("New"));
+    Disconnect();
     Save();
-    EXPECT_FALSE(Builder().isVisible());
-    EXPECT_EQ(Builder().PresetNameBox->text(), QStringLiteral("New"));
-
-    Handle.reset(Sessions.CreateSessionByIP("host"));
+    EXPECT_FALSE(Builder.isVisible());
+    EXPECT_EQ(Name(), "New");
+    Reconnect();
     Unit.Fail("CreatePreset", ZORVIC_STATUS_FAILED);
     testing::internal::CaptureStderr();
     Save();
     EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::HasSubstr("Failed to create preset with Name New\n"));
-    EXPECT_EQ(Builder().PresetNameBox->text(), QString());
+    EXPECT_EQ(Name(), "");
 }
 
 TEST_F(BuilderInViewTest, NothingOfAnEditStaysForThePresetMadeNext) {
     SelectRows({});
     Click("EditPresetButton");
-    EXPECT_FALSE(Builder().isVisible());
-    for (const char* done : {"CloseButton", "AddPresetButton"}) {
+    EXPECT_FALSE(Builder.isVisible());
+    for (auto* const done : {Builder.CloseButton, View->AddPresetButton}) {
         SelectRows({2});
         Click("EditPresetButton");
-        EXPECT_EQ(Builder().PresetNameBox->text(), QStringLiteral("Break"));
-        auto* const button = Builder().findChild<QPushButton*>(QString::fromLatin1(done));
-        QTest::mouseClick(button ? button : View->AddPresetButton, Qt::LeftButton);
-        EXPECT_FALSE(Builder().isVisible());
-        EXPECT_EQ(std::unique_ptr<Zorvic::Preset>(Builder().CompilePreset())->PK, 0);
+        EXPECT_EQ(Name(), "Break");
+        QTest::mouseClick(done, Qt::LeftButton);
+        EXPECT_FALSE(Builder.isVisible());
+        Click("AddPresetButton");
+        EXPECT_EQ(Name(), "");
+        Builder.PresetNameBox->setText(QStringLiteral("New"));
+        Save();
+        EXPECT_EQ(FakeZorvic::LastCall("CreatePreset").PK, 0);
     }
 }
 

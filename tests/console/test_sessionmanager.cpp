@@ -1,31 +1,18 @@
-#include "sessionmanager.h"
-
-#include "support/fakezorvic.h"
-
-#include <gmock/gmock.h>
+#include "fixtures.h"
 
 #include <future>
-#include <memory>
 #include <mutex>
-#include <string>
-#include <utility>
 
 namespace {
 
 using Handle = std::unique_ptr<SessionHandle>;
 
-class Registry : public testing::Test {
+class Registry : public UnitTest {
 protected:
-    Registry() {
-        FakeZorvic::Reset();
-        FakeZorvic::AddUnit("10.0.0.1", "guid-1", "Stage");
-        FakeZorvic::AddUnit("10.0.0.2", "guid-2", "Lobby");
+    std::string HostOf(SessionHandle* found) {
+        const Handle handle(found);
+        return handle ? handle->GetSession()->GetHost() : "none";
     }
-
-    /// The handle is dropped at once.
-    void Open(const std::string& host) { const Handle handle(Sessions->CreateSessionByIP(host)); }
-
-    std::unique_ptr<SessionManager> Sessions = std::make_unique<SessionManager>();
 };
 
 /// As another thread finds it.
@@ -34,42 +21,34 @@ bool IsLocked(std::recursive_mutex& mutex) {
 }
 
 TEST_F(Registry, FindsAndDeletesASessionByGuidOrByTheHostTextItWasOpenedWith) {
-    Open("10.0.0.1");
-    Open("10.0.0.2");
-    EXPECT_EQ(Handle(Sessions->GetSessionByGUID("guid-2"))->GetSession()->GetHost(), "10.0.0.2");
-    EXPECT_EQ(Handle(Sessions->GetSessionByIP("10.0.0.2"))->GetSession()->GetHost(), "10.0.0.2");
-    EXPECT_EQ(Handle(Sessions->GetSessionByIP("10.0.0.02")), nullptr);
-    EXPECT_FALSE(Sessions->DeleteSessionByIP("guid-1"));
-    EXPECT_TRUE(Sessions->DeleteSessionByGUID("guid-1"));
-    EXPECT_EQ(FakeZorvic::LiveSessions("10.0.0.2"), 1U);
-    EXPECT_TRUE(Sessions->DeleteSessionByIP("10.0.0.2"));
-    EXPECT_EQ(FakeZorvic::LiveSessions(), 0U);
-    Sessions.reset();
-    EXPECT_EQ(FindSession("guid-1"), nullptr);
+    FakeZorvic::AddUnit("other", "guid-2");
+    EXPECT_EQ(HostOf(Sessions.CreateSessionByIP("other")), "other");
+    EXPECT_EQ(HostOf(Sessions.GetSessionByGUID("guid")), "host");
+    EXPECT_EQ(HostOf(Sessions.GetSessionByIP("host")), "host");
+    EXPECT_EQ(HostOf(Sessions.GetSessionByIP("Host")), "none");
+    EXPECT_FALSE(Sessions.DeleteSessionByIP("guid"));
+    EXPECT_TRUE(Sessions.DeleteSessionByGUID("guid"));
+    EXPECT_EQ(FakeZorvic::LiveSessions("other"), 1);
+    EXPECT_TRUE(Sessions.DeleteSessionByIP("other"));
+    EXPECT_EQ(FakeZorvic::LiveSessions(), 0);
 }
 
-TEST_F(Registry, KeepsNothingOfAUnitThatCannotBeUsed) {
-    FakeZorvic::At("10.0.0.1").Reachable = false;
-    FakeZorvic::At("10.0.0.2").Fail("GetUnitID", Zorvic::ZORVIC_STATUS_FAILED);
-    FakeZorvic::AddUnit("10.0.0.3", "");
-    for (const auto* host : {"10.0.0.1", "10.0.0.2", "10.0.0.3", "nowhere", ""}) {
-        EXPECT_EQ(Handle(Sessions->CreateSessionByIP(host)), nullptr) << host;
-    }
-    EXPECT_EQ(FakeZorvic::LiveSessions(), 0U);
-}
-
-TEST_F(Registry, ASecondSessionOfAUnitReplacesTheFirst) {
-    FakeZorvic::AddUnit("stage.local", "guid-1", "Stage");
-    Open("10.0.0.1");
-    const Handle second(Sessions->CreateSessionByIP("stage.local"));
-    ASSERT_TRUE(second);
-    EXPECT_EQ(FakeZorvic::LiveSessions("10.0.0.1"), 0U);
-    EXPECT_EQ(Handle(Sessions->GetSessionByGUID("guid-1"))->GetSession(), second->GetSession());
+TEST_F(Registry, KeepsOneSessionOfAUnitAndNothingOfOneThatCannotBeUsed) {
+    FakeZorvic::AddUnit("stage.local", "guid");
+    EXPECT_EQ(HostOf(Sessions.CreateSessionByIP("stage.local")), "stage.local");
+    EXPECT_EQ(HostOf(Sessions.GetSessionByGUID("guid")), "stage.local");
+    EXPECT_EQ(FakeZorvic::LiveSessions("host"), 0);
+    FakeZorvic::AddUnit("unreachable", "guid-1").Reachable = false;
+    FakeZorvic::AddUnit("failing", "guid-2").Fail("GetUnitID", Zorvic::ZORVIC_STATUS_FAILED);
+    FakeZorvic::AddUnit("nameless", "");
+    for (const auto* host : {"unreachable", "failing", "nameless", "nowhere", ""})
+        EXPECT_EQ(HostOf(Sessions.CreateSessionByIP(host)), "none") << host;
+    EXPECT_EQ(FakeZorvic::LiveSessions(), 1);
 }
 
 TEST_F(Registry, TheLastHandleReleasesTheLockAndOneMovedFromGrantsNothing) {
     std::recursive_mutex mutex;
-    auto* session = Handle(Sessions->CreateSessionByIP("10.0.0.1"))->GetSession();
+    auto* session = Handle(Sessions.GetSessionByGUID("guid"))->GetSession();
     auto outer = std::make_unique<SessionHandle>(session, std::unique_lock(mutex));
     auto inner = std::make_unique<SessionHandle>(session, std::unique_lock(mutex));
     outer.reset();

@@ -1,17 +1,12 @@
 #include "simulator.h"
 
-#include "authoringunit.h"
-#include "viewfixture.h"
+#include "fixtures.h"
 
 #include <QAbstractItemView>
-#include <QApplication>
 #include <QPointer>
 #include <QSignalSpy>
-#include <QTest>
 #include <QWheelEvent>
 #include <QWindow>
-
-#include <functional>
 
 using namespace Simulator;
 using namespace Zorvic;
@@ -64,22 +59,23 @@ TEST_F(SimulatorTest, WhatCannotBeShownLeavesTheWidgetEmptyAndIsLogged) {
     EXPECT_EQ(Pane(), nullptr);
     EXPECT_TRUE(Logged("Canvas 0 contains multiple assets, unsupported. Bailing out."));
 
-    const auto expectRefused = [&](std::uint32_t index, CanvasOrientationEnum orientation, const char* log) {
+    using enum CanvasOrientationEnum;
+    const std::tuple<std::uint32_t, CanvasOrientationEnum, std::uint32_t, const char*> refused[] = {
+        {5, Single, 1, "Improperly sorted canvases, Canvas.Index of 5 does not match the array index of 0!"},
+        {0, Single, 2, "Output count 2 on a \"Single\" layout!"},
+        {0, Landscape, 1, "Less than 2 outputs for a Landscape layout! Output count: 1"},
+        {0, Portrait, 1, "Unsupported orientation with integer code 5"}};
+    for (const auto& [index, orientation, outputs, log] : refused) {
         bad = good;
         bad.Canvases[0].Index = index;
         bad.Canvases[0].CanvasCfg.Orientation = {orientation, nullptr};
-        bad.Canvases[0].CanvasCfg.NumOutputs = orientation == CanvasOrientationEnum::Single ? 2 : 1;
+        bad.Canvases[0].CanvasCfg.NumOutputs = outputs;
         Set(good);
         ASSERT_NE(Pane(), nullptr);
         EXPECT_FALSE(Set(bad));
         EXPECT_EQ(Pane(), nullptr);
         EXPECT_TRUE(Logged(log)) << log;
-    };
-    using enum CanvasOrientationEnum;
-    expectRefused(5, Single, "Improperly sorted canvases, Canvas.Index of 5 does not match the array index of 0!");
-    expectRefused(0, Single, "Output count 2 on a \"Single\" layout!");
-    expectRefused(0, Landscape, "Less than 2 outputs for a Landscape layout! Output count: 1");
-    expectRefused(0, Portrait, "Unsupported orientation with integer code 5");
+    }
 }
 
 TEST_F(SimulatorTest, APaneTellsResolutionOutputsAndAsset) {
@@ -260,7 +256,7 @@ TEST_F(SimulatorTest, ControlsOfAnEmptyCanvasAndAPassingWheelDoNothing) {
 }
 
 TEST_F(ViewTest, APlacementMadeInTheViewReachesTheUnitAndTheRedrawShowsIt) {
-    AddAssets(Unit);
+    AddAsset(Wide, {640, 300});
     Preset(1).Canvases = {Canvas(Wide, ZORVIC_ECALIGN_CENTERED)};
     Open();
     const QPointer<SimulatorPaneWidget> pane = View->findChild<SimulatorPaneWidget*>();

@@ -1,26 +1,12 @@
 #include "assetbrowser.h"
+#include "consoleonunit.h"
 #include "presetbuilder.h"
 #include "simulatorpane.h"
-#include "support/consolewindows.h"
-#include "support/unitprocess.h"
-#include "zorvicview.h"
-
-#include <gtest/gtest.h>
-
-#include <zorvic/zorvic.h>
 
 #include <QApplication>
-
-#include <filesystem>
-#include <functional>
-#include <memory>
+#include <QTreeWidget>
 
 namespace {
-
-using namespace Zorvic;
-
-constexpr int LimitMS = 30000;
-constexpr const char* Clip = "C:\\Assets\\clip.mov";
 
 /// A visible window when there is one.
 template <typename Widget>
@@ -33,70 +19,39 @@ Widget* TopLevel() {
     return best;
 }
 
-/// The console's windows in this process, on a unit of its own that holds a clip of three seconds.
-class Authoring : public testing::Test {
-protected:
-    Authoring() {
-        const std::string store = Directory.Path() + "/store";
-        std::filesystem::create_directories(store + "/Assets");
-        MakeClip(store + "/Assets/clip.mov", 3);
-        Unit = std::make_unique<UnitProcess>(store, std::vector<std::string>{"--announce", "off"});
-        Other = std::make_unique<Session>(Unit->Host(), 1);
-        Console.Connect(Unit->Host());
-        View = qobject_cast<ZorvicView*>(Console.Tabs()->currentWidget());
-        Builder = TopLevel<PresetBuilder>();
-    }
-
-    static bool Becomes(const std::function<bool()>& condition) { return QTest::qWaitFor(condition, LimitMS); }
-    /// The one record that the unit holds; an empty one when it holds none or several.
-    template <typename Record>
-    Record Only(StatusCode (Session::*read)(std::vector<Record>&)) const {
-        std::vector<Record> records;
-        EXPECT_EQ((*Other.*read)(records), ZORVIC_STATUS_OK);
-        return records.size() == 1 ? records.front() : Record();
-    }
-    Preset Stored() const { return Only(&Session::GetPresets); }
-    PresetState State() const { return Only(&Session::GetPresetStates); }
-    void ChooseClipFor(int column) const {
-        const auto panes = Builder->findChildren<Simulator::SimulatorPaneWidget*>();
-        QTest::mouseClick(panes.at(column)->PaneWidget, Qt::LeftButton);
-        auto* const browser = TopLevel<AssetBrowser>();
-        ASSERT_TRUE(browser->isVisible());
-        ASSERT_TRUE(Becomes([=] { return browser->AssetBrowserList->count() == 1; }));
-        browser->AssetBrowserList->setCurrentRow(0);
-        QTest::mouseClick(browser->SelectButton, Qt::LeftButton);
-    }
-    void Save() const { QTest::mouseClick(Builder->CreateButton, Qt::LeftButton); }
-
-    TemporaryDirectory Directory;
-    std::unique_ptr<UnitProcess> Unit;
-    std::unique_ptr<Session> Other;  ///< sees what the unit holds without the console
-    ConsoleWindows Console;
-    ZorvicView* View = nullptr;
-    PresetBuilder* Builder = nullptr;
-};
-
-TEST_F(Authoring, ABuiltPresetPlaysAndItsEditsReachTheUnit) {
-    ASSERT_TRUE(Becomes([this] { return Only(&Session::GetAssets).Status == ZORVIC_ASSETSTATE_READY; }));
-    QTest::mouseClick(View->AddPresetButton, Qt::LeftButton);
-    QTest::keyClicks(Builder->focusWidget(), QStringLiteral("Opening"));
-    ChooseClipFor(1);
-    Save();
-    ASSERT_TRUE(Becomes([this] { return Stored().Name == "Opening"; }));
-    ASSERT_EQ(Stored().Canvases.size(), 1U);
-    EXPECT_EQ(Stored().Canvases.front().Assets.at(0).FullPath, Clip);
-
-    ASSERT_TRUE(Becomes([this] { return View->PresetsView->topLevelItemCount() == 1; }));
-    View->PresetsView->setCurrentItem(View->PresetsView->topLevelItem(0));
-    QTest::mouseClick(View->TakeButton, Qt::LeftButton);
-    ASSERT_TRUE(Becomes([this] { return State().IsPlaying; }));
-    EXPECT_NEAR(State().TRT, 3000, 200);
-
-    QTest::mouseClick(View->EditPresetButton, Qt::LeftButton);
-    ChooseClipFor(2);
-    Builder->NotesBox->setText(QStringLiteral("twice"));
-    Save();
-    EXPECT_TRUE(Becomes([this] { return Stored().Notes == "twice" && Stored().Canvases.size() == 2; }));
+void ChooseClipFor(int column) {
+    const auto panes = TopLevel<PresetBuilder>()->findChildren<Simulator::SimulatorPaneWidget*>();
+    QTest::mouseClick(panes.at(column)->PaneWidget, Qt::LeftButton);
+    const auto* const browser = TopLevel<AssetBrowser>();
+    ASSERT_TRUE(QTest::qWaitFor([=] { return browser->isVisible() && browser->AssetBrowserList->count() == 1; }));
+    browser->AssetBrowserList->setCurrentRow(0);
+    QTest::mouseClick(browser->SelectButton, Qt::LeftButton);
 }
 
 }  // namespace
+
+TEST_F(ConsoleOnUnit, ABuiltPresetPlaysAndItsEditsReachTheUnit) {
+    Connect();
+    const auto& builder = *TopLevel<PresetBuilder>();
+    ASSERT_TRUE(Becomes([this] { return Unit.ClipReady(); }));
+    Click("AddPresetButton");
+    QTest::keyClicks(builder.focusWidget(), QStringLiteral("Opening"));
+    ChooseClipFor(1);
+    QTest::mouseClick(builder.CreateButton, Qt::LeftButton);
+    ASSERT_TRUE(Becomes([this] { return Unit.Preset().Name == "Opening"; }));
+    ASSERT_EQ(Unit.Preset().Canvases.size(), 1U);
+    EXPECT_EQ(Unit.Preset().Canvases.front().Assets.at(0).FullPath, "C:\\Assets\\clip.mov");
+
+    auto* const rows = Console.Find<QTreeWidget>("PresetsView");
+    ASSERT_TRUE(Becomes([=] { return rows->topLevelItemCount() == 1; }));
+    rows->setCurrentItem(rows->topLevelItem(0));
+    Click("TakeButton");
+    ASSERT_TRUE(Becomes([this] { return Unit.State().IsPlaying; }));
+    EXPECT_NEAR(Unit.State().TRT, 3000, 200);
+
+    Click("EditPresetButton");
+    ChooseClipFor(2);
+    builder.NotesBox->setText(QStringLiteral("twice"));
+    QTest::mouseClick(builder.CreateButton, Qt::LeftButton);
+    EXPECT_TRUE(Becomes([this] { return Unit.Preset().Notes == "twice" && Unit.Preset().Canvases.size() == 2; }));
+}

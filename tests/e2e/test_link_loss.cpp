@@ -1,9 +1,4 @@
-#include "support/consolewindows.h"
-#include "support/unitprocess.h"
-
-#include <gtest/gtest.h>
-
-#include <zorvic/zorvic.h>
+#include "consoleonunit.h"
 
 #include <QLabel>
 #include <QTreeWidget>
@@ -12,71 +7,57 @@
 
 namespace {
 
-constexpr int LimitMS = 30000;
-
-/// The console's windows in this process, connected to a unit of its own.
-class LinkLoss : public testing::Test {
+class LinkLoss : public ConsoleOnUnit {
 protected:
-    LinkLoss() { CreateOnUnit("First"); }
-
-    void CreateOnUnit(const std::string& name) {
-        Zorvic::Session session(Unit.Host(), 1);
-        Zorvic::Preset preset;
-        preset.Name = name;
-        ASSERT_EQ(session.CreatePreset(preset), Zorvic::ZORVIC_STATUS_OK);
+    LinkLoss() {
+        CreateOnUnit("First");
+        Connect();
     }
-
-    void Connect() { Console.Connect(Unit.Host()); }
-    QTabWidget* Tabs() const { return Console.Tabs(); }
-    QString Status() const { return Console.Find<QLabel>("StatusLabel")->text(); }
-    QTreeWidget* Presets() const { return Console.Find<QTreeWidget>("PresetsView"); }
-    bool StatusBecomes(const QString& part) {
-        return QTest::qWaitFor([&] { return Status().contains(part); }, LimitMS);
+    void CreateOnUnit(const char* name) {
+        Zorvic::Session session(Unit.Process->Host(), 1);
+        ASSERT_EQ(session.CreatePreset(ClipPreset(name)), Zorvic::ZORVIC_STATUS_OK);
     }
-
-    TemporaryDirectory Directory;
-    UnitProcess Unit{Directory.Path() + "/store", {"--announce", "off"}};
-    ConsoleWindows Console;
+    bool StatusBecomes(const char* part) const {
+        return Becomes([&] { return Console.Find<QLabel>("StatusLabel")->text().contains(QString::fromUtf8(part)); });
+    }
 };
 
 }  // namespace
 
 TEST_F(LinkLoss, AFrozenOrKilledUnitIsShownAsGoneAndComesBackWithFreshLists) {
-    Connect();
-    ASSERT_EQ(Tabs()->count(), 1);
-    ASSERT_TRUE(StatusBecomes(QStringLiteral("Video Mode")));
-    ASSERT_EQ(Presets()->topLevelItemCount(), 1);
+    ASSERT_TRUE(StatusBecomes("Video Mode"));
+    auto* const rows = Console.Find<QTreeWidget>("PresetsView");
+    ASSERT_EQ(rows->topLevelItemCount(), 1);
 
     // A command to the frozen unit must end, too.
-    Presets()->setCurrentItem(Presets()->topLevelItem(0));
-    Unit.Process().Signal(SIGSTOP);
-    QTest::mouseClick(Console.Find<QPushButton>("TakeButton"), Qt::LeftButton);
-    ASSERT_TRUE(StatusBecomes(QStringLiteral("Disconnected from server")));
-    Unit.Process().Signal(SIGCONT);
-    ASSERT_TRUE(StatusBecomes(QStringLiteral("Video Mode")));
+    rows->setCurrentItem(rows->topLevelItem(0));
+    Unit.Process->Process().Signal(SIGSTOP);
+    Click("TakeButton");
+    ASSERT_TRUE(StatusBecomes("Disconnected from server"));
+    Unit.Process->Process().Signal(SIGCONT);
+    ASSERT_TRUE(StatusBecomes("Video Mode"));
 
-    Unit.Kill();
-    ASSERT_TRUE(StatusBecomes(QStringLiteral("Disconnected from server")));
-    EXPECT_EQ(Presets()->topLevelItemCount(), 1) << "the last known list stays readable";
+    Unit.Process->Kill();
+    ASSERT_TRUE(StatusBecomes("Disconnected from server"));
+    EXPECT_EQ(rows->topLevelItemCount(), 1) << "the last known list stays readable";
 
-    Unit.Start();
+    Unit.Process->Start();
     CreateOnUnit("Second");
-    ASSERT_TRUE(StatusBecomes(QStringLiteral("Video Mode")));
-    EXPECT_TRUE(QTest::qWaitFor([&] { return Presets()->topLevelItemCount() == 2; }, LimitMS));
+    ASSERT_TRUE(StatusBecomes("Video Mode"));
+    EXPECT_TRUE(Becomes([=] { return rows->topLevelItemCount() == 2; }));
 }
 
 TEST_F(LinkLoss, TabsCloseAndReopenWhileTheUnitReportsChanges) {
-    Zorvic::Session other(Unit.Host(), 1);
     for (int round = 0; round < 10; ++round) {
-        Connect();
-        ASSERT_EQ(Tabs()->count(), 1);
-        for (int change = 0; change < 5; ++change) {
-            other.SelectPreset(1);
-            other.SeekTo(1, static_cast<std::uint32_t>(change));
+        ASSERT_EQ(Console.Tabs()->count(), 1);
+        for (std::uint32_t change = 0; change < 5; ++change) {
+            Unit.Observer->SelectPreset(1);
+            Unit.Observer->SeekTo(1, change);
             QTest::qWait(20);
         }
         // Every other round the tab stays open, and connecting again replaces it.
-        if (round % 2 == 0) emit Tabs()->tabCloseRequested(0);
+        if (round % 2 == 0) emit Console.Tabs()->tabCloseRequested(0);
+        Connect();
     }
-    EXPECT_EQ(Tabs()->count(), 1);
+    EXPECT_EQ(Console.Tabs()->count(), 1);
 }

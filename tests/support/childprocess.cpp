@@ -5,19 +5,16 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <fstream>
 #include <sstream>
-#include <stdexcept>
 #include <system_error>
 #include <thread>
 
 ChildProcess::ChildProcess(const std::vector<std::string>& arguments, const std::string& outputFile) {
-    std::vector<char*> argv;
-    argv.reserve(arguments.size() + 1);
-    for (const std::string& argument : arguments)
-        argv.push_back(const_cast<char*>(argument.c_str()));
-    argv.push_back(nullptr);
+    std::vector<char*> argv(arguments.size() + 1);
+    std::ranges::transform(arguments, argv.begin(), [](const auto& text) { return const_cast<char*>(text.c_str()); });
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, outputFile.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
@@ -38,11 +35,7 @@ void ChildProcess::Signal(int signal) const {
     if (!Status) kill(Pid, signal);
 }
 
-bool ChildProcess::Running() {
-    return !Wait(Milliseconds(0));
-}
-
-std::optional<int> ChildProcess::Wait(Milliseconds limit) {
+std::optional<int> ChildProcess::Wait(std::chrono::milliseconds limit) {
     WaitUntil(
         [this] {
             int raw = 0;

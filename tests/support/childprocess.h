@@ -11,8 +11,6 @@
 /// A program started by a test, ended with it. Its standard output and error go to one file.
 class ChildProcess {
 public:
-    using Milliseconds = std::chrono::milliseconds;
-
     /// Starts arguments[0], which may be "env", with the rest.
     explicit ChildProcess(const std::vector<std::string>& arguments, const std::string& outputFile = "/dev/null");
     /// Kills the program when it still runs.
@@ -21,9 +19,9 @@ public:
     ChildProcess& operator=(const ChildProcess&) = delete;
 
     void Signal(int signal) const;
-    bool Running();
+    bool Running() { return !Wait(std::chrono::milliseconds(0)); }
     /// Exit status, 128 + signal when a signal ended it, nothing when it still runs after the limit.
-    std::optional<int> Wait(Milliseconds limit);
+    std::optional<int> Wait(std::chrono::milliseconds limit);
 
 private:
     pid_t Pid = -1;

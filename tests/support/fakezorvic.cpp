@@ -1,27 +1,48 @@
 #include "support/fakezorvic.h"
 
-#include "support/fakezorvic_state.h"
-
 #include <algorithm>
-#include <array>
+#include <memory>
+#include <set>
 #include <stdexcept>
-#include <string_view>
+
+using FakeZorvic::Call;
+using FakeZorvic::Unit;
 
 namespace FakeZorvic {
 namespace {
 
+struct Globals {
+    std::map<std::string, std::shared_ptr<Unit>> Units;
+    std::vector<Zorvic::LANZorvic> LANUnits;
+    std::vector<Call> Calls;
+    std::function<void(const Call&)> Hook;
+};
+Globals Global;
+
+// Of the sessions alive now, whatever is reset.
+std::map<const Zorvic::Session*, std::string> Hosts;
+std::map<std::pair<const Zorvic::Session*, Zorvic::StateEventType>, void*> Users;
+
+/// How every operation starts.
+void Begin(const Call& call) {
+    Global.Calls.push_back(call);
+    // A copy, because a hook may set another one.
+    if (const auto hook = Global.Hook) hook(call);
+}
+
 bool IsCommand(const Call& call) {
-    static constexpr std::array<std::string_view, 5> Silent = {"Session", "Connected", "Reconnect", "ReadAssetMetadata",
-                                                               "SetStateEventCallback"};
-    return !call.Operation.starts_with("Get") && std::ranges::find(Silent, call.Operation) == Silent.end();
+    static const std::set<std::string> Silent = {"Session", "Connected", "Reconnect", "ReadAssetMetadata",
+                                                 "SetStateEventCallback"};
+    return !call.Operation.starts_with("Get") && !Silent.contains(call.Operation);
+}
+
+template <typename Record>
+Record* FindByPK(std::vector<Record>& records, std::int32_t pk) {
+    const auto found = std::ranges::find(records, pk, &Record::PK);
+    return found == records.end() ? nullptr : &*found;
 }
 
 }  // namespace
-
-Globals& Global() {
-    static Globals globals;
-    return globals;
-}
 
 std::string Call::ToString() const {
     std::string text = Operation;
@@ -39,89 +60,230 @@ std::int32_t Unit::AddPreset(Zorvic::Preset preset, std::int32_t trtMS) {
     state.PK = preset.PK;
     state.TRT = trtMS;
     Presets.push_back(std::move(preset));
-    return Presets.back().PK;
+    return state.PK;
 }
 
 Zorvic::Preset* Unit::FindPreset(std::int32_t pk) {
-    const auto found = std::ranges::find(Presets, pk, &Zorvic::Preset::PK);
-    return found == Presets.end() ? nullptr : &*found;
+    return FindByPK(Presets, pk);
 }
 
 Zorvic::PresetState* Unit::FindState(std::int32_t pk) {
-    const auto found = std::ranges::find(States, pk, &Zorvic::PresetState::PK);
-    return found == States.end() ? nullptr : &*found;
+    return FindByPK(States, pk);
 }
 
 void Reset() {
-    Global() = {.Sessions = std::move(Global().Sessions)};
+    Global = {};
 }
 
 Unit& AddUnit(const std::string& host, const std::string& guid, const std::string& nickname) {
-    return *(Global().Units[host] = std::make_shared<Unit>(Unit{guid, nickname.empty() ? guid : nickname}));
-}
-
-Unit& At(const std::string& host) {
-    return *Global().Units.at(host);
+    return *(Global.Units[host] = std::make_shared<Unit>(Unit{guid, nickname.empty() ? guid : nickname}));
 }
 
 void SetLANZorvics(std::vector<Zorvic::LANZorvic> units) {
-    Global().LANUnits = std::move(units);
+    Global.LANUnits = std::move(units);
 }
 
 void SetHook(std::function<void(const Call&)> hook) {
-    Global().Hook = std::move(hook);
+    Global.Hook = std::move(hook);
 }
 
-void Begin(const Call& call) {
-    Global().Calls.push_back(call);
-    // A copy, because a hook may set another one.
-    if (const auto hook = Global().Hook) hook(call);
+std::vector<Call> Calls() {
+    return Global.Calls;
 }
 
-std::shared_ptr<Unit> FindUnit(const std::string& host) {
-    const auto found = Global().Units.find(host);
-    return found == Global().Units.end() ? nullptr : found->second;
-}
-
-std::vector<Call> Calls(const std::string& operation) {
-    auto calls = Global().Calls;
-    std::erase_if(calls, [&](const Call& call) { return !operation.empty() && call.Operation != operation; });
-    return calls;
+std::map<std::string, int> Counts() {
+    std::map<std::string, int> counts;
+    for (const auto& call : Global.Calls)
+        ++counts[call.Operation];
+    return counts;
 }
 
 std::vector<std::string> Commands() {
     std::vector<std::string> commands;
-    for (const auto& call : Global().Calls)
+    for (const auto& call : Global.Calls)
         if (IsCommand(call)) commands.push_back(call.ToString());
     return commands;
 }
 
 Call LastCall(const std::string& operation) {
-    const auto calls = Calls(operation);
-    if (calls.empty()) throw std::out_of_range("no call of " + operation);
-    return calls.back();
+    const auto last = std::find_if(Global.Calls.rbegin(), Global.Calls.rend(),
+                                   [&](const auto& call) { return call.Operation == operation; });
+    if (last == Global.Calls.rend()) throw std::out_of_range("no call of " + operation);
+    return *last;
 }
 
 void ClearCalls() {
-    Global().Calls.clear();
+    Global.Calls.clear();
 }
 
-std::size_t Registrations(const void* user) {
-    std::size_t count = 0;
-    for (const auto& session : Global().Sessions)
-        for (const auto& [type, registered] : session->Users)
-            count += !user || registered == user ? 1 : 0;
-    return count;
+std::ptrdiff_t Registrations(const void* user) {
+    return std::ranges::count_if(Users, [&](const auto& entry) { return !user || entry.second == user; });
 }
 
-std::size_t LiveSessions(const std::string& host) {
-    return static_cast<std::size_t>(std::ranges::count_if(
-        Global().Sessions, [&](const auto& session) { return host.empty() || session->Host == host; }));
+std::ptrdiff_t LiveSessions(const std::string& host) {
+    return std::ranges::count_if(Hosts, [&](const auto& entry) { return host.empty() || entry.second == host; });
 }
 
 }  // namespace FakeZorvic
 
-std::vector<Zorvic::LANZorvic> Zorvic::GetLANZorvics() {
+namespace Zorvic {
+
+std::vector<LANZorvic> GetLANZorvics() {
     FakeZorvic::Begin({.Operation = "GetLANZorvics"});
-    return FakeZorvic::Global().LANUnits;
+    return FakeZorvic::Global.LANUnits;
 }
+
+struct Session::Impl {
+    std::string Host;
+    std::shared_ptr<Unit> Peer;  ///< null for a host nobody answers at
+
+    /// Every operation passes here: recorded, hooked, then refused or answered. Nothing of this object is touched after
+    /// the hook, which may have destroyed it.
+    template <typename Answer>
+    StatusCode Run(Call call, Answer answer) const {
+        const auto peer = Peer;
+        call.Host = Host;
+        FakeZorvic::Begin(call);
+        if (!peer || !peer->Reachable) return ZORVIC_STATUS_NETWORKERROR;
+        const auto failure = peer->Failures.find(call.Operation);
+        if (failure == peer->Failures.end()) return answer(*peer) ? ZORVIC_STATUS_OK : ZORVIC_STATUS_FAILED;
+        auto& [status, times] = failure->second;
+        const StatusCode result = status;
+        if (times && --*times <= 0) peer->Failures.erase(failure);
+        return result;
+    }
+
+    /// For a command that only matters by having been sent.
+    StatusCode Accept(Call call) const {
+        return Run(std::move(call), [](Unit&) { return true; });
+    }
+
+    /// A read empties its result first: what a failed call leaves there is of no use to anybody.
+    template <typename Result>
+    StatusCode Read(const char* operation, Result& result, Result Unit::*source) const {
+        result = {};
+        return Run({.Operation = operation}, [&](Unit& unit) {
+            result = unit.*source;
+            return true;
+        });
+    }
+
+    template <typename Key, typename Result>
+    StatusCode ReadEntry(Call call, Result& result, std::map<Key, Result> Unit::*source, const Key& key) const {
+        result = {};
+        return Run(std::move(call), [&](Unit& unit) {
+            const auto found = (unit.*source).find(key);
+            if (found != (unit.*source).end()) result = found->second;
+            return found != (unit.*source).end();
+        });
+    }
+
+    /// For a command that has its effect on a record of the unit.
+    template <typename Record, typename Effect>
+    StatusCode Change(const Call& call, Record* (Unit::*find)(std::int32_t), Effect effect) const {
+        return Run(call, [&call, find, effect](Unit& unit) {
+            auto* const record = (unit.*find)(call.PK);
+            if (record) effect(*record);
+            return record != nullptr;
+        });
+    }
+};
+
+Session::Session(const std::string& host, int) : Pimpl(std::make_unique<Impl>()) {
+    const auto found = FakeZorvic::Global.Units.find(host);
+    *Pimpl = {host, found == FakeZorvic::Global.Units.end() ? nullptr : found->second};
+    FakeZorvic::Hosts[this] = host;
+    FakeZorvic::Begin({.Operation = "Session", .Host = host});
+}
+
+Session::~Session() {
+    FakeZorvic::Hosts.erase(this);
+    std::erase_if(FakeZorvic::Users, [this](const auto& entry) { return entry.first.first == this; });
+}
+
+std::string Session::GetHost() const {
+    return Pimpl->Host;
+}
+bool Session::Connected() const {
+    return Pimpl->Accept({.Operation = "Connected"}) == ZORVIC_STATUS_OK;
+}
+
+StatusCode Session::SetStateEventCallback(StateEventType type, StateEventCallback fn, void* user) {
+    Pimpl->Accept({.Operation = "SetStateEventCallback", .Number = type});
+    FakeZorvic::Users.erase({this, type});
+    if (fn && FakeZorvic::Hosts.contains(this)) FakeZorvic::Users[{this, type}] = user;
+    return ZORVIC_STATUS_OK;
+}
+
+/// A command that only matters by having been sent, and what it says.
+#define ONLY_RECORDED(NAME, PARAMETERS, ...)                                   \
+    StatusCode Session::NAME PARAMETERS {                                      \
+        return Pimpl->Accept({.Operation = #NAME __VA_OPT__(, ) __VA_ARGS__}); \
+    }
+ONLY_RECORDED(CreatePreset, (const Preset& preset), .PK = preset.PK, .Texts = {preset.Name}, .Sent = preset)
+ONLY_RECORDED(DeletePreset, (std::int32_t pk), .PK = pk)
+ONLY_RECORDED(SelectPreset, (std::int32_t pk), .PK = pk)
+ONLY_RECORDED(Pause, (std::int32_t pk), .PK = pk)
+ONLY_RECORDED(End, (std::int32_t pk), .PK = pk)
+ONLY_RECORDED(SeekTo, (std::int32_t pk, std::uint32_t timeMS), .PK = pk, .Number = timeMS)
+ONLY_RECORDED(CreateGoto, (std::int32_t pk, std::int32_t timeMS, const std::string& name), .PK = pk, .Number = timeMS,
+              .Texts = {name})
+ONLY_RECORDED(DeleteGoto, (std::int32_t pk, std::int32_t timeMS), .PK = pk, .Number = timeMS)
+ONLY_RECORDED(CreateCountdown, (std::int32_t pk, std::int32_t timeMS, const std::string& name), .PK = pk,
+              .Number = timeMS, .Texts = {name})
+ONLY_RECORDED(RenameCountdown, (std::int32_t pk, std::int32_t timeMS, const std::string& name), .PK = pk,
+              .Number = timeMS, .Texts = {name})
+ONLY_RECORDED(DeleteCountdown, (std::int32_t pk, std::int32_t timeMS), .PK = pk, .Number = timeMS)
+ONLY_RECORDED(InstallAsset, (const std::string& path), .Texts = {path})
+ONLY_RECORDED(DeleteAsset, (const std::string& path), .Texts = {path})
+ONLY_RECORDED(Reconnect, (const std::string& host), .Texts = {host})
+ONLY_RECORDED(RebootZorvic, ())
+ONLY_RECORDED(SoftRebootZorvic, ())
+ONLY_RECORDED(ShutdownZorvic, ())
+#undef ONLY_RECORDED
+
+// Commands that have their effect.
+StatusCode Session::UpdatePreset(const Preset& preset) {
+    return Pimpl->Change({.Operation = "UpdatePreset", .PK = preset.PK, .Sent = preset}, &Unit::FindPreset,
+                         [copy = preset](Preset& stored) { stored = copy; });
+}
+StatusCode Session::Take(std::int32_t pk) {
+    return Pimpl->Change({.Operation = "Take", .PK = pk}, &Unit::FindState,
+                         [](PresetState& state) { state.IsPlaying = true; });
+}
+StatusCode Session::RenameGoto(std::int32_t pk, std::int32_t timeMS, const std::string& name) {
+    return Pimpl->Change({.Operation = "RenameGoto", .PK = pk, .Number = timeMS, .Texts = {name}}, &Unit::FindPreset,
+                         [=](Preset& preset) {
+                             for (auto& [id, mark] : preset.Gotos)
+                                 if (mark.TimeMS == timeMS) mark.Name = name;
+                         });
+}
+
+/// A read of everything of one kind.
+#define READ(NAME, RESULT, SOURCE)                        \
+    StatusCode Session::NAME(RESULT& result) {            \
+        return Pimpl->Read(#NAME, result, &Unit::SOURCE); \
+    }
+READ(GetPresets, std::vector<Preset>, Presets)
+READ(GetPresetStates, std::vector<PresetState>, States)
+READ(GetKonaHardwareState, KonaHardwareState, Hardware)
+READ(GetAssets, std::vector<Asset>, Assets)
+READ(GetDisks, std::vector<Drive>, Drives)
+#undef READ
+StatusCode Session::GetUnitID(std::string& guid, std::string& nickname) {
+    nickname = Pimpl->Peer ? Pimpl->Peer->Nickname : std::string();
+    return Pimpl->Read("GetUnitID", guid, &Unit::GUID);
+}
+StatusCode Session::GetTimeCode(TimeCode& timeCode, std::int32_t pk) {
+    return Pimpl->ReadEntry({.Operation = "GetTimeCode", .PK = pk}, timeCode, &Unit::TimeCodes, pk);
+}
+StatusCode Session::ReadAssetMetadata(const std::string& path, AssetMetadata& metadata) {
+    return Pimpl->ReadEntry({.Operation = "ReadAssetMetadata", .Texts = {path}}, metadata, &Unit::Metadata, path);
+}
+StatusCode Session::GetDiskAssets(std::vector<ExternalAsset>& entries, const std::string& drive,
+                                  const std::string& path) {
+    return Pimpl->ReadEntry({.Operation = "GetDiskAssets", .Texts = {drive, path}}, entries, &Unit::Listings,
+                            {drive, path});
+}
+
+}  // namespace Zorvic

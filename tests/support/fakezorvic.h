@@ -54,8 +54,6 @@ struct Unit {
     void Fail(const std::string& operation, Zorvic::StatusCode status, std::optional<int> times = std::nullopt) {
         Failures[operation] = {status, times};
     }
-    void Succeed(const std::string& operation) { Failures.erase(operation); }
-
     std::map<std::string, std::pair<Zorvic::StatusCode, std::optional<int>>> Failures = {};
 };
 
@@ -64,7 +62,6 @@ void Reset();
 
 /// A unit that answers under this host text. The reference stays good until Reset().
 Unit& AddUnit(const std::string& host, const std::string& guid, const std::string& nickname = {});
-Unit& At(const std::string& host);
 
 /// What GetLANZorvics() answers.
 void SetLANZorvics(std::vector<Zorvic::LANZorvic> units);
@@ -73,8 +70,11 @@ void SetLANZorvics(std::vector<Zorvic::LANZorvic> units);
 /// loop inside the operation could do. Null removes it.
 void SetHook(std::function<void(const Call&)> hook);
 
-/// Everything called so far, in order; with a name, only that operation.
-std::vector<Call> Calls(const std::string& operation = {});
+/// Everything called so far, in order.
+std::vector<Call> Calls();
+/// How often each operation was called: what one gesture or one round of refreshes reads, when the calls were cleared
+/// before it.
+std::map<std::string, int> Counts();
 /// What was sent to units, as text: everything but reads, registrations and the life of sessions.
 std::vector<std::string> Commands();
 /// The last call of the operation. Throws std::out_of_range when there was none.
@@ -83,9 +83,9 @@ void ClearCalls();
 
 /// How many event callbacks are registered now, with this user pointer or with any. None may be left when the view that
 /// it points to is gone.
-std::size_t Registrations(const void* user = nullptr);
+std::ptrdiff_t Registrations(const void* user = nullptr);
 
 /// Session objects alive now; with a host, those opened with that text. Reset() does not change it.
-std::size_t LiveSessions(const std::string& host = {});
+std::ptrdiff_t LiveSessions(const std::string& host = {});
 
 }  // namespace FakeZorvic

@@ -1,14 +1,7 @@
 #include "support/unitprocess.h"
 
 #include <csignal>
-#include <fstream>
-#include <regex>
 #include <stdexcept>
-
-UnitProcess::UnitProcess(std::string store, std::vector<std::string> options)
-    : Store(std::move(store)), Options(std::move(options)) {
-    Start();
-}
 
 void UnitProcess::Kill() {
     Child->Signal(SIGKILL);
@@ -16,31 +9,28 @@ void UnitProcess::Kill() {
 }
 
 void UnitProcess::Start() {
-    const std::string port = Address.empty() ? "0" : Address.substr(Address.rfind(':') + 1);
-    const std::string log = Store + ".log";
-    std::ofstream(log, std::ios::trunc).close();
-    std::vector<std::string> arguments = {ZORVIC_UNIT_PROGRAM, "--store", Store, "--port", port};
+    std::vector<std::string> arguments = {ZORVIC_UNIT_PROGRAM, "--store", Store, "--port", Port};
     arguments.insert(arguments.end(), Options.begin(), Options.end());
-    Child.reset();
+    const std::string log = Store + ".log";
+    std::filesystem::remove(log);
     Child = std::make_unique<ChildProcess>(arguments, log);
-
-    const std::regex ready("listening on (\\S+)");
-    std::smatch match;
+    static const std::string Ready = "listening on 127.0.0.1:";
     std::string text;
-    const bool listening = WaitUntil([&] {
+    std::size_t ready = std::string::npos;
+    WaitUntil([&] {
         text = ReadFile(log);
-        return std::regex_search(text, match, ready) || !Child->Running();
+        ready = text.find(Ready);
+        return text.find('\n', ready) != std::string::npos || !Child->Running();
     });
-    if (!listening || match.empty()) throw std::runtime_error("the unit did not start:\n" + text);
-    Address = match[1];
+    if (ready == std::string::npos) throw std::runtime_error("the unit did not start:\n" + text);
+    Port = std::to_string(std::stoi(text.substr(ready + Ready.size())));
 }
 
 void MakeClip(const std::string& file, int seconds) {
-    std::vector<std::string> arguments = {"ffmpeg", "-nostdin", "-v", "error", "-y"};
-    for (const char* source : {"testsrc2=s=320x180:r=10", "sine=frequency=330:sample_rate=48000"})
-        arguments.insert(arguments.end(), {"-f", "lavfi", "-i", source});
-    arguments.insert(arguments.end(), {"-c:v", "mpeg4", "-c:a", "aac", "-ac", "2"});
-    arguments.insert(arguments.end(), {"-t", std::to_string(seconds), file});
-    if (ChildProcess(arguments).Wait(std::chrono::seconds(60)) != 0)
+    const std::string command =
+        "ffmpeg -nostdin -v error -y -f lavfi -i testsrc2=s=320x180:r=10 -f lavfi -i sine=330:sample_rate=48000 "
+        "-c:v mpeg4 -c:a aac -ac 2 -t " +
+        std::to_string(seconds) + " \"$0\"";
+    if (ChildProcess({"sh", "-c", command, file}).Wait(std::chrono::seconds(60)) != 0)
         throw std::runtime_error("ffmpeg could not make " + file);
 }

@@ -1,19 +1,23 @@
 #pragma once
 
+#include "support/childprocess.h"
+
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
-
-#include "support/childprocess.h"
 
 /// A real unit on a loopback port of its own, with a store that outlives restarts.
 class UnitProcess {
 public:
     /// Starts the unit and waits until it listens; `options` are added to its command line.
-    UnitProcess(std::string store, std::vector<std::string> options);
+    UnitProcess(std::string store, std::vector<std::string> options)
+        : Store(std::move(store)), Options(std::move(options)) {
+        Start();
+    }
 
-    /// "127.0.0.1:port", the same after every restart.
-    const std::string& Host() const { return Address; }
+    /// The same after every restart.
+    std::string Host() const { return "127.0.0.1:" + Port; }
     ChildProcess& Process() { return *Child; }
     /// Kills it at once, as a power cut would.
     void Kill();
@@ -23,7 +27,7 @@ public:
 private:
     std::string Store;
     std::vector<std::string> Options;
-    std::string Address;
+    std::string Port = "0";
     std::unique_ptr<ChildProcess> Child;
 };
 

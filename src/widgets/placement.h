@@ -1,0 +1,6 @@
+#pragma once
+
+class QWidget;
+
+/// Opens the window centred over the main window, and from then on where the operator left it.
+void PlaceOverMainWindow(QWidget& window);
