@@ -139,4 +139,41 @@ TEST_F(FrameTest, AClosingViewSendsNothing) {
     EXPECT_THAT(FakeZorvic::Commands(), IsEmpty());
 }
 
+TEST_F(FrameTest, ARoundAndAGestureReadTheListsOnceAndLookTheSessionUpAnew) {
+    Open();
+    Play(2, 5000);
+    const auto reads = [](const std::function<void()>& act) {
+        FakeZorvic::ClearCalls();
+        act();
+        auto counts = FakeZorvic::Counts();
+        return std::pair(counts["GetPresets"], counts["GetPresetStates"]);
+    };
+    EXPECT_EQ(reads([this] { Pump(ZORVIC_STATE_PRESETS, ZORVIC_STATE_PRESETSTATES, ZORVIC_STATE_TIMECODE); }),
+              std::pair(1, 1));
+    EXPECT_EQ(reads([this] { Pump(ZORVIC_STATE_TIMECODE); }), std::pair(1, 1));
+    View->PresetsView->setFocus();
+    EXPECT_EQ(reads([this] { Press(Qt::Key_Return); }), std::pair(0, 1)) << "only what plays decides";
+    EXPECT_EQ(reads([this] { Click("Goto10Button"); }), std::pair(1, 1));
+    // Another connection replaces the session in the event loop of the assets' refresh.
+    QTimer::singleShot(0, qApp, [this] { Reconnect(); });
+    Pump(ZORVIC_STATE_ASSETS, ZORVIC_STATE_TIMECODE);
+    EXPECT_EQ(View->LookupPresetItem(2)->text(4), QStringLiteral("00:00:05"));
+}
+
+TEST_F(FrameTest, ARefreshChangesRowsInsteadOfReplacingThem) {
+    Open();
+    SelectRows({1, 2});
+    auto* const row = View->LookupPresetItem(2);
+    AddPreset("Newest", 1000);
+    Preset(2).Name = "Renamed";
+    Preset(1).TabDisplayOrder[0].Index = 9;
+    Play(2, 5000);
+    Pump(ZORVIC_STATE_PRESETS);
+    ASSERT_EQ(View->LookupPresetItem(2), row);
+    EXPECT_FALSE(row->icon(0).isNull());
+    EXPECT_THAT(Column(View->PresetsView, 2), ElementsAre("Renamed", "Finale", "Newest", "Opener"));
+    EXPECT_THAT(View->GetSelectedPresetItems(), testing::UnorderedElementsAre(row, View->LookupPresetItem(1)));
+    EXPECT_THAT(FakeZorvic::Commands(), IsEmpty());
+}
+
 }  // namespace
