@@ -41,7 +41,8 @@ void Timecodes::ShowTimes(const Zorvic::Preset& preset, const Zorvic::PresetStat
     TakeOver(preset.PK);
     const int length = TrimmedLength(preset, state);
     Ui.Length->setText(ClockText(length));
-    Ui.Bar->SetCued(!state.IsPlaying && timeCode);
+    Cued = !state.IsPlaying && timeCode;
+    Ui.Bar->SetCued(Cued);
     if (timeCode) {
         ShowTimeCode(preset, state, *timeCode);
         if (!state.IsPlaying || state.IsPaused) ShowLevels({0, 0});
@@ -75,7 +76,8 @@ void Timecodes::ShowNothing() {
     for (auto* label : {Ui.Length, Ui.TRT})
         label->setText(ClockText(0));
     ShowSeek(ClockText(0), {});
-    Ui.Bar->SetCued(false);
+    Cued = false;
+    Ui.Bar->SetCued(Cued);
     Ui.Bar->SetShowPlayHead(false);
     Ui.Bar->SetBaseTimes(100, 100);
     Ui.Bar->SetTrim(100, 0);
