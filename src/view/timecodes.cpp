@@ -3,6 +3,7 @@
 #include "playheadwidget.h"
 #include "text/timetext.h"
 
+#include <QApplication>
 #include <QFocusEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -85,8 +86,8 @@ void Timecodes::ShowNothing() {
 }
 
 void Timecodes::ShowStale() {
-    SeekStyle =
-        QStringLiteral("color: %1;").arg(Ui.SeekBox->palette().color(QPalette::Disabled, QPalette::Text).name());
+    const auto dim = QApplication::palette().color(QPalette::Disabled, QPalette::Text);
+    SeekStyle = QStringLiteral("color: %1;").arg(dim.name());
     ShowSeekText();
     ShowLevels({0, 0});
 }
