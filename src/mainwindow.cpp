@@ -2,6 +2,7 @@
 
 #include "aboutdialog.h"
 #include "sessionmanager.h"
+#include "widgets/placement.h"
 #include "widgets/popupkeys.h"
 #include "zorvicchooser.h"
 #include "zorvicview.h"
@@ -40,6 +41,7 @@ QString TabLabel(const std::string& host, const std::string& guid, const std::st
 MainWindow::MainWindow() {
     setupUi(this);
     setWindowIcon(QIcon(QStringLiteral(":icons/icon.png")));
+    PlaceOverMainWindow(*this);
     WireMenus();
     // Return opens the menu that Alt or F10 chose; it must not start what is selected in the tab.
     KeepKeys(*menuBar());

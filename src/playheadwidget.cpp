@@ -29,6 +29,12 @@ int ToPixels(double value) {
     return static_cast<int>(std::clamp(value, -Limit, Limit));
 }
 
+/// A bar that is switched off looks it.
+void Begin(QPainter& painter, const QWidget& bar) {
+    painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
+    painter.setOpacity(bar.isEnabled() ? 1 : 0.35);
+}
+
 /// Loaded at the resolution of the sharpest screen: drawing it smaller looks right, drawing it larger does not.
 QPixmap LoadGrabber(const QString& name) {
     if (qGuiApp->devicePixelRatio() > 1) {
@@ -181,7 +187,7 @@ void PlayHeadWidget::DrawBarPortions() {
     const QRect bar = BuildBarDimensions();
     const auto [start, trimmed, elapsed] = BuildScrubPos();
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
+    Begin(painter, *this);
     painter.setBackgroundMode(Qt::OpaqueMode);
     painter.setPen(BorderColor);
     painter.setBrush(UnusedTimeColor);
@@ -197,7 +203,7 @@ void PlayHeadWidget::DrawGrabbers() {
     static const QPixmap trimEnd = LoadGrabber(QStringLiteral("trim_end"));
     const auto rects = BuildGrabberRects();
     QPainter painter(this);
-    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    Begin(painter, *this);
     painter.drawPixmap(rects->TrimStart, trimStart);
     painter.drawPixmap(rects->TrimEnd, trimEnd);
     if (!ShowPlayHead) return;
@@ -212,7 +218,7 @@ void PlayHeadWidget::DrawGrabbers() {
 /// The outline of a play head, and the word for it above the bar, where the time under the mouse goes before it.
 void PlayHeadWidget::DrawCue(const QRect& head) {
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
+    Begin(painter, *this);
     painter.setPen(QPen(HoverBoxColor, 2));
     const QPolygonF outline({{head.left() + 4.0, head.top() + 1.0},
                              {head.right() - 3.0, head.top() + 1.0},

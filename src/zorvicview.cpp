@@ -182,7 +182,7 @@ void ZorvicView::SetUpRooms() {
         MixDesk::Callbacks{
             [this] { return CurrentPK(); }, [this](int v, QSlider* slider) { OnVolSliderMoved(v, slider); },
             [this](float v, auto member) { OnVideoSliderChanged(v, member); }, [this] { RefreshMix(); }});
-    Link = std::make_unique<LostLink>(LinkLabel, std::vector<QWidget*>{TransportFrame, PanelSplit});
+    Link = std::make_unique<LostLink>(LinkLabel, std::vector<QWidget*>{TransportFrame, PanelSplit, AudioFrame});
 }
 
 void ZorvicView::StartTimer(std::chrono::milliseconds period, void (ZorvicView::*slot)()) {

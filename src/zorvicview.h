@@ -235,6 +235,7 @@ private:
     void ShowTimeCodes(Round& round, const std::unordered_map<int, Zorvic::TimeCode>& codes);
     bool RefreshTimeCodes(Round& round);
     void ShowTimes(Round& round, int pk);
+    void ShowStanding(Round& round, int pk);
     void RenameMark(QTreeWidgetItem* item, bool countdown);
     void DeleteMarks(bool countdowns);
 

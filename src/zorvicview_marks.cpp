@@ -5,6 +5,8 @@
 #include "view/presetrows.h"
 #include "view/timecodes.h"
 
+#include <algorithm>
+
 namespace {
 
 using Kind = MarkTables::Kind;
@@ -57,7 +59,20 @@ bool ZorvicView::RefreshTimeCodes(Round& round) {
         if (timeCode) codes.emplace(state.PK, *timeCode);
     }
     ShowTimeCodes(round, codes);
+    // A preset that is cued stands somewhere without playing; it may be taken, or the cue dropped, elsewhere.
+    const auto selected = std::find_if(states->begin(), states->end(), [](const auto& s) { return s.IsSelected; });
+    if (selected != states->end() && !selected->IsPlaying) ShowStanding(round, selected->PK);
     return true;
+}
+
+void ZorvicView::ShowStanding(Round& round, int pk) {
+    const auto timeCode = round.FindTimeCode(pk);
+    if (!timeCode && !Clock->IsCued()) return;
+    const auto* const preset = round.FindPreset(pk);
+    if (!preset) return;
+    Clock->ShowTimes(*preset, *round.FindState(pk), timeCode);
+    Marks->ShowRemaining(*preset, timeCode ? std::optional(timeCode->Time) : std::nullopt);
+    Rows->ShowStanding({preset, round.FindState(pk), timeCode});
 }
 
 void ZorvicView::ShowTimeCodes(Round& round, const std::unordered_map<int, Zorvic::TimeCode>& codes) {

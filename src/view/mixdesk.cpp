@@ -104,6 +104,7 @@ const Zorvic::Preset* MixDesk::RefreshOf(const Zorvic::Preset& preset) const {
 }
 
 void MixDesk::ShowVolumes(const Zorvic::Preset& preset) {
+    Enable(true);
     if (preset.Volume.size() < 2) return;
     const QScopedValueRollback<const Zorvic::Preset*> refresh(Refreshing, &preset);
     SetUnlessHeld(Ui.Left, preset.Volume[0]);
@@ -136,8 +137,15 @@ void MixDesk::ShowPlayers(const Zorvic::Preset& preset) {
 }
 
 void MixDesk::ShowNothing() {
+    Enable(false);
     const QSignalBlocker blocker(Ui.Player);
     Ui.Player->clear();
+}
+
+void MixDesk::Enable(bool enable) const {
+    for (QWidget* control : std::initializer_list<QWidget*>{Ui.Left, Ui.Right, Ui.Bind, Ui.Player, Ui.Brightness,
+                                                            Ui.Contrast, Ui.Saturation, Ui.Hue})
+        control->setEnabled(enable);
 }
 
 /// The one asset on the canvas of the chosen player, inside `preset`; null when there is none or more than one.

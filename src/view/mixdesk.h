@@ -50,6 +50,7 @@ public:
     bool ApplyPicture(float value, Member member, Zorvic::Preset& preset) const;
 
 private:
+    void Enable(bool enable) const;
     void WireVolume(QSlider* slider);
     void WirePicture(QSlider* slider, Member member);
     void Wire(QSlider* slider, const std::function<void(int)>& send);

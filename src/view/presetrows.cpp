@@ -35,6 +35,7 @@ public:
 
     // True when the row needs to be painted anew and the list does not know it.
     bool Show(const PresetRows::Entry& entry, const NamesByPK& names);
+    bool ShowTime(const PresetRows::Entry& entry);
     bool ShowRemaining(int remainingMS);
     void ShowStale();
     const std::string& Name() const { return ShownName; }
@@ -45,7 +46,6 @@ private:
     void ShowPreset(const Zorvic::Preset& preset, int lengthMS, const NamesByPK& names);
     void ShowLink(int link, const NamesByPK& names);
     bool ShowState(const Zorvic::PresetState& state);
-    bool ShowTime(const PresetRows::Entry& entry);
 
     bool IsNew = true;
     std::string ShownName;
@@ -138,6 +138,18 @@ int KeyOf(const QTreeWidgetItem& row) {
     return static_cast<const PresetRow&>(row).PK;
 }
 
+/// Of the presets that others link to, which are few.
+NamesByPK LinkedNames(const std::vector<PresetRows::Entry>& entries) {
+    NamesByPK names;
+    for (const auto& entry : entries)
+        if (entry.Preset->Link > 0) names.emplace(entry.Preset->Link, nullptr);
+    if (names.empty()) return names;
+    for (const auto& entry : entries)
+        if (const auto found = names.find(entry.Preset->PK); found != names.end()) found->second = &entry.Preset->Name;
+    std::erase_if(names, [](const auto& name) { return !name.second; });
+    return names;
+}
+
 std::vector<int> KeysOf(const QList<QTreeWidgetItem*>& rows) {
     std::vector<int> keys;
     for (const auto* row : rows)
@@ -164,9 +176,7 @@ bool PresetRows::Show(const std::vector<Entry>& entries, const std::function<voi
         // Only the operator's own choice selects on the unit. Two consoles that answered each other's refreshes would
         // never come to rest.
         const QSignalBlocker blocker(List);
-        NamesByPK names;
-        for (const auto& entry : entries)
-            names.emplace(entry.Preset->PK, &entry.Preset->Name);
+        const auto names = LinkedNames(entries);
         if (!sameRows) Merge(entries, names);
         for (int place = 0; place < List->topLevelItemCount(); ++place) {
             auto& row = AsPresetRow(*List->topLevelItem(place));
@@ -203,6 +213,13 @@ void PresetRows::ShowTime(int pk, int remainingMS) {
     if (!row) return;
     const QSignalBlocker blocker(List->model());
     if (AsPresetRow(*row).ShowRemaining(remainingMS)) Repaint(row);
+}
+
+void PresetRows::ShowStanding(const Entry& entry) {
+    auto* const row = Find(entry.Preset->PK);
+    if (!row) return;
+    const QSignalBlocker blocker(List->model());
+    if (AsPresetRow(*row).ShowTime(entry)) Repaint(row);
 }
 
 void PresetRows::ShowStale() {

@@ -39,6 +39,8 @@ public:
     int NamesRevision() const { return Names; }
     /// Repaints one cell, and no more.
     void ShowTime(int pk, int remainingMS);
+    /// The same for a preset that does not play.
+    void ShowStanding(const Entry& entry);
     /// Running times lose their colours until they run again.
     void ShowStale();
     /// The unit's own choice, 0 without one. It takes the place of the selection unless it is part of it; then it

@@ -7,9 +7,8 @@ namespace {
 
 /// Of two records with one key the first counts.
 template <typename Record>
-std::unordered_map<int, const Record*> IndexByPK(bool isValid, const std::vector<Record>& records) {
+std::unordered_map<int, const Record*> IndexByPK(const std::vector<Record>& records) {
     std::unordered_map<int, const Record*> index;
-    if (!isValid) return index;
     index.reserve(records.size());
     for (const auto& record : records)
         index.emplace(record.PK, &record);
@@ -39,6 +38,8 @@ bool Round::Renew() {
     if (session != Link) {
         HasPresets.reset();
         HasStates.reset();
+        PresetsByPK.clear();
+        StatesByPK.clear();
     }
     Handle = std::move(handle);
     Link = session;
@@ -46,29 +47,25 @@ bool Round::Renew() {
 }
 
 const std::vector<Zorvic::Preset>* Round::Presets() {
-    if (!HasPresets) {
-        HasPresets = Link && Link->GetPresets(Held.Presets) == Zorvic::ZORVIC_STATUS_OK;
-        PresetsByPK = IndexByPK(*HasPresets, Held.Presets);
-    }
+    if (!HasPresets) HasPresets = Link && Link->GetPresets(Held.Presets) == Zorvic::ZORVIC_STATUS_OK;
     return *HasPresets ? &Held.Presets : nullptr;
 }
 
 const Zorvic::Preset* Round::FindPreset(int pk) {
     if (!Presets()) return nullptr;
+    if (PresetsByPK.empty()) PresetsByPK = IndexByPK(Held.Presets);
     const auto found = PresetsByPK.find(pk);
     return found == PresetsByPK.end() ? nullptr : found->second;
 }
 
 const std::vector<Zorvic::PresetState>* Round::States() {
-    if (!HasStates) {
-        HasStates = Link && Link->GetPresetStates(Held.States) == Zorvic::ZORVIC_STATUS_OK;
-        StatesByPK = IndexByPK(*HasStates, Held.States);
-    }
+    if (!HasStates) HasStates = Link && Link->GetPresetStates(Held.States) == Zorvic::ZORVIC_STATUS_OK;
     return *HasStates ? &Held.States : nullptr;
 }
 
 const Zorvic::PresetState* Round::FindState(int pk) {
     if (!States()) return nullptr;
+    if (StatesByPK.empty()) StatesByPK = IndexByPK(Held.States);
     const auto found = StatesByPK.find(pk);
     return found == StatesByPK.end() ? nullptr : found->second;
 }

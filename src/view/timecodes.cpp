@@ -3,6 +3,7 @@
 #include "playheadwidget.h"
 #include "text/timetext.h"
 
+#include <QApplication>
 #include <QFocusEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -41,7 +42,8 @@ void Timecodes::ShowTimes(const Zorvic::Preset& preset, const Zorvic::PresetStat
     TakeOver(preset.PK);
     const int length = TrimmedLength(preset, state);
     Ui.Length->setText(ClockText(length));
-    Ui.Bar->SetCued(!state.IsPlaying && timeCode);
+    Cued = !state.IsPlaying && timeCode;
+    Ui.Bar->SetCued(Cued);
     if (timeCode) {
         ShowTimeCode(preset, state, *timeCode);
         if (!state.IsPlaying || state.IsPaused) ShowLevels({0, 0});
@@ -75,7 +77,8 @@ void Timecodes::ShowNothing() {
     for (auto* label : {Ui.Length, Ui.TRT})
         label->setText(ClockText(0));
     ShowSeek(ClockText(0), {});
-    Ui.Bar->SetCued(false);
+    Cued = false;
+    Ui.Bar->SetCued(Cued);
     Ui.Bar->SetShowPlayHead(false);
     Ui.Bar->SetBaseTimes(100, 100);
     Ui.Bar->SetTrim(100, 0);
@@ -83,8 +86,8 @@ void Timecodes::ShowNothing() {
 }
 
 void Timecodes::ShowStale() {
-    SeekStyle =
-        QStringLiteral("color: %1;").arg(Ui.SeekBox->palette().color(QPalette::Disabled, QPalette::Text).name());
+    const auto dim = QApplication::palette().color(QPalette::Disabled, QPalette::Text);
+    SeekStyle = QStringLiteral("color: %1;").arg(dim.name());
     ShowSeekText();
     ShowLevels({0, 0});
 }

@@ -43,6 +43,7 @@ public:
     /// What is shown may be true no more.
     void ShowStale();
 
+    bool IsCued() const { return Cued; }
     /// What was typed has been used.
     void UseTyped();
     /// Takes back what the operator has typed; false when he has not.
@@ -65,4 +66,5 @@ private:
     QString SeekStyle;
     bool BeingLeft = false;
     int ShownPK = 0;
+    bool Cued = false;
 };

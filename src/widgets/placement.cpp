@@ -11,12 +11,13 @@
 
 namespace {
 
-const QWidget* FindMainWindow() {
-    const auto windows = QApplication::topLevelWidgets();
-    const auto found = std::find_if(windows.begin(), windows.end(), [](const QWidget* window) {
-        return qobject_cast<const QMainWindow*>(window) && window->isVisible();
-    });
-    return found == windows.end() ? nullptr : *found;
+/// What `window` opens over: the main window, and the main window itself over the screen.
+QRect Ground(const QWidget* window) {
+    for (const auto* other : QApplication::topLevelWidgets()) {
+        const bool isMain = other != window && qobject_cast<const QMainWindow*>(other);
+        if (isMain && other->isVisible()) return other->frameGeometry();
+    }
+    return window->screen()->availableGeometry();
 }
 
 class Placement : public QObject {
@@ -33,13 +34,13 @@ private:
     void Place() {
         if (LeftAt) {
             Window->move(*LeftAt);
-        } else if (const auto* const main = FindMainWindow()) {
-            QRect frame = Window->frameGeometry();
-            frame.moveCenter(main->frameGeometry().center());
-            const QRect screen = main->screen()->availableGeometry();
-            Window->move(std::max(screen.left(), std::min(frame.left(), screen.right() - frame.width())),
-                         std::max(screen.top(), std::min(frame.top(), screen.bottom() - frame.height())));
+            return;
         }
+        QRect frame = Window->frameGeometry();
+        frame.moveCenter(Ground(Window).center());
+        const QRect screen = Window->screen()->availableGeometry();
+        Window->move(std::max(screen.left(), std::min(frame.left(), screen.right() - frame.width())),
+                     std::max(screen.top(), std::min(frame.top(), screen.bottom() - frame.height())));
     }
 
     QWidget* Window;

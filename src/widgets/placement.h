@@ -2,5 +2,6 @@
 
 class QWidget;
 
-/// Opens the window centred over the main window, and from then on where the operator left it.
+/// Opens the window centred over the main window (the main window itself on the screen), and from then on where the
+/// operator left it.
 void PlaceOverMainWindow(QWidget& window);
