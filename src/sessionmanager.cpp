@@ -48,12 +48,12 @@ SessionHandle* SessionManager::GetSessionByIP(const std::string& ip) const {
 }
 
 bool SessionManager::DeleteSessionByGUID(const std::string& guid) {
-    const std::lock_guard lock(SessionsLock);
+    const std::scoped_lock lock(SessionsLock);
     return Sessions.erase(guid) > 0;
 }
 
 bool SessionManager::DeleteSessionByIP(const std::string& ip) {
-    const std::lock_guard lock(SessionsLock);
+    const std::scoped_lock lock(SessionsLock);
     const auto found = FindByIP(ip);
     if (found == Sessions.end()) return false;
     Sessions.erase(found);
