@@ -4,8 +4,9 @@
 
 class QTextDocument;
 
-/// A label for texts with asset paths in them. It breaks them anywhere, so that its width never depends on the text,
-/// and leaves out the middle of a plain text that is still too long. text() is the whole text always.
+/// A label for texts with asset paths in them. It breaks them behind separators, inside a name only where that is wider
+/// than the label, so that its width never depends on the text. Of a plain path that is still too long it leaves out
+/// folders, so that the file name always shows. text() is the whole text always.
 class WrapLabel : public QLabel {
     Q_OBJECT
 
