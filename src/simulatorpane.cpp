@@ -33,6 +33,9 @@ SimulatorPaneWidget::SimulatorPaneWidget(const SimulatorPaneConfig& cfg, Metadat
     // A wheel that only passes over the box must not place an asset on a running unit.
     GuardWheel(*this);
     WireControls();
+    // Nothing moves under the mouse when a note comes.
+    NoteLabel->setText(tr("Sound only"));
+    NoteLabel->setMinimumHeight(NoteLabel->sizeHint().height());
     SetConfig(cfg);
 }
 
@@ -113,7 +116,7 @@ void SimulatorPaneWidget::ShowNotes() {
     if (isSound) notes += tr("Sound only");
     if (!Remark.isEmpty()) notes += Remark;
     NoteLabel->setText(notes.join(QLatin1Char('\n')));
-    NoteLabel->setVisible(!notes.isEmpty());
+    NoteLabel->setVisible(!notes.isEmpty() || !CurCfg.ReadOnly);
 }
 
 void SimulatorPaneWidget::SetRemark(const QString& remark) {

@@ -46,9 +46,9 @@ bool WrapLabel::IsRich() const {
     return textFormat() == Qt::RichText || (textFormat() == Qt::AutoText && Qt::mightBeRichText(text()));
 }
 
-void WrapLabel::LayOut(QTextDocument& document, const QString& content, int width) const {
+void WrapLabel::LayOut(QTextDocument& document, const QString& content, int width, QTextOption::WrapMode mode) const {
     QTextOption option(alignment());
-    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    option.setWrapMode(mode);
     document.setDefaultTextOption(option);
     document.setDefaultFont(font());
     document.setDocumentMargin(TextMargin);
@@ -71,8 +71,8 @@ void WrapLabel::LayOutElided(QTextDocument& document) const {
     // trying.
     const QFontMetrics metrics = fontMetrics();
     int room = qMax(1, height() / metrics.lineSpacing()) * width();
-    for (; !fits() && room > metrics.averageCharWidth(); room -= qMax(1, width() / 4))
-        LayOut(document, metrics.elidedText(shown, Qt::ElideMiddle, room), width());
+    for (; !fits() && room > metrics.averageCharWidth(); room -= metrics.averageCharWidth())
+        LayOut(document, metrics.elidedText(shown, Qt::ElideMiddle, room), width(), QTextOption::WrapAnywhere);
 }
 
 int WrapLabel::heightForWidth(int width) const {

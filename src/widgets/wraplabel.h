@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QLabel>
+#include <QTextOption>
 
 class QTextDocument;
 
@@ -23,6 +24,7 @@ protected:
 
 private:
     bool IsRich() const;
-    void LayOut(QTextDocument& document, const QString& content, int width) const;
+    void LayOut(QTextDocument& document, const QString& content, int width,
+                QTextOption::WrapMode mode = QTextOption::WrapAtWordBoundaryOrAnywhere) const;
     void LayOutElided(QTextDocument& document) const;
 };
