@@ -44,6 +44,7 @@ AssetBrowser::AssetBrowser(const std::string& guid, bool internalMode) : GUID(gu
     setWindowIcon(QIcon(QStringLiteral(":icons/icon.png")));
     PathUpButton->setIcon(QIcon(QStringLiteral(":/icons/up.png")));
     IngestProgressBar->hide();
+    ShowNotice({});
     PlaceOverMainWindow(*this);
     GuardWheel(*this);
     // An open browser must not keep the program running when the main window is closed.
@@ -64,6 +65,8 @@ void AssetBrowser::WireControls() {
     connect(AssetBrowserList, &QListWidget::itemDoubleClicked, this, &AssetBrowser::OnItemDoubleClicked);
     connect(PathChoice, &QLineEdit::returnPressed, this, &AssetBrowser::UpdateAssetsList);
     connect(DriveChoice, &QComboBox::currentTextChanged, this, &AssetBrowser::OnDriveChanged);
+    connect(PathChoice, &QLineEdit::textChanged, this, [this] { ShowNotice({}); });
+    connect(AssetBrowserList, &QListWidget::itemSelectionChanged, this, [this] { ShowNotice({}); });
 }
 
 void AssetBrowser::WireKeys() {
@@ -157,8 +160,7 @@ void AssetBrowser::UpdateAssetsList() {
     waited.start();
     const auto status = handle->GetSession()->GetDiskAssets(entries, drive.toStdString(), path.toStdString());
     ListingSlow = waited.hasExpired(NoticeableDelay.count());
-    ListingFailed = status != Zorvic::ZORVIC_STATUS_OK;
-    if (ListingFailed) return;
+    if (status != Zorvic::ZORVIC_STATUS_OK) return;
     const bool sameFolder = drive == ListedDrive && path == ListedPath;
     ListedDrive = drive;
     ListedPath = path;
@@ -219,7 +221,7 @@ void AssetBrowser::OnItemDoubleClicked(QListWidgetItem* item) {
 }
 
 bool AssetBrowser::ListShowsChosenFolder() const {
-    return !ListingFailed || (ListedDrive == DriveChoice->currentText() && ListedPath == PathChoice->text());
+    return ListedDrive == DriveChoice->currentText() && ListedPath == PathChoice->text();
 }
 
 QStringList AssetBrowser::GetSelectedFiles() const {
@@ -242,7 +244,18 @@ QStringList AssetBrowser::GetSelectedPaths() const {
     return paths;
 }
 
+void AssetBrowser::ShowNotice(const QString& notice) {
+    NoticeLabel->setText(notice);
+    NoticeLabel->setVisible(!notice.isEmpty());
+}
+
+void AssetBrowser::hideEvent(QHideEvent* event) {
+    ShowNotice({});
+    QWidget::hideEvent(event);
+}
+
 void AssetBrowser::OnSelectClicked() {
+    ShowNotice(ListShowsChosenFolder() ? QString() : tr("Nothing chosen: the list does not show this folder."));
     for (const auto& name : GetSelectedFiles()) {
         CurProgressAssets.insert(name.toStdString());
     }

@@ -41,6 +41,8 @@ public slots:
     void PerformImport();
     /// Shows how far the files of the current import are, given the unit's newest asset list.
     void UpdateIngestProgress(const std::vector<Zorvic::Asset>& assets);
+    /// Says in words why nothing came of a choice, until the operator does something else here.
+    void ShowNotice(const QString& notice);
 
 signals:
     /// Full paths of the chosen files; empty when only folders were selected.
@@ -49,6 +51,7 @@ signals:
 protected:
     /// Return in the path field belongs to the field, not to the window's shortcut.
     bool eventFilter(QObject* watched, QEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
 
 private:
     void WireControls();
@@ -64,7 +67,8 @@ private:
     void ShowEntries(const std::vector<Zorvic::ExternalAsset>& entries, bool sameFolder);
     /// Hides the row unless its text contains the filter text; true when it does.
     bool ApplyFilter(int row, const QString& filter);
-    /// False when the folder that drive and path name could not be listed, so that the list shows an earlier one.
+    /// False when the folder that drive and path name could not be listed, or was not yet, so that the list shows an
+    /// earlier one.
     bool ListShowsChosenFolder() const;
     /// Names of the selected files, in the order of the list.
     QStringList GetSelectedFiles() const;
@@ -79,7 +83,6 @@ private:
     // Where the entries in the list are from.
     QString ListedDrive;
     QString ListedPath;
-    bool ListingFailed = false;
     /// The last listing held up the window noticeably.
     bool ListingSlow = false;
 };

@@ -2,6 +2,7 @@
 
 #include <zorvic/types.h>
 
+#include <cstdint>
 #include <mutex>
 #include <string>
 #include <unordered_map>
@@ -22,6 +23,10 @@ public:
     /// Reads the unit's whole asset list on every call: for user actions, not for periodic updates. An asset that is
     /// not READY, or has no checksum yet, is probed on every call.
     Zorvic::AssetMetadata* LookupAsset(const std::string& path);
+    /// Another number whenever a look-up met the asset with another content or status than the one before, or not at
+    /// all; 0 for an asset that is not known to be there. So what a look-up by path answered, a failure too, can be
+    /// kept until this changes. Asks the unit nothing.
+    std::uint64_t Revision(const std::string& path) const;
 
 private:
     struct MDMember {
@@ -29,11 +34,20 @@ private:
         Zorvic::AssetMetadata Metadata;
     };
 
-    // Both: caller holds Lock.
+    struct Sighting {
+        std::string Checksum;
+        Zorvic::AssetState Status;
+        std::uint64_t Revision;
+    };
+
+    // All: caller holds Lock.
+    void Note(const Zorvic::Asset& asset);
     const Zorvic::AssetMetadata* FindFresh(const Zorvic::Asset& asset) const;
     Zorvic::AssetMetadata* Probe(const Zorvic::Asset& asset);
 
-    std::mutex Lock;                                 ///< guards Data
+    mutable std::mutex Lock;                         ///< guards all below
     std::unordered_map<std::string, MDMember> Data;  ///< by asset path; entries are never removed
+    std::unordered_map<std::string, Sighting> Seen;  ///< by asset path
+    std::uint64_t LastRevision = 0;
     const std::string GUID;
 };

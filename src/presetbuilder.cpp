@@ -6,12 +6,14 @@
 #include "playerpanelwidget.h"
 #include "sessionmanager.h"
 #include "simulator.h"
+#include "widgets/placement.h"
 #include "widgets/popupkeys.h"
+#include "widgets/wheelguard.h"
 
-#include <zorvic/layout.h>
 #include <zorvic/session.h>
 #include <zorvic/tables.h>
 
+#include <QCloseEvent>
 #include <QHideEvent>
 #include <QIcon>
 #include <QScreen>
@@ -64,6 +66,25 @@ void DropEmptyCanvases(Zorvic::Preset& preset) {
         preset.Canvases[i].Index = static_cast<std::uint32_t>(i);
 }
 
+/// What the operator adjusted elsewhere in the picture of an asset that is still where it was.
+void TakeOverPictures(const std::vector<Zorvic::CanvasInfo>& current, std::vector<Zorvic::CanvasInfo>& canvases) {
+    for (Zorvic::CanvasInfo& canvas : canvases) {
+        const auto stored = std::ranges::find(current, canvas.Index, &Zorvic::CanvasInfo::Index);
+        if (stored == current.end()) continue;
+        for (Zorvic::PinnedAsset& asset : canvas.Assets) {
+            const auto same = std::ranges::find(stored->Assets, asset.FullPath, &Zorvic::PinnedAsset::FullPath);
+            if (same == stored->Assets.end()) continue;
+            for (const auto member : {&Zorvic::PinnedAsset::Hue, &Zorvic::PinnedAsset::Saturation,
+                                      &Zorvic::PinnedAsset::Brightness, &Zorvic::PinnedAsset::Contrast})
+                asset.*member = *same.*member;
+        }
+    }
+}
+
+std::optional<int> BeyondBox(const QSpinBox& box, int value) {
+    return value < box.minimum() || value > box.maximum() ? std::optional(value) : std::nullopt;
+}
+
 }  // namespace
 
 PresetBuilder::PresetBuilder(const std::string& guid, MetadataCache& cache)
@@ -77,8 +98,13 @@ PresetBuilder::PresetBuilder(const std::string& guid, MetadataCache& cache)
     SetUpShortcuts();
     WireButtons();
     WirePlaybackFields();
+    WireFailure();
     SimulatorGrid->addWidget(SimWidget, 0, 0);
-    connect(SimWidget, &Simulator::SimulatorWidget::SizingChanged, this, &PresetBuilder::RedrawPlayerPanels);
+    connect(SimWidget, &Simulator::SimulatorWidget::SizingChanged, this, &PresetBuilder::OnSizingChanged);
+    PlaceOverMainWindow(*this);
+    GuardWheel(*this);
+    // An open builder must not keep the program running when the main window is closed.
+    setAttribute(Qt::WA_QuitOnClose, false);
     UpdateCachedPresets({});
     RedrawFromPreset();
     Update();
@@ -109,9 +135,32 @@ void PresetBuilder::WirePlaybackFields() {
     connect(FadeCheck, &QCheckBox::stateChanged, this, &PresetBuilder::OnFadeChanged);
     connect(FreezeCheck, &QCheckBox::stateChanged, this, &PresetBuilder::OnFreezeChanged);
     connect(LoopForeverCheck, &QCheckBox::stateChanged, this, &PresetBuilder::OnLoopForeverChanged);
+    const auto valueChanged = QOverload<int>::of(&QSpinBox::valueChanged);
+    connect(LoopSpin, valueChanged, this, [this] {
+        HeldLoop.reset();
+        ShowHeld();
+    });
+    connect(FadeSpin, valueChanged, this, [this] {
+        HeldFade.reset();
+        ShowHeld();
+    });
+}
+
+// What was wrong may be mended by any edit.
+void PresetBuilder::WireFailure() {
+    const auto clear = [this] { FailureLabel->clear(); };
+    for (const QLineEdit* const field : {PresetNameBox, NotesBox})
+        connect(field, &QLineEdit::textChanged, FailureLabel, clear);
+    for (const QCheckBox* const check : {LoopForeverCheck, FadeCheck, FreezeCheck})
+        connect(check, &QCheckBox::stateChanged, FailureLabel, clear);
+    for (const QSpinBox* const box : {LoopSpin, FadeSpin})
+        connect(box, QOverload<int>::of(&QSpinBox::valueChanged), FailureLabel, clear);
+    connect(LinkSelect, QOverload<int>::of(&QComboBox::activated), FailureLabel, clear);
 }
 
 void PresetBuilder::OnFadeChanged() {
+    HeldFade.reset();
+    ShowHeld();
     FadeSpin->setEnabled(FadeCheck->isChecked());
     if (!FadeCheck->isChecked()) FadeSpin->setValue(0);
 }
@@ -121,19 +170,30 @@ void PresetBuilder::OnFreezeChanged() {
     LoopForeverCheck->setEnabled(!freeze);
     if (freeze) {
         LoopForeverCheck->setChecked(false);
-        LoopSpin->setValue(0);
+        SetNoLoop();
     }
     LoopSpin->setEnabled(!LoopForeverCheck->isChecked() && !freeze);
 }
 
 void PresetBuilder::OnLoopForeverChanged() {
     LoopSpin->setEnabled(!LoopForeverCheck->isChecked());
-    if (LoopForeverCheck->isChecked()) LoopSpin->setValue(0);
+    if (LoopForeverCheck->isChecked()) SetNoLoop();
+}
+
+void PresetBuilder::SetNoLoop() {
+    LoopSpin->setValue(0);
+    HeldLoop.reset();
+    ShowHeld();
 }
 
 void PresetBuilder::Save() {
-    hide();
+    FailureLabel->clear();
     emit CreateClicked();
+    if (FailureLabel->text().isEmpty()) hide();
+}
+
+void PresetBuilder::ShowFailure(const QString& why) {
+    FailureLabel->setText(why);
 }
 
 void PresetBuilder::Close() {
@@ -150,6 +210,11 @@ void PresetBuilder::hideEvent(QHideEvent* event) {
     // A minimised window stays in use; one that is put away leaves no browser behind that chooses for nobody.
     if (!event->spontaneous()) EndChoosing();
     QWidget::hideEvent(event);
+}
+
+void PresetBuilder::closeEvent(QCloseEvent* event) {
+    if (isVisible()) Close();
+    QWidget::closeEvent(event);
 }
 
 void PresetBuilder::UpdateCachedPresets(std::vector<Zorvic::Preset>&& presets) {
@@ -195,10 +260,13 @@ void PresetBuilder::SetPreset(const Zorvic::Preset& preset) {
     AddFreeOutputs(*loaded, hardware);
     // The panes point into the old preset until the simulator has the new one.
     const auto old = std::exchange(CurPreset, std::move(loaded));
-    LinkSelect->setCurrentIndex(0);  // no preset takes over the link of the one edited before
+    // No preset takes over the link of the one edited before, nor loses its endless loop to that one's freezing.
+    LinkSelect->setCurrentIndex(0);
+    FreezeCheck->setChecked(false);
+    FailureLabel->clear();
     RedrawFromPreset();
     SimWidget->SetPreset(CurPreset.get(), nullptr, false);
-    FitSimulator();
+    ShowMoves();
     OrderFocus();
 }
 
@@ -221,8 +289,22 @@ void PresetBuilder::RedrawFromPreset() {
     FadeCheck->setChecked(preset.FadeOutMS != 0);
     FadeSpin->setEnabled(FadeCheck->isChecked());
     FadeSpin->setValue(preset.FadeOutMS);
+    HoldWhatBoxesCannot();
     FreezeCheck->setChecked(preset.FreezeAtEnd);
     CreateButton->setEnabled(!PresetNameBox->text().isEmpty());
+}
+
+void PresetBuilder::HoldWhatBoxesCannot() {
+    HeldLoop = CurPreset->Loop == -1 ? std::nullopt : BeyondBox(*LoopSpin, CurPreset->Loop);
+    HeldFade = BeyondBox(*FadeSpin, CurPreset->FadeOutMS);
+    ShowHeld();
+}
+
+void PresetBuilder::ShowHeld() {
+    QStringList held;
+    if (HeldLoop) held += tr("Loop stays %1.").arg(*HeldLoop);
+    if (HeldFade) held += tr("Fade stays %1 ms.").arg(*HeldFade);
+    HeldLabel->setText(held.join(QLatin1Char(' ')));
 }
 
 void PresetBuilder::RedrawKeepingForm() {
@@ -231,6 +313,31 @@ void PresetBuilder::RedrawKeepingForm() {
     const int link = LinkSelect->currentIndex();
     RedrawFromPreset();
     LinkSelect->setCurrentIndex(link);
+    ShowMoves();
+}
+
+void PresetBuilder::OnSizingChanged() {
+    FailureLabel->clear();
+    RedrawPlayerPanels();
+    ShowMoves();
+}
+
+// Unused outputs close up on saving. Who expects an asset on Output 3 must not find out in the show.
+void PresetBuilder::ShowMoves() {
+    Zorvic::Preset saved = *CurPreset;
+    DropEmptyCanvases(saved);
+    std::uint32_t place = 0;
+    for (auto* const pane : SimWidget->findChildren<Simulator::SimulatorPaneWidget*>()) {
+        const auto& cfg = pane->GetCfg();
+        QString remark;
+        if (cfg.HasAsset()) {
+            const auto players = saved.GetPlayersForCanvas(place++);
+            if (players != cfg.Players) remark = tr("Saving moves this to %1").arg(Simulator::OutputsText(players));
+        }
+        pane->SetRemark(remark);
+        pane->layout()->activate();  // so that the size below counts what was just said
+    }
+    FitSimulator();
 }
 
 void PresetBuilder::RedrawPlayerPanels() {
@@ -273,52 +380,22 @@ void PresetBuilder::OrderFocus() {
     }
 }
 
-void PresetBuilder::OnPaneClicked(Simulator::SimulatorPaneWidget* pane) {
-    Zorvic::CanvasInfo* const canvas = pane->GetCfg().Canvas;
-    if (!canvas) return;
-    if (canvas->Assets.size() == 1) {
-        canvas->Assets.clear();
-        pane->LoadButtonStates({});
-        pane->SetConfig(pane->GetCfg());
-        RedrawKeepingForm();
-        return;
-    }
-    disconnect(BrowserDialog.get(), &AssetBrowser::ItemsChosen, nullptr, nullptr);
-    connect(BrowserDialog.get(), &AssetBrowser::ItemsChosen, pane,
-            [this, pane](const QStringList& paths) { OnAssetsChosen(pane, paths); });
-    BrowserDialog->show();
-    BrowserDialog->raise();
-    BrowserDialog->activateWindow();
-}
-
-void PresetBuilder::OnAssetsChosen(Simulator::SimulatorPaneWidget* pane, const QStringList& paths) {
-    Zorvic::CanvasInfo* const canvas = pane->GetCfg().Canvas;
-    if (paths.isEmpty() || !canvas) return;
-    canvas->Assets.clear();
-    const std::string path = paths.front().toStdString();
-    const std::unique_ptr<Zorvic::AssetMetadata> metadata(MDCache.LookupAsset(path));
-    if (!metadata) {
-        ZORVIC_LOG_ERROR << "Unable to get asset metadata for asset " << path;
-        return;
-    }
-    Zorvic::AttachAssetToCanvas(Zorvic::ZORVIC_ECALIGN_SCALED_CENTERED, path, metadata->Resolution, *canvas);
-    pane->SetConfig(pane->GetCfg());
-    BrowserDialog->hide();
-    RedrawKeepingForm();
-}
-
-void PresetBuilder::EndChoosing() {
-    disconnect(BrowserDialog.get(), &AssetBrowser::ItemsChosen, nullptr, nullptr);
-    BrowserDialog->hide();
-}
-
 void PresetBuilder::StoreForm(Zorvic::Preset& preset) const {
     preset.Name = PresetNameBox->text().toStdString();
     preset.Notes = NotesBox->text().toStdString();
-    preset.Loop = LoopForeverCheck->isChecked() ? -1 : LoopSpin->value();
-    preset.FadeOutMS = FadeCheck->isChecked() ? FadeSpin->value() : 0;
+    preset.Loop = LoopForeverCheck->isChecked() ? -1 : HeldLoop.value_or(LoopSpin->value());
+    preset.FadeOutMS = FadeCheck->isChecked() ? HeldFade.value_or(FadeSpin->value()) : 0;
     preset.FreezeAtEnd = FreezeCheck->isChecked();
     if (preset.FreezeAtEnd) preset.Loop = 0;
+}
+
+void PresetBuilder::TakeOver(const Zorvic::Preset& current) {
+    Zorvic::Preset merged = current;
+    StoreForm(merged);
+    // Moved, not copied: the panes point to its canvases.
+    merged.Canvases = std::move(CurPreset->Canvases);
+    TakeOverPictures(current.Canvases, merged.Canvases);
+    *CurPreset = std::move(merged);
 }
 
 Zorvic::Preset* PresetBuilder::CompilePreset() {

@@ -3,8 +3,8 @@
 #include "log.h"
 #include "metadata_cache.h"
 #include "widgets/popupkeys.h"
+#include "widgets/wheelguard.h"
 
-#include <QEvent>
 #include <QMouseEvent>
 #include <QSignalBlocker>
 
@@ -16,14 +16,26 @@ namespace Simulator {
 
 const char* const PLAYERLABELTEXT = QT_TRANSLATE_NOOP("Simulator", "Player ");
 
+QString OutputsText(Zorvic::Player players) {
+    const std::unique_ptr<std::array<std::uint32_t, 2>> range(Zorvic::GetPlayerRange(players));
+    if (!range) return {};
+    const auto [first, last] = *range;
+    return first == last ? SimulatorPaneWidget::tr("Output %1").arg(first)
+                         : SimulatorPaneWidget::tr("Outputs %1-%2").arg(first).arg(last);
+}
+
 SimulatorPaneWidget::SimulatorPaneWidget(const SimulatorPaneConfig& cfg, MetadataCache& cache)
     : CurCfg(cfg), MDCache(cache) {
     setupUi(this);
     // The controls take the presses that their disabled buttons let through: those are not clicks on the pane.
     ControlsWidget->setAttribute(Qt::WA_NoMousePropagation);
-    SizingBox->installEventFilter(this);
     KeepKeysInPopup(*SizingBox);
+    // A wheel that only passes over the box must not place an asset on a running unit.
+    GuardWheel(*this);
     WireControls();
+    // Nothing moves under the mouse when a note comes.
+    NoteLabel->setText(tr("Sound only"));
+    NoteLabel->setMinimumHeight(NoteLabel->sizeHint().height());
     SetConfig(cfg);
 }
 
@@ -56,6 +68,7 @@ void SimulatorPaneWidget::Show(const SimulatorPaneConfig& cfg, const std::option
     FitLabels();
     const auto inferred = InferButtonStates();
     if (const auto& states = inferred ? inferred : otherwise) LoadButtonStates(*states);
+    ShowNotes();
     ClearButton->setVisible(!CurCfg.ReadOnly);
     if (CurCfg.CurPresetState) ShowPlayState(CurCfg.CurPresetState->IsPlaying);
 }
@@ -64,14 +77,7 @@ void SimulatorPaneWidget::ShowTexts() {
     const Zorvic::Size2D size = CurCfg.Canvas ? CurCfg.Canvas->CanvasCfg.Dimensions : Zorvic::Size2D{};
     ResLabel->setText(QString::number(size.Width) + QLatin1Char('x') + QString::number(size.Height));
 
-    const std::unique_ptr<std::array<std::uint32_t, 2>> range(Zorvic::GetPlayerRange(CurCfg.Players));
-    if (!range) {
-        OutputsLabel->clear();
-    } else if ((*range)[0] == (*range)[1]) {
-        OutputsLabel->setText(tr("Output %1").arg((*range)[0]));
-    } else {
-        OutputsLabel->setText(tr("Outputs %1-%2").arg((*range)[0]).arg((*range)[1]));
-    }
+    OutputsLabel->setText(OutputsText(CurCfg.Players));
 
     if (CurCfg.HasAsset()) {
         const QString path = QString::fromStdString(CurCfg.Canvas->Assets.front().FullPath);
@@ -103,6 +109,21 @@ void SimulatorPaneWidget::ShowPlayState(bool playing) {
                                   : tr("Click to change scale mode"));
 }
 
+void SimulatorPaneWidget::ShowNotes() {
+    const bool isSound = CurCfg.HasAsset() && Known && !Known->HasPicture;
+    PlacementWidget->setEnabled(!isSound);
+    QStringList notes;
+    if (isSound) notes += tr("Sound only");
+    if (!Remark.isEmpty()) notes += Remark;
+    NoteLabel->setText(notes.join(QLatin1Char('\n')));
+    NoteLabel->setVisible(!notes.isEmpty() || !CurCfg.ReadOnly);
+}
+
+void SimulatorPaneWidget::SetRemark(const QString& remark) {
+    Remark = remark;
+    ShowNotes();
+}
+
 void SimulatorPaneWidget::Detach() {
     SizingBox->hidePopup();
     CurCfg.Canvas = nullptr;
@@ -111,7 +132,7 @@ void SimulatorPaneWidget::Detach() {
 }
 
 SimButtonStates SimulatorPaneWidget::GetButtonStates() const {
-    const auto pressed = [this](const QPushButton* arrow) { return !arrow->isEnabledTo(this); };
+    const auto pressed = [this](const QPushButton* arrow) { return !arrow->isEnabledTo(PlacementWidget); };
     return {.SizerBox = static_cast<std::uint32_t>(SizingBox->currentIndex()),
             .Up = pressed(TopArrow),
             .Down = pressed(BottomArrow),
@@ -132,29 +153,38 @@ void SimulatorPaneWidget::LoadButtonStatesFromPreset() {
     if (const auto states = InferButtonStates()) LoadButtonStates(*states);
 }
 
+bool SimulatorPaneWidget::KnowsPlacement() const {
+    const Zorvic::PinnedAsset& asset = CurCfg.Canvas->Assets.front();
+    return Known && Known->Path == asset.FullPath && Known->Coords == asset.PinnedCoords &&
+           Known->CanvasSize == CurCfg.Canvas->CanvasCfg.Dimensions &&
+           Known->Revision == MDCache.Revision(asset.FullPath);
+}
+
 std::optional<SimButtonStates> SimulatorPaneWidget::InferButtonStates() {
     if (!CurCfg.HasAsset()) return std::nullopt;
-    const Zorvic::CanvasInfo& canvas = *CurCfg.Canvas;
-    const Zorvic::PinnedAsset& asset = canvas.Assets.front();
-    const Zorvic::Size2D& canvasSize = canvas.CanvasCfg.Dimensions;
-    if (Known && Known->Path == asset.FullPath && Known->Coords == asset.PinnedCoords &&
-        Known->CanvasSize == canvasSize)
-        return Known->States;
-
-    Known.reset();
+    if (KnowsPlacement()) return Known->States;
+    const Zorvic::PinnedAsset& asset = CurCfg.Canvas->Assets.front();
     const std::unique_ptr<Zorvic::AssetMetadata> metadata(MDCache.LookupAsset(asset.FullPath));
-    if (!metadata) return std::nullopt;
-    Known = KnownPlacement{asset.FullPath, asset.PinnedCoords, canvasSize, std::nullopt};
-    Zorvic::CanvasInfo attempt = canvas;
+    const Zorvic::Size2D pinned = asset.PinnedCoords;
+    const Zorvic::Size2D size = metadata ? metadata->Resolution : pinned;
+    Known = KnownPlacement{.Path = asset.FullPath,
+                           .Coords = asset.PinnedCoords,
+                           .CanvasSize = CurCfg.Canvas->CanvasCfg.Dimensions,
+                           .Revision = MDCache.Revision(asset.FullPath),
+                           .HasPicture = size != Zorvic::Size2D{},
+                           .States = metadata ? FindStates(metadata->Resolution) : std::nullopt};
+    return Known->States;
+}
+
+std::optional<SimButtonStates> SimulatorPaneWidget::FindStates(const Zorvic::Size2D& assetSize) const {
+    const Zorvic::PinnedAsset& asset = CurCfg.Canvas->Assets.front();
+    Zorvic::CanvasInfo attempt = *CurCfg.Canvas;
     for (const auto& [alignment, states] : GetSizingMaps().AlignmentToButtons) {
         attempt.Assets.clear();
-        Zorvic::AttachAssetToCanvas(alignment, asset.FullPath, metadata->Resolution, attempt);
-        if (!attempt.Assets.empty() && attempt.Assets.front().PinnedCoords == asset.PinnedCoords) {
-            Known->States = states;
-            break;
-        }
+        Zorvic::AttachAssetToCanvas(alignment, asset.FullPath, assetSize, attempt);
+        if (!attempt.Assets.empty() && attempt.Assets.front().PinnedCoords == asset.PinnedCoords) return states;
     }
-    return Known->States;
+    return std::nullopt;
 }
 
 void SimulatorPaneWidget::ApplySizingFromButtonStates(const SimButtonStates& states, const std::string& assetPath) {
@@ -173,7 +203,7 @@ void SimulatorPaneWidget::ApplySizingFromButtonStates(const SimButtonStates& sta
     Zorvic::CanvasInfo placed = *CurCfg.Canvas;
     placed.Assets.clear();
     Zorvic::AttachAssetToCanvas(alignment->second, assetPath, metadata->Resolution, placed);
-    // What the library cannot place (a sound file has no size) stays where it is instead of vanishing from the preset.
+    // What the library cannot place (a size with one side 0) stays where it is instead of vanishing from the preset.
     if (placed.Assets.empty()) return;
     KeepPicture(placed.Assets.front());
     CurCfg.Canvas->Assets = std::move(placed.Assets);
@@ -200,7 +230,7 @@ void SimulatorPaneWidget::OnArrowClicked(QPushButton* button) {
         for (QPushButton* const each : {TopArrow, BottomArrow, LeftArrow, RightArrow, ResetButton})
             each->setEnabled(true);
     } else {
-        button->setEnabled(!button->isEnabledTo(this));
+        button->setEnabled(!button->isEnabledTo(PlacementWidget));
     }
     const std::string path = CurCfg.Canvas->Assets.front().FullPath;
     ApplySizingFromButtonStates(GetButtonStates(), path);
@@ -224,15 +254,6 @@ void SimulatorPaneWidget::OnClearClicked() {
 void SimulatorPaneWidget::mousePressEvent(QMouseEvent* event) {
     event->accept();
     emit Clicked(this);
-}
-
-bool SimulatorPaneWidget::eventFilter(QObject* watched, QEvent* event) {
-    // A wheel that only passes over the box must not place an asset on a running unit.
-    if (watched == SizingBox && event->type() == QEvent::Wheel && !SizingBox->hasFocus()) {
-        event->ignore();
-        return true;
-    }
-    return QWidget::eventFilter(watched, event);
 }
 
 }  // namespace Simulator

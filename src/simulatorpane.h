@@ -8,6 +8,7 @@
 
 #include <QWidget>
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -17,6 +18,9 @@ namespace Simulator {
 
 /// Prefix of the output's number on player panels; to be translated where it is shown.
 extern const char* const PLAYERLABELTEXT;
+
+/// "Output 1", "Outputs 2-3"; empty without players.
+QString OutputsText(Zorvic::Player players);
 
 /// One canvas, scaled down, with the controls that place its asset. Edits the preset's own canvas in place; who hosts
 /// the pane sends the preset on. GUI thread only.
@@ -32,6 +36,8 @@ public:
     /// The same, for a preset that just came from the unit: controls about which nothing is known are clear then.
     void Refresh(const SimulatorPaneConfig& cfg);
     const SimulatorPaneConfig& GetCfg() const { return CurCfg; }
+    /// What the host has to say about the canvas, in words below it; empty for nothing.
+    void SetRemark(const QString& remark);
     /// Forgets the preset, which is about to go: from now on every control is without effect.
     void Detach();
 
@@ -53,15 +59,16 @@ signals:
 
 protected:
     void mousePressEvent(QMouseEvent* event) override;
-    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    /// A placement that was looked up once, so that a refresh without a change asks the unit nothing.
+    /// A placement that was looked up once, found or not, so that a refresh without a change asks the unit nothing.
     struct KnownPlacement {
         std::string Path;
         Zorvic::Cube Coords;
         Zorvic::Size2D CanvasSize;
-        std::optional<SimButtonStates> States;  ///< none: not a placement that the controls can show
+        std::uint64_t Revision = 0;             ///< of the asset
+        bool HasPicture = true;                 ///< false: it only sounds
+        std::optional<SimButtonStates> States;  ///< none: nothing that the controls can show
     };
 
     void WireControls();
@@ -69,8 +76,11 @@ private:
     void ShowTexts();
     void FitLabels();
     void ShowPlayState(bool playing);
+    void ShowNotes();
     void KeepPicture(Zorvic::PinnedAsset& placed) const;
+    bool KnowsPlacement() const;
     std::optional<SimButtonStates> InferButtonStates();
+    std::optional<SimButtonStates> FindStates(const Zorvic::Size2D& assetSize) const;
     void OnArrowClicked(QPushButton* button);
     void OnSizingModeChanged();
     void OnClearClicked();
@@ -78,6 +88,7 @@ private:
     SimulatorPaneConfig CurCfg;
     MetadataCache& MDCache;
     std::optional<KnownPlacement> Known;
+    QString Remark;
 };
 
 }  // namespace Simulator

@@ -4,6 +4,7 @@
 #include "playheadwidget.h"
 #include "presetbuilder.h"
 #include "simulator.h"
+#include "text/refusaltext.h"
 #include "text/timetext.h"
 #include "view/marktables.h"
 #include "view/mixdesk.h"
@@ -42,6 +43,13 @@ std::vector<PresetRows::Entry> MakeEntries(Round& round, const Places& places) {
         if (entry.State->IsPaused || entry.State->IsSelected) entry.TimeCode = round.FindTimeCode(pk);
     }
     return entries;
+}
+
+/// Without a look at what the unit holds now, nothing is written over it.
+Zorvic::StatusCode Store(Round& round, const Zorvic::Preset& preset) {
+    const bool isNew = preset.PK == 0;
+    if (!round.Session() || (!isNew && !round.Presets())) return Zorvic::ZORVIC_STATUS_NETWORKERROR;
+    return isNew ? round.Session()->CreatePreset(preset) : round.Session()->UpdatePreset(preset);
 }
 
 }  // namespace
@@ -231,16 +239,25 @@ void ZorvicView::Edit(const std::vector<int>& keys) {
 }
 
 void ZorvicView::OnCreatorDone() {
-    const auto handle = LookupSession();
-    if (!handle) return;
-    if (const std::unique_ptr<Zorvic::Preset> preset(PresetDialog->CompilePreset()); preset) {
-        const auto status =
-            preset->PK != 0 ? handle->GetSession()->UpdatePreset(*preset) : handle->GetSession()->CreatePreset(*preset);
-        if (status != Zorvic::ZORVIC_STATUS_OK) {
-            std::cerr << "Failed to create preset with Name " << preset->Name << std::endl;
-        }
-        PresetDialog->SetPreset({});
+    auto round = BeginRound();
+    const int pk = PresetDialog->PresetKey();
+    const auto* const current = round.FindPreset(pk);
+    if (current) {
+        PresetDialog->TakeOver(*current);
+    } else if (pk != 0 && round.Presets()) {
+        PresetDialog->MakeNew();
+        PresetDialog->ShowFailure(tr("Not saved: the preset was deleted meanwhile. Save again to create it anew."));
+        return;
     }
+    const std::unique_ptr<Zorvic::Preset> preset(PresetDialog->CompilePreset());
+    if (!preset) return;
+    const auto status = Store(round, *preset);
+    if (status == Zorvic::ZORVIC_STATUS_OK) {
+        PresetDialog->SetPreset({});
+        return;
+    }
+    if (round.Session()) std::cerr << "Failed to create preset with Name " << preset->Name << std::endl;
+    PresetDialog->ShowFailure(NotSavedText(status, *preset));
 }
 
 void ZorvicView::CloneSelectedPresets() {

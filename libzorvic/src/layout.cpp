@@ -78,6 +78,21 @@ std::int32_t ToPixels(std::int64_t value) {
     return static_cast<std::int32_t>(std::clamp<std::int64_t>(value, Limit.min(), Limit.max()));
 }
 
+Rect Place(EasyCanvasAlignment alignment, const Size2D& size, const Size2D& canvas) {
+    const auto& placement = Placements[static_cast<std::size_t>(alignment) - 1];
+    // A canvas whose size is not known yet counts as one pixel: the asset is kept and can be placed anew.
+    const Extent area{std::max(1, canvas.Width), std::max(1, canvas.Height)};
+    Extent extent{size.Width, size.Height};
+    if (placement.Size == Sizing::Scaled) {
+        extent = FitInto(area, extent);
+    } else if (placement.Size == Sizing::Stretched) {
+        extent = area;
+    }
+    return {{ToPixels(extent.Width), ToPixels(extent.Height)},
+            {ToPixels(Position(placement.Horizontal, area.Width, extent.Width)),
+             ToPixels(Position(placement.Vertical, area.Height, extent.Height))}};
+}
+
 Player ToPlayer(std::uint32_t bits) {
     return static_cast<Player>(bits);
 }
@@ -133,25 +148,15 @@ std::array<std::uint32_t, 2>* GetPlayerRange(Player players) {
 
 StatusCode AttachAssetToCanvas(EasyCanvasAlignment alignment, const std::string& path, const Size2D& size,
                                CanvasInfo& canvas) {
-    if (alignment <= ZORVIC_ECALIGN_INVALID || alignment >= ZORVIC_ECALIGN_MAX || path.empty() || size.Width < 1 ||
-        size.Height < 1) {
+    const bool hasPicture = size.Width > 0 && size.Height > 0;
+    const bool isSound = size == Size2D{};
+    if (alignment <= ZORVIC_ECALIGN_INVALID || alignment >= ZORVIC_ECALIGN_MAX || path.empty() ||
+        (!hasPicture && !isSound)) {
         return ZORVIC_STATUS_MISUSED;
-    }
-    const auto& placement = Placements[static_cast<std::size_t>(alignment) - 1];
-    // A canvas whose size is not known yet counts as one pixel: the asset is kept and can be placed anew.
-    const Extent area{std::max(1, canvas.CanvasCfg.Dimensions.Width), std::max(1, canvas.CanvasCfg.Dimensions.Height)};
-    Extent extent{size.Width, size.Height};
-    if (placement.Size == Sizing::Scaled) {
-        extent = FitInto(area, extent);
-    } else if (placement.Size == Sizing::Stretched) {
-        extent = area;
     }
     PinnedAsset asset;
     asset.FullPath = path;
-    asset.PinnedCoords.Width = ToPixels(extent.Width);
-    asset.PinnedCoords.Height = ToPixels(extent.Height);
-    asset.PinnedCoords.X = ToPixels(Position(placement.Horizontal, area.Width, extent.Width));
-    asset.PinnedCoords.Y = ToPixels(Position(placement.Vertical, area.Height, extent.Height));
+    if (hasPicture) static_cast<Rect&>(asset.PinnedCoords) = Place(alignment, size, canvas.CanvasCfg.Dimensions);
     asset.PinnedCoords.Z = ToPixels(static_cast<std::int64_t>(canvas.Assets.size()));
     asset.PinnedCoords.Depth = 1;
     canvas.Assets.push_back(std::move(asset));

@@ -1,11 +1,13 @@
 #pragma once
 
 #include <QLabel>
+#include <QTextOption>
 
 class QTextDocument;
 
-/// A label for texts with asset paths in them. It breaks them anywhere, so that its width never depends on the text,
-/// and leaves out the middle of a plain text that is still too long. text() is the whole text always.
+/// A label for texts with asset paths in them. It breaks them behind separators, inside a name only where that is wider
+/// than the label, so that its width never depends on the text. Of a plain path that is still too long it leaves out
+/// folders, so that the file name always shows. text() is the whole text always.
 class WrapLabel : public QLabel {
     Q_OBJECT
 
@@ -22,6 +24,7 @@ protected:
 
 private:
     bool IsRich() const;
-    void LayOut(QTextDocument& document, const QString& content, int width) const;
+    void LayOut(QTextDocument& document, const QString& content, int width,
+                QTextOption::WrapMode mode = QTextOption::WrapAtWordBoundaryOrAnywhere) const;
     void LayOutElided(QTextDocument& document) const;
 };

@@ -120,7 +120,9 @@ TEST_F(AssetBrowserTest, ReturnActsOnThePathFieldAndElsewhereSelects) {
     QApplication::setActiveWindow(&Browser);
     const QSignalSpy chosen(&Browser, &AssetBrowser::ItemsChosen);
     Browser.PathChoice->setFocus();
+    List->item(1)->setSelected(true);
     Browser.PathChoice->setText(QStringLiteral("\\Sub"));
+    EXPECT_EQ(SelectedPaths(), "") << "the typed folder is not the listed one";
     QTest::keyClick(Browser.PathChoice, Qt::Key_Return);
     EXPECT_EQ(Shown(), "Sub");
     EXPECT_EQ(chosen.size(), 0);

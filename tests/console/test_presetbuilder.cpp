@@ -2,7 +2,6 @@
 
 #include "assetbrowser.h"
 #include "fixtures.h"
-#include "playerpanelwidget.h"
 #include "simulator.h"
 #include "support/clippreset.h"
 
@@ -36,9 +35,6 @@ protected:
         Show();
     }
     SimulatorPaneWidget* Pane(int column) const { return Builder.findChildren<SimulatorPaneWidget*>().at(column); }
-    PlayerPanelWidget* Panel(int position) const {
-        return qobject_cast<PlayerPanelWidget*>(Builder.PlayerPanelsLayout->itemAt(position)->widget());
-    }
     static AssetBrowser* Browser() { return TopLevel<AssetBrowser>(); }
     static void Choose(const char* path) { emit Browser()->ItemsChosen({QString::fromUtf8(path)}); }
     Preset Compile() { return *std::unique_ptr<Preset>(Builder.CompilePreset()); }
@@ -103,19 +99,18 @@ TEST_F(PresetBuilderTest, APresetOpenedAndSavedUnchangedComesBackAsItWas) {
         EXPECT_EQ(placed(saved.Canvases[i]), placed(FilledPreset().Canvases[i]));
 }
 
-TEST_F(PresetBuilderTest, ASaveChangesOnlyWhatTheFormLimits) {
+TEST_F(PresetBuilderTest, WhatNobodyTouchedComesBackEvenWhereABoxCannotHoldIt) {
     struct Fields {
         bool Freeze;
         int Loop, FadeOut, Link;
         auto operator<=>(const Fields&) const = default;
     };
     const std::vector<std::pair<Fields, Fields>> cases = {
-        {{false, 100, 300, 20}, {false, 99, 99, 20}},
-        {{false, -2, -10, 0}, {false, 0, 0, 0}},
-        {{false, -1, 0, 0}, {false, -1, 0, 0}},
         {{true, -1, 0, 0}, {true, 0, 0, 0}},
-        {{false, -1, 0, 0}, {false, 0, 0, 0}},  // right after a frozen one
-        {{true, 5, 9, 3}, {true, 0, 9, 3}}};
+        {{false, -1, 0, 0}, {false, -1, 0, 0}},  // right after a frozen one
+        {{true, 5, 9, 3}, {true, 0, 9, 3}},
+        {{false, -2, -10, 0}, {false, -2, -10, 0}},
+        {{false, 150, 2000, 20}, {false, 150, 2000, 20}}};
     for (const auto& [opened, expected] : cases) {
         Preset preset;
         std::tie(preset.FreezeAtEnd, preset.Loop, preset.FadeOutMS, preset.Link) =
@@ -124,6 +119,14 @@ TEST_F(PresetBuilderTest, ASaveChangesOnlyWhatTheFormLimits) {
         const Preset saved = Compile();
         EXPECT_EQ((Fields{saved.FreezeAtEnd, saved.Loop, saved.FadeOutMS, saved.Link}), expected);
     }
+    emit Pane(0)->Clicked(Pane(0));
+    Choose(Wide);
+    EXPECT_EQ(Compile().FadeOutMS, 2000);
+    Builder.LoopSpin->setValue(98);
+    Builder.FadeCheck->setChecked(false);
+    Builder.FadeCheck->setChecked(true);
+    EXPECT_EQ(Compile().Loop, 98);
+    EXPECT_EQ(Compile().FadeOutMS, 0);
 }
 
 TEST_F(PresetBuilderTest, LinksStayWithTheirPresetAndTheChoiceSurvivesARefresh) {
@@ -218,65 +221,74 @@ TEST_F(PresetBuilderTest, AChoiceNeverLandsInAnotherPresetOrAClosedBuilder) {
     EXPECT_EQ(Compile().Canvases.size(), 1U);
 }
 
-TEST_F(PresetBuilderTest, TheKeyboardStartsInTheNameAndFollowsTheWindowDownwards) {
-    Open(PresetWith(Wide, ZORVIC_ECALIGN_CENTERED));
-    EXPECT_EQ(Builder.focusWidget(), Builder.PresetNameBox);
-    for (const auto& [from, to] : {std::pair<QWidget*, QWidget*>(Builder.TabBox, Pane(0)->LeftArrow),
-                                   {Pane(0)->ClearButton, Pane(1)->LeftArrow},
-                                   {Pane(3)->ClearButton, Builder.LoopForeverCheck},
-                                   {Builder.CreateButton, Builder.CloseButton}}) {
-        from->setFocus();
-        QTest::keyClick(from, Qt::Key_Tab);
-        EXPECT_EQ(Builder.focusWidget(), to) << from->objectName().toStdString();
-    }
-}
-
-TEST_F(PresetBuilderTest, KeysSaveAndCloseAfterHidingAndNotWhileHeldDown) {
+TEST_F(PresetBuilderTest, KeysAndTheFrameSaveAndCloseAndNotWhileHeldDown) {
     Open({});
     EXPECT_FALSE(Builder.CreateButton->isEnabled());
     std::vector<std::string> heard;
-    const auto hear = [&](const char* what) { heard.emplace_back(Builder.isVisible() ? "visible" : what); };
-    QObject::connect(&Builder, &PresetBuilder::CreateClicked, &Builder, [&] { hear("create"); });
-    QObject::connect(&Builder, &PresetBuilder::CloseClicked, &Builder, [&] { hear("close"); });
+    QObject::connect(&Builder, &PresetBuilder::CreateClicked, &Builder, [&] { heard.emplace_back("create"); });
+    QObject::connect(&Builder, &PresetBuilder::CloseClicked, &Builder,
+                     [&] { heard.emplace_back(Builder.isVisible() ? "visible" : "close"); });
     QTest::keyClick(Builder.LoopSpin, Qt::Key_Return);  // also without a name, and from a number box
+    EXPECT_FALSE(Builder.isVisible());
     Show();
     QTest::keyClick(Builder.PresetNameBox, Qt::Key_Escape);
-    EXPECT_THAT(heard, testing::ElementsAre("create", "close"));
+    Show();
+    Builder.close();
+    EXPECT_THAT(heard, testing::ElementsAre("create", "close", "close"));
 
     Show();
     QTest::simulateEvent(&Builder, true, Qt::Key_Return, Qt::NoModifier, QString(), true);  // repeated
-    EXPECT_EQ(heard.size(), 2U);
+    EXPECT_EQ(heard.size(), 3U);
     emit Pane(0)->Clicked(Pane(0));
     ASSERT_TRUE(QTest::qWaitForWindowActive(Browser()));
     QTest::keyClick(Browser(), Qt::Key_Escape);
     EXPECT_TRUE(Builder.isVisible());
-    EXPECT_EQ(heard.size(), 2U);
+    EXPECT_EQ(heard.size(), 3U);
 }
 
-TEST_F(PresetBuilderTest, PlayerPanelsTellWhatEachOutputPlays) {
-    AssetMetadata& metadata = Unit.Metadata[Wide];
-    metadata.FilePath = "C:\\a&b.mov";
-    metadata.Duration = 3661500;
-    std::tie(metadata.AChannels, metadata.ASampleRate) = std::tuple(2, 48000);
-    std::tie(metadata.VideoFormat, metadata.AudioFormat) = std::tuple("prores", "pcm");
-    Preset preset;
-    preset.Canvases = {Canvas(Wide, ZORVIC_ECALIGN_CENTERED, Canvas(0, {3840, 1080}, 2)),
-                       Canvas(Full, ZORVIC_ECALIGN_CENTERED, Canvas(1)),
-                       Canvas(Gone, ZORVIC_ECALIGN_CENTERED, Canvas(2)), Canvas(3)};  // beyond the last player
-    Builder.SetPreset(preset);
-    ASSERT_EQ(Builder.PlayerPanelsLayout->count(), 4);
-    EXPECT_EQ(Panel(0)->AssetInfoLabel->text(),
-              QStringLiteral("<i>C:\\a&amp;b.mov</i><br/><br/><b>TRT:</b> 01:01:01<br/><b>Audio Channels:</b> 2<br/>"
-                             "<b>Audio Sample Rate:</b> 48000<br/><b>Resolution:</b> 640x300<br/><b>Codec:</b> "
-                             "prores<b>/</b>pcm"));
-    EXPECT_FALSE(Panel(1)->isEnabled());
-    EXPECT_EQ(Panel(1)->PlayerLabel->text(), QStringLiteral("Player 2"));
-    EXPECT_TRUE(Panel(2)->AssetInfoLabel->text().endsWith(QStringLiteral("1920x1080<br/><b>Codec:</b> ")));
-    EXPECT_FALSE(Panel(3)->isEnabled());
-    EXPECT_EQ(Panel(3)->AssetInfoLabel->text(), QString());
-    EXPECT_EQ(Compile().Canvases.at(2).Assets.at(0).FullPath, Gone);  // an asset that is gone does not get lost
+TEST_F(PresetBuilderTest, AnAssetBehindAnUnusedOutputSaysWhereItMoves) {
+    Builder.SetPreset({});
+    const auto remark = [this](int column) { return Pane(column)->NoteLabel->text().toStdString(); };
+    emit Pane(2)->Clicked(Pane(2));
+    Choose(Wide);
+    EXPECT_EQ(remark(2), "Saving moves this to Output 1");
+    emit Pane(0)->Clicked(Pane(0));
+    Choose(Sound);
+    EXPECT_EQ(remark(0), "Sound only");
+    EXPECT_EQ(remark(2), "Saving moves this to Output 2");
+    EXPECT_EQ(Compile().GetPlayersForCanvas(1), ZORVIC_PLAYER_2);
     Pane(0)->ClearButton->click();
-    EXPECT_FALSE(Panel(0)->isEnabled());
+    EXPECT_EQ(remark(2), "Saving moves this to Output 1");
+}
+
+TEST_F(PresetBuilderTest, SoundIsTakenAndWhatIsNotTakenSaysWhy) {
+    Open({});
+    emit Pane(0)->Clicked(Pane(0));
+    Unit.Metadata.erase(Full);
+    Unit.Metadata[Wide].Resolution = {640, 0};
+    const std::tuple<const char*, AssetState, const char*> refused[] = {
+        {Gone, ZORVIC_ASSETSTATE_READY, "<b>gone.mov was not taken: the unit does not know it"},
+        {Full, ZORVIC_ASSETSTATE_INGESTING, "still being copied"},
+        {Full, ZORVIC_ASSETSTATE_PROCESSING, "still reading it"},
+        {Full, ZORVIC_ASSETSTATE_ERROR, "cannot read it"},
+        {Wide, ZORVIC_ASSETSTATE_READY, "640x0 cannot be placed"}};
+    for (const auto& [path, state, why] : refused) {
+        Unit.Assets[1].Status = state;
+        Choose(path);
+        EXPECT_TRUE(Browser()->NoticeLabel->isVisible());
+        EXPECT_THAT(Browser()->NoticeLabel->text().toStdString(), testing::HasSubstr(why));
+        EXPECT_TRUE(Compile().Canvases.empty());
+    }
+    Choose(Sound);
+    EXPECT_FALSE(Browser()->isVisible());
+    EXPECT_EQ(Compile().Canvases.at(0).Assets.at(0).PinnedCoords, (Cube{{}, 0, 1}));
+    EXPECT_FALSE(Pane(0)->TopArrow->isEnabled() || Pane(0)->SizingBox->isEnabled());
+    EXPECT_TRUE(Pane(0)->ClearButton->isEnabled());
+    Unit.Metadata[Wide].Resolution = {640, 300};
+    emit Pane(0)->Clicked(Pane(0));
+    emit Pane(0)->Clicked(Pane(0));
+    Choose(Wide);
+    EXPECT_TRUE(Pane(0)->TopArrow->isEnabled() && Pane(0)->NoteLabel->text().isEmpty());
 }
 
 // Neither the key that picks nor the one that gives up goes on to the window.
@@ -311,19 +323,80 @@ protected:
     void Save() const { QTest::mouseClick(Builder.CreateButton, Qt::LeftButton); }
 };
 
-TEST_F(BuilderInViewTest, WhatNoUnitCouldHearStaysInTheFormAndWhatOneRefusedDoesNot) {
+TEST_F(BuilderInViewTest, ASaveThatFailsKeepsTheFormAndSaysWhyUntilTheNextEdit) {
     Click("AddPresetButton");
-    Builder.PresetNameBox->setText(QStringLiteral("New"));
+    const struct {
+        StatusCode Status;
+        int NameLength;
+        const char* Why;
+    } cases[] = {{ZORVIC_STATUS_MISUSED, 257, "name is too long (257 bytes, at most 256)"},
+                 {ZORVIC_STATUS_MISUSED, 256, "refuses the preset"},
+                 {ZORVIC_STATUS_FAILED, 1, "could not store"},
+                 {ZORVIC_STATUS_NETWORKERROR, 2, "does not answer"}};
+    for (const auto& [status, nameLength, why] : cases) {
+        const QString name(nameLength, QLatin1Char('n'));
+        Builder.PresetNameBox->setText(name);
+        EXPECT_EQ(Builder.FailureLabel->text(), QString());
+        Unit.Fail("CreatePreset", status);
+        testing::internal::CaptureStderr();
+        Save();
+        EXPECT_THAT(testing::internal::GetCapturedStderr(),
+                    testing::HasSubstr("Failed to create preset with Name " + name.toStdString() + "\n"));
+        EXPECT_TRUE(Builder.isVisible());
+        EXPECT_EQ(Name(), name.toStdString());
+        EXPECT_THAT(Builder.FailureLabel->text().toStdString(), testing::HasSubstr(why));
+    }
+    Unit.Failures.clear();
     Disconnect();
     Save();
-    EXPECT_FALSE(Builder.isVisible());
-    EXPECT_EQ(Name(), "New");
+    EXPECT_TRUE(Builder.isVisible());
+    EXPECT_NE(Builder.FailureLabel->text(), QString());
     Reconnect();
-    Unit.Fail("CreatePreset", ZORVIC_STATUS_FAILED);
-    testing::internal::CaptureStderr();
     Save();
-    EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::HasSubstr("Failed to create preset with Name New\n"));
+    EXPECT_FALSE(Builder.isVisible());
+    EXPECT_EQ(FakeZorvic::LastCall("CreatePreset").Sent->Name, "nn");
     EXPECT_EQ(Name(), "");
+}
+
+TEST_F(BuilderInViewTest, SavingAnEditRevertsNobodyElse) {
+    AddAsset(Wide, {640, 300});
+    Preset(2).Canvases = {Canvas(Wide, ZORVIC_ECALIGN_CENTERED)};
+    SelectRows({2});
+    Click("EditPresetButton");
+    Builder.PresetNameBox->setText(QStringLiteral("Edited"));
+    Builder.findChild<SimulatorPaneWidget*>()->TopArrow->click();
+    Zorvic::Preset& stored = Preset(2);
+    std::tie(stored.InPosition, stored.OutPosition, stored.FadeInMS, stored.Link) = std::tuple(9000, 10, 20, 3);
+    stored.Gotos[1].TimeMS = stored.Countdowns[1].TimeMS = 500;
+    stored.Volume = {7};
+    stored.Color = "red";
+    stored.Canvases[0].Assets[0].Hue = 0.5F;
+    const Zorvic::Preset theirs = stored;
+    // Before what the unit holds is known, nothing is written over it.
+    Unit.Fail("GetPresets", ZORVIC_STATUS_NETWORKERROR, 1);
+    Save();
+    EXPECT_THAT(FakeZorvic::Commands(), testing::IsEmpty());
+    Save();
+    const auto kept = [](const Zorvic::Preset& p) {
+        return std::tuple(p.InPosition, p.OutPosition, p.FadeInMS, p.Link, p.Gotos.size(), p.Countdowns.size(),
+                          p.Volume, p.Color, p.Canvases.at(0).Assets.at(0).Hue);
+    };
+    const Zorvic::Preset saved = *FakeZorvic::LastCall("UpdatePreset").Sent;
+    EXPECT_EQ(kept(saved), kept(theirs));
+    EXPECT_EQ(saved.Name, "Edited");
+    EXPECT_EQ(saved.Canvases.at(0).Assets.at(0).PinnedCoords, Placed(ZORVIC_ECALIGN_TOPCENTER));
+}
+
+TEST_F(BuilderInViewTest, AnEditOfAPresetThatIsGoneIsKeptAndSavedAnewByTheNextSave) {
+    SelectRows({2});
+    Click("EditPresetButton");
+    Forget(2);
+    Save();
+    EXPECT_THAT(Builder.FailureLabel->text().toStdString(), testing::HasSubstr("deleted meanwhile"));
+    EXPECT_TRUE(Builder.isVisible());
+    EXPECT_THAT(FakeZorvic::Commands(), testing::IsEmpty());
+    Save();
+    EXPECT_EQ(FakeZorvic::LastCall("CreatePreset").Sent->Name, "Break");
 }
 
 TEST_F(BuilderInViewTest, NothingOfAnEditStaysForThePresetMadeNext) {

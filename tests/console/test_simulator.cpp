@@ -41,15 +41,6 @@ protected:
     std::unique_ptr<SimulatorWidget> Widget;
 };
 
-TEST(PaneConfigTest, PanesAreScaledByTheClassOfTheCanvas) {
-    EXPECT_EQ(SimulatorPaneConfig::CalcWidget2D({1920, 1080}, false), (Size2D{227, 128}));
-    EXPECT_EQ(SimulatorPaneConfig::CalcWidget2D({1280, 720}, false), (Size2D{170, 96}));
-    // The offscreen screen is smaller than 1920x1080.
-    EXPECT_EQ(SimulatorPaneConfig::CalcWidget2D({1920, 1080}, true), (Size2D{128, 72}));
-    EXPECT_EQ(SimulatorPaneConfig::CalcWidget2D({0, 0}, false), (Size2D{96, 96}));
-    EXPECT_EQ(SimulatorPaneConfig::CalcWidget2D({2000000000, 1}, false).Width, QWIDGETSIZE_MAX);
-}
-
 TEST_F(SimulatorTest, WhatCannotBeShownLeavesTheWidgetEmptyAndIsLogged) {
     const Preset good = PresetWith(Wide, ZORVIC_ECALIGN_CENTERED);
     Preset bad = good;
@@ -76,21 +67,6 @@ TEST_F(SimulatorTest, WhatCannotBeShownLeavesTheWidgetEmptyAndIsLogged) {
         EXPECT_EQ(Pane(), nullptr);
         EXPECT_TRUE(Logged(log)) << log;
     }
-}
-
-TEST_F(SimulatorTest, APaneTellsResolutionOutputsAndAsset) {
-    Preset preset;
-    preset.Canvases = {Canvas(Gone, ZORVIC_ECALIGN_CENTERED, Canvas(0, {3840, 1080}, 2)), Canvas(1)};
-    Show(preset, false);
-    EXPECT_EQ(Pane(0)->ResLabel->text(), QStringLiteral("3840x1080"));
-    EXPECT_EQ(Pane(0)->OutputsLabel->text(), QStringLiteral("Outputs 1-2"));
-    EXPECT_EQ(Pane(0)->PaneLabel->text(), QString::fromUtf8(Gone));
-    EXPECT_EQ(Pane(0)->PaneLabel->textFormat(), Qt::PlainText);  // a path is not markup
-    EXPECT_EQ(Pane(0)->PaneWidget->size(), QSize(568, 160));
-    EXPECT_EQ(Pane(1)->OutputsLabel->text(), QStringLiteral("Output 3"));
-    EXPECT_EQ(Pane(1)->PaneLabel->text(), QStringLiteral("<b><font color=\"red\">No asset</font></b>"));
-    EXPECT_EQ(Pane(1)->toolTip(), QStringLiteral("No asset"));
-    EXPECT_TRUE(Pane(1)->ClearButton->isVisible());
 }
 
 TEST_F(SimulatorTest, ArrowsCombineToCornersAndReleaseTheirOpposites) {
@@ -173,6 +149,24 @@ TEST_F(SimulatorTest, ARefreshKeepsFocusOpenBoxAndPlacementAndAsksTheUnitNothing
     EXPECT_FALSE(pane->SizingBox->isEnabled());
     EXPECT_EQ(pane->SizingBox->toolTip(), QStringLiteral("Scale mode cannot be changed while the preset is running."));
     EXPECT_TRUE(pane->ResetButton->isEnabled());
+}
+
+TEST_F(SimulatorTest, ALookUpIsRepeatedWhenTheAssetChangedAndNotBefore) {
+    const std::tuple<const char*, Size2D, SimButtonStates> imported[] = {
+        {Wide, {1920, 1080}, {}},              // no longer scaled to fit
+        {Gone, {640, 300}, {.SizerBox = 1}}};  // nothing was known of it
+    for (const auto& [path, size, states] : imported) {
+        Show(PresetWith(path, ZORVIC_ECALIGN_SCALED_CENTERED));
+        EXPECT_NE(Pane()->GetButtonStates(), states);
+        FakeZorvic::ClearCalls();
+        Set(*Widget->GetPreset());
+        EXPECT_THAT(FakeZorvic::Calls(), testing::IsEmpty()) << path;
+        std::erase_if(Unit.Assets, [path = path](const Asset& asset) { return asset.FullPath == path; });
+        AddAsset(path, size).Checksum = "two";
+        delete Cache.LookupAsset(Unit.Assets.back());  // as the list of assets does
+        Set(*Widget->GetPreset());
+        EXPECT_EQ(Pane()->GetButtonStates(), states) << path;
+    }
 }
 
 TEST_F(SimulatorTest, AnotherPresetNeverGetsAChoiceMadeForTheOneBefore) {

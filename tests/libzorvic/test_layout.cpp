@@ -76,6 +76,8 @@ TEST(Attach, PlacesEveryAlignmentAndKeepsAbsurdSizesInRange) {
         {ZORVIC_ECALIGN_SCALED_TOP, wide, hd, {{1920, 810}, {0, 0}}},
         {ZORVIC_ECALIGN_SCALED_BOTTOM, wide, hd, {{1920, 810}, {0, 270}}},
         {ZORVIC_ECALIGN_STRETCHED, vga, hd, {{1920, 1080}, {0, 0}}},
+        {ZORVIC_ECALIGN_CENTERED, {0, 0}, hd, {}},  // sound
+        {ZORVIC_ECALIGN_STRETCHED, {0, 0}, hd, {}},
         {ZORVIC_ECALIGN_SCALED_CENTERED, {Most, Most}, {Most, Most}, {{Most, Most}, {0, 0}}},
         {ZORVIC_ECALIGN_SCALED_LEFT, {1, Most}, hd, {{1, 1080}, {0, 0}}},
         {ZORVIC_ECALIGN_SCALED_TOP, {Most, 1}, hd, {{1920, 1}, {0, 0}}},
@@ -97,11 +99,9 @@ TEST(Attach, RefusesNonsenseAndLeavesTheCanvasAlone) {
         EasyCanvasAlignment Alignment;
         const char* Path;
         Size2D Size;
-    } nonsense[] = {{ZORVIC_ECALIGN_INVALID, "a", {1, 1}},
-                    {ZORVIC_ECALIGN_MAX, "a", {1, 1}},
-                    {ZORVIC_ECALIGN_CENTERED, "", {1, 1}},
-                    {ZORVIC_ECALIGN_CENTERED, "a", {0, 1}},
-                    {ZORVIC_ECALIGN_CENTERED, "a", {1, -1}}};
+    } nonsense[] = {{ZORVIC_ECALIGN_INVALID, "a", {1, 1}},  {ZORVIC_ECALIGN_MAX, "a", {1, 1}},
+                    {ZORVIC_ECALIGN_CENTERED, "", {1, 1}},  {ZORVIC_ECALIGN_CENTERED, "a", {0, 1}},
+                    {ZORVIC_ECALIGN_CENTERED, "a", {1, 0}}, {ZORVIC_ECALIGN_CENTERED, "a", {-1, -1}}};
     for (const auto& [alignment, path, size] : nonsense)
         EXPECT_EQ(AttachAssetToCanvas(alignment, path, size, canvas), ZORVIC_STATUS_MISUSED);
     EXPECT_TRUE(canvas.Assets.empty());

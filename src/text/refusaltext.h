@@ -1,0 +1,12 @@
+#pragma once
+
+#include <zorvic/types.h>
+
+#include <QString>
+
+// Why the unit did not do what the operator asked for, in the operator's words.
+
+/// Why a preset was not saved. A preset with a key was to be updated, one without to be created.
+QString NotSavedText(Zorvic::StatusCode status, const Zorvic::Preset& preset);
+/// Why nothing is known of a media file; null for one that the unit does not list.
+QString NoMetadataText(const Zorvic::Asset* asset);
