@@ -3,6 +3,9 @@
 #include "conversions.h"
 #include "session_impl.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace Zorvic {
 namespace {
 
@@ -99,8 +102,17 @@ StatusCode Session::Take(std::int32_t pk) {
     return Pimpl->Command(&Stub::Take, PresetRequest(pk));
 }
 
+// Says what it wants and not "the other way round": a lost answer and a second try, or two consoles at once, must not
+// undo each other.
 StatusCode Session::Pause(std::int32_t pk) {
-    return Pimpl->Command(&Stub::Pause, PresetRequest(pk));
+    const auto state = Pimpl->State();
+    if (!state) return ZORVIC_STATUS_NETWORKERROR;
+    Internal::Wire::PauseRequest request;
+    request.set_pk(pk);
+    request.set_paused(std::none_of(state->PresetStates->begin(), state->PresetStates->end(), [pk](const auto& shown) {
+        return shown.PK == pk && shown.IsPlaying && shown.IsPaused;
+    }));
+    return Pimpl->Command(&Stub::Pause, request);
 }
 
 StatusCode Session::End(std::int32_t pk) {
