@@ -83,7 +83,7 @@ StatusCode Session::CreatePreset(const Preset& preset) {
     *request.mutable_preset() = Internal::ToWire(preset);
     request.mutable_preset()->clear_pk();
     Internal::RoundPictureValues(*request.mutable_preset());
-    return Pimpl->Command(&Stub::CreatePreset, request);
+    return Pimpl->Create(&Stub::CreatePreset, std::move(request));
 }
 
 StatusCode Session::UpdatePreset(const Preset& preset) {
@@ -127,11 +127,11 @@ StatusCode Session::SeekTo(std::int32_t pk, std::uint32_t timeMS) {
 }
 
 StatusCode Session::CreateGoto(std::int32_t pk, std::int32_t timeMS, const std::string& name) {
-    return Pimpl->Command(&Stub::CreateMark, MarkRequest(MarkKind::MARK_KIND_GOTO, pk, timeMS, name));
+    return Pimpl->Create(&Stub::CreateMark, MarkRequest(MarkKind::MARK_KIND_GOTO, pk, timeMS, name));
 }
 
 StatusCode Session::CreateCountdown(std::int32_t pk, std::int32_t timeMS, const std::string& name) {
-    return Pimpl->Command(&Stub::CreateMark, MarkRequest(MarkKind::MARK_KIND_COUNTDOWN, pk, timeMS, name));
+    return Pimpl->Create(&Stub::CreateMark, MarkRequest(MarkKind::MARK_KIND_COUNTDOWN, pk, timeMS, name));
 }
 
 StatusCode Session::RenameGoto(std::int32_t pk, std::int32_t timeMS, const std::string& name) {
