@@ -27,7 +27,7 @@ private:
     std::atomic<std::int64_t> Time = 3'600'000;
 };
 
-class FakeCatalog final : public ZorvicUnit::AssetCatalog {
+class FakeCatalog : public ZorvicUnit::AssetCatalog {
 public:
     std::optional<std::int32_t> DurationMS(const std::string& path) const override {
         const auto found = Durations.find(path);
