@@ -1,4 +1,5 @@
 #include "assets/asset_store.h"
+#include "conversions.h"
 #include "feed/feed.h"
 #include "model/asset_link.h"
 #include "model/unit_model.h"
@@ -26,6 +27,7 @@ constexpr auto Clip = "C:\\Assets\\clip.mov";
 
 /// Makes a command slow that has been written already.
 struct SlowCatalog : FakeCatalog {
+    SlowCatalog() { Durations[Clip] = 10'000; }
     std::optional<std::int32_t> DurationMS(const std::string& path) const override {
         while (Slow)
             SleepBriefly();
@@ -55,10 +57,7 @@ int PositionOf(Session& session, int pk) {
 /// A unit in the test's own process, with one preset of 10 s, and a console on it.
 class ServedUnitTest : public ::testing::Test {
 protected:
-    ServedUnitTest() {
-        Catalog.Durations[Clip] = 10'000;
-        Model.CreatePreset(PresetWith(0, Clip));
-    }
+    ServedUnitTest() { Client.CreatePreset(Zorvic::Internal::FromWire(PresetWith(0, Clip))); }
 
     TemporaryDirectory Directory;
     Database Store{Directory.Path() + "/zorvic.db"};
