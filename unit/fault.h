@@ -12,6 +12,7 @@ enum class FaultKind {
     Refused,   ///< understood, and not allowed now
     DiskFull,  ///< no room left
     Slow,      ///< did not finish in time; goes on and answers a later request
+    TooLate,   ///< its turn came after the caller had given up; nothing was done
     Internal,  ///< a fault of the unit itself
 };
 

@@ -3,6 +3,9 @@
 #include "conversions.h"
 #include "session_impl.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace Zorvic {
 namespace {
 
@@ -80,7 +83,7 @@ StatusCode Session::CreatePreset(const Preset& preset) {
     *request.mutable_preset() = Internal::ToWire(preset);
     request.mutable_preset()->clear_pk();
     Internal::RoundPictureValues(*request.mutable_preset());
-    return Pimpl->Command(&Stub::CreatePreset, request);
+    return Pimpl->Create(&Stub::CreatePreset, std::move(request));
 }
 
 StatusCode Session::UpdatePreset(const Preset& preset) {
@@ -99,8 +102,17 @@ StatusCode Session::Take(std::int32_t pk) {
     return Pimpl->Command(&Stub::Take, PresetRequest(pk));
 }
 
+// Says what it wants and not "the other way round": a lost answer and a second try, or two consoles at once, must not
+// undo each other.
 StatusCode Session::Pause(std::int32_t pk) {
-    return Pimpl->Command(&Stub::Pause, PresetRequest(pk));
+    const auto state = Pimpl->State();
+    if (!state) return ZORVIC_STATUS_NETWORKERROR;
+    Internal::Wire::PauseRequest request;
+    request.set_pk(pk);
+    request.set_paused(std::none_of(state->PresetStates->begin(), state->PresetStates->end(), [pk](const auto& shown) {
+        return shown.PK == pk && shown.IsPlaying && shown.IsPaused;
+    }));
+    return Pimpl->Command(&Stub::Pause, request);
 }
 
 StatusCode Session::End(std::int32_t pk) {
@@ -115,11 +127,11 @@ StatusCode Session::SeekTo(std::int32_t pk, std::uint32_t timeMS) {
 }
 
 StatusCode Session::CreateGoto(std::int32_t pk, std::int32_t timeMS, const std::string& name) {
-    return Pimpl->Command(&Stub::CreateMark, MarkRequest(MarkKind::MARK_KIND_GOTO, pk, timeMS, name));
+    return Pimpl->Create(&Stub::CreateMark, MarkRequest(MarkKind::MARK_KIND_GOTO, pk, timeMS, name));
 }
 
 StatusCode Session::CreateCountdown(std::int32_t pk, std::int32_t timeMS, const std::string& name) {
-    return Pimpl->Command(&Stub::CreateMark, MarkRequest(MarkKind::MARK_KIND_COUNTDOWN, pk, timeMS, name));
+    return Pimpl->Create(&Stub::CreateMark, MarkRequest(MarkKind::MARK_KIND_COUNTDOWN, pk, timeMS, name));
 }
 
 StatusCode Session::RenameGoto(std::int32_t pk, std::int32_t timeMS, const std::string& name) {

@@ -3,11 +3,13 @@
 #include "connection.h"
 #include "events.h"
 #include "preset_edits.h"
+#include "request_keys.h"
 #include "wire.h"
 
 #include <zorvic/session.h>
 
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -28,6 +30,9 @@ struct Session::Impl {
     template <class Request>
     StatusCode Command(Internal::Connection::Method<Request, Internal::Wire::CommandReply> method,
                        const Request& request);
+    /// A command that makes something new: when it is repeated because it got no answer, it takes effect once.
+    template <class Request>
+    StatusCode Create(Internal::Connection::Method<Request, Internal::Wire::CommandReply> method, Request request);
     /// A question to the unit, or a command without an effect to wait for.
     template <class Request, class Reply>
     StatusCode Ask(Internal::Connection::Method<Request, Reply> method, const Request& request, Reply& reply,
@@ -41,6 +46,7 @@ struct Session::Impl {
     std::string Target;      // of the latest try
     std::string GUID;        // of the first unit reached: the only one this session ever talks to
     Internal::PresetEdits Edits;
+    Internal::RequestKeys Keys;
     Internal::EventThread Events;
     std::unique_ptr<Internal::Connection> Unit;  // after Events: it stops first and so never raises into a dead thread
 
@@ -64,6 +70,21 @@ StatusCode Session::Impl::Command(Internal::Connection::Method<Request, Internal
     StatusCode result = Ask(method, request, reply);
     if (result == ZORVIC_STATUS_OK) result = Unit->AwaitEffect(reply.revision(), deadline);
     return Settle(result);
+}
+
+template <class Request>
+StatusCode Session::Impl::Create(Internal::Connection::Method<Request, Internal::Wire::CommandReply> method,
+                                 Request request) {
+    const std::string content = request.GetTypeName() + request.SerializePartialAsString();
+    const std::uint64_t key = Keys.KeyOf(content, Internal::Connection::Clock::now());
+    request.set_request_key(key);
+    const StatusCode result = Command(method, request);
+    if (result == ZORVIC_STATUS_NETWORKERROR) {
+        Keys.Unanswered(content, key, Internal::Connection::Clock::now());
+    } else {
+        Keys.Answered(key);
+    }
+    return result;
 }
 
 }  // namespace Zorvic

@@ -90,6 +90,7 @@ public:
     /// Frames reach the streams only this much later than the reply of the command that made them.
     std::atomic<std::chrono::milliseconds> StreamDelay{};
     std::atomic<int> TakesStarted = 0;
+    std::atomic<bool> LastPause = false;
     /// What every update is answered with.
     std::atomic<grpc::StatusCode> UpdateOutcome = grpc::StatusCode::OK;
     int Port = 0;
@@ -143,6 +144,10 @@ private:
         ++TakesStarted;
         Await(*call, [this] { return !Frozen; });
         return grpc::Status::OK;
+    }
+    grpc::Status Pause(grpc::ServerContext*, const Wire::PauseRequest* request, Wire::CommandReply*) override {
+        LastPause = request->paused();
+        return request->has_paused() ? grpc::Status::OK : grpc::Status(grpc::INVALID_ARGUMENT, "");
     }
     grpc::Status ListDirectory(grpc::ServerContext* call, const Wire::ListDirectoryRequest*,
                                Wire::ListDirectoryReply*) override {

@@ -109,6 +109,20 @@ TEST_F(Linked, AReadAfterACommandShowsItsEffect) {
     }
 }
 
+TEST_F(Linked, PauseAsksForTheOppositeOfWhatThisConsoleSawHoweverOftenItIsSent) {
+    int trt = 0;
+    for (const std::string shown : {"playing: true", "playing: true paused: true", ""}) {
+        const auto states = "states { states { pk: 2 " + shown + " trt: " + std::to_string(++trt) + " } }";
+        Unit.Send(MakeFrame(10, {FromText<Wire::Piece>(states)}));
+        std::vector<PresetState> seen;
+        EXPECT_TRUE(WaitUntil([&] { return Client.GetPresetStates(seen), !seen.empty() && seen[0].TRT == trt; }));
+        for (int repeated = 0; repeated < 2; ++repeated) {
+            EXPECT_EQ(Client.Pause(2), ZORVIC_STATUS_OK);
+            EXPECT_EQ(Unit.LastPause, !seen.at(0).IsPaused) << shown;
+        }
+    }
+}
+
 TEST_F(Linked, ARefusedCommandAsksThisConsoleToLookAgain) {
     Events.Follow(Client);
     Preset copy = OnlyPreset();

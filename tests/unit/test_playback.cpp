@@ -37,8 +37,8 @@ protected:
         Time.Pass(milliseconds);
         Play.Advance();
     }
-    /// Remaining time; -1 when it does not play.
-    std::int32_t Remaining(std::int32_t pk) const {
+    /// Remaining time; -1 when it neither plays nor is cued.
+    std::int32_t Remaining(std::int32_t pk) {
         const auto positions = Play.Positions();
         const auto found = std::ranges::find(positions, pk, &PlayPosition::PK);
         return found == positions.end() ? -1 : found->RemainingMS;
@@ -49,6 +49,7 @@ protected:
         const std::map<std::string, std::function<void(std::int64_t)>> steps = {
             {"take", [&](auto) { Play.Take(1); }},
             {"pause", [&](auto) { Play.Pause(1); }},
+            {"paused!", [&](auto value) { Play.Pause(1, value == 1); }},
             {"end", [&](auto) { Play.End(1); }},
             {"seek", [&](auto value) { Play.Seek(1, static_cast<std::uint32_t>(value)); }},
             {"left", [&](auto value) { EXPECT_EQ(Remaining(1), value); }},
@@ -92,10 +93,12 @@ TEST_F(PlaybackTest, PlaysByItsFieldsAndCommands) {
         {window + "loop: -7", "take wait=7000 pass=0 linked=9000"},  // no number of loops
         // Take resumes a paused preset and restarts a playing one, or one with nothing left to play.
         {"", "take wait=3000 pause wait=5000 left=7000 paused=1 take wait=1000 left=6000 take left=10000"},
+        {"", "take wait=3000 paused!=1 paused!=1 wait=5000 left=7000 paused!=0 paused!=0 wait=1000 left=6000 paused=0"},
         {"freeze_at_end: true", "take wait=10000 left=0 pause paused=1 take left=10000 end pass=0"},
-        // Seeks are clamped, and cue a stopped preset until it is ended.
-        {"out_position: 2000", "seek=4000 left=-1 take left=4000 seek=999999 left=10000 seek=-50 left=-1"},
-        {"out_position: 2000", "seek=-50 take left=10000 end seek=3000 end take left=10000"},  // nothing left to play
+        // Seeks are clamped, and cue a stopped preset until it is taken or ended.
+        {"out_position: 2000", "seek=4000 left=4000 pass=0 take left=4000 seek=999999 left=10000 seek=-50 left=-1"},
+        {"out_position: 2000", "seek=-50 left=0 take left=10000 end seek=3000 end left=-1 take left=10000"},
+        {"", "seek=999999 left=10000 seek=3000 wait=5000 left=3000 take end left=-1 take left=10000"},
     };
     for (const auto& [fields, script] : cases) {
         SCOPED_TRACE(fields + " | " + script);
@@ -162,13 +165,34 @@ TEST_F(PlaybackTest, AnAssetOfUnknownLengthWaitsAndThenPlaysFromTheInPoint) {
     Run("take wait=60000 left=0");
     EXPECT_FALSE(Play.Rolling());
     becomes(9'000);
-    Run("wait=1000 left=7000");
-    becomes(std::nullopt);  // the file is being replaced: what plays goes on
-    Run("wait=1000 left=6000");
-    becomes(19'000);
-    Run("left=16000 end");
+    Run("wait=1000 left=7000 end seek=5000");
+    becomes(4'000);
+    Run("left=4000 end");
     becomes(std::nullopt);
     EXPECT_EQ(Play.StateOf(1).TRT, 0);
+}
+
+TEST_F(PlaybackTest, AFileReplacedWhileItPlaysCountsFromTheNextTakeOn) {
+    const auto envelope = [](std::uint8_t level) {
+        return std::make_shared<Envelope>(Envelope{{200, {level, level}}});
+    };
+    for (const std::optional<std::int32_t> replaced : {std::optional(4'000), std::optional(19'000), {}}) {
+        Catalog.Durations[Clip] = ClipMS;
+        Catalog.Envelopes[Clip] = envelope(80);
+        Put("loop: 1");
+        Run("take wait=3000 left=7000");
+        Catalog.Durations.erase(Clip);
+        if (replaced) Catalog.Durations[Clip] = *replaced;
+        Catalog.Envelopes[Clip] = envelope(20);
+        Play.AssetsChanged(std::vector<std::string>{Clip});
+        Put("loop: 1 name: 'edited'");
+        Run("left=7000 pause take wait=10000 pass=2 left=7000");
+        EXPECT_EQ(Play.StateOf(1).TRT, ClipMS);
+        EXPECT_EQ(Play.Positions().at(0).Levels[0], 80);
+        Run("take left=" + std::to_string(replaced.value_or(0)));
+        EXPECT_EQ(Play.StateOf(1).TRT, replaced.value_or(0));
+        Run("end");
+    }
 }
 
 TEST_F(PlaybackTest, LevelsFollowEnvelopeVolumeAndFades) {

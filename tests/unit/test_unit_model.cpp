@@ -1,4 +1,7 @@
+#include "conversions.h"
 #include "feed/feed.h"
+#include "feed/frames.h"
+#include "mirror.h"
 #include "model/unit_model.h"
 #include "store/database.h"
 #include "support/childprocess.h"
@@ -22,22 +25,29 @@ namespace {
 constexpr auto Clip = "C:\\Assets\\clip.mov";
 
 /// A console that applies what was sent when the test says so.
-struct Mirror : ConsoleCopy {
-    explicit Mirror(Feed& feed) : Source(feed) {}
+struct Watcher {
+    explicit Watcher(Feed& feed) : Source(feed) {}
 
     void Read() {
         const auto batch = Source.Next(std::chrono::milliseconds(0));
         ASSERT_TRUE(batch);
-        for (const auto& bytes : batch->Pieces)
-            Apply(*bytes);
+        WriteFrames(*batch, [this](const auto& frame) { return Copy.Apply(frame), true; });
+        State = Copy.Current();
+    }
+    Preset PresetOf(std::int32_t pk) const {
+        return Zorvic::Internal::ToWire(*Zorvic::Internal::FindPreset(*State->Presets, pk));
     }
     std::set<std::int32_t> Selected() const {
         std::set<std::int32_t> keys;
-        for (const auto& [pk, state] : States)
-            if (state.selected()) keys.insert(pk);
+        for (const auto& state : *State->PresetStates)
+            if (state.IsSelected) keys.insert(state.PK);
         return keys;
     }
 
+    std::shared_ptr<const Zorvic::Internal::UnitState> State;
+
+private:
+    Zorvic::Internal::Mirror Copy{""};
     Feed::Subscription Source;
 };
 
@@ -51,14 +61,16 @@ protected:
         Console.reset();
         Model.reset();
         Updates.emplace();
-        Model.emplace(UnitModel::Profile{}, Store, Time, Catalog, *Updates);
+        UnitModel::Profile profile;
+        profile.Identity.set_guid("unit-1");
+        Model.emplace(profile, Store, Time, Catalog, *Updates);
         Console.emplace(*Updates);
         Console->Read();
     }
     std::int32_t Create() {
         Model->CreatePreset(PresetWith(0, Clip));
         Console->Read();
-        return Console->Presets.rbegin()->first;
+        return Console->State->Presets->back()->PK;
     }
     std::uint64_t Update(const Preset& preset, const char* field) {
         google::protobuf::FieldMask mask;
@@ -72,11 +84,11 @@ protected:
     FakeCatalog Catalog;
     std::optional<Feed> Updates;
     std::optional<UnitModel> Model;
-    std::optional<Mirror> Console;
+    std::optional<Watcher> Console;
 };
 
 TEST_F(UnitModelTest, AnUpdateWithoutDifferenceCostsNoRevision) {
-    Preset preset = Console->Presets[Create()];
+    Preset preset = Console->PresetOf(Create());
     const auto revision = Model->Revision();
     EXPECT_EQ(Update(preset, "name"), revision);
     preset.set_name("other");
@@ -84,17 +96,17 @@ TEST_F(UnitModelTest, AnUpdateWithoutDifferenceCostsNoRevision) {
     EXPECT_EQ(Update(preset, "loop"), revision);
     EXPECT_GT(Update(preset, "name"), revision);
     Console->Read();
-    EXPECT_EQ(Console->Presets[preset.pk()].name(), "other");
+    EXPECT_EQ(Console->PresetOf(preset.pk()).name(), "other");
 }
 
 TEST_F(UnitModelTest, EveryPresetHasAPlaceInTheFirstTab) {
     Create();
-    Preset second = Console->Presets[Create()];
+    Preset second = Console->PresetOf(Create());
     EXPECT_EQ(second.tab_order(0).index(), 1);
     second.clear_tab_order();
     Update(second, "tab_order");
     Start();
-    EXPECT_EQ(Console->Presets[second.pk()].tab_order(0).index(), 1);
+    EXPECT_EQ(Console->PresetOf(second.pk()).tab_order(0).index(), 1);
 }
 
 TEST_F(UnitModelTest, APlayingPresetIsNotDeletedAndASelectedOneLeavesNoSelection) {
@@ -107,22 +119,22 @@ TEST_F(UnitModelTest, APlayingPresetIsNotDeletedAndASelectedOneLeavesNoSelection
     Model->End(pk);
     Console->Read();
     EXPECT_THAT(Console->Selected(), testing::ElementsAre(pk));
-    EXPECT_TRUE(Console->TimeCodes.timecodes().empty());
+    EXPECT_TRUE(Console->State->TimeCodes->empty());
     Model->DeletePreset(pk);
     Console->Read();
-    EXPECT_TRUE(Console->Presets.empty());
-    EXPECT_TRUE(Console->States.empty());
+    EXPECT_TRUE(Console->State->Presets->empty());
+    EXPECT_TRUE(Console->State->PresetStates->empty());
     EXPECT_EQ(FaultOf([&] { Model->SelectPreset(pk); }), FaultKind::NotFound);
     EXPECT_EQ(Create(), pk + 1);
 }
 
 TEST_F(UnitModelTest, AFailedWriteChangesNothing) {
     const std::int32_t pk = Create();
-    Preset preset = Console->Presets[pk];
+    Preset preset = Console->PresetOf(pk);
     preset.set_name("other");
     const auto revision = Model->Revision();
     Store.Execute("PRAGMA query_only = ON");
-    EXPECT_EQ(Update(Console->Presets[pk], "name"), revision) << "nothing to write";
+    EXPECT_EQ(Update(Console->PresetOf(pk), "name"), revision) << "nothing to write";
     EXPECT_EQ(FaultOf([&] { Model->CreatePreset(preset); }), FaultKind::Internal);
     EXPECT_EQ(FaultOf([&] { Update(preset, "name"); }), FaultKind::Internal);
     EXPECT_EQ(FaultOf([&] { Model->DeletePreset(pk); }), FaultKind::Internal);
@@ -148,7 +160,7 @@ TEST_F(UnitModelTest, MarksAreAddressedByTheirTime) {
     EXPECT_EQ(FaultOf([&] { Model->DeleteMark(mark); }), FaultKind::NotFound);
     EXPECT_EQ(FaultOf([&] { Model->RenameMark(mark); }), FaultKind::NotFound);
     Console->Read();
-    const Preset& preset = Console->Presets[mark.pk()];
+    const Preset preset = Console->PresetOf(mark.pk());
     ASSERT_EQ(preset.countdowns_size(), 1);
     EXPECT_EQ(preset.countdowns(0).id(), 2);
     EXPECT_EQ(preset.countdowns(0).name(), "chorus");
@@ -166,12 +178,12 @@ TEST_F(UnitModelTest, APausedPositionStaysReadableAndIsNotSentAgainUntilAReloadE
     EXPECT_FALSE(Model->Tick());
     EXPECT_EQ(Model->Revision(), revision);
     Console->Read();
-    ASSERT_EQ(Console->TimeCodes.timecodes_size(), 1);
-    EXPECT_EQ(Console->TimeCodes.timecodes(0).time_ms(), 6'000);
+    ASSERT_EQ(Console->State->TimeCodes->size(), 1U);
+    EXPECT_EQ(Console->State->TimeCodes->at(0).Time, 6'000);
     Model->Reload();
     Console->Read();
-    EXPECT_TRUE(Console->TimeCodes.timecodes().empty());
-    EXPECT_EQ(Console->Presets.size(), 1U);
+    EXPECT_TRUE(Console->State->TimeCodes->empty());
+    EXPECT_EQ(Console->State->Presets->size(), 1U);
     EXPECT_THAT(Console->Selected(), testing::ElementsAre(pk));
     Model->SaveSelection();
     Start();
@@ -181,7 +193,7 @@ TEST_F(UnitModelTest, APausedPositionStaysReadableAndIsNotSentAgainUntilAReloadE
 // The disk is slow while another thread holds the store.
 TEST_F(UnitModelTest, ASlowDiskDelaysNeitherTakesNorTimecodes) {
     const std::int32_t pk = Create();
-    Preset preset = Console->Presets[pk];
+    Preset preset = Console->PresetOf(pk);
     preset.set_name("written late");
     std::optional<ZorvicUnit::Transaction> slow(std::in_place, Store);
     auto update = std::async(std::launch::async, [&] { Update(preset, "name"); });
@@ -192,12 +204,16 @@ TEST_F(UnitModelTest, ASlowDiskDelaysNeitherTakesNorTimecodes) {
     }
     Model->SelectPreset(pk);
     Console->Read();
-    EXPECT_EQ(Console->TimeCodes.timecodes(0).time_ms(), 5'000);
-    EXPECT_NE(Console->Presets[pk].name(), "written late");
+    EXPECT_EQ(Console->State->TimeCodes->at(0).Time, 5'000);
+    EXPECT_NE(Console->PresetOf(pk).name(), "written late");
     slow.reset();
     update.get();
     Console->Read();
-    EXPECT_EQ(Console->Presets[pk].name(), "written late");
+    EXPECT_EQ(Console->PresetOf(pk).name(), "written late");
+    const auto givesUpWhileItWaits = [asked = 0]() mutable { return asked++ == 0; };
+    EXPECT_EQ(FaultOf([&] { Model->DeletePreset(pk, {.Waits = givesUpWhileItWaits}); }), FaultKind::TooLate);
+    Console->Read();
+    EXPECT_EQ(Console->State->Presets->size(), 1U);
 }
 
 }  // namespace

@@ -1,3 +1,5 @@
+#include "conversions.h"
+#include "mirror.h"
 #include "support/unitprocess.h"
 #include "unit/media_samples.h"
 #include "unit/unitfakes.h"
@@ -5,9 +7,9 @@
 #include <gmock/gmock.h>
 #include <grpcpp/create_channel.h>
 #include <grpcpp/security/credentials.h>
-#include <zorvic/enums.h>
-#include <zorvic/v1/unit.grpc.pb.h>
+#include <zorvic/session.h>
 
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -19,97 +21,54 @@
 #include <vector>
 
 using testing::HasSubstr;
-using zorvic::v1::Preset;
+using namespace Zorvic;
 
 namespace {
 
 constexpr std::chrono::seconds Watchdog(60);
 
-/// A unit as a process of its own, and a console's commands to it.
+Preset PresetOf(const std::string& asset, std::size_t notes = 0) {
+    Preset preset = Internal::FromWire(PresetWith(0, asset));
+    preset.Notes = std::string(notes, 'n');
+    return preset;
+}
+
+/// A unit as a process of its own, and a console on it.
 class Unit : public UnitProcess {
 public:
     explicit Unit(const std::string& directory)
         : UnitProcess(directory + "/store", {"--drive", "E=" + directory + "/drive", "--announce", "off"}) {
-        Connect();
+        EXPECT_TRUE(Console.Connected());
     }
-    void Connect() {
-        grpc::ChannelArguments arguments;
-        arguments.SetInt(GRPC_ARG_USE_LOCAL_SUBCHANNEL_POOL, 1);
-        Stub =
-            zorvic::v1::Unit::NewStub(grpc::CreateCustomChannel(Host(), grpc::InsecureChannelCredentials(), arguments));
+    std::vector<Preset> Presets() {
+        std::vector<Preset> presets;
+        EXPECT_EQ(Console.GetPresets(presets), ZORVIC_STATUS_OK);
+        return presets;
     }
-    grpc::Status Create(const Preset& preset) {
-        return Send(&Service::CreatePreset, [&](auto& request) { *request.mutable_preset() = preset; });
+    PresetState State(int pk) {
+        std::vector<PresetState> states;
+        EXPECT_EQ(Console.GetPresetStates(states), ZORVIC_STATUS_OK);
+        const auto found = std::ranges::find(states, pk, &PresetState::PK);
+        return found == states.end() ? PresetState() : *found;
     }
-    grpc::Status Take(std::int32_t pk) {
-        return Send(&Service::Take, [&](auto& request) { request.set_pk(pk); });
+    std::vector<Asset> Assets() {
+        std::vector<Asset> assets;
+        EXPECT_EQ(Console.GetAssets(assets), ZORVIC_STATUS_OK);
+        return assets;
     }
-    grpc::Status DeleteAsset(const std::string& path) {
-        return Send(&Service::DeleteAsset, [&](auto& request) { request.set_path(path); });
+    Asset AssetAt(const std::string& path) {
+        const auto assets = Assets();
+        const auto found = std::ranges::find(assets, path, &Asset::FullPath);
+        return found == assets.end() ? Asset() : *found;
     }
-    grpc::Status Install(const std::string& path) {
-        return Send(&Service::InstallAsset, [&](auto& request) { request.set_path(path); });
+    void AwaitStatus(const std::string& path, AssetState status) {
+        EXPECT_TRUE(WaitUntil([&] { return AssetAt(path).Status == status; }, Watchdog));
     }
-    grpc::Status Power(zorvic::v1::PowerAction action) {
-        return Send(&Service::Power, [&](auto& request) { request.set_action(action); });
-    }
-
-    using Service = zorvic::v1::Unit::Stub;
-    std::unique_ptr<Service> Stub;
-
-private:
-    template <typename Request, typename Fill>
-    grpc::Status Send(grpc::Status (Service::*command)(grpc::ClientContext*, const Request&, zorvic::v1::CommandReply*),
-                      const Fill& fill) {
-        grpc::ClientContext context;
-        context.set_deadline(std::chrono::system_clock::now() + Watchdog);
-        Request request;
-        fill(request);
-        zorvic::v1::CommandReply reply;
-        return (Stub.get()->*command)(&context, request, &reply);
-    }
-};
-
-/// A console that watches.
-class Watcher : public ConsoleCopy {
-public:
-    explicit Watcher(Unit& unit) {
-        Context.set_deadline(std::chrono::system_clock::now() + Watchdog);
-        Stream = unit.Stub->Watch(&Context, {});
-    }
-    ~Watcher() { Context.TryCancel(); }
-
-    /// Reads one frame; false when the stream is over.
-    bool Read() {
-        if (!Stream->Read(&Last)) return false;
-        for (const std::string& bytes : Last.pieces())
-            Apply(bytes);
-        return true;
-    }
-    template <typename Condition>
-    void ReadUntil(const Condition& condition) {
-        while (!condition())
-            ASSERT_TRUE(Read());
-    }
-    void ReadSnapshot() {
-        do {
-            ASSERT_TRUE(Read());
-            EXPECT_TRUE(Last.snapshot());
-        } while (Last.more());
-    }
-    void ReadUntilStatus(const std::string& path, int status) {
-        ReadUntil([&] { return Assets[path].status() == status; });
-    }
-    grpc::Status ReadToEnd() {
-        while (Read()) {
-        }
-        return Stream->Finish();
+    bool Reconnects() {
+        return WaitUntil([&] { return Console.Reconnect("") == ZORVIC_STATUS_OK; }, Watchdog);
     }
 
-private:
-    zorvic::v1::Frame Last;
-    grpc::ClientContext Context;
-    std::unique_ptr<grpc::ClientReader<zorvic::v1::Frame>> Stream;
+    Session Console{Host(), 1};
 };
 
 class UnitProcessTest : public ::testing::Test {
@@ -168,23 +127,20 @@ TEST_F(UnitProcessTest, ATakenPortAndAnUnusableStoreEndWithOneAndAReason) {
 TEST_F(UnitProcessTest, AnEndingSignalEndsSessionsAndTheProcess) {
     for (const int signal : {SIGTERM, SIGINT}) {
         Unit unit(Directory.Path());
-        Watcher watcher(unit);
-        watcher.ReadSnapshot();
         unit.Process().Signal(signal);
-        EXPECT_EQ(watcher.ReadToEnd().error_code(), grpc::StatusCode::UNAVAILABLE);
+        EXPECT_TRUE(WaitUntil([&] { return !unit.Console.Connected(); }, Watchdog));
         EXPECT_EQ(unit.Process().Wait(Watchdog), 0);
     }
 }
 
-TEST_F(UnitProcessTest, FailuresReachTheWireAsTheirStatus) {
+TEST_F(UnitProcessTest, FailuresReachConsoleAndLog) {
     Unit unit(Directory.Path());
-    EXPECT_EQ(unit.Take(1).error_code(), grpc::StatusCode::NOT_FOUND);
-    EXPECT_EQ(unit.Power(zorvic::v1::POWER_ACTION_UNSPECIFIED).error_code(), grpc::StatusCode::INVALID_ARGUMENT);
-    auto preset = PresetWith(0, "a");
-    preset.add_volume(70'000);
-    EXPECT_EQ(unit.Create(preset).error_code(), grpc::StatusCode::INVALID_ARGUMENT);
-    EXPECT_EQ(unit.DeleteAsset("C:\\Assets\\a\nforged").error_code(), grpc::StatusCode::INVALID_ARGUMENT);
-    EXPECT_THAT(Log(), HasSubstr("create preset: a volume of 70000"));
+    EXPECT_EQ(unit.Console.Take(1), ZORVIC_STATUS_FAILED);
+    auto preset = PresetOf("a");
+    preset.Name = std::string(257, 'n');
+    EXPECT_EQ(unit.Console.CreatePreset(preset), ZORVIC_STATUS_MISUSED);
+    EXPECT_EQ(unit.Console.DeleteAsset("C:\\Assets\\a\nforged"), ZORVIC_STATUS_MISUSED);
+    EXPECT_THAT(Log(), HasSubstr("create preset: the name of more than 256 bytes"));
     EXPECT_THAT(Log(), HasSubstr("delete asset C:\\Assets\\a?forged"));
 }
 
@@ -192,50 +148,60 @@ TEST_F(UnitProcessTest, PlaysAFileOfItsStoreAndKeepsItUntilASoftReboot) {
     std::filesystem::create_directories(Assets);
     ZorvicUnit::WriteFile(Assets / "clip.wav", ZorvicUnit::ToneFile());
     Unit unit(Directory.Path());
-    auto preset = PresetWith(0, Clip);
-    preset.set_loop(-1);
-    ASSERT_TRUE(unit.Create(preset).ok());
-    Watcher watcher(unit);
-    watcher.ReadUntil([&] { return watcher.States[1].trt() == 1'000; });
-    ASSERT_TRUE(unit.Take(1).ok());
-    watcher.ReadUntil([&] { return watcher.States[1].current_loop() > 1; });
-    const auto& codes = watcher.TimeCodes.timecodes();
-    watcher.ReadUntil([&] { return !codes.empty() && codes[0].levels(0) > 0 && codes[0].levels(1) > 0; });
-    EXPECT_EQ(unit.DeleteAsset(Clip).error_code(), grpc::StatusCode::FAILED_PRECONDITION);
-    EXPECT_TRUE(unit.Power(zorvic::v1::POWER_ACTION_SOFT_REBOOT).ok());
-    EXPECT_EQ(watcher.ReadToEnd().error_code(), grpc::StatusCode::UNAVAILABLE);
-    EXPECT_TRUE(unit.DeleteAsset(Clip).ok()) << "playback has ended, and the unit serves on";
+    auto preset = PresetOf(Clip);
+    preset.Loop = -1;
+    ASSERT_EQ(unit.Console.CreatePreset(preset), ZORVIC_STATUS_OK);
+    EXPECT_TRUE(WaitUntil([&] { return unit.State(1).TRT == 1'000; }, Watchdog));
+    ASSERT_EQ(unit.Console.Take(1), ZORVIC_STATUS_OK);
+    EXPECT_TRUE(WaitUntil([&] { return unit.State(1).CurrentLoop > 1; }, Watchdog));
+    TimeCode code;
+    const auto sounds = [&] {
+        return unit.Console.GetTimeCode(code, 1) == ZORVIC_STATUS_OK && code.VUData.at(0) > 0 && code.VUData.at(1) > 0;
+    };
+    EXPECT_TRUE(WaitUntil(sounds, Watchdog));
+    EXPECT_EQ(unit.Console.DeleteAsset(Clip), ZORVIC_STATUS_FAILED);
+    EXPECT_EQ(unit.Console.SoftRebootZorvic(), ZORVIC_STATUS_OK);
+    EXPECT_TRUE(WaitUntil([&] { return !unit.Console.Connected(); }, Watchdog));
+    EXPECT_TRUE(unit.Reconnects());
+    EXPECT_EQ(unit.Console.DeleteAsset(Clip), ZORVIC_STATUS_OK) << "playback has ended, and the unit serves on";
     EXPECT_FALSE(std::filesystem::exists(Assets / "clip.wav"));
 }
 
 TEST_F(UnitProcessTest, RebootComesBackOnItsPortAndShutdownDoesNot) {
     Unit unit(Directory.Path());
-    ASSERT_TRUE(unit.Create(PresetWith(0, "a")).ok());
+    ASSERT_EQ(unit.Console.CreatePreset(PresetOf("a")), ZORVIC_STATUS_OK);
     for (const int starts : {2, 3}) {
-        ASSERT_TRUE(unit.Power(zorvic::v1::POWER_ACTION_REBOOT).ok());
+        ASSERT_EQ(unit.Console.RebootZorvic(), ZORVIC_STATUS_OK);
         ASSERT_TRUE(WaitUntil([&] { return Starts() == starts; }, Watchdog));
-        unit.Connect();
-        Watcher watcher(unit);
-        watcher.ReadSnapshot();
-        EXPECT_EQ(watcher.Presets.size(), 1U);
+        ASSERT_TRUE(WaitUntil([&] { return !unit.Console.Connected(); }, Watchdog));
+        ASSERT_TRUE(unit.Reconnects());
+        EXPECT_EQ(unit.Presets().size(), 1U);
     }
-    EXPECT_TRUE(unit.Power(zorvic::v1::POWER_ACTION_SHUTDOWN).ok());
+    EXPECT_EQ(unit.Console.ShutdownZorvic(), ZORVIC_STATUS_OK);
     EXPECT_EQ(unit.Process().Wait(Watchdog), 0);
 }
 
 TEST_F(UnitProcessTest, ConsolesThatDoNotReadHoldUpNobody) {
     Unit unit(Directory.Path());
-    std::vector<std::unique_ptr<Watcher>> stuck(40);
-    for (auto& watcher : stuck)
-        watcher = std::make_unique<Watcher>(unit);
-    auto preset = PresetWith(0, "a");
-    preset.set_notes(std::string(60'000, 'n'));
+    const auto stub = zorvic::v1::Unit::NewStub(grpc::CreateChannel(unit.Host(), grpc::InsecureChannelCredentials()));
+    std::vector<grpc::ClientContext> contexts(40);
+    std::vector<std::unique_ptr<grpc::ClientReader<zorvic::v1::Frame>>> stuck;
+    for (auto& context : contexts)
+        stuck.push_back(stub->Watch(&context, {}));
     for (int number = 0; number < 50; ++number)
-        ASSERT_TRUE(unit.Create(preset).ok());
-    Watcher reading(unit);
-    reading.ReadSnapshot();
-    EXPECT_EQ(reading.Presets.size(), 50U);
-    stuck.back()->ReadUntil([&] { return stuck.back()->Presets.size() == 50; });
+        ASSERT_EQ(unit.Console.CreatePreset(PresetOf("a", 60'000)), ZORVIC_STATUS_OK);
+    Session late(unit.Host(), 1);
+    std::vector<Preset> presets;
+    EXPECT_EQ(late.GetPresets(presets), ZORVIC_STATUS_OK);
+    EXPECT_EQ(presets.size(), 50U);
+    Internal::Mirror mirror("");
+    zorvic::v1::Frame frame;
+    while (!mirror.Current() || mirror.Current()->Presets->size() < 50) {
+        ASSERT_TRUE(stuck.back()->Read(&frame)) << "who begins to read again gets everything";
+        mirror.Apply(frame);
+    }
+    for (auto& context : contexts)
+        context.TryCancel();
 }
 
 // Killed at any instant of a save, the unit comes back with every preset that it acknowledged, and with nothing half.
@@ -247,21 +213,18 @@ TEST_F(UnitProcessTest, KeepsEveryAcknowledgedPresetThroughKills) {
     std::size_t sent = 0;
     for (int round = 0; round < 8; ++round) {
         Unit unit(Directory.Path());
-        Watcher watcher(unit);
-        watcher.ReadSnapshot();
-        EXPECT_GE(watcher.Presets.size(), acknowledged);
-        EXPECT_LE(watcher.Presets.size(), sent);
-        for (const auto& [pk, preset] : watcher.Presets)
-            EXPECT_EQ(preset.notes(), std::string(2'000, 'n'));
-        acknowledged = sent = watcher.Presets.size();
-        auto preset = PresetWith(0, "a");
-        preset.set_notes(std::string(2'000, 'n'));
+        const auto stored = unit.Presets();
+        EXPECT_GE(stored.size(), acknowledged);
+        EXPECT_LE(stored.size(), sent);
+        for (const auto& preset : stored)
+            EXPECT_EQ(preset.Notes, std::string(2'000, 'n'));
+        acknowledged = sent = stored.size();
         const auto lifetime = std::chrono::milliseconds(random() % 200);
         std::jthread killer([&] {
             std::this_thread::sleep_for(lifetime);
             unit.Process().Signal(SIGKILL);
         });
-        for (++sent; unit.Create(preset).ok(); ++sent)
+        for (++sent; unit.Console.CreatePreset(PresetOf("a", 2'000)) == ZORVIC_STATUS_OK; ++sent)
             ++acknowledged;
         killer.join();
         EXPECT_EQ(unit.Process().Wait(Watchdog), 128 + SIGKILL);
@@ -297,29 +260,26 @@ TEST_F(ImportingUnitTest, AKilledImportLeavesTheOldFileAndNothingOfTheNew) {
     std::filesystem::last_write_time(Assets / "clip.wav", old);
     {
         Unit unit(Directory.Path());
-        Watcher watcher(unit);
-        watcher.ReadUntilStatus(Clip, Zorvic::ZORVIC_ASSETSTATE_READY);
+        unit.AwaitStatus(Clip, ZORVIC_ASSETSTATE_READY);
         for (const char* path : {"E:\\clip.wav", "E:\\next.wav"})
-            ASSERT_TRUE(unit.Install(path).ok());
-        watcher.ReadUntilStatus(Clip, Zorvic::ZORVIC_ASSETSTATE_INGESTING);
-        watcher.ReadUntil([&] { return watcher.Assets[Clip].current_size() > 0; });
-        ASSERT_TRUE(unit.Create(PresetWith(0, Clip)).ok());
-        ASSERT_LT(watcher.Assets[Clip].current_size(), Size);
+            ASSERT_EQ(unit.Console.InstallAsset(path), ZORVIC_STATUS_OK);
+        ASSERT_EQ(unit.AssetAt(Clip).Status, ZORVIC_ASSETSTATE_INGESTING);
+        EXPECT_TRUE(WaitUntil([&] { return unit.AssetAt(Clip).CurrentSize > 0; }, Watchdog));
+        ASSERT_EQ(unit.Console.CreatePreset(PresetOf(Clip)), ZORVIC_STATUS_OK);
+        ASSERT_LT(unit.AssetAt(Clip).CurrentSize, Size);
         unit.Process().Signal(SIGKILL);
         ASSERT_EQ(unit.Process().Wait(Watchdog), 128 + SIGKILL);
     }
     EXPECT_EQ(FilesInStore().size(), 3U) << "it was not killed in the middle of a copy";
     Unit unit(Directory.Path());
-    Watcher watcher(unit);
-    watcher.ReadSnapshot();
-    EXPECT_EQ(watcher.Presets.size(), 1U);
-    EXPECT_EQ(watcher.Assets.size(), 1U);
-    watcher.ReadUntilStatus(Clip, Zorvic::ZORVIC_ASSETSTATE_READY);
+    EXPECT_EQ(unit.Presets().size(), 1U);
+    EXPECT_EQ(unit.Assets().size(), 1U);
+    unit.AwaitStatus(Clip, ZORVIC_ASSETSTATE_READY);
     EXPECT_EQ(ReadFile(Assets / "clip.wav"), ZorvicUnit::ToneFile());
     EXPECT_THAT(FilesInStore(), testing::UnorderedElementsAre("clip.wav", "foreign.part"));
-    ASSERT_TRUE(unit.Install("E:\\clip.wav").ok());
-    watcher.ReadUntil([&] { return watcher.Assets[Clip].total_size() == Size; });
-    watcher.ReadUntilStatus(Clip, Zorvic::ZORVIC_ASSETSTATE_READY);
+    ASSERT_EQ(unit.Console.InstallAsset("E:\\clip.wav"), ZORVIC_STATUS_OK);
+    unit.AwaitStatus(Clip, ZORVIC_ASSETSTATE_READY);
+    EXPECT_EQ(unit.AssetAt(Clip).TotalSize, Size);
 }
 
 TEST_F(ImportingUnitTest, AFullDiskFailsWhatNeedsRoomAndTheUnitLives) {
@@ -330,32 +290,26 @@ TEST_F(ImportingUnitTest, AFullDiskFailsWhatNeedsRoomAndTheUnitLives) {
         std::optional<FileSizeLimit> inherited(4'000'000);
         Unit unit(Directory.Path());
         inherited.reset();
-        Watcher watcher(unit);
-        watcher.ReadSnapshot();
         const std::string large = "C:\\Assets\\large.wav";
-        ASSERT_TRUE(unit.Install("E:\\large.wav").ok());
-        ASSERT_TRUE(unit.Install("E:\\clip.wav").ok());
-        watcher.ReadUntilStatus(large, Zorvic::ZORVIC_ASSETSTATE_ERROR);
-        EXPECT_EQ(watcher.Assets[large].current_size(), watcher.Assets[large].total_size());
+        ASSERT_EQ(unit.Console.InstallAsset("E:\\large.wav"), ZORVIC_STATUS_OK);
+        ASSERT_EQ(unit.Console.InstallAsset("E:\\clip.wav"), ZORVIC_STATUS_OK);
+        unit.AwaitStatus(large, ZORVIC_ASSETSTATE_ERROR);
+        EXPECT_EQ(unit.AssetAt(large).CurrentSize, unit.AssetAt(large).TotalSize);
         // A scan may have shown it before the line is written.
         EXPECT_TRUE(WaitUntil([&] { return Log().find("importing " + large + " from") != std::string::npos; }));
-        watcher.ReadUntilStatus(Clip, Zorvic::ZORVIC_ASSETSTATE_READY);
+        unit.AwaitStatus(Clip, ZORVIC_ASSETSTATE_READY);
         EXPECT_THAT(FilesInStore(), testing::ElementsAre("clip.wav"));
 
-        auto preset = PresetWith(0, Clip);
-        preset.set_notes(std::string(60'000, 'n'));
-        grpc::Status answer;
-        while (saved < 1'000 && (answer = unit.Create(preset)).ok())
+        StatusCode answer = ZORVIC_STATUS_OK;
+        while (saved < 1'000 && (answer = unit.Console.CreatePreset(PresetOf(Clip, 60'000))) == ZORVIC_STATUS_OK)
             ++saved;
-        EXPECT_EQ(answer.error_code(), grpc::StatusCode::RESOURCE_EXHAUSTED) << answer.error_message();
-        EXPECT_TRUE(unit.Take(1).ok()) << "the show goes on";
+        EXPECT_EQ(answer, ZORVIC_STATUS_FAILED) << "a full disk, and no fault of the unit";
+        EXPECT_EQ(unit.Console.Take(1), ZORVIC_STATUS_OK) << "the show goes on";
         EXPECT_TRUE(unit.Process().Running());
     }
     Unit unit(Directory.Path());
-    Watcher watcher(unit);
-    watcher.ReadSnapshot();
     EXPECT_GT(saved, 0U);
-    EXPECT_EQ(watcher.Presets.size(), saved);
+    EXPECT_EQ(unit.Presets().size(), saved);
 }
 
 }  // namespace

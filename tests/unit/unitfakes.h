@@ -6,7 +6,6 @@
 
 #include <zorvic/v1/unit.pb.h>
 
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 
 #include <atomic>
@@ -27,7 +26,7 @@ private:
     std::atomic<std::int64_t> Time = 3'600'000;
 };
 
-class FakeCatalog final : public ZorvicUnit::AssetCatalog {
+class FakeCatalog : public ZorvicUnit::AssetCatalog {
 public:
     std::optional<std::int32_t> DurationMS(const std::string& path) const override {
         const auto found = Durations.find(path);
@@ -76,29 +75,3 @@ std::optional<ZorvicUnit::FaultKind> FaultOf(const Action& action) {
         return fault.Kind;
     }
 }
-
-/// What a console knows after it has applied everything that was sent to it.
-struct ConsoleCopy {
-    void Apply(const std::string& bytes) {
-        zorvic::v1::Piece piece;
-        EXPECT_TRUE(piece.ParseFromString(bytes));
-        for (const auto& preset : piece.presets().upserted())
-            Presets[preset.pk()] = preset;
-        for (const std::int32_t pk : piece.presets().removed())
-            Presets.erase(pk);
-        for (const auto& asset : piece.assets().upserted())
-            Assets[asset.full_path()] = asset;
-        for (const std::string& path : piece.assets().removed())
-            Assets.erase(path);
-        if (piece.has_timecodes()) TimeCodes = piece.timecodes();
-        if (!piece.has_states()) return;
-        States.clear();
-        for (const auto& state : piece.states().states())
-            States[state.pk()] = state;
-    }
-
-    std::map<std::int32_t, zorvic::v1::Preset> Presets;
-    std::map<std::int32_t, zorvic::v1::PresetState> States;
-    std::map<std::string, zorvic::v1::Asset> Assets;
-    zorvic::v1::TimeCodes TimeCodes;
-};

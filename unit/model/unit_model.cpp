@@ -3,6 +3,7 @@
 #include "fault.h"
 #include "feed/pieces.h"
 #include "model/preset_rules.h"
+#include "store/database.h"
 
 #include <spdlog/spdlog.h>
 
@@ -18,53 +19,67 @@ using zorvic::v1::Preset;
 
 UnitModel::UnitModel(const Profile& profile, Database& database, const Clock& clock, const AssetCatalog& catalog,
                      Feed& feed)
-    : Table(database), Settings(database), Playing(clock, catalog), Updates(feed) {
+    : Rows(database), Table(database), Settings(database), Playing(clock, catalog), Updates(feed) {
     SavedSelection = Settings.SelectedPreset();
     Selected = SavedSelection;
     Updates.Publish({IdentityChange(profile.Identity), HardwareChange(profile.Hardware)});
     Reload();
 }
 
-std::uint64_t UnitModel::CreatePreset(const Preset& sent) {
-    const std::scoped_lock write(WriteLock);
-    Preset preset = sent;
-    preset.clear_pk();
-    {
-        const std::scoped_lock lock(ModelLock);
-        if (Presets.size() >= MaxPresets) throw Fault(FaultKind::Misused, "there are as many presets as there may be");
-        Normalise(preset, NextTabIndex());
-    }
-    CheckPreset(preset);
-    preset.set_pk(Table.Insert(preset));
-    return ShowPreset(preset);
+template <typename Command>
+std::uint64_t UnitModel::Write(const Caller& caller, const Command& command) {
+    const auto turn = Rows.WaitForTurn(caller.Waits);
+    if (const auto revision = Recent.Find(caller.RequestKey)) return *revision;
+    const std::uint64_t revision = command();
+    Recent.Add(caller.RequestKey, revision);
+    return revision;
 }
 
-std::uint64_t UnitModel::UpdatePreset(const Preset& sent, const google::protobuf::FieldMask& fields) {
-    const std::scoped_lock write(WriteLock);
-    const PresetPtr stored = Find(sent.pk());
-    Preset edited = *stored;
-    MergeFields(edited, sent, fields);
-    return Store(std::move(edited), *stored);
+std::uint64_t UnitModel::CreatePreset(const Preset& sent, const Caller& caller) {
+    return Write(caller, [&] {
+        Preset preset = sent;
+        preset.clear_pk();
+        {
+            const std::scoped_lock lock(ModelLock);
+            if (Presets.size() >= MaxPresets)
+                throw Fault(FaultKind::Misused, "there are as many presets as there may be");
+            Normalise(preset, NextTabIndex());
+        }
+        CheckPreset(preset);
+        preset.set_pk(Table.Insert(preset));
+        return ShowPreset(preset);
+    });
 }
 
-std::uint64_t UnitModel::DeletePreset(std::int32_t pk) {
-    const std::scoped_lock write(WriteLock);
-    {
+std::uint64_t UnitModel::UpdatePreset(const Preset& sent, const google::protobuf::FieldMask& fields,
+                                      const Caller& caller) {
+    return Write(caller, [&] {
+        const PresetPtr stored = Find(sent.pk());
+        Preset edited = *stored;
+        MergeFields(edited, sent, fields);
+        return Store(std::move(edited), *stored);
+    });
+}
+
+std::uint64_t UnitModel::DeletePreset(std::int32_t pk, const Caller& caller) {
+    return Write(caller, [&] {
+        {
+            const std::scoped_lock lock(ModelLock);
+            Playing.SetRetired(pk, true);
+        }
+        try {
+            Table.Remove(pk);
+        } catch (const Fault&) {
+            const std::scoped_lock lock(ModelLock);
+            Playing.SetRetired(pk, false);
+            throw;
+        }
         const std::scoped_lock lock(ModelLock);
-        Playing.SetRetired(pk, true);
-    }
-    try {
-        Table.Remove(pk);
-    } catch (const Fault&) {
-        const std::scoped_lock lock(ModelLock);
-        Playing.SetRetired(pk, false);
-        throw;
-    }
-    const std::scoped_lock lock(ModelLock);
-    Playing.Remove(pk);
-    Presets.erase(pk);
-    if (Selected == pk) Selected = 0;
-    return Publish({PresetGone(pk)});
+        Playing.Remove(pk);
+        Presets.erase(pk);
+        if (Selected == pk) Selected = 0;
+        return Publish({PresetGone(pk)});
+    });
 }
 
 std::uint64_t UnitModel::SelectPreset(std::int32_t pk) {
@@ -75,17 +90,18 @@ std::uint64_t UnitModel::SelectPreset(std::int32_t pk) {
 }
 
 template <typename Edit>
-std::uint64_t UnitModel::EditMarks(const MarkRequest& request, const Edit& edit) {
-    const std::scoped_lock write(WriteLock);
-    const PresetPtr stored = Find(request.pk());
-    Preset edited = *stored;
-    Marks& marks = MarksOf(edited, request.kind());
-    edit(marks, FindMark(marks, request.time_ms()));
-    return Store(std::move(edited), *stored);
+std::uint64_t UnitModel::EditMarks(const MarkRequest& request, const Caller& caller, const Edit& edit) {
+    return Write(caller, [&] {
+        const PresetPtr stored = Find(request.pk());
+        Preset edited = *stored;
+        Marks& marks = MarksOf(edited, request.kind());
+        edit(marks, FindMark(marks, request.time_ms()));
+        return Store(std::move(edited), *stored);
+    });
 }
 
-std::uint64_t UnitModel::CreateMark(const MarkRequest& request) {
-    return EditMarks(request, [&](Marks& marks, Marks::iterator existing) {
+std::uint64_t UnitModel::CreateMark(const MarkRequest& request, const Caller& caller) {
+    return EditMarks(request, caller, [&](Marks& marks, Marks::iterator existing) {
         if (existing != marks.end()) throw Fault(FaultKind::Refused, "there is a mark at this time");
         const std::int32_t id = NextMarkId(marks);
         auto* mark = marks.Add();
@@ -95,22 +111,22 @@ std::uint64_t UnitModel::CreateMark(const MarkRequest& request) {
     });
 }
 
-std::uint64_t UnitModel::RenameMark(const MarkRequest& request) {
-    return EditMarks(request, [&](Marks& marks, Marks::iterator existing) {
+std::uint64_t UnitModel::RenameMark(const MarkRequest& request, const Caller& caller) {
+    return EditMarks(request, caller, [&](Marks& marks, Marks::iterator existing) {
         if (existing == marks.end()) throw Fault(FaultKind::NotFound, "no mark at this time");
         existing->set_name(request.name());
     });
 }
 
-std::uint64_t UnitModel::DeleteMark(const MarkRequest& request) {
-    return EditMarks(request, [](Marks& marks, Marks::iterator existing) {
+std::uint64_t UnitModel::DeleteMark(const MarkRequest& request, const Caller& caller) {
+    return EditMarks(request, caller, [](Marks& marks, Marks::iterator existing) {
         if (existing == marks.end()) throw Fault(FaultKind::NotFound, "no mark at this time");
         marks.erase(existing);
     });
 }
 
 void UnitModel::SaveSelection() {
-    const std::scoped_lock write(WriteLock);
+    const auto turn = Rows.WaitForTurn(Caller().Waits);
     std::int32_t selected = 0;
     {
         const std::scoped_lock lock(ModelLock);
@@ -122,7 +138,7 @@ void UnitModel::SaveSelection() {
 }
 
 void UnitModel::Reload() {
-    const std::scoped_lock write(WriteLock);
+    const auto turn = Rows.WaitForTurn(Caller().Waits);
     const std::vector<Preset> stored = Table.Load();
     const std::scoped_lock lock(ModelLock);
     std::vector<FeedChange> changes;
@@ -154,7 +170,7 @@ std::int32_t UnitModel::NextTabIndex() const {
     return static_cast<std::int32_t>(std::min<std::int64_t>(last + 1, std::numeric_limits<std::int32_t>::max()));
 }
 
-// Called with WriteLock held; stored is the preset as it is.
+// Called with the database's lock held; stored is the preset as it is.
 std::uint64_t UnitModel::Store(Preset edited, const Preset& stored) {
     Normalise(edited, FirstTab(stored)->index());
     CheckPreset(edited);

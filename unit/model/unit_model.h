@@ -1,6 +1,8 @@
 #pragma once
 
+#include "caller.h"
 #include "feed/feed.h"
+#include "model/request_memory.h"
 #include "playback/playback.h"
 #include "store/preset_table.h"
 #include "store/settings_table.h"
@@ -12,6 +14,7 @@
 #include <cstdint>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <stop_token>
 #include <string>
 #include <utility>
@@ -25,9 +28,9 @@ struct AssetChanges;
 /// out whole or throws Fault and changes nothing; it gives the feed's revision at which its effect shows. Safe to use
 /// from several threads.
 ///
-/// Two locks: WriteLock lets one command at a time change stored data and is held while the disk is written; ModelLock
-/// guards what is in memory and is never held across a write, so that a slow disk delays neither timecodes nor a take.
-/// Order: WriteLock, ModelLock, the feed's.
+/// Two locks: the database's lets one command at a time change stored data and is held while the disk is written;
+/// ModelLock guards what is in memory and is never held across a write, so that a slow disk delays neither timecodes
+/// nor a take. Order: the database's, ModelLock, the feed's.
 class UnitModel {
 public:
     /// What the unit says of itself.
@@ -40,17 +43,20 @@ public:
     /// preset is damaged.
     UnitModel(const Profile& profile, Database& database, const Clock& clock, const AssetCatalog& catalog, Feed& feed);
 
-    std::uint64_t CreatePreset(const zorvic::v1::Preset& sent);
-    std::uint64_t UpdatePreset(const zorvic::v1::Preset& sent, const google::protobuf::FieldMask& fields);
-    std::uint64_t DeletePreset(std::int32_t pk);
+    // Commands that write: Fault TooLate when the caller had given up before its turn to write came; a repetition of a
+    // request that was carried out lately only gives its revision again.
+    std::uint64_t CreatePreset(const zorvic::v1::Preset& sent, const Caller& caller = {});
+    std::uint64_t UpdatePreset(const zorvic::v1::Preset& sent, const google::protobuf::FieldMask& fields,
+                               const Caller& caller = {});
+    std::uint64_t DeletePreset(std::int32_t pk, const Caller& caller = {});
+    std::uint64_t CreateMark(const zorvic::v1::MarkRequest& request, const Caller& caller = {});
+    std::uint64_t RenameMark(const zorvic::v1::MarkRequest& request, const Caller& caller = {});
+    std::uint64_t DeleteMark(const zorvic::v1::MarkRequest& request, const Caller& caller = {});
+
     /// Needs no disk: SaveSelection() keeps it for the next start.
     std::uint64_t SelectPreset(std::int32_t pk);
-    std::uint64_t CreateMark(const zorvic::v1::MarkRequest& request);
-    std::uint64_t RenameMark(const zorvic::v1::MarkRequest& request);
-    std::uint64_t DeleteMark(const zorvic::v1::MarkRequest& request);
-
     std::uint64_t Take(std::int32_t pk);
-    std::uint64_t Pause(std::int32_t pk);
+    std::uint64_t Pause(std::int32_t pk, std::optional<bool> wanted = std::nullopt);
     std::uint64_t End(std::int32_t pk);
     std::uint64_t SeekTo(std::int32_t pk, std::uint32_t timeMS);
 
@@ -88,13 +94,15 @@ private:
     std::uint64_t Publish(std::vector<FeedChange> changes);
     template <typename Command>
     std::uint64_t Play(const Command& command);
+    template <typename Command>
+    std::uint64_t Write(const Caller& caller, const Command& command);
     template <typename Edit>
-    std::uint64_t EditMarks(const zorvic::v1::MarkRequest& request, const Edit& edit);
+    std::uint64_t EditMarks(const zorvic::v1::MarkRequest& request, const Caller& caller, const Edit& edit);
 
-    /// Guards the tables and SavedSelection, and lets presets change only in its holder's thread.
-    std::mutex WriteLock;
+    Database& Rows;  ///< its lock guards the four below, and lets presets change only in its holder's thread
     PresetTable Table;
     SettingsTable Settings;
+    RequestMemory Recent;
     std::int32_t SavedSelection = 0;
 
     std::mutex ModelLock;  ///< guards everything below

@@ -50,8 +50,8 @@ std::uint64_t UnitModel::Take(std::int32_t pk) {
     return Play([&] { Playing.Take(pk); });
 }
 
-std::uint64_t UnitModel::Pause(std::int32_t pk) {
-    return Play([&] { Playing.Pause(pk); });
+std::uint64_t UnitModel::Pause(std::int32_t pk, std::optional<bool> wanted) {
+    return Play([&] { Playing.Pause(pk, wanted); });
 }
 
 std::uint64_t UnitModel::End(std::int32_t pk) {

@@ -28,12 +28,11 @@ double VolumeGain(const zorvic::v1::Preset& preset, int channel) {
     return std::min(preset.volume(std::min(channel, preset.volume_size() - 1)) / FullVolume, 1.0);
 }
 
-std::array<std::uint8_t, 2> Peak(const std::vector<std::string>& assets, const AssetCatalog& catalog,
+std::array<std::uint8_t, 2> Peak(const std::vector<std::shared_ptr<const Envelope>>& envelopes,
                                  std::chrono::milliseconds elapsed) {
     std::array<std::uint8_t, 2> peak{};
     const auto step = static_cast<std::size_t>(std::max<std::int64_t>(elapsed.count(), 0) / Envelope::StepMS);
-    for (const std::string& path : assets) {
-        const auto envelope = catalog.Levels(path);
+    for (const auto& envelope : envelopes) {
         if (!envelope || step >= envelope->Levels.size()) continue;
         for (std::size_t channel = 0; channel < peak.size(); ++channel)
             peak[channel] = std::max(peak[channel], envelope->Levels[step][channel]);
@@ -43,9 +42,9 @@ std::array<std::uint8_t, 2> Peak(const std::vector<std::string>& assets, const A
 
 }  // namespace
 
-StereoLevels LevelsAt(const zorvic::v1::Preset& preset, const std::vector<std::string>& assets,
-                      const AssetCatalog& catalog, const PassPosition& position) {
-    const auto peak = Peak(assets, catalog, position.Elapsed);
+StereoLevels LevelsAt(const zorvic::v1::Preset& preset, const std::vector<std::shared_ptr<const Envelope>>& envelopes,
+                      const PassPosition& position) {
+    const auto peak = Peak(envelopes, position.Elapsed);
     const double fade = FadeGain(preset, position);
     StereoLevels levels{};
     for (int channel = 0; channel < 2; ++channel) {

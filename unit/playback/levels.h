@@ -7,7 +7,7 @@
 #include <array>
 #include <chrono>
 #include <cstdint>
-#include <string>
+#include <memory>
 #include <vector>
 
 namespace ZorvicUnit {
@@ -31,8 +31,8 @@ struct PassPosition {
     bool Last = false;                     ///< fades out
 };
 
-/// The loudest of the assets at this position, scaled by the preset's volume and its fades.
-StereoLevels LevelsAt(const zorvic::v1::Preset& preset, const std::vector<std::string>& assets,
-                      const AssetCatalog& catalog, const PassPosition& position);
+/// The loudest of the assets (null: no sound) at this position, scaled by the preset's volume and its fades.
+StereoLevels LevelsAt(const zorvic::v1::Preset& preset, const std::vector<std::shared_ptr<const Envelope>>& envelopes,
+                      const PassPosition& position);
 
 }  // namespace ZorvicUnit

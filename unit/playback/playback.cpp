@@ -36,11 +36,17 @@ std::vector<std::string> PathsOf(const zorvic::v1::Preset& preset) {
 }  // namespace
 
 struct Playback::Run {
+    struct Medium {
+        std::optional<std::int32_t> LengthMS;
+        std::shared_ptr<const Envelope> Levels;
+    };
+
     Clock::TimePoint Anchor;  ///< when the position was Base; meaningless while paused or waiting
     Duration Base{0};         ///< elapsed time from the start of the media
     std::uint32_t Pass = 1;
     bool Paused = false;
-    bool Waiting = false;  ///< for the length of the media
+    bool Waiting = true;                  ///< for the length of the media
+    std::map<std::string, Medium> Media;  ///< by path, as this run met them
 
     bool Moves() const { return !Paused && !Waiting; }
     Duration Elapsed(Clock::TimePoint at) const { return Moves() ? Base + (at - Anchor) : Base; }
@@ -62,12 +68,12 @@ struct Playback::Entry {
     // Nothing to play and nothing that holds it: over at the moment it begins.
     bool Instant() const { return LengthKnown && TRT == 0 && !Endless() && !Preset->freeze_at_end(); }
 
+    milliseconds CuedElapsed() const { return milliseconds(TRT - std::clamp(*Cue, 0, TRT)); }
+
     Duration StartElapsed() const {
         const Trim window = Window();
-        if (!Cue) return window.Start;
-        const milliseconds cued(TRT - std::clamp(*Cue, 0, TRT));
         // A cue that leaves nothing to play would end the take at once and fire the linked preset.
-        return cued < window.End ? cued : window.Start;
+        return Cue && CuedElapsed() < window.End ? CuedElapsed() : window.Start;
     }
 
     std::optional<Clock::TimePoint> EndsAt() const {
@@ -89,6 +95,7 @@ void Playback::Put(PresetPtr preset) {
     entry.Assets = PathsOf(*preset);
     entry.Preset = std::move(preset);
     RefreshLength(entry);
+    SetOff(entry, Now);
     ++Version;
     Advance();
 }
@@ -114,10 +121,11 @@ void Playback::Take(std::int32_t pk) {
     Advance();
 }
 
-void Playback::Pause(std::int32_t pk) {
+void Playback::Pause(std::int32_t pk, std::optional<bool> wanted) {
     Advance();
     Entry& entry = Find(pk);
     if (!entry.Playing) throw Fault(FaultKind::Refused, "it does not play");
+    if (wanted == entry.Playing->Paused) return;
     Rebase(entry);
     entry.Playing->Paused = !entry.Playing->Paused;
     ++Version;
@@ -136,6 +144,7 @@ void Playback::Seek(std::int32_t pk, std::uint32_t timeMS) {
     const std::int32_t remaining = negative ? 0 : static_cast<std::int32_t>(timeMS);
     if (!entry.Playing || entry.Playing->Waiting) {
         entry.Cue = remaining;
+        Active.insert(pk);
         return;
     }
     entry.Playing->Base = milliseconds(entry.TRT - std::min(remaining, entry.TRT));
@@ -153,8 +162,8 @@ void Playback::SetRetired(std::int32_t pk, bool retired) {
 void Playback::HoldAsset(const std::string& path) {
     Advance();
     for (const std::int32_t pk : Active) {
-        const auto& assets = Entries.at(pk).Assets;
-        if (std::find(assets.begin(), assets.end(), path) != assets.end())
+        const Entry& entry = Entries.at(pk);
+        if (entry.Playing && std::find(entry.Assets.begin(), entry.Assets.end(), path) != entry.Assets.end())
             throw Fault(FaultKind::Refused, fmt::format("preset {} plays it", pk));
     }
     HeldAssets.insert(path);
@@ -174,6 +183,7 @@ void Playback::AssetsChanged(std::span<const std::string> paths) {
             continue;
         Rebase(entry);
         RefreshLength(entry);
+        SetOff(entry, Now);
     }
     Advance();
 }
@@ -205,21 +215,28 @@ PlayState Playback::StateOf(std::int32_t pk) const {
         .TRT = entry.TRT, .CurrentLoop = run ? run->Pass : 0, .Playing = run.has_value(), .Paused = run && run->Paused};
 }
 
-std::vector<PlayPosition> Playback::Positions() const {
+std::vector<PlayPosition> Playback::Positions() {
     std::vector<PlayPosition> positions;
     for (const std::int32_t pk : Active) {
-        const Entry& entry = Entries.at(pk);
-        const Run& run = *entry.Playing;
-        const auto elapsed = duration_cast<milliseconds>(run.Elapsed(Now));
+        Entry& entry = Entries.at(pk);
+        const auto& run = entry.Playing;
+        const auto elapsed = run ? duration_cast<milliseconds>(run->Elapsed(Now)) : entry.CuedElapsed();
         const auto remaining = std::clamp<std::int64_t>(entry.TRT - elapsed.count(), 0, entry.TRT);
         PlayPosition position{.PK = pk, .RemainingMS = static_cast<std::int32_t>(remaining)};
-        if (run.Moves()) {
-            const PassPosition at{entry.Window(), elapsed, run.Pass == 1, entry.LastPass()};
-            position.Levels = LevelsAt(*entry.Preset, entry.Assets, Catalog, at);
-        }
+        if (run && run->Moves()) position.Levels = LevelsOf(entry, elapsed);
         positions.push_back(position);
     }
     return positions;
+}
+
+StereoLevels Playback::LevelsOf(Entry& entry, milliseconds elapsed) const {
+    std::vector<std::shared_ptr<const Envelope>> envelopes;
+    for (const std::string& path : entry.Assets) {
+        auto& levels = entry.Playing->Media[path].Levels;
+        if (!levels) levels = Catalog.Levels(path);
+        envelopes.push_back(levels);
+    }
+    return LevelsAt(*entry.Preset, envelopes, {entry.Window(), elapsed, entry.Playing->Pass == 1, entry.LastPass()});
 }
 
 bool Playback::Rolling() const {
@@ -238,33 +255,40 @@ bool Playback::UsesHeldAsset(const Entry& entry) const {
                        [this](const std::string& path) { return HeldAssets.contains(path); });
 }
 
+std::optional<std::int32_t> Playback::LengthOf(Entry& entry, const std::string& path) const {
+    if (!entry.Playing) return Catalog.DurationMS(path);
+    auto& length = entry.Playing->Media[path].LengthMS;
+    if (!length) length = Catalog.DurationMS(path);
+    return length;
+}
+
 void Playback::RefreshLength(Entry& entry) {
     std::optional<std::int32_t> longest;
     if (entry.Assets.empty()) longest = 0;
     for (const std::string& path : entry.Assets) {
-        const auto length = Catalog.DurationMS(path);
+        const auto length = LengthOf(entry, path);
         if (length) longest = std::max(longest.value_or(0), *length);
     }
-    // A file that goes away or changes under a playing preset must not end it.
-    if (!longest && entry.Playing && entry.LengthKnown) return;
+    // An edit to files that are not probed yet must not end a run.
+    if (!longest && entry.Playing && !entry.Playing->Waiting) return;
     if (entry.TRT != longest.value_or(0)) ++Version;
     entry.TRT = longest.value_or(0);
     entry.LengthKnown = longest.has_value();
-    if (entry.Playing && entry.Playing->Waiting && entry.LengthKnown) {
-        entry.Playing->Waiting = false;
-        entry.Playing->Base = entry.StartElapsed();
-        entry.Playing->Anchor = Now;
-        entry.Cue.reset();
-    }
+}
+
+// Lets a run that waits for its length move from here on, when the length is known.
+void Playback::SetOff(Entry& entry, Clock::TimePoint at) {
+    if (!entry.Playing || !entry.Playing->Waiting || !entry.LengthKnown) return;
+    entry.Playing->Waiting = false;
+    entry.Playing->Base = entry.StartElapsed();
+    entry.Playing->Anchor = at;
+    entry.Cue.reset();
 }
 
 void Playback::Begin(Entry& entry, Clock::TimePoint at) {
-    entry.Playing = Run{.Anchor = at};
-    entry.Playing->Waiting = !entry.LengthKnown;
-    if (entry.LengthKnown) {
-        entry.Playing->Base = entry.StartElapsed();
-        entry.Cue.reset();
-    }
+    entry.Playing.emplace();
+    RefreshLength(entry);
+    SetOff(entry, at);
     Active.insert(entry.Preset->pk());
     ++Version;
 }
@@ -283,9 +307,9 @@ void Playback::TakeAt(Entry& entry, Clock::TimePoint at) {
 
 void Playback::Stop(Entry& entry) {
     entry.Cue.reset();
+    Active.erase(entry.Preset->pk());
     if (!entry.Playing) return;
     entry.Playing.reset();
-    Active.erase(entry.Preset->pk());
     RefreshLength(entry);
     ++Version;
 }

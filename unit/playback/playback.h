@@ -30,13 +30,14 @@ struct PlayState {
 struct PlayPosition {
     std::int32_t PK = 0;
     std::int32_t RemainingMS = 0;  ///< before the end of the running time
-    StereoLevels Levels{};         ///< 0 while paused
+    StereoLevels Levels{};         ///< 0 while nothing moves
 };
 
 /// What plays, as a clock: a position is computed from the moment at which it last jumped, never added up, so that it
 /// does not drift and a late call finds every pass and every linked preset begun at its right time.
 ///
 /// A preset whose assets have no known length yet plays without moving, and starts to move when the length is known.
+/// A run keeps the lengths and levels that it met: a file that is replaced or goes away under it does not change it.
 /// Not safe for use from several threads; the owner holds one lock around every call.
 class Playback {
 public:
@@ -54,8 +55,9 @@ public:
     /// Starts at the in point (or at a cued position); resumes a paused preset; restarts a playing one, and one that is
     /// paused with nothing left to play. Throws Fault NotFound or Refused (preset or asset on its way out).
     void Take(std::int32_t pk);
-    /// Pauses or goes on. Throws Fault NotFound, or Refused when the preset does not play.
-    void Pause(std::int32_t pk);
+    /// Pauses or goes on, whichever is wanted; without a wish the other one than before. Throws Fault NotFound, or
+    /// Refused when the preset does not play.
+    void Pause(std::int32_t pk, std::optional<bool> wanted = std::nullopt);
     /// Stops; a preset that does not play loses its cued position. Throws Fault NotFound.
     void End(std::int32_t pk);
     /// Jumps to a remaining time, clamped to the running time; above the signed range it counts as 0. Cues the next
@@ -79,8 +81,8 @@ public:
     std::uint64_t StatesVersion() const { return Version; }
     /// A stopped state for an unknown preset.
     PlayState StateOf(std::int32_t pk) const;
-    /// Every preset that plays or is paused, by key.
-    std::vector<PlayPosition> Positions() const;
+    /// Every preset that plays, is paused or is cued, by key.
+    std::vector<PlayPosition> Positions();
     /// True while any position moves.
     bool Rolling() const;
 
@@ -91,7 +93,10 @@ private:
 
     Entry& Find(std::int32_t pk);
     bool UsesHeldAsset(const Entry& entry) const;
+    std::optional<std::int32_t> LengthOf(Entry& entry, const std::string& path) const;
     void RefreshLength(Entry& entry);
+    void SetOff(Entry& entry, Clock::TimePoint at);
+    StereoLevels LevelsOf(Entry& entry, std::chrono::milliseconds elapsed) const;
     void Begin(Entry& entry, Clock::TimePoint at);
     void TakeAt(Entry& entry, Clock::TimePoint at);
     void Stop(Entry& entry);
@@ -102,7 +107,7 @@ private:
     const Clock& Time;
     const AssetCatalog& Catalog;
     std::map<std::int32_t, Entry> Entries;
-    std::set<std::int32_t> Active;  ///< keys of the entries that have a run
+    std::set<std::int32_t> Active;  ///< keys of the entries that have a run or a cue
     std::multiset<std::string> HeldAssets;
     Clock::TimePoint Now;
     std::uint64_t Version = 1;

@@ -1,6 +1,7 @@
 #include "rpc/unit_service.h"
 
 #include "assets/asset_store.h"
+#include "caller.h"
 #include "fault.h"
 #include "feed/feed.h"
 #include "feed/frames.h"
@@ -11,7 +12,9 @@
 #include <spdlog/spdlog.h>
 
 #include <chrono>
+#include <cstdint>
 #include <exception>
+#include <optional>
 #include <utility>
 
 namespace ZorvicUnit {
@@ -26,6 +29,10 @@ namespace {
 // Below the promised 250 ms, so that a heartbeat is in time also on a busy machine.
 constexpr std::chrono::milliseconds HeartbeatPeriod(150);
 
+// What is left of a call's time when its turn to write comes must do for the write and for the way of the answer, too:
+// the console's clock for the call began to run before ours.
+constexpr std::chrono::milliseconds WriteTime(100);
+
 StatusCode ToStatusCode(FaultKind kind) {
     switch (kind) {
         case FaultKind::Misused:
@@ -37,6 +44,7 @@ StatusCode ToStatusCode(FaultKind kind) {
         case FaultKind::DiskFull:
             return StatusCode::RESOURCE_EXHAUSTED;
         case FaultKind::Slow:
+        case FaultKind::TooLate:
             return StatusCode::DEADLINE_EXCEEDED;
         case FaultKind::Internal:
             break;
@@ -68,6 +76,13 @@ Status Answer(RequestGate& gate, const ServerContext& context, const std::string
     if (!pass.Granted()) return {StatusCode::UNAVAILABLE, "the unit is ending"};
     if (context.IsCancelled()) return {StatusCode::CANCELLED, "given up by the caller"};
     return Attempt(what, action);
+}
+
+Caller CallerOf(const ServerContext& context, std::uint64_t requestKey = 0) {
+    const auto waits = [&context] {
+        return !context.IsCancelled() && std::chrono::system_clock::now() + WriteTime < context.deadline();
+    };
+    return {.Waits = waits, .RequestKey = requestKey};
 }
 
 std::string OnPreset(const char* what, std::int32_t pk) {
@@ -114,19 +129,22 @@ Status UnitService::Identify(ServerContext* /*context*/, const zorvic::v1::Ident
 
 Status UnitService::CreatePreset(ServerContext* context, const zorvic::v1::CreatePresetRequest* request,
                                  CommandReply* reply) {
-    return Answer(Gate, *context, "create preset", [&] { reply->set_revision(Model.CreatePreset(request->preset())); });
+    const Caller caller = CallerOf(*context, request->request_key());
+    return Answer(Gate, *context, "create preset",
+                  [&] { reply->set_revision(Model.CreatePreset(request->preset(), caller)); });
 }
 
 Status UnitService::UpdatePreset(ServerContext* context, const zorvic::v1::UpdatePresetRequest* request,
                                  CommandReply* reply) {
+    const Caller caller = CallerOf(*context);
     return Answer(Gate, *context, OnPreset("update", request->preset().pk()),
-                  [&] { reply->set_revision(Model.UpdatePreset(request->preset(), request->fields())); });
+                  [&] { reply->set_revision(Model.UpdatePreset(request->preset(), request->fields(), caller)); });
 }
 
 Status UnitService::DeletePreset(ServerContext* context, const zorvic::v1::PresetRequest* request,
                                  CommandReply* reply) {
     return Answer(Gate, *context, OnPreset("delete", request->pk()),
-                  [&] { reply->set_revision(Model.DeletePreset(request->pk())); });
+                  [&] { reply->set_revision(Model.DeletePreset(request->pk(), CallerOf(*context))); });
 }
 
 Status UnitService::SelectPreset(ServerContext* context, const zorvic::v1::PresetRequest* request,
@@ -140,9 +158,10 @@ Status UnitService::Take(ServerContext* context, const zorvic::v1::PresetRequest
                   [&] { reply->set_revision(Model.Take(request->pk())); });
 }
 
-Status UnitService::Pause(ServerContext* context, const zorvic::v1::PresetRequest* request, CommandReply* reply) {
+Status UnitService::Pause(ServerContext* context, const zorvic::v1::PauseRequest* request, CommandReply* reply) {
+    const auto wanted = request->has_paused() ? std::optional(request->paused()) : std::nullopt;
     return Answer(Gate, *context, OnPreset("pause", request->pk()),
-                  [&] { reply->set_revision(Model.Pause(request->pk())); });
+                  [&] { reply->set_revision(Model.Pause(request->pk(), wanted)); });
 }
 
 Status UnitService::End(ServerContext* context, const zorvic::v1::PresetRequest* request, CommandReply* reply) {
@@ -156,15 +175,19 @@ Status UnitService::SeekTo(ServerContext* context, const zorvic::v1::SeekRequest
 }
 
 Status UnitService::CreateMark(ServerContext* context, const zorvic::v1::MarkRequest* request, CommandReply* reply) {
-    return Answer(Gate, *context, OnMark("create", *request), [&] { reply->set_revision(Model.CreateMark(*request)); });
+    const Caller caller = CallerOf(*context, request->request_key());
+    return Answer(Gate, *context, OnMark("create", *request),
+                  [&] { reply->set_revision(Model.CreateMark(*request, caller)); });
 }
 
 Status UnitService::RenameMark(ServerContext* context, const zorvic::v1::MarkRequest* request, CommandReply* reply) {
-    return Answer(Gate, *context, OnMark("rename", *request), [&] { reply->set_revision(Model.RenameMark(*request)); });
+    return Answer(Gate, *context, OnMark("rename", *request),
+                  [&] { reply->set_revision(Model.RenameMark(*request, CallerOf(*context))); });
 }
 
 Status UnitService::DeleteMark(ServerContext* context, const zorvic::v1::MarkRequest* request, CommandReply* reply) {
-    return Answer(Gate, *context, OnMark("delete", *request), [&] { reply->set_revision(Model.DeleteMark(*request)); });
+    return Answer(Gate, *context, OnMark("delete", *request),
+                  [&] { reply->set_revision(Model.DeleteMark(*request, CallerOf(*context))); });
 }
 
 Status UnitService::DeleteAsset(ServerContext* context, const zorvic::v1::AssetRequest* request, CommandReply* reply) {

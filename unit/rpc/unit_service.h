@@ -43,7 +43,7 @@ public:
                               zorvic::v1::CommandReply* reply) override;
     grpc::Status Take(grpc::ServerContext* context, const zorvic::v1::PresetRequest* request,
                       zorvic::v1::CommandReply* reply) override;
-    grpc::Status Pause(grpc::ServerContext* context, const zorvic::v1::PresetRequest* request,
+    grpc::Status Pause(grpc::ServerContext* context, const zorvic::v1::PauseRequest* request,
                        zorvic::v1::CommandReply* reply) override;
     grpc::Status End(grpc::ServerContext* context, const zorvic::v1::PresetRequest* request,
                      zorvic::v1::CommandReply* reply) override;

@@ -7,11 +7,15 @@
 #include <sqlite3.h>
 
 #include <cerrno>
+#include <chrono>
 #include <utility>
 
 namespace ZorvicUnit {
 
 namespace {
+
+// Nothing wakes a thread that waits for a lock when its caller gives up.
+constexpr std::chrono::milliseconds AskPeriod(20);
 
 // The system's own reason for the last failure on one of the database's two files.
 int LastErrno(sqlite3* handle, int whichFile) {
@@ -121,6 +125,18 @@ void Database::Execute(const char* sql) {
 std::int64_t Database::LastInsertKey() {
     const std::scoped_lock lock(Mutex);
     return sqlite3_last_insert_rowid(Handle.get());
+}
+
+DatabaseLock Database::WaitForTurn(const std::function<bool()>& wanted) {
+    DatabaseLock lock(Mutex, std::defer_lock);
+    bool taken = false;
+    while (wanted()) {
+        if (taken) return lock;
+        // By the wall clock, because the thread sanitizer does not see a lock that is taken by the steady one. If it is
+        // set back meanwhile, a caller that gives up is noticed late and no more.
+        taken = lock.try_lock_until(std::chrono::system_clock::now() + AskPeriod);
+    }
+    throw Fault(FaultKind::TooLate, "the store was busy until the caller had given up; nothing was done");
 }
 
 std::int64_t Database::SchemaVersion() {

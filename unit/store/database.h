@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -14,6 +15,9 @@ struct sqlite3_stmt;
 namespace ZorvicUnit {
 
 class Database;
+
+/// The database's lock. Held by a thread that means to write, it keeps all others from writing in between.
+using DatabaseLock = std::unique_lock<std::recursive_timed_mutex>;
 
 /// One SQL statement, bound and stepped by one thread. Holds the database's lock from preparation to destruction, so
 /// that no other thread's statement lands in this thread's transaction: keep it short-lived and local.
@@ -43,7 +47,7 @@ private:
     friend class Database;
     Statement(Database& database, std::string_view sql);
 
-    std::unique_lock<std::recursive_mutex> Lock;
+    DatabaseLock Lock;
     sqlite3* Handle;
     sqlite3_stmt* Prepared = nullptr;
     int Bound = 0;
@@ -66,6 +70,9 @@ public:
     void Execute(const char* sql);
     /// Key that the last INSERT of this thread made; call it inside the transaction of that INSERT.
     std::int64_t LastInsertKey();
+    /// Waits for the lock while `wanted` says so: another thread may hold it for as long as the disk takes. `wanted` is
+    /// asked once more with the lock held. Throws Fault TooLate when it says no.
+    DatabaseLock WaitForTurn(const std::function<bool()>& wanted);
 
 private:
     friend class Statement;
@@ -74,7 +81,7 @@ private:
     void Check();
     void Migrate();
 
-    std::recursive_mutex Mutex;  ///< guards the handle, and a transaction from its begin to its end
+    std::recursive_timed_mutex Mutex;  ///< guards the handle, and a transaction from its begin to its end
     struct Closer {
         void operator()(sqlite3* handle) const;
     };
@@ -93,7 +100,7 @@ public:
 
 private:
     Database& Target;
-    std::unique_lock<std::recursive_mutex> Lock;
+    DatabaseLock Lock;
     bool Open = true;
 };
 

@@ -45,7 +45,9 @@ public:
     StatusCode GetPresets(std::vector<Preset>& presets);
     /// One state per preset, in order of PK.
     StatusCode GetPresetStates(std::vector<PresetState>& states);
-    /// Adds a preset; the unit assigns PK (that of the argument is ignored).
+    /// Adds a preset; the unit assigns PK (that of the argument is ignored). One that ends with
+    /// ZORVIC_STATUS_NETWORKERROR may yet have been added; the same call within the next minute is the same request and
+    /// does not add a second one. So it is with CreateGoto and CreateCountdown.
     StatusCode CreatePreset(const Preset& preset);
     /// Writes the fields that were edited, so that it undoes nobody's edit of another one; without an edit it sends
     /// nothing. Edited is what differs from the version that was handed out or written last for this PK. A refresh that
@@ -61,8 +63,10 @@ public:
 
     /// Starts at the in point, resumes a paused preset, or starts a playing one again.
     StatusCode Take(std::int32_t pk);
-    /// Pauses a playing preset, resumes a paused one.
+    /// Pauses a playing preset, resumes a paused one. What is wanted follows from the states as this session knows
+    /// them, and takes effect once, however often and by how many sessions it is asked for at the same time.
     StatusCode Pause(std::int32_t pk);
+    /// Stops a preset; one that does not play loses its cue.
     StatusCode End(std::int32_t pk);
     /// Moves the play position to a remaining time in ms, clamped to the running time; values above the signed range
     /// count as 0. On a stopped preset it cues the next take.
@@ -77,7 +81,8 @@ public:
     StatusCode DeleteGoto(std::int32_t pk, std::int32_t timeMS);
     StatusCode DeleteCountdown(std::int32_t pk, std::int32_t timeMS);
 
-    /// Play position and audio levels of a preset. ZORVIC_STATUS_FAILED when the preset neither plays nor is paused.
+    /// Play position and audio levels of a preset; of a stopped one that is cued, where its next take begins, and
+    /// levels of 0. ZORVIC_STATUS_FAILED when the preset is stopped without a cue.
     StatusCode GetTimeCode(TimeCode& timeCode, std::int32_t pk);
     StatusCode GetKonaHardwareState(KonaHardwareState& state);
 

@@ -1,0 +1,133 @@
+#include "assets/asset_store.h"
+#include "conversions.h"
+#include "feed/feed.h"
+#include "model/asset_link.h"
+#include "model/unit_model.h"
+#include "rpc/server.h"
+#include "rpc/unit_service.h"
+#include "store/database.h"
+#include "support/childprocess.h"
+#include "unit/unitfakes.h"
+
+#include <gmock/gmock.h>
+#include <zorvic/session.h>
+
+#include <atomic>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+using namespace ZorvicUnit;
+using Zorvic::Session;
+
+namespace {
+
+constexpr auto Clip = "C:\\Assets\\clip.mov";
+
+/// Makes a command slow that has been written already.
+struct SlowCatalog : FakeCatalog {
+    SlowCatalog() { Durations[Clip] = 10'000; }
+    std::optional<std::int32_t> DurationMS(const std::string& path) const override {
+        while (Slow)
+            SleepBriefly();
+        return FakeCatalog::DurationMS(path);
+    }
+    std::atomic<bool> Slow = false;
+};
+
+UnitModel::Profile NamedProfile() {
+    UnitModel::Profile profile;
+    profile.Identity.set_guid("unit-1");
+    return profile;
+}
+
+std::vector<Zorvic::Preset> PresetsOf(Session& session) {
+    std::vector<Zorvic::Preset> presets;
+    EXPECT_EQ(session.GetPresets(presets), Zorvic::ZORVIC_STATUS_OK);
+    return presets;
+}
+
+/// Remaining time; -1 when there is none.
+int PositionOf(Session& session, int pk) {
+    Zorvic::TimeCode code;
+    return session.GetTimeCode(code, pk) == Zorvic::ZORVIC_STATUS_OK ? code.Time : -1;
+}
+
+/// A unit in the test's own process, with one preset of 10 s, and a console on it.
+class ServedUnitTest : public ::testing::Test {
+protected:
+    ServedUnitTest() { Client.CreatePreset(Zorvic::Internal::FromWire(PresetWith(0, Clip))); }
+
+    TemporaryDirectory Directory;
+    Database Store{Directory.Path() + "/zorvic.db"};
+    FakeClock Time;
+    SlowCatalog Catalog;
+    Feed Updates;
+    UnitModel Model{NamedProfile(), Store, Time, Catalog, Updates};
+    AssetStore Assets{{.StoreDirectory = Directory.Path(), .Drives = {}, .Watch = false}, Store, Time};
+    AssetLink Link{Assets, Model};
+    UnitService Service{{}, Model, Assets, Link, Updates, [](auto) {}};
+    Server Requests{Service, "127.0.0.1", 0};
+    Session Client{Requests.Address(), 1};
+};
+
+TEST_F(ServedUnitTest, EveryConsoleHearsOfEveryCueAndPausedPosition) {
+    std::atomic<int> heard = 0;
+    Session other(Requests.Address(), 1);
+    const auto count = [](auto, void* user) { ++*static_cast<std::atomic<int>*>(user); };
+    other.SetStateEventCallback(Zorvic::ZORVIC_STATE_TIMECODE, count, &heard);
+    EXPECT_TRUE(WaitUntil([&] { return heard == 1; })) << "the registration is answered";
+    const auto take = [&] {
+        Client.Take(1);
+        Time.Pass(500);
+        Model.Tick();
+        return Client.SelectPreset(1);  // waits for what the tick has sent
+    };
+    const std::vector<std::tuple<const char*, std::function<Zorvic::StatusCode()>, int>> steps = {
+        {"set", [&] { return Client.SeekTo(1, 4'000); }, 4'000},
+        {"moved", [&] { return Client.SeekTo(1, 99'999); }, 10'000},
+        {"dropped", [&] { return Client.End(1); }, -1},
+        {"set again", [&] { return Client.SeekTo(1, 3'000); }, 3'000},
+        {"used up", take, 2'500},
+        {"paused and moved", [&] { return Client.Pause(1), Client.SeekTo(1, 7'000); }, 7'000},
+        {"ended", [&] { return Client.End(1); }, -1}};
+    for (const auto& [step, command, expected] : steps) {
+        SCOPED_TRACE(step);
+        const int before = heard;
+        EXPECT_EQ(command(), Zorvic::ZORVIC_STATUS_OK);
+        EXPECT_EQ(PositionOf(Client, 1), expected) << "on return";
+        EXPECT_TRUE(WaitUntil([&] { return heard > before && PositionOf(other, 1) == expected; }));
+        Session fresh(Requests.Address(), 1);
+        EXPECT_EQ(PositionOf(fresh, 1), expected);
+        const auto revision = Model.Revision();
+        Model.Tick();
+        EXPECT_EQ(Model.Revision(), revision) << "what does not move is not sent again";
+    }
+    other.SetStateEventCallback(Zorvic::ZORVIC_STATE_TIMECODE, nullptr, nullptr);
+}
+
+TEST_F(ServedUnitTest, AWriteThatIsGivenUpBeforeItsTurnIsNotDone) {
+    std::optional<Transaction> slow(std::in_place, Store);
+    EXPECT_EQ(Client.CreateGoto(1, 500, "late"), Zorvic::ZORVIC_STATUS_NETWORKERROR);
+    EXPECT_TRUE(Client.Connected());
+    slow.reset();
+    Service.Drain(std::chrono::seconds(20));
+    EXPECT_TRUE(PresetsOf(Client)[0].Gotos.empty());
+    Session fresh(Requests.Address(), 1);
+    EXPECT_TRUE(PresetsOf(fresh)[0].Gotos.empty());
+}
+
+TEST_F(ServedUnitTest, ACreationWhoseAnswerIsLostIsDoneOnceHoweverOftenItIsTried) {
+    Zorvic::Preset preset = PresetsOf(Client)[0];
+    Catalog.Slow = true;
+    EXPECT_EQ(Client.CreatePreset(preset), Zorvic::ZORVIC_STATUS_NETWORKERROR);
+    EXPECT_EQ(Client.CreatePreset(preset), Zorvic::ZORVIC_STATUS_NETWORKERROR);
+    Catalog.Slow = false;
+    EXPECT_EQ(Client.CreatePreset(preset), Zorvic::ZORVIC_STATUS_OK);
+    EXPECT_EQ(PresetsOf(Client).size(), 2U);
+    EXPECT_EQ(Client.CreatePreset(preset), Zorvic::ZORVIC_STATUS_OK);
+    EXPECT_EQ(PresetsOf(Client).size(), 3U) << "a clone of the clone, asked for after the answer";
+}
+
+}  // namespace
