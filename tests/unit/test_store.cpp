@@ -10,6 +10,7 @@
 #include <spdlog/spdlog.h>
 
 #include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -276,6 +277,37 @@ TEST_F(StoreTest, AFullDiskFailsCleanlyAndLaterWritesWork) {
         stored.insert(preset.pk());
     EXPECT_EQ(stored, acknowledged);
     EXPECT_LT(stored.size(), 10U);  // some did fail
+}
+
+// Two units on one store would overwrite each other's presets.
+TEST_F(StoreTest, OfTenUnitsOneRunsAlsoWhenItsLockFileIsRemovedAndItLeavesOneCompleteFile) {
+    const std::filesystem::path store = Directory.Path() + "/new/store";
+    const std::string output = Directory.Path() + "/output";
+    std::vector<std::unique_ptr<ChildProcess>> units;
+    const auto start = [&] {
+        const std::vector<std::string> words = {ZORVIC_UNIT_PROGRAM, "--store=" + store.string(), "--port=0",
+                                                "--announce=off"};
+        units.push_back(std::make_unique<ChildProcess>(words, output + std::to_string(units.size())));
+    };
+    for (int number = 0; number < 10; ++number)
+        start();
+    const auto isRunning = [](const auto& unit) { return unit->Running(); };
+    EXPECT_TRUE(WaitUntil([&] { return std::ranges::count_if(units, isRunning) == 1; }));
+    std::filesystem::remove(store / "lock");
+    start();
+    EXPECT_EQ(units.back()->Wait(std::chrono::seconds(20)), 1);
+    for (std::size_t number = 0; number < units.size(); ++number) {
+        const auto said = [&] { return ReadFile(output + std::to_string(number)); };
+        if (!units[number]->Running()) {
+            EXPECT_EQ(units[number]->Wait({}), 1);
+            EXPECT_THAT(said(), testing::HasSubstr("in use by another unit"));
+            continue;
+        }
+        EXPECT_TRUE(WaitUntil([&] { return said().starts_with("listening"); }));
+        units[number]->Signal(SIGTERM);
+        EXPECT_EQ(units[number]->Wait(std::chrono::seconds(20)), 0);
+    }
+    EXPECT_FALSE(std::filesystem::exists(store / "zorvic.db-wal"));
 }
 
 }  // namespace
