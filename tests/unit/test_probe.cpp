@@ -10,6 +10,7 @@
 #include <map>
 #include <optional>
 #include <random>
+#include <utility>
 #include <vector>
 
 namespace ZorvicUnit {
@@ -92,6 +93,7 @@ TEST_F(ProbeTest, RefusesWhatIsNotMedia) {
         {"report.txt", std::string(5000, 'x') + "\n"},
         {"empty.mov", ""},
         {"list.m3u8", "#EXTM3U\n#EXT-X-TARGETDURATION:1\n#EXTINF:1,\nwhole.mp4\n#EXT-X-ENDLIST\n"},
+        {"session.mp4", "v=0\no=- 0 0 IN IP4 127.0.0.1\ns=x\nc=IN IP4 127.0.0.1\nt=0 0\nm=audio 0 RTP/AVP 0\n"},
         {"list.mp4", "ffconcat version 1.0\nfile " + (Directory / "whole.mp4").string() + "\n"}};
     for (const auto& [name, bytes] : files) {
         WriteFile(Directory / name, bytes);
@@ -99,6 +101,21 @@ TEST_F(ProbeTest, RefusesWhatIsNotMedia) {
     }
     EXPECT_EQ(Refusal("."), FaultKind::Refused);
     EXPECT_EQ(Refusal("absent.mp4"), FaultKind::NotFound);
+}
+
+TEST_F(ProbeTest, AClaimOfMillionsOfSamplesCostsLittle) {
+    ASSERT_TRUE(Encode(Picture + "-frames:v 1 -c:v mpeg4", Directory / "one.mp4"));
+    std::string film = ReadFile(Directory / "one.mp4");
+    // Where the index says how many: after the name of the table and some numbers of four bytes.
+    for (const auto& [table, numbers] : {std::pair("stsz", 3), {"stts", 3}, {"stsc", 4}})
+        film.replace(film.find(table) + 4 + static_cast<std::size_t>(numbers - 1) * 4, 4, "\x05\x11\x11\x11");
+    WriteFile(Directory / "claims.mp4", film);
+    rusage before{};
+    rusage after{};
+    getrusage(RUSAGE_SELF, &before);
+    Refusal("claims.mp4");
+    getrusage(RUSAGE_SELF, &after);
+    EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 300'000) << "KB";
 }
 
 TEST_F(ProbeTest, SurvivesGarbageAndDamagedFiles) {

@@ -35,7 +35,7 @@ Daemon::Daemon(const Options& options, PowerSwitch& power)
     try {
         Assets->Start();
         Ticking.emplace(Model);
-        Keeping.emplace(Model, *Assets, Updates);
+        Keeping.emplace(Model, *Assets, Rows, Updates);
         Requests.emplace(Service, options.Listen, options.Port);
         Announcing.emplace(MakeAnnouncement(options));
     } catch (...) {
@@ -58,6 +58,7 @@ void Daemon::Stop() {
     Ticking.reset();
     Keeping.reset();
     Assets.reset();
+    Rows.Close();
 }
 
 zorvic::v1::PowerAction Daemon::Run() {

@@ -37,7 +37,8 @@ public:
     /// Serves until it is asked to end (SHUTDOWN) or to start again (REBOOT).
     zorvic::v1::PowerAction Run();
     /// Shutdown, in this order: nobody finds the unit; sessions end; commands in flight finish; the threads that
-    /// change state stop; the asset store joins its workers, while what they report to is still there.
+    /// change state stop; the asset store joins its workers, while what they report to is still there; the
+    /// database is closed, complete without its log.
     void Stop();
 
 private:

@@ -5,6 +5,7 @@
 #include "feed/feed.h"
 #include "feed/pieces.h"
 #include "model/unit_model.h"
+#include "store/database.h"
 #include "thread_name.h"
 
 #include <spdlog/spdlog.h>
@@ -31,7 +32,8 @@ void ShowDrives(const AssetStore& assets, Feed& updates) {
     updates.Publish({DrivesChange(assets.Drives())});
 }
 
-void RunHousekeeper(const std::stop_token& stop, UnitModel& model, const AssetStore& assets, Feed& updates) {
+void RunHousekeeper(const std::stop_token& stop, UnitModel& model, const AssetStore& assets, Database& rows,
+                    Feed& updates) {
     NameThread("housekeeper");
     std::mutex mutex;
     std::condition_variable_any wake;
@@ -39,15 +41,16 @@ void RunHousekeeper(const std::stop_token& stop, UnitModel& model, const AssetSt
         std::unique_lock lock(mutex);
         wake.wait_for(lock, stop, Period, [] { return false; });
         SaveSelection(model);
+        rows.CheckpointWhenIdle();
         ShowDrives(assets, updates);
     }
 }
 
 }  // namespace
 
-Housekeeper::Housekeeper(UnitModel& model, const AssetStore& assets, Feed& updates) {
+Housekeeper::Housekeeper(UnitModel& model, const AssetStore& assets, Database& rows, Feed& updates) {
     ShowDrives(assets, updates);
-    Thread = std::jthread([&](const std::stop_token& stop) { RunHousekeeper(stop, model, assets, updates); });
+    Thread = std::jthread([&](const std::stop_token& stop) { RunHousekeeper(stop, model, assets, rows, updates); });
 }
 
 }  // namespace ZorvicUnit

@@ -5,15 +5,17 @@
 namespace ZorvicUnit {
 
 class AssetStore;
+class Database;
 class Feed;
 class UnitModel;
 
 /// The thread "housekeeper": every two seconds it shows how full the drives are and saves which preset is selected, so
-/// that no command has to wait for either. Saves once more when it is stopped. Stopped and joined by the destructor.
+/// that no command has to wait for either; when nothing changes, it brings the database's log into its file. Saves once
+/// more when it is stopped. Stopped and joined by the destructor.
 class Housekeeper {
 public:
     /// Shows the drives before it returns, which takes up to 120 ms for each that is slow. All must outlive the object.
-    Housekeeper(UnitModel& model, const AssetStore& assets, Feed& updates);
+    Housekeeper(UnitModel& model, const AssetStore& assets, Database& rows, Feed& updates);
 
 private:
     std::jthread Thread;

@@ -29,10 +29,17 @@ int RefuseOtherFiles(AVFormatContext*, AVIOContext**, const char*, int, AVDictio
     return AVERROR(EPERM);
 }
 
+// A few bytes can claim millions of samples, and the library makes room for what is claimed. This holds the index of
+// a film of 60 hours and a picture of 8K.
+constexpr std::size_t MaxAllocation = 256 * 1024 * 1024;
+
 // The library's own messages go to standard error, past the log, and name every oddity of a stranger's file.
-void SilenceLibrary() {
+void SetUpLibrary() {
     static std::once_flag once;
-    std::call_once(once, [] { av_log_set_level(AV_LOG_QUIET); });
+    std::call_once(once, [] {
+        av_log_set_level(AV_LOG_QUIET);
+        av_max_alloc(MaxAllocation);
+    });
 }
 
 }  // namespace
@@ -75,7 +82,7 @@ struct MediaFile::Source {
 
 MediaFile::MediaFile(const std::filesystem::path& file, const ReadLimit& limit)
     : Input(std::make_unique<Source>(file, limit)) {
-    SilenceLibrary();
+    SetUpLibrary();
     try {
         Open();
     } catch (...) {
@@ -96,6 +103,9 @@ void MediaFile::Open() {
     Format->pb = Input->Buffered;
     Format->flags |= AVFMT_FLAG_CUSTOM_IO;
     Format->io_open = &RefuseOtherFiles;
+    // Session descriptions open sockets past io_open.
+    Format->protocol_whitelist = av_strdup("none");
+    if (Format->protocol_whitelist == nullptr) throw std::bad_alloc();
     Format->interrupt_callback = {&Source::Interrupted, Input.get()};
 
     // Without the name: what a file holds decides, not how it is called (a text must not become a film of its letters).

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "store/seal.h"
+
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -57,9 +59,11 @@ private:
 /// Statement or a Transaction holds the lock for as long as it lives, others wait.
 class Database {
 public:
-    /// Opens or creates the file (write-ahead log, every commit synchronised to disk) and brings its schema up to
-    /// date. Throws Fault when the file is damaged, not ours, or written by a newer version.
+    /// Opens the file (write-ahead log, every commit synchronised to disk), brings its schema up to date and the log's
+    /// content into it. Makes a file only for a store that has never been used. Throws Fault, with the files as they
+    /// were, when it is damaged, gone, not ours, written by a newer version, or older than what was acknowledged.
     explicit Database(const std::filesystem::path& file);
+    /// Closes.
     ~Database();
     Database(const Database&) = delete;
     Database& operator=(const Database&) = delete;
@@ -74,14 +78,33 @@ public:
     /// asked once more with the lock held. Throws Fault TooLate when it says no.
     DatabaseLock WaitForTurn(const std::function<bool()>& wanted);
 
+    /// Call it after the commit of a change and before that is acknowledged: from then on a database without the change
+    /// is not taken for a complete one. Does not wait for the disk.
+    void NoteChanges() noexcept;
+    /// Brings the log's content into the file when nothing has changed since the last call. A failure, as on a full
+    /// disk, is logged: the log keeps everything.
+    void CheckpointWhenIdle();
+    /// Leaves one complete file. Every later use throws Fault. For any thread; does nothing the second time.
+    void Close();
+
 private:
     friend class Statement;
     friend class Transaction;
+    void RefuseLostFile() const;
+    void Open();
     std::int64_t SchemaVersion();
     void Check();
+    void CheckLedger();
+    void ReportUnreadableLog();
     void Migrate();
+    std::int64_t Changes();
+    void Checkpoint();
 
-    std::recursive_timed_mutex Mutex;  ///< guards the handle, and a transaction from its begin to its end
+    const std::filesystem::path File;
+    std::recursive_timed_mutex Mutex;  ///< guards all below, and a transaction from its begin to its end
+    Seal Acknowledged;
+    std::int64_t ChangesAtLastLook = 0;  ///< of this connection, for telling whether it is idle
+    std::int64_t ChangesInFile = 0;      ///< the same, when the log was last brought into the file
     struct Closer {
         void operator()(sqlite3* handle) const;
     };

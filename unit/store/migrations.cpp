@@ -6,7 +6,7 @@ namespace ZorvicUnit {
 
 namespace {
 
-constexpr std::array<const char*, 1> Steps = {
+constexpr std::array<const char*, 2> Steps = {
     // AUTOINCREMENT, because a key must not come back after the highest preset is deleted. The hash tells a record that
     // the disk has spoilt from one that was stored so.
     R"sql(
@@ -24,6 +24,29 @@ constexpr std::array<const char*, 1> Steps = {
         checksum TEXT,
         metadata BLOB,
         envelope BLOB);
+    )sql",
+    // The ledger says what must be there: how many presets, and the sum of a number that each makes of its key and its
+    // hash. It counts the changes too, in the transaction of each, to be compared with what has been acknowledged.
+    R"sql(
+    ALTER TABLE presets ADD COLUMN mark INTEGER
+        AS (((hash & 2147483647) * (pk * 2654435761 & 2147483647 | 1)) >> 16 & 2147483647) VIRTUAL;
+    CREATE TABLE ledger(
+        changes INTEGER NOT NULL,
+        presets INTEGER NOT NULL,
+        marks INTEGER NOT NULL);
+    INSERT INTO ledger SELECT 0, count(*), coalesce(sum(mark), 0) FROM presets;
+    CREATE TRIGGER preset_inserted AFTER INSERT ON presets BEGIN
+        UPDATE ledger SET changes = changes + 1, presets = presets + 1, marks = marks + new.mark;
+    END;
+    CREATE TRIGGER preset_updated AFTER UPDATE ON presets BEGIN
+        UPDATE ledger SET changes = changes + 1, marks = marks - old.mark + new.mark;
+    END;
+    CREATE TRIGGER preset_deleted AFTER DELETE ON presets BEGIN
+        UPDATE ledger SET changes = changes + 1, presets = presets - 1, marks = marks - old.mark;
+    END;
+    CREATE TRIGGER setting_made AFTER INSERT ON settings BEGIN
+        UPDATE ledger SET changes = changes + 1;
+    END;
     )sql",
 };
 

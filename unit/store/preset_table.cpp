@@ -55,6 +55,7 @@ std::int32_t PresetTable::Insert(const zorvic::v1::Preset& preset) {
     const std::int64_t pk = Rows.LastInsertKey();
     if (pk > std::numeric_limits<std::int32_t>::max()) throw Fault(FaultKind::Internal, "store: all keys are used up");
     transaction.Commit();
+    Rows.NoteChanges();
     return static_cast<std::int32_t>(pk);
 }
 
@@ -65,10 +66,12 @@ void PresetTable::Replace(const zorvic::v1::Preset& preset) {
         .Bind(row.Hash)
         .Bind(std::int64_t{preset.pk()})
         .Run();
+    Rows.NoteChanges();
 }
 
 void PresetTable::Remove(std::int32_t pk) {
     Rows.Prepare("DELETE FROM presets WHERE pk = ?").Bind(std::int64_t{pk}).Run();
+    Rows.NoteChanges();
 }
 
 }  // namespace ZorvicUnit

@@ -34,6 +34,7 @@ std::string SettingsTable::Guid() {
     auto guid = Get(GuidName);
     if (!guid) Set(GuidName, *(guid = NewGuid()));
     transaction.Commit();
+    Rows.NoteChanges();
     return *guid;
 }
 

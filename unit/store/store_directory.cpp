@@ -19,20 +19,31 @@ namespace {
     throw Fault(FaultKind::Internal, fmt::format("store {}: {}", path.string(), why));
 }
 
-Descriptor OpenLockFile(const std::filesystem::path& root) {
+Descriptor Open(const std::filesystem::path& path, int flags) {
+    Descriptor file(open(path.c_str(), flags | O_CLOEXEC, 0644));
+    if (!file.IsOpen()) Raise(path, std::generic_category().message(errno));
+    return file;
+}
+
+Descriptor OpenDirectory(const std::filesystem::path& root) {
     std::error_code error;
     std::filesystem::create_directories(root, error);
     if (error) Raise(root, error.message());
-    Descriptor file(open((root / "lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644));
-    if (!file.IsOpen()) Raise(root, std::generic_category().message(errno));
-    return file;
+    return Open(root, O_RDONLY | O_DIRECTORY);
+}
+
+bool Lock(const Descriptor& file) {
+    return flock(file.Get(), LOCK_EX | LOCK_NB) == 0;
 }
 
 }  // namespace
 
-StoreDirectory::StoreDirectory(std::filesystem::path path) : Root(std::move(path)), LockFile(OpenLockFile(Root)) {
-    if (flock(LockFile.Get(), LOCK_EX | LOCK_NB) == 0) return;
-    Raise(Root, errno == EWOULDBLOCK ? "in use by another unit" : std::generic_category().message(errno));
+StoreDirectory::StoreDirectory(std::filesystem::path path)
+    : Root(std::move(path)), DirectoryLock(OpenDirectory(Root)), FileLock(Open(Root / "lock", O_RDWR | O_CREAT)) {
+    // A file system that cannot lock a directory leaves it to the file.
+    const bool taken = !Lock(DirectoryLock) && errno == EWOULDBLOCK;
+    if (!taken && Lock(FileLock)) return;
+    Raise(Root, taken || errno == EWOULDBLOCK ? "in use by another unit" : std::generic_category().message(errno));
 }
 
 }  // namespace ZorvicUnit

@@ -18,7 +18,8 @@ public:
 
 private:
     const std::filesystem::path Root;
-    const Descriptor LockFile;
+    const Descriptor DirectoryLock;  ///< holds even when somebody removes the lock file
+    const Descriptor FileLock;
 };
 
 }  // namespace ZorvicUnit
