@@ -1,5 +1,5 @@
 #include "fixtures.h"
-#include "simulatorpane.h"
+#include "mainwindow.h"
 
 #include <QPointer>
 #include <QSignalSpy>
@@ -194,21 +194,40 @@ TEST_F(TransportTest, ADragOrMenuOfTheBarEndsWithThePresetItBeganOn) {
     EXPECT_THAT(Sent(), IsEmpty());
 }
 
+TEST_F(TransportTest, TypedTimesGoWithTheFocusAndMenusDoNotUseThem) {
+    MainWindow window;
+    const std::unique_ptr<SessionHandle> handle(Sessions.CreateSessionByIP("host"));
+    auto* const view = window.AddView(handle->GetSession());
+    window.show();
+    QApplication::setActiveWindow(&window);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    FakeZorvic::ClearCalls();
+    view->SeekBox->setFocus();
+    QTest::keyClicks(view->SeekBox, QStringLiteral("0:20"));
+    QTest::mouseClick(window.menuBar(), Qt::LeftButton, {}, {10, 10});
+    QTest::keyClick(QApplication::activePopupWidget() ? QApplication::activePopupWidget() : window.menuBar(),
+                    Qt::Key_Escape);
+    window.menuBar()->setFocus();
+    for (const auto key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Escape})
+        QTest::keyClick(window.windowHandle(), key);
+    if (auto* const menu = QApplication::activePopupWidget()) menu->close();
+    EXPECT_THAT(FakeZorvic::Commands(), IsEmpty());
+    view->PresetsView->setFocus();
+    EXPECT_EQ(view->SeekBox->text(), QStringLiteral("00:01:00"));
+    EXPECT_THAT(FakeZorvic::Commands(), IsEmpty());
+}
+
 TEST_F(TransportTest, TheWheelSetsOnlyWhatHasTheKeyboard) {
-    Preset(1).Canvases = {Canvas(Full, ZORVIC_ECALIGN_STRETCHED)};
     Open();
-    const auto changes = [](QWidget* widget, const char* property) {
-        const auto before = widget->property(property);
-        QWheelEvent wheel({5, 5}, widget->mapToGlobal(QPoint(5, 5)), {}, {0, 120}, Qt::NoButton, {}, Qt::NoScrollPhase,
-                          false);
-        QApplication::sendEvent(widget, &wheel);
-        return widget->property(property) != before;
-    };
     List().setFocus();
-    EXPECT_FALSE(changes(View->findChild<Simulator::SimulatorPaneWidget*>()->SizingBox, "currentIndex"));
-    EXPECT_FALSE(changes(View->LChannel, "value"));
-    View->LChannel->setFocus();
-    EXPECT_TRUE(changes(View->LChannel, "value"));
+    for (const bool focused : {false, true}) {
+        if (focused) View->LChannel->setFocus();
+        const int before = View->LChannel->value();
+        QWheelEvent wheel({5, 5}, View->LChannel->mapToGlobal(QPoint(5, 5)), {}, {0, 120}, Qt::NoButton, {},
+                          Qt::NoScrollPhase, false);
+        QApplication::sendEvent(View->LChannel, &wheel);
+        EXPECT_EQ(View->LChannel->value() != before, focused);
+    }
 }
 
 }  // namespace
