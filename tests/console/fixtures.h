@@ -1,6 +1,7 @@
 #pragma once
 
 #include "metadata_cache.h"
+#include "playheadwidget.h"
 #include "sessionmanager.h"
 #include "support/fakezorvic.h"
 #include "zorvicview.h"
@@ -15,12 +16,28 @@
 #include <memory>
 #include <string>
 
+using testing::ElementsAre;
+using testing::IsEmpty;
+
 /// The first window of this kind, or null.
 template <typename Window>
 Window* TopLevel() {
     for (QWidget* const window : QApplication::topLevelWidgets())
         if (auto* const found = qobject_cast<Window*>(window)) return found;
     return nullptr;
+}
+
+inline std::vector<std::string> Column(const QTreeWidget* tree, int column) {
+    std::vector<std::string> texts;
+    for (int row = 0; row < tree->topLevelItemCount(); ++row)
+        texts.push_back(tree->topLevelItem(row)->text(column).toStdString());
+    return texts;
+}
+inline std::string Row(const QTreeWidget* tree, int row) {
+    QStringList cells;
+    for (int column = 0; column < tree->columnCount(); ++column)
+        cells += tree->topLevelItem(row)->text(column);
+    return cells.join(QLatin1Char(',')).toStdString();
 }
 
 /// A scripted unit with a session to it.
@@ -31,6 +48,12 @@ protected:
 
     void Reconnect() { delete Sessions.CreateSessionByIP("host"); }
     void Disconnect() { Sessions.DeleteSessionByGUID("guid"); }
+    /// The commands since it was last asked for them.
+    static std::vector<std::string> Sent() {
+        auto commands = FakeZorvic::Commands();
+        FakeZorvic::ClearCalls();
+        return commands;
+    }
     Zorvic::Asset& AddAsset(const std::string& path, const Zorvic::Size2D& resolution = {1920, 1080}) {
         Zorvic::Asset& asset = Unit.Assets.emplace_back();
         asset.FullPath = path;
@@ -65,10 +88,14 @@ protected:
     }
     Zorvic::Preset& Preset(int pk) { return *Unit.FindPreset(pk); }
     Zorvic::PresetState& State(int pk) { return *Unit.FindState(pk); }
-    void Play(int pk, int timeMS) {
-        State(pk).IsPlaying = true;
+    void Stand(int pk, int timeMS, int level = 0) {
         Unit.TimeCodes[pk].PK = pk;
         Unit.TimeCodes[pk].Time = timeMS;
+        Unit.TimeCodes[pk].VUData = {level, level};
+    }
+    void Play(int pk, int timeMS, int level = 0) {
+        State(pk).IsPlaying = true;
+        Stand(pk, timeMS, level);
     }
     void Forget(int pk) {
         std::erase_if(Unit.Presets, [pk](const auto& preset) { return preset.PK == pk; });
@@ -80,16 +107,22 @@ protected:
             state.IsSelected = state.PK == pk;
     }
 
+    QTreeWidget& List() const { return *View->PresetsView; }
+    PlayHeadWidget& Bar() const { return *View->findChild<PlayHeadWidget*>(); }
+
     void Open() {
         View = std::make_unique<ZorvicView>("guid", "host");
         View->AcceptAssets(Unit.Assets);
         View->AcceptPresetStates();
+        Show(*View);
+    }
+    void Show(QWidget& window) const {
         for (auto* timer : View->findChildren<QTimer*>(QString(), Qt::FindDirectChildrenOnly))
             timer->stop();
-        View->resize(1280, 720);
-        View->show();
-        QApplication::setActiveWindow(View.get());
-        ASSERT_TRUE(QTest::qWaitForWindowActive(View.get()));
+        window.resize(1280, 720);
+        window.show();
+        QApplication::setActiveWindow(&window);
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
         FakeZorvic::ClearCalls();
     }
     void Close() { View.reset(); }
@@ -99,22 +132,20 @@ protected:
         (View->SetViewUpdateFlag(types), ...);
         View->ProcessViewUpdateFlags();
     }
+    void SelectElsewhere(int pk) {
+        SelectOnUnit(pk);
+        Pump(Zorvic::ZORVIC_STATE_PRESETSTATES);
+    }
     void Click(const char* button) const {
         QTest::mouseClick(View->findChild<QPushButton*>(QString::fromLatin1(button)), Qt::LeftButton);
     }
     /// To whatever has the focus, as the window system would send it.
     void Press(Qt::Key key) const { QTest::keyClick(View->window()->windowHandle(), key); }
     void SelectRows(std::initializer_list<int> pks) const {
-        const QSignalBlocker blocker(View->PresetsView);
-        View->PresetsView->clearSelection();
+        const QSignalBlocker blocker(&List());
+        List().clearSelection();
         for (const int pk : pks)
             View->LookupPresetItem(pk)->setSelected(true);
-    }
-    static std::vector<std::string> Column(const QTreeWidget* tree, int column) {
-        std::vector<std::string> texts;
-        for (int row = 0; row < tree->topLevelItemCount(); ++row)
-            texts.push_back(tree->topLevelItem(row)->text(column).toStdString());
-        return texts;
     }
 
     std::unique_ptr<ZorvicView> View;

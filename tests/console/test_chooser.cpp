@@ -2,10 +2,6 @@
 #include "mainwindow.h"
 #include "zorvicchooser.h"
 
-#include <QSignalSpy>
-
-using testing::ElementsAre;
-
 namespace {
 
 Zorvic::LANZorvic MakeUnit(const std::string& ip, const std::string& nickname = "Stage") {
@@ -43,12 +39,6 @@ protected:
     void Press(QTreeWidgetItem* item) {
         QTest::mouseClick(List->viewport(), Qt::LeftButton, {}, List->visualItemRect(item).center());
     }
-    static std::vector<std::string> Texts(const QTreeWidgetItem* row) {
-        std::vector<std::string> texts;
-        for (int column = 0; column < 7; ++column)
-            texts.push_back(row->text(column).toStdString());
-        return texts;
-    }
     std::string Address() const { return Window.ZorvicIPBox->text().toStdString(); }
 
     MainWindow Main;
@@ -61,10 +51,8 @@ TEST_F(Chooser, ShowsWhatIsKnownOfAUnit) {
     newer.Type = static_cast<Zorvic::UnitType>(17);
     newer.CurrentRole = Zorvic::ZORVIC_ROLE_MAX;
     Find({MakeUnit("10.0.0.1"), newer});
-    EXPECT_THAT(Texts(List->headerItem()), ElementsAre("IP", "Nickname", "Type", "GUID", "Role", "Version", "API"));
-    EXPECT_THAT(Texts(List->topLevelItem(0)),
-                ElementsAre("10.0.0.1", "Stage", "Lumen", "guid-10.0.0.1", "Primary", "7.1", "3"));
-    EXPECT_THAT(Texts(List->topLevelItem(1)), ElementsAre("10.0.0.2", "(none)", "", "guid-10.0.0.2", "", "7.1", "3"));
+    EXPECT_EQ(Row(List, 0), "10.0.0.1,Stage,Lumen,guid-10.0.0.1,Primary,7.1,3");
+    EXPECT_EQ(Row(List, 1), "10.0.0.2,(none),,guid-10.0.0.2,,7.1,3");
 }
 
 TEST_F(Chooser, OffersTheFirstUnitOnlyWhenNothingIsTypedOrSelected) {
@@ -96,41 +84,23 @@ TEST_F(Chooser, TheSelectionFollowsItsUnitAndEndsWithIt) {
     EXPECT_EQ(Address(), "10.0.0.2");
 }
 
-TEST_F(Chooser, AnUnchangedListIsNotTouchedAndAChangedOneDoesNotScroll) {
-    std::vector<Zorvic::LANZorvic> units;
-    for (int number = 1; number < 60; ++number)
-        units.push_back(MakeUnit("10.0.1." + std::to_string(number)));
-    Find(units);
-    const int bottom = List->verticalScrollBar()->maximum();
-    ASSERT_GT(bottom, 0);
-    List->verticalScrollBar()->setValue(bottom);
-    const QSignalSpy changed(List->model(), &QAbstractItemModel::dataChanged);
-    const QSignalSpy removed(List->model(), &QAbstractItemModel::rowsRemoved);
-    Find(units);
-    EXPECT_EQ(changed.size() + removed.size(), 0);
-    units.back() = MakeUnit("10.0.1.99");
-    Find(units);
-    EXPECT_EQ(removed.size(), 1);
-    EXPECT_EQ(List->verticalScrollBar()->value(), bottom);
-}
-
 TEST_F(Chooser, ReturnAnywhereAndADoubleClickConnectOnceWhereAUnitAnswers) {
-    for (const char* nobody : {"", "10.0.0.9"}) {
+    for (const char* nobody : {"", " 10.0.0.9 "}) {
         Window.ZorvicIPBox->setText(QString::fromUtf8(nobody));
         QTest::keyClick(Window.ZorvicIPBox, Qt::Key_Return);
-        EXPECT_EQ(Main.ZorvicTabs->count(), 0);
         EXPECT_TRUE(Window.isVisible());
     }
-    ASSERT_FALSE(Main.isVisible());
-    const auto keyOn = [this](QWidget* focused, Qt::Key key, Qt::KeyboardModifier modifier = Qt::NoModifier) {
-        Window.ZorvicIPBox->setText(QStringLiteral("host"));
+    EXPECT_EQ(Window.ResultLabel->text(), QStringLiteral("No unit answers at 10.0.0.9."));
+    Window.ZorvicIPBox->clear();
+    EXPECT_TRUE(Window.ResultLabel->text().isEmpty());
+    const auto keyOn = [this](QWidget* focused, Qt::Key key) {
+        Window.ZorvicIPBox->setText(QStringLiteral("  host "));
         focused->setFocus();
-        QTest::keyClick(focused, key, modifier);
+        QTest::keyClick(focused, key);
     };
     const std::vector<std::function<void()>> ways = {
         [&] { keyOn(Window.ZorvicIPBox, Qt::Key_Return); }, [&] { keyOn(List, Qt::Key_Return); },
-        [&] { keyOn(Window.ConnectButton, Qt::Key_Return); },
-        [&] { keyOn(Window.ZorvicIPBox, Qt::Key_Enter, Qt::KeypadModifier); },
+        [&] { keyOn(Window.ConnectButton, Qt::Key_Return); }, [&] { keyOn(Window.ZorvicIPBox, Qt::Key_Enter); },
         [&] {
             Find({MakeUnit("10.0.0.2"), MakeUnit("host")});
             Press(List->topLevelItem(1));

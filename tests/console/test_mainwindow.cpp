@@ -1,9 +1,10 @@
+#include "application.h"
 #include "fixtures.h"
 #include "mainwindow.h"
 
 #include <QPointer>
 
-using testing::ElementsAre;
+#include <stdexcept>
 
 namespace {
 
@@ -30,13 +31,10 @@ protected:
         return labels;
     }
     void UseEveryUnitMenu() {
-        Window->OnCreatePresetClicked();
-        Window->OnEditPresetClicked();
-        Window->OnClonePresetClicked();
-        Window->OnDeletePresetClicked();
+        for (const auto act : {&MainWindow::OnCreatePresetClicked, &MainWindow::OnEditPresetClicked,
+                               &MainWindow::OnClonePresetClicked, &MainWindow::OnDeletePresetClicked})
+            ((*Window).*act)();
         Window->CallPowerMethod(&Zorvic::Session::SoftRebootZorvic);
-        Window->CallPowerMethod(&Zorvic::Session::RebootZorvic);
-        Window->CallPowerMethod(&Zorvic::Session::ShutdownZorvic);
     }
 
     std::unique_ptr<MainWindow> Window = std::make_unique<MainWindow>();
@@ -104,6 +102,16 @@ TEST_F(Shell, ASessionReplacedWhileItsTabIsBuiltGetsNoTab) {
 TEST_F(Shell, QuitEndsTheProcessAtOnceWithStatusZero) {
     Connect("host");
     EXPECT_EXIT(Window->actionQuit->trigger(), testing::ExitedWithCode(0), "");
+}
+
+TEST(ApplicationObject, LogsWhatEscapesAHandlerAndGoesOn) {
+    testing::internal::CaptureStderr();
+    QTimer::singleShot(0, qApp, [] { throw std::out_of_range("no such entry"); });
+    QTimer::singleShot(0, qApp, [] { throw 42; });
+    QTimer::singleShot(0, qApp, &QApplication::quit);
+    QApplication::exec();
+    EXPECT_THAT(testing::internal::GetCapturedStderr(),
+                testing::MatchesRegex("ZorvicUI: ERROR: .*no such entry\n.*unknown type.*\n"));
 }
 
 }  // namespace

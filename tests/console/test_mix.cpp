@@ -1,8 +1,6 @@
 #include "fixtures.h"
 
 using namespace Zorvic;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 
@@ -34,12 +32,11 @@ TEST_F(MixTest, ASliderSetsItsChannelOrBothButARefreshNeither) {
     View->LChannel->setValue(5);
     EXPECT_THAT(Preset(1).Volume, ElementsAre(5, 5));
     Preset(2).Volume = {1000, 2000};
-    SelectOnUnit(2);
-    Pump(ZORVIC_STATE_PRESETSTATES);
+    SelectElsewhere(2);
     EXPECT_EQ(View->RChannel->value(), 2000);
     EXPECT_THAT(Preset(2).Volume, ElementsAre(1000, 2000));
     Preset(2).Volume = {7};
-    FakeZorvic::ClearCalls();
+    Sent();
     View->LChannel->setValue(6);
     EXPECT_THAT(FakeZorvic::Commands(), IsEmpty());
     Pump(ZORVIC_STATE_PRESETS);
@@ -119,8 +116,7 @@ TEST_F(MixTest, ADragEndsWhereItsPlayerOrItsPresetDoes) {
     EXPECT_EQ(View->HueSel->value(), 30);
 
     Drag(View->LChannel, 2000);
-    SelectOnUnit(2);
-    Pump(ZORVIC_STATE_PRESETSTATES);
+    SelectElsewhere(2);
     View->LChannel->setSliderPosition(3000);
     View->LChannel->setSliderDown(false);
     EXPECT_THAT(Preset(2).Volume, ElementsAre(100, 200));

@@ -19,9 +19,8 @@ class PresetBuilderTest : public AuthoringTest {
 protected:
     PresetBuilderTest() {
         for (const auto& [pk, name] : {std::pair(3, "Intro"), std::pair(12, "Storm")}) {
-            Preset& preset = Known.emplace_back();
-            preset.PK = pk;
-            preset.Name = name;
+            Known.emplace_back().PK = pk;
+            Known.back().Name = name;
         }
         Builder.UpdateCachedPresets(std::vector(Known));
     }
@@ -37,6 +36,10 @@ protected:
     SimulatorPaneWidget* Pane(int column) const { return Builder.findChildren<SimulatorPaneWidget*>().at(column); }
     static AssetBrowser* Browser() { return TopLevel<AssetBrowser>(); }
     static void Choose(const char* path) { emit Browser()->ItemsChosen({QString::fromUtf8(path)}); }
+    void Put(const char* path, int column) const {
+        emit Pane(column)->Clicked(Pane(column));
+        Choose(path);
+    }
     Preset Compile() { return *std::unique_ptr<Preset>(Builder.CompilePreset()); }
     bool HoldsTypedForm() {
         const Preset saved = Compile();
@@ -56,8 +59,8 @@ TEST_F(PresetBuilderTest, EveryOutputThatNoCanvasCoversGetsAnEmptyOneUntilTheSav
     EXPECT_EQ(Pane(2)->GetCfg().Canvas->SinkTypes, ZORVIC_SINK_KONA);
     EXPECT_EQ(Compile().Canvases.size(), 1U);
 
-    emit Pane(2)->Clicked(Pane(2));
-    Choose(Wide);
+    Put(Wide, 2);
+    EXPECT_EQ(Pane(2)->NoteLabel->text(), QStringLiteral("Saving moves this to Output 3"));
     const Preset saved = Compile();
     ASSERT_EQ(saved.Canvases.size(), 2U);
     EXPECT_EQ(saved.Canvases[1].Index, 1U);
@@ -99,12 +102,8 @@ TEST_F(PresetBuilderTest, APresetOpenedAndSavedUnchangedComesBackAsItWas) {
         EXPECT_EQ(placed(saved.Canvases[i]), placed(FilledPreset().Canvases[i]));
 }
 
-TEST_F(PresetBuilderTest, WhatNobodyTouchedComesBackEvenWhereABoxCannotHoldIt) {
-    struct Fields {
-        bool Freeze;
-        int Loop, FadeOut, Link;
-        auto operator<=>(const Fields&) const = default;
-    };
+TEST_F(PresetBuilderTest, WhatNobodyTouchedComesBackEvenWhereABoxCannotHoldItAndWhatIsSetCounts) {
+    using Fields = std::tuple<bool, int, int, int>;  // freeze, loop, fade out, link
     const std::vector<std::pair<Fields, Fields>> cases = {
         {{true, -1, 0, 0}, {true, 0, 0, 0}},
         {{false, -1, 0, 0}, {false, -1, 0, 0}},  // right after a frozen one
@@ -113,19 +112,30 @@ TEST_F(PresetBuilderTest, WhatNobodyTouchedComesBackEvenWhereABoxCannotHoldIt) {
         {{false, 150, 2000, 20}, {false, 150, 2000, 20}}};
     for (const auto& [opened, expected] : cases) {
         Preset preset;
-        std::tie(preset.FreezeAtEnd, preset.Loop, preset.FadeOutMS, preset.Link) =
-            std::tie(opened.Freeze, opened.Loop, opened.FadeOut, opened.Link);
+        std::tie(preset.FreezeAtEnd, preset.Loop, preset.FadeOutMS, preset.Link) = opened;
         Builder.SetPreset(preset);
         const Preset saved = Compile();
-        EXPECT_EQ((Fields{saved.FreezeAtEnd, saved.Loop, saved.FadeOutMS, saved.Link}), expected);
+        EXPECT_EQ(Fields(saved.FreezeAtEnd, saved.Loop, saved.FadeOutMS, saved.Link), expected);
     }
-    emit Pane(0)->Clicked(Pane(0));
-    Choose(Wide);
+    Put(Wide, 0);
     EXPECT_EQ(Compile().FadeOutMS, 2000);
     Builder.LoopSpin->setValue(98);
     Builder.FadeCheck->setChecked(false);
     Builder.FadeCheck->setChecked(true);
     EXPECT_EQ(Compile().Loop, 98);
+    EXPECT_EQ(Compile().FadeOutMS, 0);
+    Builder.LoopForeverCheck->setChecked(true);
+    EXPECT_FALSE(Builder.LoopSpin->isEnabled());
+    EXPECT_EQ(Compile().Loop, -1);
+    Builder.FreezeCheck->setChecked(true);
+    EXPECT_FALSE(Builder.LoopForeverCheck->isChecked() || Builder.LoopForeverCheck->isEnabled());
+    EXPECT_EQ(Compile().Loop, 0);
+    Builder.FreezeCheck->setChecked(false);
+    EXPECT_TRUE(Builder.LoopSpin->isEnabled());
+    Builder.FadeSpin->setValue(7);
+    EXPECT_EQ(Compile().FadeOutMS, 7);
+    Builder.FadeCheck->setChecked(false);
+    EXPECT_FALSE(Builder.FadeSpin->isEnabled());
     EXPECT_EQ(Compile().FadeOutMS, 0);
 }
 
@@ -147,29 +157,8 @@ TEST_F(PresetBuilderTest, LinksStayWithTheirPresetAndTheChoiceSurvivesARefresh) 
     EXPECT_EQ(Builder.LinkSelect->currentText(), QStringLiteral("3 - Intro renamed"));
     EXPECT_EQ(Compile().Link, 3);
 
-    preset.Link = 0;
-    Builder.SetPreset(preset);
-    EXPECT_EQ(Builder.LinkSelect->currentText(), QStringLiteral("None"));
-}
-
-TEST_F(PresetBuilderTest, FreezingAndLoopingForeverExcludeALoopCount) {
-    Preset preset;
-    preset.Loop = -1;
-    Builder.SetPreset(preset);
-    EXPECT_TRUE(Builder.LoopForeverCheck->isChecked());
-    EXPECT_FALSE(Builder.LoopSpin->isEnabled());
-    Builder.FreezeCheck->setChecked(true);
-    EXPECT_FALSE(Builder.LoopForeverCheck->isChecked() || Builder.LoopForeverCheck->isEnabled());
-    Builder.LoopSpin->setValue(4);
-    EXPECT_EQ(Compile().Loop, 0);
-    Builder.FreezeCheck->setChecked(false);
-    EXPECT_TRUE(Builder.LoopSpin->isEnabled());
-    EXPECT_EQ(Compile().Loop, 4);
-    Builder.FadeCheck->setChecked(true);
-    Builder.FadeSpin->setValue(7);
-    Builder.FadeCheck->setChecked(false);
-    EXPECT_FALSE(Builder.FadeSpin->isEnabled());
-    EXPECT_EQ(Compile().FadeOutMS, 0);
+    Builder.SetPreset({});
+    EXPECT_EQ(Builder.LinkSelect->currentIndex(), 0);
 }
 
 TEST_F(PresetBuilderTest, WhatIsTypedSurvivesChoosingPlacingAndRemovingAnAsset) {
@@ -189,13 +178,11 @@ TEST_F(PresetBuilderTest, WhatIsTypedSurvivesChoosingPlacingAndRemovingAnAsset) 
     Choose(Wide);
     EXPECT_FALSE(Browser()->isVisible());
     EXPECT_EQ(Compile().Canvases.at(0).Assets.at(0).PinnedCoords, Placed(ZORVIC_ECALIGN_SCALED_CENTERED));
-    EXPECT_EQ(Pane(1)->toolTip(), QString::fromUtf8(Wide));
     EXPECT_TRUE(HoldsTypedForm());
     Pane(1)->TopArrow->click();
     EXPECT_TRUE(HoldsTypedForm());
     QTest::mouseClick(Pane(1)->PaneWidget, Qt::LeftButton);
     EXPECT_TRUE(Compile().Canvases.empty());
-    EXPECT_EQ(Pane(1)->GetButtonStates(), Simulator::SimButtonStates{});
     EXPECT_TRUE(HoldsTypedForm());
     Builder.LinkSelect->setCurrentIndex(0);
     EXPECT_EQ(Compile().Link, 3);  // a choice that was taken back leaves no trace
@@ -205,9 +192,6 @@ TEST_F(PresetBuilderTest, AChoiceNeverLandsInAnotherPresetOrAClosedBuilder) {
     Open({});
     emit Pane(0)->Clicked(Pane(0));
     emit Browser()->ItemsChosen({});
-    Choose(Gone);
-    EXPECT_TRUE(Logged("Unable to get asset metadata for asset " + std::string(Gone)));
-    EXPECT_TRUE(Compile().Canvases.empty());
     EXPECT_TRUE(Browser()->isVisible());
     Builder.SetPreset(PresetWith(Full, ZORVIC_ECALIGN_CENTERED));
     EXPECT_FALSE(Browser()->isVisible());
@@ -223,42 +207,23 @@ TEST_F(PresetBuilderTest, AChoiceNeverLandsInAnotherPresetOrAClosedBuilder) {
 
 TEST_F(PresetBuilderTest, KeysAndTheFrameSaveAndCloseAndNotWhileHeldDown) {
     Open({});
-    EXPECT_FALSE(Builder.CreateButton->isEnabled());
-    std::vector<std::string> heard;
-    QObject::connect(&Builder, &PresetBuilder::CreateClicked, &Builder, [&] { heard.emplace_back("create"); });
+    std::string heard;
+    QObject::connect(&Builder, &PresetBuilder::CreateClicked, &Builder, [&] { heard += "create "; });
     QObject::connect(&Builder, &PresetBuilder::CloseClicked, &Builder,
-                     [&] { heard.emplace_back(Builder.isVisible() ? "visible" : "close"); });
+                     [&] { heard += Builder.isVisible() ? "visible " : "close "; });
     QTest::keyClick(Builder.LoopSpin, Qt::Key_Return);  // also without a name, and from a number box
     EXPECT_FALSE(Builder.isVisible());
     Show();
     QTest::keyClick(Builder.PresetNameBox, Qt::Key_Escape);
     Show();
     Builder.close();
-    EXPECT_THAT(heard, testing::ElementsAre("create", "close", "close"));
-
     Show();
     QTest::simulateEvent(&Builder, true, Qt::Key_Return, Qt::NoModifier, QString(), true);  // repeated
-    EXPECT_EQ(heard.size(), 3U);
     emit Pane(0)->Clicked(Pane(0));
     ASSERT_TRUE(QTest::qWaitForWindowActive(Browser()));
     QTest::keyClick(Browser(), Qt::Key_Escape);
     EXPECT_TRUE(Builder.isVisible());
-    EXPECT_EQ(heard.size(), 3U);
-}
-
-TEST_F(PresetBuilderTest, AnAssetBehindAnUnusedOutputSaysWhereItMoves) {
-    Builder.SetPreset({});
-    const auto remark = [this](int column) { return Pane(column)->NoteLabel->text().toStdString(); };
-    emit Pane(2)->Clicked(Pane(2));
-    Choose(Wide);
-    EXPECT_EQ(remark(2), "Saving moves this to Output 1");
-    emit Pane(0)->Clicked(Pane(0));
-    Choose(Sound);
-    EXPECT_EQ(remark(0), "Sound only");
-    EXPECT_EQ(remark(2), "Saving moves this to Output 2");
-    EXPECT_EQ(Compile().GetPlayersForCanvas(1), ZORVIC_PLAYER_2);
-    Pane(0)->ClearButton->click();
-    EXPECT_EQ(remark(2), "Saving moves this to Output 1");
+    EXPECT_EQ(heard, "create close close ");
 }
 
 TEST_F(PresetBuilderTest, SoundIsTakenAndWhatIsNotTakenSaysWhy) {
@@ -283,12 +248,8 @@ TEST_F(PresetBuilderTest, SoundIsTakenAndWhatIsNotTakenSaysWhy) {
     EXPECT_FALSE(Browser()->isVisible());
     EXPECT_EQ(Compile().Canvases.at(0).Assets.at(0).PinnedCoords, (Cube{{}, 0, 1}));
     EXPECT_FALSE(Pane(0)->TopArrow->isEnabled() || Pane(0)->SizingBox->isEnabled());
-    EXPECT_TRUE(Pane(0)->ClearButton->isEnabled());
-    Unit.Metadata[Wide].Resolution = {640, 300};
-    emit Pane(0)->Clicked(Pane(0));
-    emit Pane(0)->Clicked(Pane(0));
-    Choose(Wide);
-    EXPECT_TRUE(Pane(0)->TopArrow->isEnabled() && Pane(0)->NoteLabel->text().isEmpty());
+    Pane(0)->ClearButton->click();
+    EXPECT_TRUE(Compile().Canvases.empty());
 }
 
 // Neither the key that picks nor the one that gives up goes on to the window.
@@ -313,44 +274,38 @@ TEST_F(ViewTest, KeysInAnOpenListStayThereInEveryWindow) {
         }
     }
     EXPECT_EQ(chosen.size(), 0);
-    EXPECT_THAT(FakeZorvic::Commands(), testing::IsEmpty());
+    EXPECT_THAT(FakeZorvic::Commands(), IsEmpty());
 }
 
 class BuilderInViewTest : public ViewTest {
 protected:
     const PresetBuilder& Builder = (Open(), *TopLevel<PresetBuilder>());
     std::string Name() const { return Builder.PresetNameBox->text().toStdString(); }
+    std::string Failure() const { return Builder.FailureLabel->text().toStdString(); }
     void Save() const { QTest::mouseClick(Builder.CreateButton, Qt::LeftButton); }
 };
 
 TEST_F(BuilderInViewTest, ASaveThatFailsKeepsTheFormAndSaysWhyUntilTheNextEdit) {
     Click("AddPresetButton");
-    const struct {
-        StatusCode Status;
-        int NameLength;
-        const char* Why;
-    } cases[] = {{ZORVIC_STATUS_MISUSED, 257, "name is too long (257 bytes, at most 256)"},
-                 {ZORVIC_STATUS_MISUSED, 256, "refuses the preset"},
-                 {ZORVIC_STATUS_FAILED, 1, "could not store"},
-                 {ZORVIC_STATUS_NETWORKERROR, 2, "does not answer"}};
+    const std::tuple<StatusCode, int, const char*> cases[] = {
+        {ZORVIC_STATUS_MISUSED, 257, "name is too long (257 bytes, at most 256)"},
+        {ZORVIC_STATUS_MISUSED, 256, "refuses the preset"},
+        {ZORVIC_STATUS_FAILED, 1, "could not store"},
+        {ZORVIC_STATUS_NETWORKERROR, 2, "does not answer"}};
     for (const auto& [status, nameLength, why] : cases) {
         const QString name(nameLength, QLatin1Char('n'));
         Builder.PresetNameBox->setText(name);
-        EXPECT_EQ(Builder.FailureLabel->text(), QString());
+        EXPECT_EQ(Failure(), "");
         Unit.Fail("CreatePreset", status);
-        testing::internal::CaptureStderr();
         Save();
-        EXPECT_THAT(testing::internal::GetCapturedStderr(),
-                    testing::HasSubstr("Failed to create preset with Name " + name.toStdString() + "\n"));
         EXPECT_TRUE(Builder.isVisible());
         EXPECT_EQ(Name(), name.toStdString());
-        EXPECT_THAT(Builder.FailureLabel->text().toStdString(), testing::HasSubstr(why));
+        EXPECT_THAT(Failure(), testing::HasSubstr(why));
     }
     Unit.Failures.clear();
     Disconnect();
     Save();
-    EXPECT_TRUE(Builder.isVisible());
-    EXPECT_NE(Builder.FailureLabel->text(), QString());
+    EXPECT_TRUE(Builder.isVisible() && !Failure().empty());
     Reconnect();
     Save();
     EXPECT_FALSE(Builder.isVisible());
@@ -369,17 +324,16 @@ TEST_F(BuilderInViewTest, SavingAnEditRevertsNobodyElse) {
     std::tie(stored.InPosition, stored.OutPosition, stored.FadeInMS, stored.Link) = std::tuple(9000, 10, 20, 3);
     stored.Gotos[1].TimeMS = stored.Countdowns[1].TimeMS = 500;
     stored.Volume = {7};
-    stored.Color = "red";
     stored.Canvases[0].Assets[0].Hue = 0.5F;
     const Zorvic::Preset theirs = stored;
     // Before what the unit holds is known, nothing is written over it.
     Unit.Fail("GetPresets", ZORVIC_STATUS_NETWORKERROR, 1);
     Save();
-    EXPECT_THAT(FakeZorvic::Commands(), testing::IsEmpty());
+    EXPECT_THAT(FakeZorvic::Commands(), IsEmpty());
     Save();
     const auto kept = [](const Zorvic::Preset& p) {
         return std::tuple(p.InPosition, p.OutPosition, p.FadeInMS, p.Link, p.Gotos.size(), p.Countdowns.size(),
-                          p.Volume, p.Color, p.Canvases.at(0).Assets.at(0).Hue);
+                          p.Volume, p.Canvases.at(0).Assets.at(0).Hue);
     };
     const Zorvic::Preset saved = *FakeZorvic::LastCall("UpdatePreset").Sent;
     EXPECT_EQ(kept(saved), kept(theirs));
@@ -391,18 +345,18 @@ TEST_F(BuilderInViewTest, AnEditOfAPresetThatIsGoneIsKeptAndSavedAnewByTheNextSa
     SelectRows({2});
     Click("EditPresetButton");
     Forget(2);
+    AddPreset("Newest", 1000);
+    Pump(ZORVIC_STATE_PRESETS);
+    EXPECT_NE(Builder.LinkSelect->findText(QStringLiteral("4 - Newest")), -1);
     Save();
-    EXPECT_THAT(Builder.FailureLabel->text().toStdString(), testing::HasSubstr("deleted meanwhile"));
+    EXPECT_THAT(Failure(), testing::HasSubstr("deleted meanwhile"));
     EXPECT_TRUE(Builder.isVisible());
-    EXPECT_THAT(FakeZorvic::Commands(), testing::IsEmpty());
+    EXPECT_THAT(FakeZorvic::Commands(), IsEmpty());
     Save();
     EXPECT_EQ(FakeZorvic::LastCall("CreatePreset").Sent->Name, "Break");
 }
 
 TEST_F(BuilderInViewTest, NothingOfAnEditStaysForThePresetMadeNext) {
-    SelectRows({});
-    Click("EditPresetButton");
-    EXPECT_FALSE(Builder.isVisible());
     for (auto* const done : {Builder.CloseButton, View->AddPresetButton}) {
         SelectRows({2});
         Click("EditPresetButton");

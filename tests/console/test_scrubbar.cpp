@@ -131,50 +131,32 @@ TEST_F(ScrubBarTest, MenuActsOnlyOnTheBarThatWasClickedAndSeeksOnlyWhereThePrese
     EXPECT_EQ(StartMoved.size(), 1);
 }
 
-TEST_F(ScrubBarTest, PaintsElapsedAheadAndUnusedTime) {
-    Bar->SetBaseTimes(TRT, 40000);
-    const auto colors = [this] {
-        QList<QRgb> found;
-        for (const int second : {2, 30, 75, 98})
-            found += Bar->grab().toImage().pixel(Left + second, Middle);
-        return found;
-    };
-    EXPECT_THAT(colors(), ElementsAre(0xff19232d, 0xffae602c, 0xff949494, 0xff19232d));
-    Bar->SetShowPlayHead(false);
-    EXPECT_EQ(colors()[1], 0xff949494);
-}
-
-TEST_F(ScrubBarTest, WithoutRunningTimeOrRoomEverythingIsAtZero) {
-    constexpr int BelowTrimGrabbers = Middle + 9;  // where only the play head's rectangle reaches
+TEST_F(ScrubBarTest, WithoutRunningTimeOrRoomEverythingIsAtZeroAndAbsurdTimesDoNoHarm) {
     Bar->SetTRT(0);
     testing::internal::CaptureStderr();
     Bar->SetTrim(1000, 500);
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "WARNING: Calling SetTrim() requires setting a TRT first! Returning.\n");
     EXPECT_EQ(Bar->GetTrimStart(), -20000);
-    Move(50);
-    Bar->grab();
-    Press(50);
+    const auto use = [this] {
+        Move(50);
+        Press(50);
+        EXPECT_FALSE(Bar->grab().isNull());
+    };
+    use();
     EXPECT_EQ(UseMenu(50, Title), QStringLiteral("Abs 00:00:00"));
     Bar->SetTRT(TRT);
     Bar->setMinimumWidth(0);
     Bar->resize(32, 40);
-    Bar->grab();
-    Move(0);
+    use();
     EXPECT_EQ(UseMenu(3, Title), QStringLiteral("Abs 00:01:40"));
-    EXPECT_THAT(Sent(Moved), ElementsAre(0));
-    Press(5, BelowTrimGrabbers);
-    EXPECT_TRUE(Bar->isSliderDown());
-}
-
-TEST_F(ScrubBarTest, AbsurdTimesDoNoHarm) {
+    EXPECT_THAT(Sent(Moved), testing::Each(0));
+    Bar->resize(132, 40);
     using Limits = std::numeric_limits<int>;
     for (const int trt : {1, Limits::max(), Limits::min()}) {
         Bar->SetBaseTimes(trt, Limits::min());
         Bar->SetTrim(Limits::max(), Limits::min());
-        Move(50);
-        Press(50);
-        EXPECT_FALSE(Bar->grab().isNull());
+        use();
     }
 }
 

@@ -1,20 +1,23 @@
 #include "fixtures.h"
-#include "playheadwidget.h"
+#include "mainwindow.h"
+
+#include <QPointer>
+#include <QSignalSpy>
+#include <QWheelEvent>
 
 using namespace Zorvic;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 
 class TransportTest : public ViewTest {
 protected:
-    PlayHeadWidget* Bar() const { return View->findChild<PlayHeadWidget*>(); }
     void Type(const char* text) const {
         View->SeekBox->setFocus();
         View->SeekBox->selectAll();
         QTest::keyClicks(View->SeekBox, QString::fromLatin1(text));
     }
+    std::string TimeOf(int pk) const { return View->LookupPresetItem(pk)->text(4).toStdString(); }
+    std::string Seek() const { return View->SeekBox->text().toStdString(); }
 };
 
 TEST_F(TransportTest, TheSeekBoxReadsWhatOperatorsType) {
@@ -29,82 +32,72 @@ TEST_F(TransportTest, TheSeekBoxReadsWhatOperatorsType) {
     }
 }
 
+TEST_F(TransportTest, WhatIsTypedInTheSeekBoxIsUsedOnceByReturnOnly) {
+    Preset(1).OutPosition = 500;
+    Play(1, 25500);
+    Open();
+    SelectRows({1, 2});
+    Type("0:20");
+    List().setFocus();
+    EXPECT_EQ(Seek(), "00:00:25");
+    Type("0:20");
+    Pump(ZORVIC_STATE_TIMECODE);
+    EXPECT_EQ(Seek(), "0:20");
+    EXPECT_EQ(Bar().GetHead(), 25500);
+    Press(Qt::Key_Escape);
+    EXPECT_EQ(Seek(), "00:00:25");
+    EXPECT_TRUE(Bar().hasFocus());
+    EXPECT_THAT(Sent(), IsEmpty());
+    Type("0:20");
+    Press(Qt::Key_Return);
+    EXPECT_TRUE(Bar().hasFocus());
+    View->SeekBox->setFocus();
+    Press(Qt::Key_Escape);  // the end key again
+    EXPECT_THAT(Sent(), ElementsAre("SeekTo 1 20500", "End 1", "End 2"));
+}
+
 TEST_F(TransportTest, ButtonsAndKeysActOnEverySelectedPresetThatIsLeft) {
     Play(3, 5000);
     Open();
     SelectRows({1, 2, 3});
     Forget(2);
-    View->PresetsView->setFocus();
+    List().setFocus();
     for (const auto key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Escape})
         Press(key);
     for (const char* button : {"TakeButton", "PauseButton", "EndButton"})
         Click(button);
-    EXPECT_THAT(FakeZorvic::Commands(),
-                ElementsAre("Take 1", "Pause 3", "Pause 1", "Pause 3", "End 1", "End 3",  // keys
-                            "Take 1", "Take 3", "Pause 1", "Pause 3", "End 1", "End 3"));
+    EXPECT_THAT(Sent(), ElementsAre("Take 1", "Pause 3", "Pause 1", "Pause 3", "End 1", "End 3",  // keys
+                                    "Take 1", "Take 3", "Pause 1", "Pause 3", "End 1", "End 3"));
 }
 
-TEST_F(TransportTest, ReturnInTheSeekBoxSeeksOnceAndLeavesIt) {
-    Preset(1).OutPosition = 500;
-    Open();
-    SelectRows({1, 2});
-    Type("0:20");
-    Press(Qt::Key_Return);
-    EXPECT_TRUE(Bar()->hasFocus());
-    // What was typed has been used: Escape is the end key again.
-    View->SeekBox->setFocus();
-    Press(Qt::Key_Escape);
-    EXPECT_THAT(FakeZorvic::Commands(), ElementsAre("SeekTo 1 20500", "End 1", "End 2"));
-}
-
-TEST_F(TransportTest, WhatIsTypedInTheSeekBoxStaysThereUntilReturn) {
-    Play(1, 25500);
-    Open();
-    Type("0:20");
-    View->PresetsView->setFocus();
-    EXPECT_THAT(FakeZorvic::Commands(), IsEmpty());
-    Type("0:20");
-    Pump(ZORVIC_STATE_TIMECODE);
-    EXPECT_EQ(View->SeekBox->text(), QStringLiteral("0:20"));
-    EXPECT_EQ(Bar()->GetHead(), 25500);
-    Press(Qt::Key_Escape);
-    EXPECT_EQ(View->SeekBox->text(), QStringLiteral("00:00:25"));
-    EXPECT_TRUE(Bar()->hasFocus());
-    EXPECT_THAT(FakeZorvic::Commands(), IsEmpty());
-    Press(Qt::Key_Escape);
-    EXPECT_THAT(FakeZorvic::Commands(), ElementsAre("End 1"));
-}
-
-TEST_F(TransportTest, TheGotoButtonsKeepTheirTwoWays) {
+TEST_F(TransportTest, GotoButtonsAndArrowKeysKeepTheirOddWays) {
     Preset(1).OutPosition = 1000;
     Open();
     Click("Goto30Button");
-    EXPECT_EQ(Bar()->GetHead(), 31000);
+    EXPECT_EQ(Bar().GetHead(), 31000);
     Click("Goto10Button");
-    EXPECT_EQ(Bar()->GetHead(), 11000);
+    EXPECT_EQ(Bar().GetHead(), 11000);
     SelectRows({});
     Click("Goto30Button");
-    EXPECT_THAT(FakeZorvic::Commands(), ElementsAre("SeekTo 1 89000", "SeekTo 1 11000"));
-}
-
-TEST_F(TransportTest, AStepOfAPausedPresetShowsAtOnceAndIsNotClamped) {
-    Play(1, 0);
+    EXPECT_THAT(Sent(), ElementsAre("SeekTo 1 89000", "SeekTo 1 11000"));
+    Preset(1).OutPosition = 0;
     State(1).IsPaused = true;
-    Open();
-    Bar()->SetBaseTimes(60000, 0);
-    Bar()->setFocus();
+    Play(1, 0);
+    SelectElsewhere(1);
+    Bar().SetBaseTimes(60000, 0);
+    Bar().setFocus();
     Press(Qt::Key_Space);
     Press(Qt::Key_Right);
-    EXPECT_EQ(View->SeekBox->text(), QStringLiteral("23:59:59"));
+    EXPECT_EQ(Seek(), "23:59:59") << "shown at once, not clamped";
     Press(Qt::Key_Left);
-    EXPECT_THAT(FakeZorvic::Commands(), ElementsAre("SeekTo 1 4294967246", "SeekTo 1"));
+    EXPECT_THAT(Sent(), ElementsAre("SeekTo 1 4294967246", "SeekTo 1"));
 }
 
 TEST_F(TransportTest, TrimEditsSendTheWholePreset) {
     Open();
-    Bar()->SetBaseTimes(60000, 12000);
+    Bar().SetBaseTimes(60000, 12000);
     Click("InPointButton");
-    Bar()->SetBaseTimes(60000, 3000);
+    Bar().SetBaseTimes(60000, 3000);
     Click("OutPointButton");
     EXPECT_EQ(Preset(1).InPosition, 12000);
     EXPECT_EQ(Preset(1).OutPosition, 3000);
@@ -112,11 +105,129 @@ TEST_F(TransportTest, TrimEditsSendTheWholePreset) {
     Click("ResetTrimButton");
     EXPECT_EQ(Preset(1).InPosition, 60000);
     EXPECT_EQ(Preset(1).OutPosition, 0);
+    Sent();
     Disconnect();
-    FakeZorvic::ClearCalls();
     Click("InPointButton");
     Click("TakeButton");
+    EXPECT_THAT(Sent(), IsEmpty());
+}
+
+TEST_F(TransportTest, APausedPresetShowsWhereItStands) {
+    Preset(2).OutPosition = 1000;
+    Preset(2).Countdowns[4].ID = 4;
+    Preset(2).Countdowns[4].TimeMS = 11000;
+    State(2).IsPaused = true;
+    Play(2, 31000, 70);
+    Open();
+    SelectOnUnit(2);
+    for (const auto type : {ZORVIC_STATE_PRESETSTATES, ZORVIC_STATE_PRESETS, ZORVIC_STATE_TIMECODE}) {
+        Pump(type);
+        EXPECT_EQ(Bar().GetHead(), 31000);
+        EXPECT_EQ(Bar().GetTrimStart(), 100000);
+        EXPECT_EQ(Seek(), "00:00:30");
+        EXPECT_EQ(TimeOf(2), "00:00:30");
+        EXPECT_THAT(Column(View->CountdownsView, 3), ElementsAre("00:00:20"));
+        EXPECT_EQ(View->LChannelVol->value(), type == ZORVIC_STATE_TIMECODE ? 70 : 0);
+    }
+    Click("InPointButton");
+    EXPECT_EQ(Preset(2).InPosition, 31000);
+}
+
+TEST_F(TransportTest, ACueShowsUntilItIsDropped) {
+    Open();
+    Stand(1, 20000, 70);
+    Pump(ZORVIC_STATE_TIMECODE);
+    const QImage cued = Bar().grab().toImage();
+    EXPECT_EQ(Bar().GetHead(), 20000);
+    EXPECT_EQ(Seek() + ' ' + TimeOf(1), "00:00:20 00:00:20");
+    EXPECT_EQ(View->LChannelVol->value(), 0);
+    State(1).IsPlaying = true;
+    Pump(ZORVIC_STATE_PRESETSTATES);
+    EXPECT_NE(Bar().grab().toImage(), cued);
+    State(1).IsPlaying = false;
+    Unit.TimeCodes.clear();
+    Pump(ZORVIC_STATE_PRESETSTATES, ZORVIC_STATE_TIMECODE);
+    EXPECT_EQ(Seek() + ' ' + TimeOf(1), "00:01:00 00:01:00");
+}
+
+TEST_F(TransportTest, ALostUnitLooksLostAndLiveAgain) {
+    Play(1, 5000, 50);
+    Open();
+    List().setFocus();
+    Pump(ZORVIC_STATE_TIMECODE);
+    EXPECT_EQ(View->LChannelVol->value(), 50);
+    const QSignalSpy changes(View.get(), &ZorvicView::LinkChanged);
+    const auto red = View->LookupPresetItem(1)->foreground(4);
+    Unit.Reachable = false;
+    View->UpdateStatus();
+    EXPECT_FALSE(View->TakeButton->isEnabled() || List().isEnabled());
+    EXPECT_EQ(View->LChannelVol->value(), 0);
+    EXPECT_NE(View->LookupPresetItem(1)->foreground(4), red);
+    EXPECT_EQ(View->LinkLabel->text(), QStringLiteral("No answer for 0 s"));
+    Press(Qt::Key_Return);
+    Unit.Reachable = true;
+    View->UpdateStatus();
+    View->ProcessViewUpdateFlags();
+    EXPECT_TRUE(List().hasFocus());
+    EXPECT_EQ(View->LookupPresetItem(1)->foreground(4), red);
+    EXPECT_FALSE(View->LinkLabel->isVisible());
+    EXPECT_EQ(changes.count(), 2);
+    EXPECT_THAT(Sent(), IsEmpty());
+}
+
+TEST_F(TransportTest, ADragOrMenuOfTheBarEndsWithThePresetItBeganOn) {
+    Play(1, 30000);
+    Open();
+    Pump(ZORVIC_STATE_TIMECODE);
+    const QPoint head(16 + (Bar().width() - 32) / 2, 30);
+    QTest::mousePress(&Bar(), Qt::LeftButton, {}, head);
+    EXPECT_TRUE(Bar().isSliderDown());
+    SelectElsewhere(2);
+    QTest::mouseMove(&Bar(), head + QPoint(60, 0));
+    QTest::mouseRelease(&Bar(), Qt::LeftButton, {}, head + QPoint(60, 0));
+    QTimer::singleShot(0, qApp, [&] {
+        const QPointer<QWidget> menu(QApplication::activePopupWidget());
+        SelectElsewhere(3);
+        ASSERT_TRUE(!menu || !menu->isVisible());
+    });
+    emit Bar().customContextMenuRequested(head);
+    EXPECT_THAT(Sent(), IsEmpty());
+}
+
+TEST_F(TransportTest, TypedTimesGoWithTheFocusAndMenusDoNotUseThem) {
+    MainWindow window;
+    const std::unique_ptr<SessionHandle> handle(Sessions.CreateSessionByIP("host"));
+    auto* const view = window.AddView(handle->GetSession());
+    window.show();
+    QApplication::setActiveWindow(&window);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    FakeZorvic::ClearCalls();
+    view->SeekBox->setFocus();
+    QTest::keyClicks(view->SeekBox, QStringLiteral("0:20"));
+    QTest::mouseClick(window.menuBar(), Qt::LeftButton, {}, {10, 10});
+    QTest::keyClick(QApplication::activePopupWidget() ? QApplication::activePopupWidget() : window.menuBar(),
+                    Qt::Key_Escape);
+    window.menuBar()->setFocus();
+    for (const auto key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Escape})
+        QTest::keyClick(window.windowHandle(), key);
+    if (auto* const menu = QApplication::activePopupWidget()) menu->close();
     EXPECT_THAT(FakeZorvic::Commands(), IsEmpty());
+    view->PresetsView->setFocus();
+    EXPECT_EQ(view->SeekBox->text(), QStringLiteral("00:01:00"));
+    EXPECT_THAT(FakeZorvic::Commands(), IsEmpty());
+}
+
+TEST_F(TransportTest, TheWheelSetsOnlyWhatHasTheKeyboard) {
+    Open();
+    List().setFocus();
+    for (const bool focused : {false, true}) {
+        if (focused) View->LChannel->setFocus();
+        const int before = View->LChannel->value();
+        QWheelEvent wheel({5, 5}, View->LChannel->mapToGlobal(QPoint(5, 5)), {}, {0, 120}, Qt::NoButton, {},
+                          Qt::NoScrollPhase, false);
+        QApplication::sendEvent(View->LChannel, &wheel);
+        EXPECT_EQ(View->LChannel->value() != before, focused);
+    }
 }
 
 }  // namespace

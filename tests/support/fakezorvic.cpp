@@ -75,8 +75,8 @@ void Reset() {
     Global = {};
 }
 
-Unit& AddUnit(const std::string& host, const std::string& guid, const std::string& nickname) {
-    return *(Global.Units[host] = std::make_shared<Unit>(Unit{guid, nickname.empty() ? guid : nickname}));
+Unit& AddUnit(const std::string& host, const std::string& guid) {
+    return *(Global.Units[host] = std::make_shared<Unit>(Unit{guid, guid}));
 }
 
 void SetLANZorvics(std::vector<Zorvic::LANZorvic> units) {

@@ -61,7 +61,7 @@ struct Unit {
 void Reset();
 
 /// A unit that answers under this host text. The reference stays good until Reset().
-Unit& AddUnit(const std::string& host, const std::string& guid, const std::string& nickname = {});
+Unit& AddUnit(const std::string& host, const std::string& guid);
 
 /// What GetLANZorvics() answers.
 void SetLANZorvics(std::vector<Zorvic::LANZorvic> units);

@@ -2,6 +2,40 @@
 
 namespace {
 
+class Registry : public UnitTest {
+protected:
+    std::string HostOf(SessionHandle* found) {
+        const std::unique_ptr<SessionHandle> handle(found);
+        return handle ? handle->GetSession()->GetHost() : "none";
+    }
+};
+
+TEST_F(Registry, FindsAndDeletesASessionByGuidOrByTheHostTextItWasOpenedWith) {
+    FakeZorvic::AddUnit("other", "guid-2");
+    EXPECT_EQ(HostOf(Sessions.CreateSessionByIP("other")), "other");
+    EXPECT_EQ(HostOf(Sessions.GetSessionByGUID("guid")), "host");
+    EXPECT_EQ(HostOf(Sessions.GetSessionByIP("host")), "host");
+    EXPECT_EQ(HostOf(Sessions.GetSessionByIP("Host")), "none");
+    EXPECT_FALSE(Sessions.DeleteSessionByIP("guid"));
+    EXPECT_TRUE(Sessions.DeleteSessionByGUID("guid"));
+    EXPECT_EQ(FakeZorvic::LiveSessions("other"), 1);
+    EXPECT_TRUE(Sessions.DeleteSessionByIP("other"));
+    EXPECT_EQ(FakeZorvic::LiveSessions(), 0);
+}
+
+TEST_F(Registry, KeepsOneSessionOfAUnitAndNothingOfOneThatCannotBeUsed) {
+    FakeZorvic::AddUnit("stage.local", "guid");
+    EXPECT_EQ(HostOf(Sessions.CreateSessionByIP("stage.local")), "stage.local");
+    EXPECT_EQ(HostOf(Sessions.GetSessionByGUID("guid")), "stage.local");
+    EXPECT_EQ(FakeZorvic::LiveSessions("host"), 0);
+    FakeZorvic::AddUnit("unreachable", "guid-1").Reachable = false;
+    FakeZorvic::AddUnit("failing", "guid-2").Fail("GetUnitID", Zorvic::ZORVIC_STATUS_FAILED);
+    FakeZorvic::AddUnit("nameless", "");
+    for (const auto* host : {"unreachable", "failing", "nameless", "nowhere", ""})
+        EXPECT_EQ(HostOf(Sessions.CreateSessionByIP(host)), "none") << host;
+    EXPECT_EQ(FakeZorvic::LiveSessions(), 1);
+}
+
 const std::string Path = "C:\\Assets\\clip.mov";
 
 class AssetMetadataCache : public UnitTest {
