@@ -33,7 +33,7 @@ public:
         setFlags(flags() & ~Qt::ItemFlags(Qt::ItemIsDropEnabled));
     }
 
-    // True when the row needs to be painted anew and the list does not know it.
+    /// True when the row needs to be painted anew and the list does not know it.
     bool Show(const PresetRows::Entry& entry, const NamesByPK& names);
     bool ShowTime(const PresetRows::Entry& entry);
     bool ShowRemaining(int remainingMS);
@@ -157,7 +157,7 @@ std::vector<int> KeysOf(const QList<QTreeWidgetItem*>& rows) {
     return keys;
 }
 
-/// Behind the current row's name, so that typing looks names up.
+/// Where the current cell stands, so that typing looks names up.
 constexpr int CurrentColumn = Index(PresetColumn::NAME);
 
 }  // namespace
