@@ -9,11 +9,12 @@
 MetadataCache::MetadataCache(const std::string& guid) : GUID(guid) {}
 
 Zorvic::AssetMetadata* MetadataCache::LookupAsset(const Zorvic::Asset& asset) {
-    const std::lock_guard lock(Lock);
+    const std::scoped_lock lock(Lock);
     Note(asset);
     if (asset.Status != Zorvic::ZORVIC_ASSETSTATE_READY || asset.Checksum.empty()) return nullptr;
     if (const auto* metadata = FindFresh(asset)) return new Zorvic::AssetMetadata(*metadata);
-    return Probe(asset);
+    // Every refresh of a list would ask the unit again.
+    return Seen[asset.FullPath].HasFailed ? nullptr : Probe(asset);
 }
 
 Zorvic::AssetMetadata* MetadataCache::LookupAsset(const std::string& path) {
@@ -22,7 +23,7 @@ Zorvic::AssetMetadata* MetadataCache::LookupAsset(const std::string& path) {
     if (!handle || handle->GetSession()->GetAssets(assets) != Zorvic::ZORVIC_STATUS_OK) assets.clear();
     const auto asset = std::find_if(assets.begin(), assets.end(),
                                     [&path](const Zorvic::Asset& candidate) { return candidate.FullPath == path; });
-    const std::lock_guard lock(Lock);
+    const std::scoped_lock lock(Lock);
     if (asset == assets.end()) {
         Seen.erase(path);
         return nullptr;
@@ -33,7 +34,7 @@ Zorvic::AssetMetadata* MetadataCache::LookupAsset(const std::string& path) {
 }
 
 std::uint64_t MetadataCache::Revision(const std::string& path) const {
-    const std::lock_guard lock(Lock);
+    const std::scoped_lock lock(Lock);
     const auto found = Seen.find(path);
     return found == Seen.end() ? 0 : found->second.Revision;
 }
@@ -41,7 +42,7 @@ std::uint64_t MetadataCache::Revision(const std::string& path) const {
 void MetadataCache::Note(const Zorvic::Asset& asset) {
     const auto found = Seen.find(asset.FullPath);
     if (found != Seen.end() && found->second.Checksum == asset.Checksum && found->second.Status == asset.Status) return;
-    Seen[asset.FullPath] = {asset.Checksum, asset.Status, ++LastRevision};
+    Seen[asset.FullPath] = {asset.Checksum, asset.Status, ++LastRevision, false};
 }
 
 const Zorvic::AssetMetadata* MetadataCache::FindFresh(const Zorvic::Asset& asset) const {
@@ -57,7 +58,11 @@ Zorvic::AssetMetadata* MetadataCache::Probe(const Zorvic::Asset& asset) {
     Zorvic::AssetMetadata metadata;
     const auto status = handle->GetSession()->ReadAssetMetadata(asset.FullPath, metadata);
     // A lost link says nothing about the asset.
-    if (status == Zorvic::ZORVIC_STATUS_NETWORKERROR) Seen.erase(asset.FullPath);
+    if (status == Zorvic::ZORVIC_STATUS_NETWORKERROR) {
+        Seen.erase(asset.FullPath);
+    } else {
+        Seen[asset.FullPath].HasFailed = status != Zorvic::ZORVIC_STATUS_OK;
+    }
     if (status != Zorvic::ZORVIC_STATUS_OK) return nullptr;
     Data[asset.FullPath] = {asset, metadata};
     return new Zorvic::AssetMetadata(metadata);

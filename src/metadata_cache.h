@@ -18,7 +18,8 @@ public:
     MetadataCache(const MetadataCache&) = delete;
     MetadataCache& operator=(const MetadataCache&) = delete;
 
-    /// An asset that is not READY, or has no checksum yet, is never probed.
+    /// An asset that is not READY, or has no checksum yet, is never probed. One whose probe failed is not probed again
+    /// until it changes; a probe that a lost link ended does not count.
     Zorvic::AssetMetadata* LookupAsset(const Zorvic::Asset& asset);
     /// Reads the unit's whole asset list on every call: for user actions, not for periodic updates. An asset that is
     /// not READY, or has no checksum yet, is probed on every call.
@@ -38,6 +39,7 @@ private:
         std::string Checksum;
         Zorvic::AssetState Status;
         std::uint64_t Revision;
+        bool HasFailed;  ///< the unit was asked and could not tell
     };
 
     // All: caller holds Lock.

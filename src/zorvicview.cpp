@@ -297,7 +297,6 @@ void ZorvicView::UpdateStatus() {
 void ZorvicView::ShowLink(bool connected) {
     if (!Link->Show(connected)) return;
     if (connected) {
-        AssetList->ForgetFailures();
         SetViewUpdateFlag(Zorvic::ZORVIC_STATE_PRESETS);
         SetViewUpdateFlag(Zorvic::ZORVIC_STATE_TIMECODE);
     } else {

@@ -20,28 +20,14 @@ constexpr int Index(AssetColumn column) {
 AssetRows::AssetRows(QTreeWidget* list, QLabel* label, LookUp lookUp)
     : List(list), Label(label), Known(std::move(lookUp)) {}
 
-/// A look-up that fails is a question to the unit, and would be one again at every refresh.
-AssetRows::Metadata AssetRows::Describe(const Zorvic::Asset& asset) {
-    const auto failed = Failures.find(asset.FullPath);
-    if (failed != Failures.end() && failed->second == asset.Checksum) return nullptr;
-    auto metadata = Known(asset);
-    const bool hasFailed = !metadata && asset.Status == Zorvic::ZORVIC_ASSETSTATE_READY && !asset.Checksum.empty();
-    if (hasFailed) {
-        Failures[asset.FullPath] = asset.Checksum;
-    } else if (failed != Failures.end()) {
-        Failures.erase(failed);
-    }
-    return metadata;
-}
-
-QTreeWidgetItem* AssetRows::MakeRow(const Zorvic::Asset& asset) {
+QTreeWidgetItem* AssetRows::MakeRow(const Zorvic::Asset& asset) const {
     auto* row = new QTreeWidgetItem;
     const auto set = [row](AssetColumn column, const QString& text) { row->setText(Index(column), text); };
     set(AssetColumn::NAME, QString::fromStdString(StripPathFromFilename(asset.FullPath)));
     set(AssetColumn::STATUS, StatusText(asset.Status));
     set(AssetColumn::FOLDER, QString::fromStdString(StripFilenameFromPath(asset.FullPath)));
     set(AssetColumn::SIZE, SizeText(asset.TotalSize));
-    if (const auto metadata = Describe(asset)) {
+    if (const auto metadata = Known(asset)) {
         set(AssetColumn::TRT, ClockText(metadata->Duration));
         set(AssetColumn::DIMENSIONS, DimensionsText(*metadata));
         set(AssetColumn::CODEC, CodecText(*metadata));

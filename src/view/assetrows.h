@@ -5,7 +5,6 @@
 #include <functional>
 #include <memory>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 class QLabel;
@@ -25,18 +24,14 @@ public:
     /// the list may be gone.
     void Show(const std::vector<Zorvic::Asset>& assets, const std::function<void()>& shown);
     void ShowCount(std::size_t count);
-    /// What failed while the link was lost may be known now.
-    void ForgetFailures() { Failures.clear(); }
     /// Full paths, in the order in which they were selected.
     std::vector<std::string> SelectedPaths() const;
 
 private:
-    QTreeWidgetItem* MakeRow(const Zorvic::Asset& asset);
-    Metadata Describe(const Zorvic::Asset& asset);
+    QTreeWidgetItem* MakeRow(const Zorvic::Asset& asset) const;
 
     QTreeWidget* List;
     QLabel* Label;
     LookUp Known;
-    std::unordered_map<std::string, std::string> Failures;  ///< checksums of the assets nothing is known of, by path
     int Rebuilds = 0;
 };

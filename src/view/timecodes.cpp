@@ -42,8 +42,7 @@ void Timecodes::ShowTimes(const Zorvic::Preset& preset, const Zorvic::PresetStat
     TakeOver(preset.PK);
     const int length = TrimmedLength(preset, state);
     Ui.Length->setText(ClockText(length));
-    Cued = !state.IsPlaying && timeCode;
-    Ui.Bar->SetCued(Cued);
+    SetCued(false);
     if (timeCode) {
         ShowTimeCode(preset, state, *timeCode);
         if (!state.IsPlaying || state.IsPaused) ShowLevels({0, 0});
@@ -61,6 +60,7 @@ void Timecodes::ShowTimes(const Zorvic::Preset& preset, const Zorvic::PresetStat
 
 void Timecodes::ShowTimeCode(const Zorvic::Preset& preset, const Zorvic::PresetState& state,
                              const Zorvic::TimeCode& timeCode) {
+    SetCued(!state.IsPlaying);
     ShowSeekTime(WrapSubtract(timeCode.Time, preset.OutPosition));
     Ui.Bar->SetTRT(state.TRT);
     Ui.Bar->SetTrim(StartPosition(preset, state), preset.OutPosition);
@@ -77,8 +77,7 @@ void Timecodes::ShowNothing() {
     for (auto* label : {Ui.Length, Ui.TRT})
         label->setText(ClockText(0));
     ShowSeek(ClockText(0), {});
-    Cued = false;
-    Ui.Bar->SetCued(Cued);
+    SetCued(false);
     Ui.Bar->SetShowPlayHead(false);
     Ui.Bar->SetBaseTimes(100, 100);
     Ui.Bar->SetTrim(100, 0);
@@ -90,6 +89,11 @@ void Timecodes::ShowStale() {
     SeekStyle = QStringLiteral("color: %1;").arg(dim.name());
     ShowSeekText();
     ShowLevels({0, 0});
+}
+
+void Timecodes::SetCued(bool cued) {
+    Cued = cued;
+    Ui.Bar->SetCued(cued);
 }
 
 /// A drag belongs to the preset that it began on.
@@ -143,7 +147,7 @@ bool Timecodes::eventFilter(QObject* watched, QEvent* event) {
         const auto reason = static_cast<QFocusEvent*>(event)->reason();
         const bool comesBack =
             reason == Qt::PopupFocusReason || reason == Qt::ActiveWindowFocusReason || reason == Qt::MenuBarFocusReason;
-        if (!comesBack && !SeekText.isNull()) ShowSeekText();
+        if (!comesBack) ShowSeekText();
     }
     if (event->type() == QEvent::KeyPress) BeingLeft = false;
     return QObject::eventFilter(watched, event);

@@ -55,6 +55,7 @@ public:
 
 private:
     void TakeOver(int pk);
+    void SetCued(bool cued);
     void ShowSeekTime(int remainingMS);
     void ShowSeek(const QString& text, const QString& style);
     void ShowSeekText();
@@ -62,7 +63,7 @@ private:
 
     Widgets Ui;
     /// What the seek field shows as soon as the operator does not edit it.
-    QString SeekText;
+    QString SeekText = QStringLiteral("");
     QString SeekStyle;
     bool BeingLeft = false;
     int ShownPK = 0;

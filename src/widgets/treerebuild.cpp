@@ -6,7 +6,7 @@
 TreeRebuild::TreeRebuild(QTreeWidget* tree, int& latest, bool rowsChange)
     : Tree(tree),
       Latest(latest),
-      Number(rowsChange ? ++latest : latest),
+      Number(++latest),
       ScrollPosition(tree->verticalScrollBar()->value()),
       RowsChange(rowsChange) {
     // Switching them on again repaints everything.
@@ -14,8 +14,8 @@ TreeRebuild::TreeRebuild(QTreeWidget* tree, int& latest, bool rowsChange)
 }
 
 TreeRebuild::~TreeRebuild() {
-    if (!RowsChange || !IsLatest()) return;
-    Tree->verticalScrollBar()->setSliderPosition(ScrollPosition);
+    if (!Tree || !RowsChange) return;
+    if (IsLatest()) Tree->verticalScrollBar()->setSliderPosition(ScrollPosition);
     Tree->setUpdatesEnabled(true);
 }
 

@@ -85,6 +85,8 @@ TEST_F(AssetMetadataCache, HasNothingAfterAFailureButKeepsWhatItKnew) {
     changed.Checksum = "two";
     Unit.Fail("ReadAssetMetadata", Zorvic::ZORVIC_STATUS_FAILED);
     EXPECT_EQ(Look(changed), 0);
+    EXPECT_EQ(Look(changed), 0);
+    EXPECT_EQ(FakeZorvic::Counts()["ReadAssetMetadata"], 2) << "a failure is asked for once";
     EXPECT_EQ(Look(Clip), 1000);
     EXPECT_EQ(Look(Path + "x"), 0);
     Unit.Fail("GetAssets", Zorvic::ZORVIC_STATUS_FAILED);
