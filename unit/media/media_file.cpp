@@ -6,6 +6,7 @@
 extern "C" {
 #include <libavcodec/packet.h>
 #include <libavformat/avformat.h>
+#include <libavutil/common.h>
 #include <libavutil/log.h>
 #include <libavutil/mem.h>
 }
@@ -45,13 +46,14 @@ void SetUpLibrary() {
 }  // namespace
 
 struct MediaFile::Source {
-    const std::filesystem::path File;
+    const std::string Name;
     const ReadLimit Limit;
     const Descriptor Opened;
+    std::int64_t Offset = 0;  ///< of its own: several readers may share what the descriptor refers to
     AVIOContext* Buffered = nullptr;
 
-    Source(std::filesystem::path file, const ReadLimit& limit)
-        : File(std::move(file)), Limit(limit), Opened(OpenRegularFile(File)) {}
+    Source(Descriptor opened, std::string name, const ReadLimit& limit)
+        : Name(std::move(name)), Limit(limit), Opened(std::move(opened)) {}
     ~Source() {
         if (Buffered != nullptr) av_freep(&Buffered->buffer);
         avio_context_free(&Buffered);
@@ -60,28 +62,34 @@ struct MediaFile::Source {
     Source& operator=(const Source&) = delete;
 
     static int Read(void* opaque, std::uint8_t* buffer, int size) {
-        const auto* self = static_cast<Source*>(opaque);
+        auto* self = static_cast<Source*>(opaque);
         if (self->Limit.Reached()) return AVERROR_EXIT;
-        const ssize_t got = read(self->Opened.Get(), buffer, static_cast<std::size_t>(size));
+        const ssize_t got = pread(self->Opened.Get(), buffer, static_cast<std::size_t>(size), self->Offset);
         if (got < 0) return AVERROR(errno);
+        self->Offset += got;
         return got == 0 ? AVERROR_EOF : static_cast<int>(got);
     }
 
     static std::int64_t Seek(void* opaque, std::int64_t offset, int whence) {
-        const auto* self = static_cast<Source*>(opaque);
-        if (whence == AVSEEK_SIZE) {
-            struct stat status = {};
-            return fstat(self->Opened.Get(), &status) == 0 ? status.st_size : AVERROR(errno);
-        }
-        const off_t at = lseek(self->Opened.Get(), offset, whence & ~AVSEEK_FORCE);
-        return at < 0 ? AVERROR(errno) : at;
+        auto* self = static_cast<Source*>(opaque);
+        struct stat status = {};
+        const int origin = whence & ~AVSEEK_FORCE;
+        if (origin != SEEK_SET && origin != SEEK_CUR && fstat(self->Opened.Get(), &status) != 0) return AVERROR(errno);
+        if (whence == AVSEEK_SIZE) return status.st_size;
+        const std::int64_t base = origin == SEEK_SET ? 0 : origin == SEEK_CUR ? self->Offset : status.st_size;
+        const std::int64_t at = av_sat_add64(base, offset);
+        if (at < 0) return AVERROR(EINVAL);
+        return self->Offset = at;
     }
 
     static int Interrupted(void* opaque) { return static_cast<Source*>(opaque)->Limit.Reached() ? 1 : 0; }
 };
 
 MediaFile::MediaFile(const std::filesystem::path& file, const ReadLimit& limit)
-    : Input(std::make_unique<Source>(file, limit)) {
+    : MediaFile(OpenRegularFile(file), file.string(), limit) {}
+
+MediaFile::MediaFile(Descriptor opened, std::string name, const ReadLimit& limit)
+    : Input(std::make_unique<Source>(std::move(opened), std::move(name), limit)) {
     SetUpLibrary();
     try {
         Open();
@@ -111,15 +119,15 @@ void MediaFile::Open() {
     // Without the name: what a file holds decides, not how it is called (a text must not become a film of its letters).
     if (avformat_open_input(&Format, nullptr, nullptr, nullptr) < 0 || Format->probe_score < LeastLikeness) {
         CheckLimit();
-        throw Fault(FaultKind::Refused, Input->File.string() + " is not a media file");
+        throw Fault(FaultKind::Refused, Input->Name + " is not a media file");
     }
     const int found = avformat_find_stream_info(Format, nullptr);
     CheckLimit();
-    if (found < 0) throw Fault(FaultKind::Refused, Input->File.string() + " has no readable streams");
+    if (found < 0) throw Fault(FaultKind::Refused, Input->Name + " has no readable streams");
 }
 
 void MediaFile::CheckLimit() const {
-    if (Input->Limit.Reached()) throw Fault(FaultKind::Slow, "reading " + Input->File.string() + " took too long");
+    if (Input->Limit.Reached()) throw Fault(FaultKind::Slow, "reading " + Input->Name + " took too long");
 }
 
 const AVStream* MediaFile::Video() const {

@@ -1,9 +1,12 @@
 #pragma once
 
+#include "files/descriptor.h"
+
 #include <atomic>
 #include <chrono>
 #include <filesystem>
 #include <memory>
+#include <string>
 
 struct AVFormatContext;
 struct AVPacket;
@@ -30,6 +33,8 @@ public:
     /// The path holds no link. Throws Fault: NotFound when the file cannot be opened, Refused when it is not media,
     /// Slow when the limit is reached.
     MediaFile(const std::filesystem::path& file, const ReadLimit& limit);
+    /// Of a file that is open already, whose own position is left alone; the name is for messages. Throws as above.
+    MediaFile(Descriptor opened, std::string name, const ReadLimit& limit);
     ~MediaFile();
     MediaFile(const MediaFile&) = delete;
     MediaFile& operator=(const MediaFile&) = delete;
