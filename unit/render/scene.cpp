@@ -1,0 +1,100 @@
+#include "render/scene.h"
+
+#include <algorithm>
+
+namespace ZorvicRender {
+
+namespace {
+
+// Sound is mixed a little ahead of the clock or behind it; nobody looks back further.
+constexpr Nanoseconds KeptPast = std::chrono::seconds(1);
+
+TimePoint ToTime(std::int64_t nanoseconds) {
+    return TimePoint(Nanoseconds(nanoseconds));
+}
+
+Span ToSpan(const zorvic::render::Span& sent, bool planned) {
+    return {.From = ToTime(sent.from()),
+            .Until = ToTime(sent.until()),
+            .Position = Nanoseconds(sent.position()),
+            .Moves = sent.moves(),
+            .Waits = sent.waits(),
+            .Planned = planned,
+            .WindowStart = Nanoseconds(sent.window_start()),
+            .WindowEnd = Nanoseconds(sent.window_end()),
+            .FirstPass = sent.first(),
+            .LastPass = sent.last()};
+}
+
+// The spans of the layer as it was shown before, up to the moment from which it is known anew.
+std::vector<Span> PastOf(const Layer* before, TimePoint from) {
+    std::vector<Span> past;
+    if (before == nullptr) return past;
+    for (Span span : before->Spans) {
+        if (span.From >= from || span.Until <= from - KeptPast) continue;
+        span.Until = std::min(span.Until, from);
+        past.push_back(span);
+    }
+    return past;
+}
+
+void Append(std::vector<Span>& spans, const Span& next) {
+    const bool same = !spans.empty() && spans.back().Until == next.From && next.Continues(spans.back()) &&
+                      next.Waits == spans.back().Waits && next.WindowStart == spans.back().WindowStart &&
+                      next.WindowEnd == spans.back().WindowEnd && next.FirstPass == spans.back().FirstPass &&
+                      next.LastPass == spans.back().LastPass;
+    if (same) {
+        spans.back().Until = next.Until;
+        return;
+    }
+    spans.push_back(next);
+}
+
+std::shared_ptr<const Layer> ToLayer(const zorvic::render::Layer& sent, const Layer* before, TimePoint until) {
+    auto layer = std::make_shared<Layer>();
+    layer->Id = {sent.pk(), sent.run()};
+    layer->Preset = std::make_shared<const zorvic::v1::Preset>(sent.preset());
+    for (const auto& medium : sent.media())
+        layer->Media.push_back({medium.path(), medium.file()});
+    if (sent.spans().empty()) return nullptr;
+    layer->Spans = PastOf(before, ToTime(sent.spans(0).from()));
+    for (int i = 0; i < sent.spans_size(); ++i)
+        Append(layer->Spans, ToSpan(sent.spans(i), i > 0));
+    layer->EndsByItself = layer->Spans.back().Until < until;
+    return layer;
+}
+
+}  // namespace
+
+const Span* Layer::At(TimePoint time) const {
+    const auto found = std::find_if(Spans.begin(), Spans.end(), [&](const Span& span) { return time < span.Until; });
+    if (found == Spans.end()) return EndsByItself ? nullptr : &Spans.back();
+    return found->From > time ? nullptr : &*found;
+}
+
+const Span* Layer::JumpAfter(TimePoint time) const {
+    for (std::size_t i = 1; i < Spans.size(); ++i) {
+        if (Spans[i].From > time && !Spans[i].Continues(Spans[i - 1])) return &Spans[i];
+    }
+    return nullptr;
+}
+
+const Layer* Scene::Find(const RunId& id) const {
+    const auto found = std::find_if(Layers.begin(), Layers.end(), [&](const auto& layer) { return layer->Id == id; });
+    return found == Layers.end() ? nullptr : found->get();
+}
+
+Scene NextScene(const Scene& before, const zorvic::render::Outlook& outlook) {
+    Scene scene;
+    scene.Until = ToTime(outlook.until());
+    for (const auto& sent : outlook.layers()) {
+        if (auto layer = ToLayer(sent, before.Find({sent.pk(), sent.run()}), scene.Until))
+            scene.Layers.push_back(std::move(layer));
+    }
+    for (const auto& sent : outlook.primed()) {
+        if (auto layer = ToLayer(sent, nullptr, scene.Until)) scene.Primed.push_back(std::move(layer));
+    }
+    return scene;
+}
+
+}  // namespace ZorvicRender
