@@ -1,8 +1,8 @@
 #include "media/envelope.h"
 
+#include "media/av_types.h"
+
 extern "C" {
-#include <libavcodec/avcodec.h>
-#include <libavformat/avformat.h>
 #include <libavutil/common.h>
 #include <libswresample/swresample.h>
 }
@@ -18,19 +18,7 @@ namespace {
 constexpr std::int64_t MostSeconds = 86'400;
 constexpr std::size_t MostSteps = std::size_t{MostSeconds} * 1000 / Envelope::StepMS;
 
-using Packet = std::unique_ptr<AVPacket, AvFree<av_packet_free>>;
-using Frame = std::unique_ptr<AVFrame, AvFree<av_frame_free>>;
-using Decoder = std::unique_ptr<AVCodecContext, AvFree<avcodec_free_context>>;
 using Resampler = std::unique_ptr<SwrContext, AvFree<swr_free>>;
-
-Decoder OpenDecoder(const AVStream& stream) {
-    const AVCodec* codec = avcodec_find_decoder(stream.codecpar->codec_id);
-    Decoder decoder(codec == nullptr ? nullptr : avcodec_alloc_context3(codec));
-    if (decoder == nullptr || avcodec_parameters_to_context(decoder.get(), stream.codecpar) < 0) return nullptr;
-    decoder->thread_count = 1;  // more would take time from what plays
-    decoder->pkt_timebase = stream.time_base;
-    return avcodec_open2(decoder.get(), codec, nullptr) < 0 ? nullptr : std::move(decoder);
-}
 
 /// Collects peaks of decoded frames, whatever their sample format.
 class PeakMeter {
@@ -94,7 +82,7 @@ private:
     const AVRational TimeBase;
     const std::int64_t StartTime;
     Resampler Converter;
-    Frame Planes;
+    AvFrame Planes;
     std::int64_t Position = 0;  ///< samples since the start of the file
     std::int64_t Current = -1;
     std::array<float, 2> Peak = {0, 0};
@@ -106,12 +94,6 @@ void Drain(AVCodecContext& decoder, AVFrame& frame, PeakMeter& meter) {
         meter.Add(frame);
         av_frame_unref(&frame);
     }
-}
-
-// Picture and sound may start apart; the clock of the asset starts with the first of them.
-std::int64_t StartTime(const AVFormatContext& format, const AVStream& stream) {
-    if (format.start_time == AV_NOPTS_VALUE) return stream.start_time == AV_NOPTS_VALUE ? 0 : stream.start_time;
-    return av_rescale_q(format.start_time, AVRational{1, AV_TIME_BASE}, stream.time_base);
 }
 
 }  // namespace
@@ -126,13 +108,14 @@ std::uint8_t MeterLevel(float peak) {
 std::optional<Envelope> ReadEnvelope(const std::filesystem::path& file, const ReadLimit& limit) {
     MediaFile media(file, limit);
     const AVStream* audio = media.Audio();
-    const Decoder decoder = audio == nullptr ? nullptr : OpenDecoder(*audio);
+    // One thread: more would take time from what plays.
+    const AvDecoder decoder = audio == nullptr ? nullptr : OpenDecoder(*audio);
     if (decoder == nullptr) return std::nullopt;
     media.ReadOnly(*audio);
 
     PeakMeter meter(audio->time_base, StartTime(media.Context(), *audio));
-    const Packet packet(av_packet_alloc());
-    const Frame frame(av_frame_alloc());
+    const AvPacket packet(av_packet_alloc());
+    const AvFrame frame(av_frame_alloc());
     while (media.Read(*packet)) {
         // A damaged packet is a gap in the meters and no reason to give up the rest.
         if (avcodec_send_packet(decoder.get(), packet.get()) >= 0) Drain(*decoder, *frame, meter);

@@ -156,6 +156,10 @@ bool MediaFile::Rewind() {
     return av_seek_frame(Format, -1, 0, AVSEEK_FLAG_BYTE) >= 0;
 }
 
+bool MediaFile::SeekBefore(const AVStream& stream, std::int64_t timeStamp) {
+    return av_seek_frame(Format, stream.index, timeStamp, AVSEEK_FLAG_BACKWARD) >= 0;
+}
+
 bool MediaFile::Read(AVPacket& packet) {
     while (!Input->Limit.Reached() && av_read_frame(Format, &packet) >= 0) {
         // What was read to identify the streams comes first, and belongs to any of them.

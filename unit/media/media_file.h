@@ -50,6 +50,9 @@ public:
     void ReadOnly(const AVStream& stream);
     /// Goes back to the start; false for a format that cannot.
     bool Rewind();
+    /// Goes to a place from which the stream can be decoded up to this time stamp (in units of the stream), as far as
+    /// the format knows one; false for a format that cannot.
+    bool SeekBefore(const AVStream& stream, std::int64_t timeStamp);
     /// False at the end, after a fault of the file and when the limit is reached.
     bool Read(AVPacket& packet);
     /// Throws Slow when reading ended because the limit was reached.

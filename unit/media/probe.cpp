@@ -1,10 +1,9 @@
 #include "media/probe.h"
 
 #include "fault.h"
+#include "media/av_types.h"
 
 extern "C" {
-#include <libavcodec/avcodec.h>
-#include <libavformat/avformat.h>
 #include <libavutil/common.h>
 #include <libavutil/display.h>
 }
@@ -17,8 +16,6 @@ extern "C" {
 namespace ZorvicUnit {
 
 namespace {
-
-using Packet = std::unique_ptr<AVPacket, AvFree<av_packet_free>>;
 
 std::uint32_t ToUnsigned32(std::int64_t value) {
     return static_cast<std::uint32_t>(std::clamp<std::int64_t>(value, 0, std::numeric_limits<std::uint32_t>::max()));
@@ -50,7 +47,7 @@ struct Span {
 // For files that tell neither length nor number of pictures (raw streams, recordings that were cut off).
 Span ReadThrough(MediaFile& media, const AVStream& stream, std::int64_t packetLimit) {
     media.ReadOnly(stream);
-    const Packet packet(av_packet_alloc());
+    const AvPacket packet(av_packet_alloc());
     const AVRational rate = stream.avg_frame_rate.num > 0 ? stream.avg_frame_rate : stream.r_frame_rate;
     Span span;
     while (span.Packets < packetLimit && media.Read(*packet)) {
