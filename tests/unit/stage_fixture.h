@@ -26,13 +26,14 @@ constexpr PixelSize OutputSize{160, 90};
 constexpr int CodeBits = 10;
 constexpr int BitWidth = OutputSize.Width / CodeBits;
 
-/// Encodes a clip whose pictures carry their own number as bars of black and white, lowest bit at the left. 25 a second.
+/// Encodes a clip whose pictures carry their own number as bars of black and white, lowest bit at the left. 25 a
+/// second.
 inline bool EncodeNumbered(const std::string& encoder, int pictures, const std::filesystem::path& file) {
     const std::string seconds = std::to_string(pictures / 25.0);
-    return ZorvicUnit::Encode("-f lavfi -i color=s=160x90:r=25:d=" + seconds +
-                                  " -vf \"format=yuv420p,geq=lum='if(mod(floor(N/pow(2,floor(X/16))),2),235,16)':cb=128:cr=128\" " +
-                                  encoder,
-                              file);
+    return ZorvicUnit::Encode(
+        "-f lavfi -i color=s=160x90:r=25:d=" + seconds +
+            " -vf \"format=yuv420p,geq=lum='if(mod(floor(N/pow(2,floor(X/16))),2),235,16)':cb=128:cr=128\" " + encoder,
+        file);
 }
 
 /// Two small outputs side by side without windows, and a clock that the test moves.
@@ -43,7 +44,8 @@ protected:
     /// One layer that shows the file, whole on output 1 unless the preset says otherwise.
     struct Shown {
         std::filesystem::path File;
-        std::string Preset = "canvases { num_outputs: 1 width: 160 height: 90 assets { full_path: 'a' width: 160 height: 90 } }";
+        std::string Preset =
+            "canvases { num_outputs: 1 width: 160 height: 90 assets { full_path: 'a' width: 160 height: 90 } }";
     };
 
     static TimePoint At(Nanoseconds sinceStart) { return TimePoint(std::chrono::hours(1) + sinceStart); }

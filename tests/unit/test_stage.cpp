@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <random>
 
+using std::chrono::milliseconds;
 using ZorvicRender::Nanoseconds;
 using ZorvicRender::Tick;
-using std::chrono::milliseconds;
 
 namespace ZorvicRender {
 namespace {
@@ -85,8 +85,8 @@ TEST_F(NumberedStageTest, SeeksToTheExactPictureAndKeepsTheOldOneUntilThen) {
             const int wanted = static_cast<int>(random() % 200);
             const bool moves = jump % 3 == 0;
             auto layer = Layer(pk, {Clip(format)});
-            AddSpan(layer, now, now + std::chrono::minutes(1), wanted * PictureTime + milliseconds(moves ? 0 : random() % 40),
-                    moves);
+            AddSpan(layer, now, now + std::chrono::minutes(1),
+                    wanted * PictureTime + milliseconds(moves ? 0 : random() % 40), moves);
             Show({layer});
             Stagehand.Follow(Playing, At(now), Tick);
             ASSERT_TRUE(jump == 0 || !Stagehand.Shown(0).empty()) << "black in between";
@@ -126,12 +126,12 @@ TEST_F(NumberedStageTest, BeginsWhereItWasGotReady) {
     AddSpan(primed, milliseconds(0), std::chrono::hours(1), 40 * PictureTime, false);
     *outlook.add_primed() = primed;
     Playing = NextScene(Playing, outlook);
-    for (int i = 0; i < 5000 && Stagehand.ReadyRuns(Playing).empty(); ++i) {
+    for (int i = 0; i < 5000 && Stagehand.ReadyLayers(Playing).empty(); ++i) {
         Stagehand.Follow(Playing, At(milliseconds(0)), Tick);
         EXPECT_TRUE(Stagehand.Shown(0).empty());
         std::this_thread::sleep_for(milliseconds(1));
     }
-    ASSERT_THAT(Stagehand.ReadyRuns(Playing), ::testing::ElementsAre(RunId{1, 1}));
+    ASSERT_EQ(Stagehand.ReadyLayers(Playing).size(), 1U);
     auto taken = Layer(1, {Clip(Formats[0])});
     AddSpan(taken, milliseconds(1005), std::chrono::hours(1), 40 * PictureTime, true);
     Show({taken});

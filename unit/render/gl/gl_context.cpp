@@ -39,8 +39,8 @@ EGLDisplay OpenDisplay() {
 HeadlessContext::HeadlessContext() : Egl(std::make_unique<Handles>()) {
     Egl->Display = OpenDisplay();
     eglBindAPI(EGL_OPENGL_ES_API);
-    constexpr std::array<EGLint, 5> Wanted = {EGL_SURFACE_TYPE, EGL_PBUFFER_BIT, EGL_RENDERABLE_TYPE, EGL_OPENGL_ES2_BIT,
-                                          EGL_NONE};
+    constexpr std::array<EGLint, 5> Wanted = {EGL_SURFACE_TYPE, EGL_PBUFFER_BIT, EGL_RENDERABLE_TYPE,
+                                              EGL_OPENGL_ES2_BIT, EGL_NONE};
     constexpr std::array<EGLint, 3> Version = {EGL_CONTEXT_CLIENT_VERSION, 2, EGL_NONE};
     EGLConfig config = nullptr;
     EGLint count = 0;

@@ -154,8 +154,8 @@ void Stage::DropOthers(const Scene& scene) {
     std::erase_if(Runs, [&](const auto& run) { return !wanted.contains(run.first); });
 }
 
-std::vector<RunId> Stage::ReadyRuns(const Scene& scene) {
-    std::vector<RunId> ready;
+std::vector<const Layer*> Stage::ReadyLayers(const Scene& scene) {
+    std::vector<const Layer*> ready;
     for (const auto* layers : {&scene.Layers, &scene.Primed}) {
         for (const auto& layer : *layers) {
             const Span& span = layer->Spans.back();
@@ -163,7 +163,7 @@ std::vector<RunId> Stage::ReadyRuns(const Scene& scene) {
             if (span.Moves || found == Runs.end()) continue;
             const bool all = std::ranges::all_of(
                 found->second->Sources, [&](auto& entry) { return entry.second.Source->IsReady(span.Position); });
-            if (all) ready.push_back(layer->Id);
+            if (all) ready.push_back(layer.get());
         }
     }
     return ready;

@@ -42,8 +42,8 @@ public:
     /// What an output (by its place in the list) shows since the last Follow().
     const DrawList& Shown(std::size_t output) const { return Lists[output]; }
 
-    /// Runs whose first pictures are there.
-    std::vector<RunId> ReadyRuns(const Scene& scene);
+    /// Layers that stand and whose picture is there.
+    std::vector<const Layer*> ReadyLayers(const Scene& scene);
     /// True when something moves, or something that is wanted is not there yet.
     bool IsBusy() const { return Busy; }
 
