@@ -4,12 +4,13 @@
 
 namespace ZorvicRender {
 
-/// How much of a layer is left by its fades, 0 to 1.
+/// How much of a preset is seen: light is lost towards black, opacity towards what lies below. Sound follows both.
 struct Gains {
-    float Light = 1;    ///< fades to black
-    float Opacity = 1;  ///< fades to what lies below
+    float Light = 1;
+    float Opacity = 1;
 };
 
+/// Of this pass at this position in the media.
 Gains GainsAt(const zorvic::v1::Preset& preset, const Span& span, Nanoseconds position);
 
 }  // namespace ZorvicRender

@@ -1,6 +1,7 @@
 #include "fault.h"
 #include "render/loop/render_loop.h"
 #include "render/loop/wire.h"
+#include "render/sound/sound_engine.h"
 #include "thread_name.h"
 
 #include <spdlog/sinks/stdout_sinks.h>
@@ -31,6 +32,15 @@ void SendReady(ZorvicRender::Wire& unit) {
     unit.Send(std::move(message));
 }
 
+zorvic::render::AudioFigures FiguresOf(const ZorvicRender::SoundEngine* sound) {
+    zorvic::render::AudioFigures message;
+    if (sound == nullptr) return message;
+    const auto figures = sound->Figures();
+    message.set_underruns(figures.Underruns);
+    message.set_offset_us(figures.OffsetUS);
+    return message;
+}
+
 }  // namespace
 
 // zorvic-render: started by zorvic-unit, ends with it.
@@ -48,9 +58,13 @@ int main() {
     }
     try {
         ZorvicRender::RenderLoop loop(setup, unit);
-        unit.Begin([](const auto&) {});
+        const auto sound = ZorvicRender::SoundEngine::Open(setup.audio());
+        unit.Begin([&sound](const auto& scene) {
+            if (sound) sound->SetScene(scene);
+        });
         SendReady(unit);
-        loop.Run([](const auto&) { return true; }, [] { return zorvic::render::AudioFigures(); });
+        loop.Run([&sound](const auto& layer) { return !sound || sound->Ready(layer); },
+                 [&sound] { return FiguresOf(sound.get()); });
     } catch (const ZorvicUnit::Fault& fault) {
         SendFailure(unit, fault.what(), fault.Kind == ZorvicUnit::FaultKind::Misused);
         return EXIT_FAILURE;

@@ -1,10 +1,7 @@
 #include "render/pictures/picture_reader.h"
 
-#include "files/regular_file.h"
 #include "render/pictures/picture_converter.h"
 #include "thread_name.h"
-
-#include <fcntl.h>
 
 #include <algorithm>
 #include <exception>
@@ -13,7 +10,6 @@
 namespace ZorvicRender {
 
 using ZorvicUnit::AvFrame;
-using ZorvicUnit::Descriptor;
 
 namespace {
 
@@ -26,11 +22,6 @@ bool Stands(const Picture& picture, Nanoseconds position) {
 }
 
 }  // namespace
-
-Descriptor OpenMedium::Open() const {
-    std::call_once(Once, [this] { Opened.emplace(ZorvicUnit::OpenRegularFile(File)); });
-    return Descriptor(fcntl(Opened->Get(), F_DUPFD_CLOEXEC, 0));
-}
 
 std::size_t PictureBudget::Depth(PixelSize size) const {
     const auto bytes = static_cast<std::size_t>(size.Width) * static_cast<std::size_t>(size.Height) * 4;
@@ -132,7 +123,7 @@ void PictureReader::Run() {
 
 void PictureReader::DecodeAll() {
     Report(Medium->Path, false);
-    PictureDecoder decoder(Medium->Open(), Medium->Path, Stop);
+    PictureDecoder decoder(Medium->File->Open(), Medium->Path, Stop);
     PictureConverter converter;
     bool reported = false;
     std::unique_lock lock(Lock);

@@ -1,37 +1,26 @@
 #pragma once
 
+#include "render/kept_file.h"
 #include "render/pictures/picture.h"
 #include "render/pictures/picture_decoder.h"
 
 #include <atomic>
 #include <condition_variable>
 #include <deque>
-#include <filesystem>
 #include <functional>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <string>
 #include <thread>
-#include <utility>
 
 namespace ZorvicRender {
 
 class PictureConverter;
 
-/// One open file per run and asset: what is replaced on the disk meanwhile does not change what plays.
-class OpenMedium {
-public:
-    OpenMedium(std::string path, std::filesystem::path file) : Path(std::move(path)), File(std::move(file)) {}
-    /// A descriptor of the file as it was when it was first asked for. Throws Fault when it could not be opened then.
-    ZorvicUnit::Descriptor Open() const;
-
-    const std::string Path;  ///< as the preset names it
-
-private:
-    const std::filesystem::path File;
-    mutable std::once_flag Once;
-    mutable std::optional<ZorvicUnit::Descriptor> Opened;
+/// An asset of a run, with the file that is kept for it.
+struct OpenMedium {
+    std::string Path;  ///< as the preset names it
+    std::shared_ptr<KeptFile> File;
 };
 
 /// How many bytes of decoded pictures all readers together may hold.

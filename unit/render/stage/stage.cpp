@@ -82,8 +82,9 @@ void Stage::SetSizes(Run& run, const Layer& layer) {
         if (size == sizes.end() || medium.File.empty()) continue;
         auto& source = run.Sources[medium.Path].Source;
         if (!source) {
-            source = std::make_unique<PictureSource>(std::make_shared<const OpenMedium>(medium.Path, medium.File),
-                                                     PictureServices{Budget, Leftovers, Report.Opening});
+            auto opened = std::make_shared<const OpenMedium>(medium.Path, std::make_shared<KeptFile>(medium.File));
+            source =
+                std::make_unique<PictureSource>(std::move(opened), PictureServices{Budget, Leftovers, Report.Opening});
         }
         source->SetSize(size->second);
     }

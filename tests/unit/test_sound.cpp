@@ -1,0 +1,262 @@
+#include "render/sound/mixer.h"
+#include "unit/media_samples.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <functional>
+#include <numbers>
+#include <string>
+#include <vector>
+
+namespace ZorvicRender {
+namespace {
+
+using std::chrono::milliseconds;
+using ZorvicUnit::Encode;
+
+const TimePoint Zero = TimePoint(std::chrono::hours(30));
+constexpr float Level = 0.5F;
+constexpr double RoundingError = 1e-6;
+
+std::string Sound(const std::string& formula, int rate) {
+    return "-f lavfi -i 'aevalsrc=0.5*(" + formula + "):s=" + std::to_string(rate) + ":d=3' ";
+}
+
+double Sine(double hertz, double seconds) {
+    return 0.5 * std::sin(2 * std::numbers::pi * hertz * seconds);
+}
+
+double Chirp(double seconds) {
+    return Sine(400 + 200 * seconds, seconds);
+}
+
+Span Moving(milliseconds from, milliseconds until, milliseconds position, bool planned = false) {
+    return {.From = Zero + from, .Until = Zero + until, .Position = position, .Moves = true, .Planned = planned};
+}
+
+Span Standing(milliseconds from, milliseconds until, milliseconds position) {
+    return {.From = Zero + from, .Until = Zero + until, .Position = position};
+}
+
+/// A mixer over one file with a clock that waits for the readers, and what was heard on both sides.
+class SoundTest : public testing::Test {
+protected:
+    std::shared_ptr<Layer> Run(std::uint64_t run, std::vector<Span> spans, bool endsByItself = false) const {
+        auto layer = std::make_shared<Layer>();
+        layer->Id = {1, run};
+        layer->Preset = std::make_shared<const zorvic::v1::Preset>(Preset);
+        layer->Media = {{"C:\\clip", File.string()}};
+        layer->Spans = std::move(spans);
+        layer->EndsByItself = endsByItself;
+        return layer;
+    }
+    void Show(const std::vector<std::shared_ptr<Layer>>& layers) { Shown.Layers.assign(layers.begin(), layers.end()); }
+    void Hear(milliseconds length) {
+        std::vector<float> block(std::size_t{BlockFrames} * Channels);
+        for (std::int64_t end = At + SampleAt(length); At < end; At += BlockFrames) {
+            ASSERT_TRUE(WaitUntil([this] { return Sounds.Settled(At); }));
+            Sounds.Mix(Shown, At, BlockFrames, block.data());
+            for (std::size_t i = 0; i < block.size(); i += Channels) {
+                Left.push_back(block[i]);
+                Right.push_back(block[i + 1]);
+            }
+        }
+    }
+    // A block in which the readers open, before anything is to be heard.
+    void Open() {
+        At = SampleAt(Zero) - BlockFrames;
+        Hear(milliseconds(10));
+        Left.clear();
+        Right.clear();
+    }
+    double Worst(milliseconds from, milliseconds until, const std::function<double(double)>& ideal) const {
+        double worst = 0;
+        for (auto i = static_cast<std::size_t>(SampleAt(from)); i < static_cast<std::size_t>(SampleAt(until)); ++i)
+            worst = std::max(worst, std::abs(Left.at(i) - ideal(static_cast<double>(i) / SampleRate)));
+        return worst;
+    }
+    float LargestStep() const {
+        float largest = std::abs(Left.front());
+        for (std::size_t i = 1; i < Left.size(); ++i)
+            largest = std::max(largest, std::abs(Left[i] - Left[i - 1]));
+        return largest;
+    }
+    float HeardAt(milliseconds time) const { return Left.at(static_cast<std::size_t>(SampleAt(time))); }
+
+    ZorvicUnit::MediaDirectory Directory;
+    std::filesystem::path File;
+    zorvic::v1::Preset Preset;
+    Scene Shown;
+    Mixer Sounds;
+    std::int64_t At = 0;
+    std::vector<float> Left, Right;
+};
+
+TEST_F(SoundTest, LoopsWithoutAMissingOrDoubledSample) {
+    struct Case {
+        const char* Name;
+        int Rate;
+        const char* Codec;
+        double Error;  // half a sample of phase would be 0.03
+    };
+    for (const Case& media : std::vector<Case>{{"sine.wav", 48000, "-c:a pcm_f32le", RoundingError},
+                                               {"slow.wav", 44100, "-c:a pcm_f32le", 1e-3},
+                                               {"sine.mp4", 48000, "-c:a aac -b:a 192k", 0.01}}) {
+        SCOPED_TRACE(media.Name);
+        File = Directory / media.Name;
+        ASSERT_TRUE(Encode(Sound("sin(2*PI*1000*t)", media.Rate) + media.Codec, File));
+        std::vector<Span> spans;
+        for (int pass = 0; pass < 100; ++pass)
+            spans.push_back(
+                Moving(pass * milliseconds(123), (pass + 1) * milliseconds(123), milliseconds(701), pass > 0));
+        Show({Run(1, spans)});
+        Left.clear();
+        Open();
+        Hear(milliseconds(12'300));
+        EXPECT_LT(Worst(milliseconds(10), milliseconds(12'300), [](double t) { return Sine(1000, t); }), media.Error);
+        EXPECT_EQ(Sounds.Underruns(), 0U);
+        Show({});
+        Hear(milliseconds(20));
+    }
+}
+
+TEST_F(SoundTest, LinksHalvesOfASineWithoutAStep) {
+    File = Directory / "sine.wav";
+    ASSERT_TRUE(Encode(Sound("sin(2*PI*331*t)", 48000) + "-c:a pcm_f32le", File));
+    const milliseconds half(500);
+    // As the unit sends it: what plays and what follows.
+    std::vector<std::shared_ptr<Layer>> runs;
+    for (int i = 0; i < 21; ++i)
+        runs.push_back(Run(static_cast<std::uint64_t>(i), {Moving(i * half, (i + 1) * half, i % 2 * half)}, true));
+    Show({runs[0], runs[1]});
+    Open();
+    for (std::size_t i = 0; i < 20; ++i) {
+        Show({runs[i], runs[i + 1]});
+        Hear(half);
+    }
+    EXPECT_LT(Worst(milliseconds(0), 20 * half, [](double t) { return Sine(331, t); }), RoundingError);
+}
+
+// By how many samples the sound at this time differs from the chirp that the file was made from.
+int LagOf(const std::vector<float>& heard, std::int64_t at, double seconds) {
+    double best = 0;
+    int lag = SampleRate;
+    for (int shift = -2000; shift <= 2000; ++shift) {
+        double sum = 0;
+        for (int i = 0; i < SampleRate / 20; ++i)
+            sum +=
+                heard[static_cast<std::size_t>(at + i)] * Chirp(seconds + static_cast<double>(i - shift) / SampleRate);
+        if (sum > best) {
+            best = sum;
+            lag = shift;
+        }
+    }
+    return lag;
+}
+
+TEST_F(SoundTest, SeeksToTheSampleInEveryKindOfFile) {
+    struct Case {
+        const char* Name;
+        int Rate;
+        std::string Codec;
+        bool Damaged = false;
+    };
+    const std::string picture = "-f lavfi -i testsrc=size=64x48:rate=25:duration=3 -c:v mpeg4 -g 50 ";
+    for (const Case& media : std::vector<Case>{{"clip.mp4", 48000, picture + "-c:a aac"},
+                                               {"clip.mkv", 48000, picture + "-c:a aac"},
+                                               {"clip.m4a", 44100, "-c:a aac"},
+                                               {"clip.aac", 44100, "-c:a aac"},
+                                               {"clip.mp3", 44100, "-c:a libmp3lame -b:a 128k"},
+                                               {"vbr.mp3", 48000, "-c:a libmp3lame -q:a 4"},
+                                               {"clip.flac", 44100, "-c:a flac"},
+                                               {"clip.opus", 48000, "-c:a libopus"},
+                                               {"clip.ogg", 44100, "-c:a libvorbis"},
+                                               {"hurt.mp3", 44100, "-c:a libmp3lame", true},
+                                               {"hurt.mp4", 48000, "-c:a aac", true}}) {
+        SCOPED_TRACE(media.Name);
+        File = Directory / media.Name;
+        if (!Encode(Sound("sin(2*PI*(400*t+200*t*t))", media.Rate) + media.Codec, File)) continue;
+        std::string bytes = ReadFile(File);
+        if (media.Damaged) bytes.replace(bytes.size() / 2, 400, 400, '\x55');
+        ZorvicUnit::WriteFile(File, bytes);
+        Show({Run(1, {Moving(milliseconds(0), milliseconds(2000), milliseconds(1234))})});
+        Open();
+        Hear(milliseconds(1500));
+        // A raw stream says nothing of the samples that the encoder put before the first.
+        const int padding = std::string(media.Name) == "clip.aac" ? 1024 * SampleRate / media.Rate : 0;
+        if (!media.Damaged) EXPECT_NEAR(LagOf(Left, SampleRate / 20, 1.284), padding, 1);
+        EXPECT_NEAR(LagOf(Left, SampleRate, 2.234), padding, 1);
+        Show({});
+        Hear(milliseconds(20));
+    }
+}
+
+TEST_F(SoundTest, NothingClicksAtPauseResumeJumpAndEnd) {
+    File = Directory / "level.wav";
+    ASSERT_TRUE(Encode(Sound("1", 48000) + "-c:a pcm_f32le", File));
+    const auto ms = [](int count) { return milliseconds(count); };
+    const Span first = Moving(ms(0), ms(100), ms(300));
+    const Span paused = Standing(ms(100), ms(200), ms(400));
+    const Span resumed = Moving(ms(200), ms(300), ms(400));
+    const Span jumped = Moving(ms(303), ms(2'000), ms(1'500));
+    // Commands become known when their time has come, or when it has passed already.
+    Show({Run(1, {first})});
+    Open();
+    Hear(ms(100));
+    EXPECT_EQ(Left.front(), Level / RampFrames);
+    Show({Run(1, {first, paused})});
+    Hear(ms(100));
+    EXPECT_EQ(HeardAt(ms(104)), Level / RampFrames * 47);
+    EXPECT_EQ(HeardAt(ms(106)), 0);
+    Show({Run(1, {first, paused, resumed})});
+    Hear(ms(110));
+    EXPECT_EQ(HeardAt(ms(206)), Level);
+    Show({Run(1, {first, paused, resumed, jumped})});
+    Hear(ms(90));
+    EXPECT_EQ(HeardAt(ms(399)), Level);
+    Show({});
+    Hear(ms(100));
+    EXPECT_EQ(HeardAt(ms(406)), 0);
+    // Ends by itself, and freezes: the ramp lies before the end.
+    Show({Run(2, {Moving(ms(550), ms(650), ms(0))}, true)});
+    Hear(ms(200));
+    EXPECT_EQ(HeardAt(ms(644)), Level);
+    EXPECT_EQ(HeardAt(ms(650)), 0);
+    const auto step = LargestStep();
+    EXPECT_EQ(HeardAt(ms(550)), Level) << "what begins with its media begins at once";
+    EXPECT_EQ(step, Level);
+    Left.assign(Left.begin(), Left.begin() + SampleAt(ms(500)));
+    EXPECT_LT(LargestStep(), Level / RampFrames * 1.01F);
+    EXPECT_EQ(Sounds.Underruns(), 0U);
+}
+
+TEST_F(SoundTest, FollowsVolumeAndFadesWithoutSteps) {
+    File = Directory / "level.wav";
+    ASSERT_TRUE(Encode(Sound("1", 48000) + "-c:a pcm_f32le", File));
+    Preset.set_fade_in_ms(100);
+    Preset.set_dissolve_in_ms(200);
+    Preset.set_fade_out_ms(1);  // second
+    Preset.add_volume(65535);
+    Preset.add_volume(32768);
+    Span span = Moving(milliseconds(0), milliseconds(2000), milliseconds(0));
+    span.WindowEnd = milliseconds(2000);
+    span.FirstPass = span.LastPass = true;
+    Show({Run(1, {span}, true)});
+    Open();
+    Hear(milliseconds(1600));
+    EXPECT_NEAR(HeardAt(milliseconds(50)), Level * 0.5 * 0.25, 2e-3);
+    EXPECT_NEAR(HeardAt(milliseconds(150)), Level * 0.75, 2e-3);
+    EXPECT_NEAR(HeardAt(milliseconds(1500)), Level * 0.5, 2e-3);
+    EXPECT_NEAR(Right.at(SampleRate / 2), Level * 0.5, 1e-3);
+    Preset.set_volume(0, 0);
+    Show({Run(1, {span}, true)});
+    Hear(milliseconds(400));
+    EXPECT_EQ(HeardAt(milliseconds(1610)), 0);
+    EXPECT_LT(LargestStep(), Level / BlockFrames * 1.5F);
+}
+
+}  // namespace
+}  // namespace ZorvicRender
