@@ -1,4 +1,5 @@
 #include "fault.h"
+#include "playback/fades.h"
 #include "playback/playback.h"
 #include "unit/unitfakes.h"
 
@@ -199,7 +200,7 @@ TEST_F(PlaybackTest, LevelsFollowEnvelopeVolumeAndFades) {
     auto envelope = std::make_shared<Envelope>();
     envelope->Levels.assign(static_cast<std::size_t>(ClipMS / Envelope::StepMS), {80, 40});
     Catalog.Envelopes[Clip] = envelope;
-    Put("volume: 65535 volume: 32768 fade_in_ms: 2000 fade_out_ms: 1000 loop: 1");
+    Put("volume: 65535 volume: 32768 fade_in_ms: 2000 dissolve_out_ms: 1000 loop: 1");
     const auto levels = [this](std::int64_t after) {
         Pass(after);
         return Play.Positions().at(0).Levels;
@@ -213,6 +214,34 @@ TEST_F(PlaybackTest, LevelsFollowEnvelopeVolumeAndFades) {
     EXPECT_THAT(levels(9'750), testing::ElementsAre(20, 5));
     Play.Pause(1);
     EXPECT_THAT(levels(0), testing::ElementsAre(0, 0));
+}
+
+TEST(FadesTest, FadesGoToBlackAndDissolvesToWhatLiesBelow) {
+    struct Case {
+        const char* Fields;
+        bool First, Last;
+        std::int64_t ElapsedMS;
+        double Light, Opacity;
+    };
+    for (const Case& at : std::vector<Case>{
+             {"fade_in_ms: 4000", true, true, 2'000, 0.25, 1},
+             {"fade_in_ms: 4 dissolve_in_ms: 2000", true, false, 1'001, 0.25, 0.0005},
+             {"fade_in_ms: 4000 dissolve_in_ms: 4000", false, true, 1'000, 1, 1},
+             {"fade_out_ms: 5", true, true, 9'000, 0.4, 1},  // up to 99 whole seconds, as the builder stores them
+             {"fade_out_ms: 99", true, true, 1'000, 10 / 99.0, 1},
+             {"fade_out_ms: 100 dissolve_out_ms: 99", false, true, 10'950, 0.5, 50 / 99.0},
+             {"fade_out_ms: 5 dissolve_out_ms: 5000", true, false, 11'000, 1, 1},
+             {"fade_in_ms: -1 fade_out_ms: -1", true, true, 11'000, 1, 1},
+             {"fade_in_ms: 1000 fade_out_ms: 5000", true, true, 500, 0, 1},
+         }) {
+        zorvic::v1::Preset preset;
+        ASSERT_TRUE(google::protobuf::TextFormat::ParseFromString(at.Fields, &preset));
+        const ZorvicUnit::Trim window{std::chrono::seconds(1), std::chrono::seconds(11)};
+        const auto gains =
+            ZorvicUnit::FadesAt(preset, {window, std::chrono::milliseconds(at.ElapsedMS), at.First, at.Last});
+        EXPECT_NEAR(gains.Light, at.Light, 1e-9) << at.Fields;
+        EXPECT_NEAR(gains.Opacity, at.Opacity, 1e-9) << at.Fields;
+    }
 }
 
 TEST_F(PlaybackTest, WhatIsBeingDeletedDoesNotBeginToPlay) {
