@@ -1,6 +1,7 @@
 #include "playback/playback.h"
 
 #include "fault.h"
+#include "playback/entry.h"
 
 #include <spdlog/spdlog.h>
 
@@ -12,77 +13,7 @@ namespace ZorvicUnit {
 
 using std::chrono::duration_cast;
 using std::chrono::milliseconds;
-
-namespace {
-
-// What the stored points (remaining times) mean for a running time of trt ms. An in point of 0 is not set; one that
-// does not lie before the out point or lies beyond trt is ignored, and so is an out point outside of the running time.
-// So the length is 0 only when trt is.
-Trim EffectiveTrim(std::int32_t inPosition, std::int32_t outPosition, std::int32_t trt) {
-    const std::int32_t out = outPosition > 0 && outPosition < trt ? outPosition : 0;
-    const std::int32_t in = inPosition > out && inPosition <= trt ? inPosition : trt;
-    return {.Start = milliseconds(trt - in), .End = milliseconds(trt - out)};
-}
-
-std::vector<std::string> PathsOf(const zorvic::v1::Preset& preset) {
-    std::set<std::string> paths;
-    for (const auto& canvas : preset.canvases()) {
-        for (const auto& asset : canvas.assets())
-            paths.insert(asset.full_path());
-    }
-    return {paths.begin(), paths.end()};
-}
-
-}  // namespace
-
-struct Playback::Run {
-    struct Medium {
-        std::optional<std::int32_t> LengthMS;
-        std::shared_ptr<const Envelope> Levels;
-    };
-
-    Clock::TimePoint Anchor;  ///< when the position was Base; meaningless while paused or waiting
-    Duration Base{0};         ///< elapsed time from the start of the media
-    std::uint32_t Pass = 1;
-    bool Paused = false;
-    bool Waiting = true;                  ///< for the length of the media
-    std::map<std::string, Medium> Media;  ///< by path, as this run met them
-
-    bool Moves() const { return !Paused && !Waiting; }
-    Duration Elapsed(Clock::TimePoint at) const { return Moves() ? Base + (at - Anchor) : Base; }
-};
-
-struct Playback::Entry {
-    PresetPtr Preset;
-    std::vector<std::string> Assets;  ///< their paths, each once
-    std::int32_t TRT = 0;
-    bool LengthKnown = false;
-    bool Retired = false;
-    std::optional<std::int32_t> Cue;  ///< remaining time at which the next run begins
-    std::optional<Run> Playing;
-
-    Trim Window() const { return EffectiveTrim(Preset->in_position(), Preset->out_position(), TRT); }
-    bool Endless() const { return Preset->loop() == -1; }
-    bool LastPass() const { return !Endless() && std::cmp_greater(Playing->Pass, Preset->loop()); }
-
-    // Nothing to play and nothing that holds it: over at the moment it begins.
-    bool Instant() const { return LengthKnown && TRT == 0 && !Endless() && !Preset->freeze_at_end(); }
-
-    milliseconds CuedElapsed() const { return milliseconds(TRT - std::clamp(*Cue, 0, TRT)); }
-
-    Duration StartElapsed() const {
-        const Trim window = Window();
-        // A cue that leaves nothing to play would end the take at once and fire the linked preset.
-        return Cue && CuedElapsed() < window.End ? CuedElapsed() : window.Start;
-    }
-
-    std::optional<Clock::TimePoint> EndsAt() const {
-        if (!Playing || !Playing->Moves()) return std::nullopt;
-        const Trim window = Window();
-        if (window.Length() == milliseconds(0) && Endless()) return std::nullopt;
-        return Playing->Anchor + std::max(Duration(window.End) - Playing->Base, Duration(0));
-    }
-};
+using std::chrono::nanoseconds;
 
 Playback::Playback(const Clock& clock, const AssetCatalog& catalog) : Time(clock), Catalog(catalog), Now(clock.Now()) {}
 
@@ -90,7 +21,7 @@ Playback::~Playback() = default;
 
 void Playback::Put(PresetPtr preset) {
     Advance();
-    Entry& entry = Entries[preset->pk()];
+    PlayEntry& entry = Entries[preset->pk()];
     Rebase(entry);
     entry.Assets = PathsOf(*preset);
     entry.Preset = std::move(preset);
@@ -114,7 +45,7 @@ void Playback::Clear() {
 
 void Playback::Take(std::int32_t pk) {
     Advance();
-    Entry& entry = Find(pk);
+    PlayEntry& entry = Find(pk);
     if (entry.Retired) throw Fault(FaultKind::Refused, "it is being deleted");
     if (UsesHeldAsset(entry)) throw Fault(FaultKind::Refused, "an asset of it is being deleted");
     TakeAt(entry, Now);
@@ -123,7 +54,7 @@ void Playback::Take(std::int32_t pk) {
 
 void Playback::Pause(std::int32_t pk, std::optional<bool> wanted) {
     Advance();
-    Entry& entry = Find(pk);
+    PlayEntry& entry = Find(pk);
     if (!entry.Playing) throw Fault(FaultKind::Refused, "it does not play");
     if (wanted == entry.Playing->Paused) return;
     Rebase(entry);
@@ -139,7 +70,7 @@ void Playback::End(std::int32_t pk) {
 
 void Playback::Seek(std::int32_t pk, std::uint32_t timeMS) {
     Advance();
-    Entry& entry = Find(pk);
+    PlayEntry& entry = Find(pk);
     const bool negative = timeMS > static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::max());
     const std::int32_t remaining = negative ? 0 : static_cast<std::int32_t>(timeMS);
     if (!entry.Playing || entry.Playing->Waiting) {
@@ -154,7 +85,7 @@ void Playback::Seek(std::int32_t pk, std::uint32_t timeMS) {
 
 void Playback::SetRetired(std::int32_t pk, bool retired) {
     Advance();
-    Entry& entry = Find(pk);
+    PlayEntry& entry = Find(pk);
     if (retired && entry.Playing) throw Fault(FaultKind::Refused, "it plays");
     entry.Retired = retired;
 }
@@ -162,7 +93,7 @@ void Playback::SetRetired(std::int32_t pk, bool retired) {
 void Playback::HoldAsset(const std::string& path) {
     Advance();
     for (const std::int32_t pk : Active) {
-        const Entry& entry = Entries.at(pk);
+        const PlayEntry& entry = Entries.at(pk);
         if (entry.Playing && std::find(entry.Assets.begin(), entry.Assets.end(), path) != entry.Assets.end())
             throw Fault(FaultKind::Refused, fmt::format("preset {} plays it", pk));
     }
@@ -192,11 +123,11 @@ void Playback::AssetsChanged(std::span<const std::string> paths) {
 void Playback::Advance() {
     Now = Time.Now();
     for (;;) {
-        Entry* next = nullptr;
+        PlayEntry* next = nullptr;
         Clock::TimePoint due = Now;
         for (const std::int32_t pk : Active) {
-            Entry& entry = Entries.at(pk);
-            const auto end = entry.EndsAt();
+            PlayEntry& entry = Entries.at(pk);
+            const auto end = entry.DueAt();
             if (!end || *end > due || (next && *end == due)) continue;
             next = &entry;
             due = *end;
@@ -209,7 +140,7 @@ void Playback::Advance() {
 PlayState Playback::StateOf(std::int32_t pk) const {
     const auto found = Entries.find(pk);
     if (found == Entries.end()) return {};
-    const Entry& entry = found->second;
+    const PlayEntry& entry = found->second;
     const auto& run = entry.Playing;
     return {
         .TRT = entry.TRT, .CurrentLoop = run ? run->Pass : 0, .Playing = run.has_value(), .Paused = run && run->Paused};
@@ -218,10 +149,11 @@ PlayState Playback::StateOf(std::int32_t pk) const {
 std::vector<PlayPosition> Playback::Positions() {
     std::vector<PlayPosition> positions;
     for (const std::int32_t pk : Active) {
-        Entry& entry = Entries.at(pk);
+        PlayEntry& entry = Entries.at(pk);
         const auto& run = entry.Playing;
-        const auto elapsed = run ? duration_cast<milliseconds>(run->Elapsed(Now)) : entry.CuedElapsed();
-        const auto remaining = std::clamp<std::int64_t>(entry.TRT - elapsed.count(), 0, entry.TRT);
+        const nanoseconds elapsed = run ? run->Elapsed(Now) : entry.CuedElapsed();
+        const auto remaining =
+            std::clamp<std::int64_t>(entry.TRT - duration_cast<milliseconds>(elapsed).count(), 0, entry.TRT);
         PlayPosition position{.PK = pk, .RemainingMS = static_cast<std::int32_t>(remaining)};
         if (run && run->Moves()) position.Levels = LevelsOf(entry, elapsed);
         positions.push_back(position);
@@ -229,7 +161,7 @@ std::vector<PlayPosition> Playback::Positions() {
     return positions;
 }
 
-StereoLevels Playback::LevelsOf(Entry& entry, milliseconds elapsed) const {
+StereoLevels Playback::LevelsOf(PlayEntry& entry, nanoseconds elapsed) const {
     std::vector<std::shared_ptr<const Envelope>> envelopes;
     for (const std::string& path : entry.Assets) {
         auto& levels = entry.Playing->Media[path].Levels;
@@ -241,28 +173,28 @@ StereoLevels Playback::LevelsOf(Entry& entry, milliseconds elapsed) const {
 
 bool Playback::Rolling() const {
     return std::any_of(Active.begin(), Active.end(),
-                       [this](std::int32_t pk) { return Entries.at(pk).EndsAt().has_value(); });
+                       [this](std::int32_t pk) { return Entries.at(pk).DueAt().has_value(); });
 }
 
-Playback::Entry& Playback::Find(std::int32_t pk) {
+PlayEntry& Playback::Find(std::int32_t pk) {
     const auto found = Entries.find(pk);
     if (found == Entries.end()) throw Fault(FaultKind::NotFound, "no such preset");
     return found->second;
 }
 
-bool Playback::UsesHeldAsset(const Entry& entry) const {
+bool Playback::UsesHeldAsset(const PlayEntry& entry) const {
     return std::any_of(entry.Assets.begin(), entry.Assets.end(),
                        [this](const std::string& path) { return HeldAssets.contains(path); });
 }
 
-std::optional<std::int32_t> Playback::LengthOf(Entry& entry, const std::string& path) const {
+std::optional<std::int32_t> Playback::LengthOf(PlayEntry& entry, const std::string& path) const {
     if (!entry.Playing) return Catalog.DurationMS(path);
     auto& length = entry.Playing->Media[path].LengthMS;
     if (!length) length = Catalog.DurationMS(path);
     return length;
 }
 
-void Playback::RefreshLength(Entry& entry) {
+void Playback::RefreshLength(PlayEntry& entry) {
     std::optional<std::int32_t> longest;
     if (entry.Assets.empty()) longest = 0;
     for (const std::string& path : entry.Assets) {
@@ -277,7 +209,7 @@ void Playback::RefreshLength(Entry& entry) {
 }
 
 // Lets a run that waits for its length move from here on, when the length is known.
-void Playback::SetOff(Entry& entry, Clock::TimePoint at) {
+void Playback::SetOff(PlayEntry& entry, Clock::TimePoint at) {
     if (!entry.Playing || !entry.Playing->Waiting || !entry.LengthKnown) return;
     entry.Playing->Waiting = false;
     entry.Playing->Base = entry.StartElapsed();
@@ -285,7 +217,7 @@ void Playback::SetOff(Entry& entry, Clock::TimePoint at) {
     entry.Cue.reset();
 }
 
-void Playback::Begin(Entry& entry, Clock::TimePoint at) {
+void Playback::Begin(PlayEntry& entry, Clock::TimePoint at) {
     entry.Playing.emplace();
     RefreshLength(entry);
     SetOff(entry, at);
@@ -293,10 +225,9 @@ void Playback::Begin(Entry& entry, Clock::TimePoint at) {
     ++Version;
 }
 
-void Playback::TakeAt(Entry& entry, Clock::TimePoint at) {
+void Playback::TakeAt(PlayEntry& entry, Clock::TimePoint at) {
     auto& run = entry.Playing;
-    const bool resumes = run && run->Paused && (run->Waiting || run->Base < entry.Window().End);
-    if (!resumes) {
+    if (!entry.Resumes()) {
         Begin(entry, at);
         return;
     }
@@ -305,7 +236,7 @@ void Playback::TakeAt(Entry& entry, Clock::TimePoint at) {
     ++Version;
 }
 
-void Playback::Stop(Entry& entry) {
+void Playback::Stop(PlayEntry& entry) {
     entry.Cue.reset();
     Active.erase(entry.Preset->pk());
     if (!entry.Playing) return;
@@ -314,11 +245,11 @@ void Playback::Stop(Entry& entry) {
     ++Version;
 }
 
-void Playback::FinishPass(Entry& entry, Clock::TimePoint at) {
+void Playback::FinishPass(PlayEntry& entry, Clock::TimePoint at) {
     const Trim window = entry.Window();
-    Run& run = *entry.Playing;
+    PlayRun& run = *entry.Playing;
     // A pass without length would begin and end for ever.
-    if (!entry.LastPass() && window.Length() > milliseconds(0)) {
+    if (!entry.LastPass() && window.Length() > nanoseconds(0)) {
         ++run.Pass;
         run.Base = window.Start;
         run.Anchor = at;
@@ -354,7 +285,7 @@ void Playback::FollowLink(std::int32_t pk, Clock::TimePoint at) {
 }
 
 // Makes the position of this moment the one to count from, before something that it is computed with changes.
-void Playback::Rebase(Entry& entry) const {
+void Playback::Rebase(PlayEntry& entry) const {
     if (!entry.Playing) return;
     entry.Playing->Base = entry.Playing->Elapsed(Now);
     entry.Playing->Anchor = Now;

@@ -18,6 +18,8 @@
 
 namespace ZorvicUnit {
 
+struct PlayEntry;
+
 using PresetPtr = std::shared_ptr<const zorvic::v1::Preset>;
 
 struct PlayState {
@@ -87,26 +89,22 @@ public:
     bool Rolling() const;
 
 private:
-    using Duration = std::chrono::nanoseconds;
-    struct Run;
-    struct Entry;
-
-    Entry& Find(std::int32_t pk);
-    bool UsesHeldAsset(const Entry& entry) const;
-    std::optional<std::int32_t> LengthOf(Entry& entry, const std::string& path) const;
-    void RefreshLength(Entry& entry);
-    void SetOff(Entry& entry, Clock::TimePoint at);
-    StereoLevels LevelsOf(Entry& entry, std::chrono::milliseconds elapsed) const;
-    void Begin(Entry& entry, Clock::TimePoint at);
-    void TakeAt(Entry& entry, Clock::TimePoint at);
-    void Stop(Entry& entry);
-    void FinishPass(Entry& entry, Clock::TimePoint at);
+    PlayEntry& Find(std::int32_t pk);
+    bool UsesHeldAsset(const PlayEntry& entry) const;
+    std::optional<std::int32_t> LengthOf(PlayEntry& entry, const std::string& path) const;
+    void RefreshLength(PlayEntry& entry);
+    void SetOff(PlayEntry& entry, Clock::TimePoint at);
+    StereoLevels LevelsOf(PlayEntry& entry, std::chrono::nanoseconds elapsed) const;
+    void Begin(PlayEntry& entry, Clock::TimePoint at);
+    void TakeAt(PlayEntry& entry, Clock::TimePoint at);
+    void Stop(PlayEntry& entry);
+    void FinishPass(PlayEntry& entry, Clock::TimePoint at);
     void FollowLink(std::int32_t pk, Clock::TimePoint at);
-    void Rebase(Entry& entry) const;
+    void Rebase(PlayEntry& entry) const;
 
     const Clock& Time;
     const AssetCatalog& Catalog;
-    std::map<std::int32_t, Entry> Entries;
+    std::map<std::int32_t, PlayEntry> Entries;
     std::set<std::int32_t> Active;  ///< keys of the entries that have a run or a cue
     std::multiset<std::string> HeldAssets;
     Clock::TimePoint Now;
