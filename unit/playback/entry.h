@@ -35,6 +35,10 @@ struct PlayRun {
     std::map<std::string, Medium> Media;        ///< by path, as this run met them
 
     bool Moves() const { return !Paused && !Waiting && !ColdUntil; }
+    void LetGo(Clock::TimePoint at) {
+        ColdUntil.reset();
+        Anchor = at;
+    }
     Duration Elapsed(Clock::TimePoint at) const { return Moves() ? Base + (at - Anchor) : Base; }
 };
 

@@ -28,6 +28,7 @@ void Playback::Put(PresetPtr preset) {
     RefreshLength(entry);
     SetOff(entry, Now);
     ++Version;
+    ++Plans;
     Advance();
 }
 
@@ -35,12 +36,15 @@ void Playback::Remove(std::int32_t pk) {
     Active.erase(pk);
     Entries.erase(pk);
     ++Version;
+    ++Plans;
 }
 
 void Playback::Clear() {
     Active.clear();
     Entries.clear();
+    Primed.clear();
     ++Version;
+    ++Plans;
 }
 
 void Playback::Take(std::int32_t pk) {
@@ -48,7 +52,11 @@ void Playback::Take(std::int32_t pk) {
     PlayEntry& entry = Find(pk);
     if (entry.Retired) throw Fault(FaultKind::Refused, "it is being deleted");
     if (UsesHeldAsset(entry)) throw Fault(FaultKind::Refused, "an asset of it is being deleted");
-    TakeAt(entry, Now);
+    if (entry.Resumes())
+        Resume(entry, Now);
+    else
+        Begin(entry, Now, ++Takes, ColdTakesHeld && !entry.Assets.empty());
+    ++Plans;
     Advance();
 }
 
@@ -57,20 +65,27 @@ void Playback::Pause(std::int32_t pk, std::optional<bool> wanted) {
     PlayEntry& entry = Find(pk);
     if (!entry.Playing) throw Fault(FaultKind::Refused, "it does not play");
     if (wanted == entry.Playing->Paused) return;
-    Rebase(entry);
-    entry.Playing->Paused = !entry.Playing->Paused;
-    ++Version;
+    if (entry.Playing->Paused) {
+        Resume(entry, Now);
+    } else {
+        Rebase(entry);
+        entry.Playing->Paused = true;
+        ++Version;
+    }
+    ++Plans;
     Advance();
 }
 
 void Playback::End(std::int32_t pk) {
     Advance();
     Stop(Find(pk));
+    ++Plans;
 }
 
 void Playback::Seek(std::int32_t pk, std::uint32_t timeMS) {
     Advance();
     PlayEntry& entry = Find(pk);
+    ++Plans;
     const bool negative = timeMS > static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::max());
     const std::int32_t remaining = negative ? 0 : static_cast<std::int32_t>(timeMS);
     if (!entry.Playing || entry.Playing->Waiting) {
@@ -88,6 +103,7 @@ void Playback::SetRetired(std::int32_t pk, bool retired) {
     PlayEntry& entry = Find(pk);
     if (retired && entry.Playing) throw Fault(FaultKind::Refused, "it plays");
     entry.Retired = retired;
+    ++Plans;
 }
 
 void Playback::HoldAsset(const std::string& path) {
@@ -98,11 +114,14 @@ void Playback::HoldAsset(const std::string& path) {
             throw Fault(FaultKind::Refused, fmt::format("preset {} plays it", pk));
     }
     HeldAssets.insert(path);
+    ++Plans;
 }
 
 void Playback::ReleaseAsset(const std::string& path) {
     const auto held = HeldAssets.find(path);
-    if (held != HeldAssets.end()) HeldAssets.erase(held);
+    if (held == HeldAssets.end()) return;
+    HeldAssets.erase(held);
+    ++Plans;
 }
 
 void Playback::AssetsChanged(std::span<const std::string> paths) {
@@ -115,26 +134,33 @@ void Playback::AssetsChanged(std::span<const std::string> paths) {
         Rebase(entry);
         RefreshLength(entry);
         SetOff(entry, Now);
+        ++Plans;
     }
     Advance();
 }
 
-// Takes what is due in the order in which it fell due: one preset's end can begin another.
 void Playback::Advance() {
     Now = Time.Now();
-    for (;;) {
-        PlayEntry* next = nullptr;
-        Clock::TimePoint due = Now;
-        for (const std::int32_t pk : Active) {
-            PlayEntry& entry = Entries.at(pk);
-            const auto end = entry.DueAt();
-            if (!end || *end > due || (next && *end == due)) continue;
-            next = &entry;
-            due = *end;
-        }
-        if (!next) return;
-        FinishPass(*next, due);
+    while (const auto due = NextDue(Now))
+        CarryOut(*due);
+}
+
+// What falls due first: one preset's end can begin another.
+std::optional<Playback::Due> Playback::NextDue(Clock::TimePoint until) const {
+    std::optional<Due> next;
+    for (const std::int32_t pk : Active) {
+        const auto at = Entries.at(pk).DueAt();
+        if (at && *at <= until && (!next || *at < next->At)) next = {*at, pk};
     }
+    return next;
+}
+
+// Gives the preset that begins or goes on through a link, or 0.
+std::int32_t Playback::CarryOut(const Due& due) {
+    PlayEntry& entry = Entries.at(due.PK);
+    if (!entry.Playing->ColdUntil) return FinishPass(entry, due.At);
+    entry.Playing->LetGo(due.At);
+    return 0;
 }
 
 PlayState Playback::StateOf(std::int32_t pk) const {
@@ -182,6 +208,14 @@ PlayEntry& Playback::Find(std::int32_t pk) {
     return found->second;
 }
 
+PlayEntry* Playback::FindLinked(std::int32_t pk) {
+    const auto found = Entries.find(pk);
+    if (found != Entries.end()) return &found->second;
+    if (!Origin) return nullptr;
+    const auto linked = Origin->Entries.find(pk);
+    return linked == Origin->Entries.end() ? nullptr : &Entries.emplace(pk, linked->second).first->second;
+}
+
 bool Playback::UsesHeldAsset(const PlayEntry& entry) const {
     return std::any_of(entry.Assets.begin(), entry.Assets.end(),
                        [this](const std::string& path) { return HeldAssets.contains(path); });
@@ -211,28 +245,31 @@ void Playback::RefreshLength(PlayEntry& entry) {
 // Lets a run that waits for its length move from here on, when the length is known.
 void Playback::SetOff(PlayEntry& entry, Clock::TimePoint at) {
     if (!entry.Playing || !entry.Playing->Waiting || !entry.LengthKnown) return;
-    entry.Playing->Waiting = false;
-    entry.Playing->Base = entry.StartElapsed();
-    entry.Playing->Anchor = at;
+    PlayRun& run = *entry.Playing;
+    run.Waiting = false;
+    run.Base = entry.StartElapsed();
+    run.Anchor = at;
     entry.Cue.reset();
+    if (run.ColdUntil) run.ColdUntil = std::max(*run.ColdUntil, at);
+    if (IsPrimed(entry)) run.ColdUntil.reset();
 }
 
-void Playback::Begin(PlayEntry& entry, Clock::TimePoint at) {
-    entry.Playing.emplace();
+void Playback::Begin(PlayEntry& entry, Clock::TimePoint at, std::uint64_t place, bool cold) {
+    entry.Playing.emplace().Place = place;
+    ++entry.Runs;
+    if (cold) entry.Playing->ColdUntil = at + ColdTakeLimit;
     RefreshLength(entry);
     SetOff(entry, at);
     Active.insert(entry.Preset->pk());
     ++Version;
 }
 
-void Playback::TakeAt(PlayEntry& entry, Clock::TimePoint at) {
-    auto& run = entry.Playing;
-    if (!entry.Resumes()) {
-        Begin(entry, at);
-        return;
-    }
-    run->Paused = false;
-    run->Anchor = at;
+void Playback::Resume(PlayEntry& entry, Clock::TimePoint at) {
+    PlayRun& run = *entry.Playing;
+    run.Paused = false;
+    run.Anchor = at;
+    // A limit that passed during the pause must not let it begin in the past.
+    if (run.ColdUntil) run.ColdUntil = std::max(*run.ColdUntil, at);
     ++Version;
 }
 
@@ -245,7 +282,7 @@ void Playback::Stop(PlayEntry& entry) {
     ++Version;
 }
 
-void Playback::FinishPass(PlayEntry& entry, Clock::TimePoint at) {
+std::int32_t Playback::FinishPass(PlayEntry& entry, Clock::TimePoint at) {
     const Trim window = entry.Window();
     PlayRun& run = *entry.Playing;
     // A pass without length would begin and end for ever.
@@ -254,34 +291,39 @@ void Playback::FinishPass(PlayEntry& entry, Clock::TimePoint at) {
         run.Base = window.Start;
         run.Anchor = at;
         ++Version;
-        return;
+        return 0;
     }
     if (entry.Preset->freeze_at_end()) {
         run.Base = window.End;
         run.Paused = true;
         ++Version;
-        return;
+        return 0;
     }
     const std::int32_t link = entry.Preset->link();
+    const std::uint64_t place = run.Place;
     Stop(entry);
-    if (link > 0) FollowLink(link, at);
+    return FollowLink(link, at, place);
 }
 
 // Walks over linked presets without length until one plays or the walk comes back to where it has been.
-void Playback::FollowLink(std::int32_t pk, Clock::TimePoint at) {
+std::int32_t Playback::FollowLink(std::int32_t pk, Clock::TimePoint at, std::uint64_t place) {
     std::set<std::int32_t> passed;
     while (pk > 0 && passed.insert(pk).second) {
-        const auto found = Entries.find(pk);
-        if (found == Entries.end() || found->second.Retired || UsesHeldAsset(found->second)) {
-            spdlog::warn("following a link: preset {} is not there or on its way out", pk);
-            return;
+        PlayEntry* const entry = FindLinked(pk);
+        if (!entry || entry->Retired || UsesHeldAsset(*entry)) {
+            if (!Origin) spdlog::warn("following a link: preset {} is not there or on its way out", pk);
+            return 0;
         }
-        if (!found->second.Instant()) {
-            TakeAt(found->second, at);
-            return;
+        if (!entry->Instant()) {
+            if (entry->Resumes())
+                Resume(*entry, at);
+            else
+                Begin(*entry, at, place, false);
+            return pk;
         }
-        pk = found->second.Preset->link();
+        pk = entry->Preset->link();
     }
+    return 0;
 }
 
 // Makes the position of this moment the one to count from, before something that it is computed with changes.

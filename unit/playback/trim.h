@@ -10,7 +10,6 @@ struct Trim {
     std::chrono::nanoseconds Start{0};
     std::chrono::nanoseconds End{0};
     std::chrono::nanoseconds Length() const { return End - Start; }
-    bool operator==(const Trim&) const = default;
 };
 
 /// Where a pass of a preset is.
