@@ -125,7 +125,7 @@ void Daemon::StartRenderer(const Options& options) {
     }
     Showing.emplace(
         setup, Model, [this](const std::string& path) { return Assets->HostFile(path); },
-        [this](const std::string& path) { Assets->Condemn(path); });
+        [](const std::string&) {});
 }
 
 AnnouncerConfig Daemon::MakeAnnouncement(const Options& options) const {

@@ -159,9 +159,7 @@ void Renderer::TakeFirstFrames(const zorvic::render::FirstFrames& frames) {
     std::vector<RunStart> ready;
     for (const auto& run : frames.runs())
         ready.push_back({run.pk(), run.run(), std::chrono::nanoseconds(run.position())});
-    Model.SetPrimed(ready);
-    for (const RunStart& run : ready)
-        Model.MediaReady(run.PK, run.Run);
+    Model.SetPrimed(std::move(ready));
 }
 
 void Renderer::TakeBeat(const zorvic::render::Beat& beat) {
