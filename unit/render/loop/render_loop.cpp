@@ -1,7 +1,5 @@
 #include "render/loop/render_loop.h"
 
-#include <GLES2/gl2.h>
-
 #include <unistd.h>
 #include <algorithm>
 #include <fstream>
@@ -88,45 +86,36 @@ TimePoint RenderLoop::NextTick(TimePoint after) const {
 void RenderLoop::Run(const SoundIsReady& soundIsReady, const SoundFigures& soundFigures) {
     TimePoint lightUp = NextTick(steady_clock::now());
     while (!Unit.UnitIsGone()) {
-        // Drawn half a refresh before it lights up: late enough to take a command along, early enough to be in time.
+        // Half a refresh before it lights up: late enough to take a command along, early enough to be in time.
         std::this_thread::sleep_until(lightUp - Tick / 2);
         Targets->PumpEvents();
         const auto scene = Unit.Latest();
         Pictures.Follow(*scene, lightUp, Tick);
-        Compose();
-        std::this_thread::sleep_until(lightUp);
-        Present(lightUp);
+        // One after the other, around the moment of lighting up.
+        std::this_thread::sleep_until(lightUp - Tick / 4);
+        for (std::size_t i = 0; i < Outputs.size(); ++i)
+            Show(i, lightUp);
         Report(*scene, lightUp, soundIsReady, soundFigures);
         if (!Pictures.IsBusy()) Unit.WaitForNewer(scene, steady_clock::now() + IdlePeriod);
         lightUp = std::max(lightUp + Tick, NextTick(steady_clock::now()));
     }
 }
 
-void RenderLoop::Compose() {
-    for (std::size_t i = 0; i < Outputs.size(); ++i) {
-        Output& output = Outputs[i];
-        OutputSurface& target = Targets->At(i);
-        const bool exposed = target.TakeExposed();
-        output.Changed = exposed || !SamePicture(output.Shown, Pictures.Shown(i));
-        if (!output.Changed) continue;
-        const PixelSize size = target.Size();
-        const Area place = FitShape(output.Shape, size);
-        Pictures.SetTarget(i, {static_cast<int>(place.Width), static_cast<int>(place.Height)});
-        target.Bind();
-        Painter.Draw(Pictures.Shown(i), size, place);
-        glFinish();
-        output.Shown = Pictures.Shown(i);
-    }
-}
-
-void RenderLoop::Present(TimePoint lightUp) {
-    const bool late = steady_clock::now() > lightUp + Tick / 2;
-    for (std::size_t i = 0; i < Outputs.size(); ++i) {
-        if (!Outputs[i].Changed) continue;
-        Targets->At(i).Present();
-        ++Outputs[i].Presented;
-        if (late) ++Outputs[i].Late;
-    }
+void RenderLoop::Show(std::size_t number, TimePoint lightUp) {
+    Output& output = Outputs[number];
+    OutputSurface& target = Targets->At(number);
+    const DrawList& list = Pictures.Shown(number);
+    const bool exposed = target.TakeExposed();
+    if (!exposed && SamePicture(output.Shown, list)) return;
+    const PixelSize size = target.Size();
+    const Area place = FitShape(output.Shape, size);
+    Pictures.SetTarget(number, {static_cast<int>(place.Width), static_cast<int>(place.Height)});
+    target.Bind();
+    Painter.Draw(list, size, place);
+    target.Present();
+    output.Shown = list;
+    ++output.Presented;
+    if (steady_clock::now() > lightUp + Tick / 2) ++output.Late;
 }
 
 void RenderLoop::Report(const Scene& scene, TimePoint lightUp, const SoundIsReady& soundIsReady,

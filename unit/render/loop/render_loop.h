@@ -32,14 +32,12 @@ private:
         std::uint32_t Number = 1;
         PixelSize Shape;
         DrawList Shown{};
-        bool Changed = false;
         std::uint64_t Presented = 0;
         std::uint64_t Late = 0;
     };
 
     TimePoint NextTick(TimePoint after) const;
-    void Compose();
-    void Present(TimePoint lightUp);
+    void Show(std::size_t number, TimePoint lightUp);
     void Report(const Scene& scene, TimePoint lightUp, const SoundIsReady& soundIsReady,
                 const SoundFigures& soundFigures);
     void SendFirstFrames(const Scene& scene, const SoundIsReady& soundIsReady);

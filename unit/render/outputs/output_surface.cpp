@@ -3,6 +3,8 @@
 #include "render/gl/gl_context.h"
 #include "render/outputs/window_surfaces.h"
 
+#include <GLES2/gl2.h>
+
 #include <algorithm>
 
 namespace ZorvicRender {
@@ -27,7 +29,7 @@ public:
     explicit OffscreenSurface(PixelSize size) : Pixels(size) {}
     void Bind() override { Pixels.Bind(); }
     PixelSize Size() const override { return Pixels.Size(); }
-    void Present() override {}
+    void Present() override { glFinish(); }
 
 private:
     Canvas Pixels;

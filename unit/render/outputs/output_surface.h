@@ -21,7 +21,7 @@ public:
     /// Makes it what is drawn into.
     virtual void Bind() = 0;
     virtual PixelSize Size() const = 0;
-    /// Shows what was drawn.
+    /// Shows what was drawn since Bind(); another Bind() before it may lose that.
     virtual void Present() = 0;
     /// True once after its content was lost.
     virtual bool TakeExposed() { return false; }
