@@ -4,6 +4,7 @@
 #include "fault.h"
 #include "thread_name.h"
 
+#include <spdlog/cfg/env.h>
 #include <spdlog/sinks/stdout_sinks.h>
 #include <spdlog/spdlog.h>
 
@@ -45,6 +46,7 @@ constexpr std::chrono::milliseconds EndLimit(1800);
 
 int main(int argc, char** argv) {
     spdlog::set_default_logger(spdlog::stderr_logger_mt("zorvic-unit"));
+    spdlog::cfg::load_env_levels();
     ZorvicUnit::Options options;
     if (const auto status = ZorvicUnit::ParseOptions(argc, argv, options)) return *status;
     ZorvicUnit::PowerSwitch power;

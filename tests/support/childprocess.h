@@ -19,6 +19,7 @@ public:
     ChildProcess& operator=(const ChildProcess&) = delete;
 
     void Signal(int signal) const;
+    pid_t Id() const { return Pid; }
     bool Running() { return !Wait(std::chrono::milliseconds(0)); }
     /// Exit status, 128 + signal when a signal ended it, nothing when it still runs after the limit.
     std::optional<int> Wait(std::chrono::milliseconds limit);

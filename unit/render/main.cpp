@@ -4,6 +4,7 @@
 #include "render/sound/sound_engine.h"
 #include "thread_name.h"
 
+#include <spdlog/cfg/env.h>
 #include <spdlog/sinks/stdout_sinks.h>
 #include <spdlog/spdlog.h>
 
@@ -46,6 +47,7 @@ zorvic::render::AudioFigures FiguresOf(const ZorvicRender::SoundEngine* sound) {
 // zorvic-render: started by zorvic-unit, ends with it.
 int main() {
     spdlog::set_default_logger(spdlog::stderr_logger_mt("zorvic-render"));
+    spdlog::cfg::load_env_levels();
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     // The terminal sends them to the whole group; the unit decides.
     std::signal(SIGINT, SIG_IGN);

@@ -61,6 +61,7 @@ std::int64_t NowSample() {
 WavSink::WavSink(const std::string& file)
     : Name(file), File(OpenForWriting(file)), First(NowSample() + AheadFrames), Next(First) {
     WriteHead();
+    spdlog::debug("{}: first sample at {}", Name, TimeOf(First).time_since_epoch().count());
 }
 
 WavSink::~WavSink() {
