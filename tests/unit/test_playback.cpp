@@ -1,4 +1,5 @@
 #include "fault.h"
+#include "playback/fades.h"
 #include "playback/playback.h"
 #include "unit/unitfakes.h"
 
@@ -57,12 +58,34 @@ protected:
             {"pass", [&](auto value) { EXPECT_EQ(Play.StateOf(1).CurrentLoop, value); }},
             {"paused", [&](auto value) { EXPECT_EQ(Play.StateOf(1).Paused, value == 1); }},
             {"wait", [&](auto value) { Pass(value); }},
+            {"rolling", [&](auto value) { EXPECT_EQ(Play.Rolling(), value == 1); }},
+            {"hold", [&](auto value) { Play.HoldColdTakes(value == 1); }},
+            {"ready", [&](auto value) { Play.MediaReady(1, static_cast<std::uint64_t>(value)); }},
+            {"primed",
+             [&](auto value) {
+                 Play.SetPrimed({{1, 1, std::chrono::milliseconds(value)}});
+             }},
+            {"length",
+             [&](auto value) {
+                 Catalog.Durations.erase(Clip);
+                 if (value) Catalog.Durations[Clip] = static_cast<std::int32_t>(value);
+                 Play.AssetsChanged(std::vector<std::string>{Clip});
+             }},
         };
         std::istringstream words(script);
         for (std::string word; words >> word;) {
             SCOPED_TRACE(word);
             const auto equals = word.find('=');
             steps.at(word.substr(0, equals))(equals == word.npos ? 0 : std::stoll(word.substr(equals + 1)));
+        }
+    }
+    void RunAll(const std::vector<std::pair<std::string, std::string>>& cases) {
+        for (const auto& [fields, script] : cases) {
+            SCOPED_TRACE(fields + " | " + script);
+            Play.Clear();
+            Put("pk: 2");
+            Put(fields);
+            Run(script);
         }
     }
 
@@ -100,15 +123,31 @@ TEST_F(PlaybackTest, PlaysByItsFieldsAndCommands) {
         {"out_position: 2000", "seek=-50 left=0 take left=10000 end seek=3000 end left=-1 take left=10000"},
         {"", "seek=999999 left=10000 seek=3000 wait=5000 left=3000 take end left=-1 take left=10000"},
     };
-    for (const auto& [fields, script] : cases) {
-        SCOPED_TRACE(fields + " | " + script);
-        Play.Clear();
-        Put("pk: 2");
-        Put(fields);
-        Run(script);
-    }
+    RunAll(cases);
     Play.End(1);
     EXPECT_THROW(Play.Pause(1), Fault);
+}
+
+TEST_F(PlaybackTest, ColdTakesWaitForTheirFirstPicturesButNotForLong) {
+    const std::string in = "in_position: 8000";
+    RunAll({
+        {in, "hold=1 take pass=1 paused=0 rolling=1 wait=399 left=8000 wait=1 left=8000 wait=100 left=7900"},
+        {"", "take wait=1000 left=9400"},  // carried out late
+        {in, "take ready=2 wait=300 left=8000 ready=1 wait=100 left=7900 wait=400 left=7500"},
+        {in, "primed=2000 take wait=100 left=7900 take wait=100 left=8000"},  // of the first run only
+        {in, "primed=0 take wait=100 left=8000 primed=2000 wait=100 left=7900"},
+        // Pictures that come for the place where it was to begin do not let it begin elsewhere.
+        {"", "take seek=5000 primed=0 wait=400 left=5000 wait=100 left=4900"},
+        {"", "take wait=300 pause rolling=0 wait=1000 paused=1 pause wait=1 left=9999"},
+        {"", "take pause wait=300 take wait=99 left=10000 wait=2 left=9999"},
+        {"", "take pause ready=1 wait=300 left=10000 take wait=100 left=9900"},
+        {"", "take wait=100 end rolling=0 wait=1000 left=-1"},
+        {"link: 2", "take wait=10400 linked=10000 wait=100 linked=9900"},
+        {"link: 1", "take ready=1 wait=11000 left=9000 pause take wait=1000 left=8000"},
+        {in, "length=0 take rolling=0 wait=300 length=9000 wait=100 left=8000 wait=100 left=7900 end"},
+        {in, "length=0 take wait=60000 length=10000 wait=100 left=7900"},
+        {"", "take wait=100 hold=0 wait=100 left=9900 take wait=100 left=9900"},
+    });
 }
 
 TEST_F(PlaybackTest, LinksToItselfAndInCirclesGoOnWithoutDrift) {
@@ -155,21 +194,9 @@ TEST_F(PlaybackTest, EditsTakeEffectWhilePlaying) {
 }
 
 TEST_F(PlaybackTest, AnAssetOfUnknownLengthWaitsAndThenPlaysFromTheInPoint) {
-    const auto becomes = [this](std::optional<std::int32_t> duration) {
-        Catalog.Durations.erase(Clip);
-        if (duration) Catalog.Durations[Clip] = *duration;
-        Play.AssetsChanged(std::vector<std::string>{Clip});
-    };
-    becomes(std::nullopt);
-    Put("in_position: 8000");
-    Run("take wait=60000 left=0");
-    EXPECT_FALSE(Play.Rolling());
-    becomes(9'000);
-    Run("wait=1000 left=7000 end seek=5000");
-    becomes(4'000);
-    Run("left=4000 end");
-    becomes(std::nullopt);
-    EXPECT_EQ(Play.StateOf(1).TRT, 0);
+    RunAll({{"in_position: 8000",
+             "length=0 take wait=60000 left=0 rolling=0 length=9000 wait=1000 left=7000 end seek=5000 length=4000 "
+             "left=4000 length=0 left=0"}});
 }
 
 TEST_F(PlaybackTest, AFileReplacedWhileItPlaysCountsFromTheNextTakeOn) {
@@ -199,7 +226,7 @@ TEST_F(PlaybackTest, LevelsFollowEnvelopeVolumeAndFades) {
     auto envelope = std::make_shared<Envelope>();
     envelope->Levels.assign(static_cast<std::size_t>(ClipMS / Envelope::StepMS), {80, 40});
     Catalog.Envelopes[Clip] = envelope;
-    Put("volume: 65535 volume: 32768 fade_in_ms: 2000 fade_out_ms: 1000 loop: 1");
+    Put("volume: 65535 volume: 32768 fade_in_ms: 2000 dissolve_out_ms: 1000 loop: 1");
     const auto levels = [this](std::int64_t after) {
         Pass(after);
         return Play.Positions().at(0).Levels;
@@ -213,6 +240,34 @@ TEST_F(PlaybackTest, LevelsFollowEnvelopeVolumeAndFades) {
     EXPECT_THAT(levels(9'750), testing::ElementsAre(20, 5));
     Play.Pause(1);
     EXPECT_THAT(levels(0), testing::ElementsAre(0, 0));
+}
+
+TEST(FadesTest, FadesGoToBlackAndDissolvesToWhatLiesBelow) {
+    struct Case {
+        const char* Fields;
+        bool First, Last;
+        std::int64_t ElapsedMS;
+        double Light, Opacity;
+    };
+    for (const Case& at : std::vector<Case>{
+             {"fade_in_ms: 4000", true, true, 2'000, 0.25, 1},
+             {"fade_in_ms: 4 dissolve_in_ms: 2000", true, false, 1'001, 0.25, 0.0005},
+             {"fade_in_ms: 4000 dissolve_in_ms: 4000", false, true, 1'000, 1, 1},
+             {"fade_out_ms: 5", true, true, 9'000, 0.4, 1},  // up to 99 whole seconds, as the builder stores them
+             {"fade_out_ms: 99", true, true, 1'000, 10 / 99.0, 1},
+             {"fade_out_ms: 100 dissolve_out_ms: 99", false, true, 10'950, 0.5, 50 / 99.0},
+             {"fade_out_ms: 5 dissolve_out_ms: 5000", true, false, 11'000, 1, 1},
+             {"fade_in_ms: -1 fade_out_ms: -1", true, true, 11'000, 1, 1},
+             {"fade_in_ms: 1000 fade_out_ms: 5000", true, true, 500, 0, 1},
+         }) {
+        zorvic::v1::Preset preset;
+        ASSERT_TRUE(google::protobuf::TextFormat::ParseFromString(at.Fields, &preset));
+        const ZorvicUnit::Trim window{std::chrono::seconds(1), std::chrono::seconds(11)};
+        const auto gains =
+            ZorvicUnit::FadesAt(preset, {window, std::chrono::milliseconds(at.ElapsedMS), at.First, at.Last});
+        EXPECT_NEAR(gains.Light, at.Light, 1e-9) << at.Fields;
+        EXPECT_NEAR(gains.Opacity, at.Opacity, 1e-9) << at.Fields;
+    }
 }
 
 TEST_F(PlaybackTest, WhatIsBeingDeletedDoesNotBeginToPlay) {

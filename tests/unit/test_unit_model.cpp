@@ -13,7 +13,11 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <tuple>
+#include <vector>
 
+using testing::ElementsAre;
+using testing::IsEmpty;
 using zorvic::v1::Preset;
 using ZorvicUnit::Database;
 using ZorvicUnit::FaultKind;
@@ -188,6 +192,37 @@ TEST_F(UnitModelTest, APausedPositionStaysReadableAndIsNotSentAgainUntilAReloadE
     Model->SaveSelection();
     Start();
     EXPECT_THAT(Console->Selected(), testing::ElementsAre(pk));
+}
+
+TEST_F(UnitModelTest, WhatIsLikelyToBeTakenNextStandsAtItsStart) {
+    const std::int32_t below = Create(), linked = Create(), selected = Create();
+    Preset edited = Console->PresetOf(selected);
+    edited.mutable_tab_order(0)->set_index(-1);
+    edited.set_link(linked);
+    Update(edited, "tab_order");
+    Update(edited, "link");
+    using Start = std::tuple<std::int32_t, std::uint64_t, std::chrono::nanoseconds>;
+    const auto likely = [&] {
+        std::vector<Start> starts;
+        for (const auto& layer : Model->LookAhead(std::chrono::seconds(5)).Primed)
+            starts.emplace_back(layer.Preset->pk(), layer.Run, layer.Spans.at(0).Elapsed);
+        return starts;
+    };
+    int told = 0;
+    Model->SetPlayListener([&] { ++told; });
+    EXPECT_THAT(likely(), IsEmpty());
+    Model->SelectPreset(selected);
+    Model->SeekTo(below, 3'000);
+    const Start cued(below, 1, std::chrono::seconds(7));
+    EXPECT_THAT(likely(), ElementsAre(Start(selected, 1, 0), Start(linked, 1, 0), cued));
+    Model->Take(selected);
+    EXPECT_THAT(likely(), ElementsAre(Start(linked, 1, 0), cued));
+    Time.Pass(11'000);
+    EXPECT_THAT(likely(), ElementsAre(Start(selected, 2, 0), Start(linked, 2, 0), cued));
+    EXPECT_EQ(told, 3);  // the link was foretold
+    Catalog.Durations.clear();
+    Model->End(linked);
+    EXPECT_THAT(likely(), ElementsAre(Start(selected, 2, 0), cued));
 }
 
 // The disk is slow while another thread holds the store.

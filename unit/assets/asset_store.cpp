@@ -90,6 +90,15 @@ std::shared_ptr<const Envelope> AssetStore::Levels(const std::string& path) cons
     return levels;
 }
 
+std::string AssetStore::HostFile(const std::string& path) const {
+    if (!Parts->Index.Metadata(path)) return {};
+    try {
+        return ResolveOnDrive(Parts->Drives.Parse(path)).string();
+    } catch (const Fault&) {
+        return {};  // gone, or a link that leads off the drive
+    }
+}
+
 zorvic::v1::AssetMetadata AssetStore::ReadMetadata(const std::string& path) const {
     if (auto known = Parts->Index.Metadata(path)) return *std::move(known);
     const auto content = Parts->Index.Find(path);

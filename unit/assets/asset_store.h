@@ -52,6 +52,9 @@ public:
     std::optional<std::int32_t> DurationMS(const std::string& path) const override;
     std::shared_ptr<const Envelope> Levels(const std::string& path) const override;
 
+    /// The file of an asset whose streams were read without harm; empty when there is none.
+    std::string HostFile(const std::string& path) const;
+
     /// Metadata of an asset, read from its file (within 1.5 s, or Slow) when it is not known yet. NotFound: no such
     /// asset, or no file of it yet; Refused: the file cannot be read as media.
     zorvic::v1::AssetMetadata ReadMetadata(const std::string& path) const;

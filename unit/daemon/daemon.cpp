@@ -1,10 +1,12 @@
 #include "daemon/daemon.h"
 
+#include "daemon/video_modes.h"
 #include "fault.h"
 
 #include <spdlog/spdlog.h>
 #include <zorvic/enums.h>
 
+#include <algorithm>
 #include <chrono>
 #include <thread>
 #include <utility>
@@ -19,6 +21,14 @@ constexpr std::chrono::milliseconds DrainLimit(800);
 constexpr std::chrono::milliseconds GoodbyeLimit(500);
 // A handler's reply leaves after the handler has returned; nothing tells when.
 constexpr std::chrono::milliseconds ReplyTime(100);
+
+constexpr std::uint32_t OutputCount = 4;
+
+// A unit without outputs of its own practises for one that has them all.
+bool IsShown(const Options& options, std::uint32_t number) {
+    return options.Outputs.empty() || std::any_of(options.Outputs.begin(), options.Outputs.end(),
+                                                  [&](const auto& output) { return output.number() == number; });
+}
 
 }  // namespace
 
@@ -36,6 +46,7 @@ Daemon::Daemon(const Options& options, PowerSwitch& power)
         Assets->Start();
         Ticking.emplace(Model);
         Keeping.emplace(Model, *Assets, Rows, Updates);
+        StartRenderer(options);
         Requests.emplace(Service, options.Listen, options.Port);
         Announcing.emplace(MakeAnnouncement(options));
     } catch (...) {
@@ -55,6 +66,7 @@ void Daemon::Stop() {
     Service.Drain(DrainLimit);
     if (Requests) Requests->Stop(GoodbyeLimit);
     Requests.reset();
+    Showing.reset();
     Ticking.reset();
     Keeping.reset();
     Assets.reset();
@@ -89,11 +101,31 @@ UnitModel::Profile Daemon::MakeProfile(const Options& options) {
     identity.set_type(options.Type);
     identity.set_api_version(ApiVersion);
     identity.set_communicator_version(ZORVIC_UNIT_VERSION);
-    for (int output = 0; output < 4; ++output)
-        profile.Hardware.add_resolutions(options.VideoMode);
+    for (std::uint32_t number = 1; number <= OutputCount; ++number)
+        profile.Hardware.add_resolutions(IsShown(options, number) ? options.VideoMode : Zorvic::ZORVIC_RES_INVALID);
     profile.Hardware.set_refresh_rate(options.Refresh);
     profile.Hardware.set_audio_config(Zorvic::ZORVIC_KAC_SDI1);
     return profile;
+}
+
+void Daemon::StartRenderer(const Options& options) {
+    if (options.Outputs.empty() && options.Audio == "off") return;
+    zorvic::render::Setup setup;
+    setup.set_nickname(Profile.Identity.nickname());
+    setup.set_audio(options.Audio);
+    const Fraction refresh = RefreshOf(options.Refresh);
+    setup.set_refresh_numerator(refresh.Numerator);
+    setup.set_refresh_denominator(refresh.Denominator);
+    const Shape shape = ShapeOf(options.VideoMode);
+    for (const auto& chosen : options.Outputs) {
+        auto& output = *setup.add_outputs();
+        output = chosen;
+        output.set_width(shape.Width);
+        output.set_height(shape.Height);
+    }
+    Showing.emplace(
+        setup, Model, [this](const std::string& path) { return Assets->HostFile(path); },
+        [](const std::string&) {});
 }
 
 AnnouncerConfig Daemon::MakeAnnouncement(const Options& options) const {

@@ -10,6 +10,7 @@
 #include "feed/feed.h"
 #include "model/asset_link.h"
 #include "model/unit_model.h"
+#include "outputs/renderer.h"
 #include "rpc/server.h"
 #include "rpc/unit_service.h"
 #include "store/database.h"
@@ -43,6 +44,7 @@ public:
 
 private:
     UnitModel::Profile MakeProfile(const Options& options);
+    void StartRenderer(const Options& options);
     AnnouncerConfig MakeAnnouncement(const Options& options) const;
     void SoftReboot();
 
@@ -58,6 +60,7 @@ private:
     UnitService Service;
     std::optional<Ticker> Ticking;
     std::optional<Housekeeper> Keeping;
+    std::optional<Renderer> Showing;
     std::optional<Server> Requests;
     std::optional<Announcer> Announcing;
 };

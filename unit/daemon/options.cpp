@@ -1,5 +1,6 @@
 #include "daemon/options.h"
 
+#include "outputs/output_options.h"
 #include "utf8.h"
 
 #include <spdlog/fmt/fmt.h>
@@ -10,6 +11,7 @@
 
 #include <algorithm>
 #include <map>
+#include <stdexcept>
 #include <string_view>
 
 namespace ZorvicUnit {
@@ -90,6 +92,19 @@ void CheckNickname(const std::string& nickname) {
         throw CLI::ValidationError("--nickname", fmt::format("expected UTF-8 of at most {} bytes", MaxNicknameBytes));
 }
 
+void ReadSinks(const std::vector<std::string>& outputs, Options& options) {
+    try {
+        options.Outputs = ParseOutputs(outputs);
+    } catch (const std::invalid_argument& error) {
+        throw CLI::ValidationError("--output", error.what());
+    }
+    try {
+        CheckAudio(options.Audio);
+    } catch (const std::invalid_argument& error) {
+        throw CLI::ValidationError("--audio", error.what());
+    }
+}
+
 void CheckSecurity(const std::string& listen, bool insecure, const std::string& tlsDirectory) {
     if (!tlsDirectory.empty()) throw CLI::ValidationError("--tls-dir", "this version can not encrypt connections");
     const auto loopback = IsLoopback(listen);
@@ -105,6 +120,7 @@ std::optional<ExitStatus> ParseOptions(int argc, const char* const* argv, Option
     CLI::App app("Zorvic media unit: plays the media files of a directory under the control of consoles.",
                  "zorvic-unit");
     std::vector<std::string> drives;
+    std::vector<std::string> outputs;
     std::string tlsDirectory;
     bool insecure = false;
     Choice role{"--role", "Role in a group of units", Roles(), "single", options.Role};
@@ -119,6 +135,11 @@ std::optional<ExitStatus> ParseOptions(int argc, const char* const* argv, Option
     app.add_option("--drive", drives, "A directory shown as a drive (repeatable)")->type_name("LETTER=DIR");
     app.add_option("--nickname", options.Nickname, "Display name, the unit's identifier when empty");
     app.add_option("--announce", options.Announce, "Network interface to be found on")->type_name("IFACE|off");
+    app.add_option("--output", outputs, "What an output shows itself on, off unless given (repeatable)")
+        ->type_name("N=window[:WxH]|fullscreen[:DISPLAY]|offscreen|off");
+    app.add_option("--audio", options.Audio, "Where the sound goes")
+        ->type_name("off|default|alsa:DEVICE|file:PATH.wav")
+        ->capture_default_str();
     app.add_option("--tls-dir", tlsDirectory, "Directory of certificates")->type_name("DIR");
     app.add_flag("--insecure", insecure, "Listen without encryption on other than loopback addresses");
     for (Choice* choice : {&role, &type, &mode, &refresh})
@@ -126,6 +147,7 @@ std::optional<ExitStatus> ParseOptions(int argc, const char* const* argv, Option
     try {
         app.parse(argc, argv);
         ReadDrives(drives, options.Drives);
+        ReadSinks(outputs, options);
         CheckNickname(options.Nickname);
         CheckSecurity(options.Listen, insecure, tlsDirectory);
     } catch (const CLI::ParseError& error) {

@@ -2,6 +2,8 @@
 
 #include "files/drive_place.h"
 
+#include <render.pb.h>
+
 #include <cstdint>
 #include <filesystem>
 #include <optional>
@@ -21,7 +23,9 @@ struct Options {
     std::int32_t Type = 0;
     std::int32_t VideoMode = 0;
     std::int32_t Refresh = 0;
-    std::string Announce;  ///< interface or "off"; empty: not given
+    std::string Announce;                         ///< interface or "off"; empty: not given
+    std::vector<zorvic::render::Output> Outputs;  ///< those that are not off
+    std::string Audio = "off";
 };
 
 /// How parsing ended when there is nothing to run: help asked for (0), or a bad option (2), which has been named on the

@@ -10,8 +10,10 @@
 #include <google/protobuf/field_mask.pb.h>
 #include <zorvic/v1/unit.pb.h>
 
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -60,6 +62,17 @@ public:
     std::uint64_t End(std::int32_t pk);
     std::uint64_t SeekTo(std::int32_t pk, std::uint32_t timeMS);
 
+    // For whoever shows what plays; see Playback.
+    std::uint64_t HoldColdTakes(bool on);
+    std::uint64_t SetPrimed(std::vector<RunStart> ready);
+    std::uint64_t MediaReady(std::int32_t pk, std::uint64_t run);
+    /// What plays from now on, and what is likely to be taken next: the selected preset unless it plays, the one that
+    /// it links to, and the one below it in the list.
+    Outlook LookAhead(std::chrono::nanoseconds length);
+    /// Called whenever LookAhead() has something to tell that it did not foretell; empty: nobody. It runs with
+    /// ModelLock held and so may not call the model; when this returns, the one before does not run and never will.
+    void SetPlayListener(std::function<void()> listener);
+
     /// Publishes changed assets, and lets playback know of new lengths.
     std::uint64_t ApplyAssets(const AssetChanges& changes);
 
@@ -92,6 +105,8 @@ private:
     std::uint64_t Store(zorvic::v1::Preset edited, const zorvic::v1::Preset& stored);
     std::uint64_t ShowPreset(const zorvic::v1::Preset& preset);
     std::uint64_t Publish(std::vector<FeedChange> changes);
+    void TellPlayListener();
+    std::vector<std::int32_t> LikelyNext() const;
     template <typename Command>
     std::uint64_t Play(const Command& command);
     template <typename Command>
@@ -111,6 +126,8 @@ private:
     std::map<std::int32_t, PresetPtr> Presets;
     std::int32_t Selected = 0;
     std::pair<std::uint64_t, std::int32_t> ShownStates{};  ///< version and selection of the states last published
+    std::function<void()> PlayListener;
+    std::pair<std::uint64_t, std::int32_t> ToldOutlook{};  ///< version and selection that the listener was told of
     Feed& Updates;
 };
 

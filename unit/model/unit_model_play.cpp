@@ -62,6 +62,18 @@ std::uint64_t UnitModel::SeekTo(std::int32_t pk, std::uint32_t timeMS) {
     return Play([&] { Playing.Seek(pk, timeMS); });
 }
 
+std::uint64_t UnitModel::HoldColdTakes(bool on) {
+    return Play([&] { Playing.HoldColdTakes(on); });
+}
+
+std::uint64_t UnitModel::SetPrimed(std::vector<RunStart> ready) {
+    return Play([&] { Playing.SetPrimed(std::move(ready)); });
+}
+
+std::uint64_t UnitModel::MediaReady(std::int32_t pk, std::uint64_t run) {
+    return Play([&] { Playing.MediaReady(pk, run); });
+}
+
 std::uint64_t UnitModel::ApplyAssets(const AssetChanges& changes) {
     std::vector<FeedChange> updates;
     std::vector<std::string> paths;
@@ -81,11 +93,13 @@ std::uint64_t UnitModel::ApplyAssets(const AssetChanges& changes) {
 UnitModel::AssetHold::AssetHold(UnitModel& model, std::string path) : Model(model), Path(std::move(path)) {
     const std::scoped_lock lock(Model.ModelLock);
     Model.Playing.HoldAsset(Path);
+    Model.TellPlayListener();
 }
 
 UnitModel::AssetHold::~AssetHold() {
     const std::scoped_lock lock(Model.ModelLock);
     Model.Playing.ReleaseAsset(Path);
+    Model.TellPlayListener();
 }
 
 bool UnitModel::Tick() {
@@ -108,6 +122,7 @@ std::uint64_t UnitModel::Publish(std::vector<FeedChange> changes) {
     ShownStates = shown;
     changes.push_back(TimeCodesChange(TimeCodesOf(Playing.Positions())));
     if (Playing.Rolling()) PlayStarted.notify_all();
+    TellPlayListener();
     return Updates.Publish(std::move(changes));
 }
 

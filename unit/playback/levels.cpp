@@ -1,6 +1,9 @@
 #include "playback/levels.h"
 
+#include "playback/fades.h"
+
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 
 namespace ZorvicUnit {
@@ -9,19 +12,6 @@ namespace {
 
 constexpr double FullVolume = 65535;
 
-// 0 before the ramp, 1 after it.
-double Ramp(std::chrono::milliseconds into, std::int32_t lengthMS) {
-    if (lengthMS <= 0) return 1;
-    return std::clamp(static_cast<double>(into.count()) / lengthMS, 0.0, 1.0);
-}
-
-double FadeGain(const zorvic::v1::Preset& preset, const PassPosition& position) {
-    double gain = 1;
-    if (position.First) gain *= Ramp(position.Elapsed - position.Window.Start, preset.fade_in_ms());
-    if (position.Last) gain *= Ramp(position.Window.End - position.Elapsed, preset.fade_out_ms());
-    return gain;
-}
-
 // A preset without volume entries plays at full volume; one entry holds for both channels.
 double VolumeGain(const zorvic::v1::Preset& preset, int channel) {
     if (preset.volume().empty()) return 1;
@@ -29,9 +19,10 @@ double VolumeGain(const zorvic::v1::Preset& preset, int channel) {
 }
 
 std::array<std::uint8_t, 2> Peak(const std::vector<std::shared_ptr<const Envelope>>& envelopes,
-                                 std::chrono::milliseconds elapsed) {
+                                 std::chrono::nanoseconds elapsed) {
     std::array<std::uint8_t, 2> peak{};
-    const auto step = static_cast<std::size_t>(std::max<std::int64_t>(elapsed.count(), 0) / Envelope::StepMS);
+    const auto steps = elapsed / std::chrono::milliseconds(Envelope::StepMS);
+    const auto step = static_cast<std::size_t>(std::max<std::int64_t>(steps, 0));
     for (const auto& envelope : envelopes) {
         if (!envelope || step >= envelope->Levels.size()) continue;
         for (std::size_t channel = 0; channel < peak.size(); ++channel)
@@ -45,7 +36,7 @@ std::array<std::uint8_t, 2> Peak(const std::vector<std::shared_ptr<const Envelop
 StereoLevels LevelsAt(const zorvic::v1::Preset& preset, const std::vector<std::shared_ptr<const Envelope>>& envelopes,
                       const PassPosition& position) {
     const auto peak = Peak(envelopes, position.Elapsed);
-    const double fade = FadeGain(preset, position);
+    const double fade = FadesAt(preset, position).Sound();
     StereoLevels levels{};
     for (int channel = 0; channel < 2; ++channel) {
         const auto at = static_cast<std::size_t>(channel);

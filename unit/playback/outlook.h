@@ -1,7 +1,7 @@
 #pragma once
 
 #include "clock.h"
-#include "playback/levels.h"
+#include "playback/trim.h"
 
 #include <zorvic/v1/unit.pb.h>
 
@@ -18,7 +18,7 @@ struct OutlookSpan {
     Clock::TimePoint Until;
     std::chrono::nanoseconds Elapsed{0};  ///< from the start of the media, at From
     bool Moves = false;
-    bool Waits = false;  ///< stands until its first pictures are ready, or the length of its media is known
+    bool Waits = false;  ///< stands until its first pictures are ready, or the length of its media is known; not paused
     Trim Window;
     bool First = false;  ///< pass: fades in
     bool Last = false;   ///< pass: fades out
@@ -35,6 +35,14 @@ struct OutlookLayer {
 struct Outlook {
     Clock::TimePoint Until;            ///< at most as asked for: presets of a few milliseconds shorten it
     std::vector<OutlookLayer> Layers;  ///< from the bottom of the stack
+    std::vector<OutlookLayer> Primed;  ///< likely to be taken next: one span that stands at the start
+};
+
+/// Where a run, begun or next, begins.
+struct RunStart {
+    std::int32_t PK = 0;
+    std::uint64_t Run = 0;
+    std::chrono::nanoseconds Elapsed{0};
 };
 
 }  // namespace ZorvicUnit

@@ -1,6 +1,7 @@
 #include "playback/playback.h"
 
 #include "fault.h"
+#include "playback/entry.h"
 
 #include <spdlog/spdlog.h>
 
@@ -12,77 +13,7 @@ namespace ZorvicUnit {
 
 using std::chrono::duration_cast;
 using std::chrono::milliseconds;
-
-namespace {
-
-// What the stored points (remaining times) mean for a running time of trt ms. An in point of 0 is not set; one that
-// does not lie before the out point or lies beyond trt is ignored, and so is an out point outside of the running time.
-// So the length is 0 only when trt is.
-Trim EffectiveTrim(std::int32_t inPosition, std::int32_t outPosition, std::int32_t trt) {
-    const std::int32_t out = outPosition > 0 && outPosition < trt ? outPosition : 0;
-    const std::int32_t in = inPosition > out && inPosition <= trt ? inPosition : trt;
-    return {.Start = milliseconds(trt - in), .End = milliseconds(trt - out)};
-}
-
-std::vector<std::string> PathsOf(const zorvic::v1::Preset& preset) {
-    std::set<std::string> paths;
-    for (const auto& canvas : preset.canvases()) {
-        for (const auto& asset : canvas.assets())
-            paths.insert(asset.full_path());
-    }
-    return {paths.begin(), paths.end()};
-}
-
-}  // namespace
-
-struct Playback::Run {
-    struct Medium {
-        std::optional<std::int32_t> LengthMS;
-        std::shared_ptr<const Envelope> Levels;
-    };
-
-    Clock::TimePoint Anchor;  ///< when the position was Base; meaningless while paused or waiting
-    Duration Base{0};         ///< elapsed time from the start of the media
-    std::uint32_t Pass = 1;
-    bool Paused = false;
-    bool Waiting = true;                  ///< for the length of the media
-    std::map<std::string, Medium> Media;  ///< by path, as this run met them
-
-    bool Moves() const { return !Paused && !Waiting; }
-    Duration Elapsed(Clock::TimePoint at) const { return Moves() ? Base + (at - Anchor) : Base; }
-};
-
-struct Playback::Entry {
-    PresetPtr Preset;
-    std::vector<std::string> Assets;  ///< their paths, each once
-    std::int32_t TRT = 0;
-    bool LengthKnown = false;
-    bool Retired = false;
-    std::optional<std::int32_t> Cue;  ///< remaining time at which the next run begins
-    std::optional<Run> Playing;
-
-    Trim Window() const { return EffectiveTrim(Preset->in_position(), Preset->out_position(), TRT); }
-    bool Endless() const { return Preset->loop() == -1; }
-    bool LastPass() const { return !Endless() && std::cmp_greater(Playing->Pass, Preset->loop()); }
-
-    // Nothing to play and nothing that holds it: over at the moment it begins.
-    bool Instant() const { return LengthKnown && TRT == 0 && !Endless() && !Preset->freeze_at_end(); }
-
-    milliseconds CuedElapsed() const { return milliseconds(TRT - std::clamp(*Cue, 0, TRT)); }
-
-    Duration StartElapsed() const {
-        const Trim window = Window();
-        // A cue that leaves nothing to play would end the take at once and fire the linked preset.
-        return Cue && CuedElapsed() < window.End ? CuedElapsed() : window.Start;
-    }
-
-    std::optional<Clock::TimePoint> EndsAt() const {
-        if (!Playing || !Playing->Moves()) return std::nullopt;
-        const Trim window = Window();
-        if (window.Length() == milliseconds(0) && Endless()) return std::nullopt;
-        return Playing->Anchor + std::max(Duration(window.End) - Playing->Base, Duration(0));
-    }
-};
+using std::chrono::nanoseconds;
 
 Playback::Playback(const Clock& clock, const AssetCatalog& catalog) : Time(clock), Catalog(catalog), Now(clock.Now()) {}
 
@@ -90,13 +21,14 @@ Playback::~Playback() = default;
 
 void Playback::Put(PresetPtr preset) {
     Advance();
-    Entry& entry = Entries[preset->pk()];
+    PlayEntry& entry = Entries[preset->pk()];
     Rebase(entry);
     entry.Assets = PathsOf(*preset);
     entry.Preset = std::move(preset);
     RefreshLength(entry);
     SetOff(entry, Now);
     ++Version;
+    ++Plans;
     Advance();
 }
 
@@ -104,42 +36,56 @@ void Playback::Remove(std::int32_t pk) {
     Active.erase(pk);
     Entries.erase(pk);
     ++Version;
+    ++Plans;
 }
 
 void Playback::Clear() {
     Active.clear();
     Entries.clear();
+    Primed.clear();
     ++Version;
+    ++Plans;
 }
 
 void Playback::Take(std::int32_t pk) {
     Advance();
-    Entry& entry = Find(pk);
+    PlayEntry& entry = Find(pk);
     if (entry.Retired) throw Fault(FaultKind::Refused, "it is being deleted");
     if (UsesHeldAsset(entry)) throw Fault(FaultKind::Refused, "an asset of it is being deleted");
-    TakeAt(entry, Now);
+    if (entry.Resumes())
+        Resume(entry, Now);
+    else
+        Begin(entry, Now, ++Takes, ColdTakesHeld && !entry.Assets.empty());
+    ++Plans;
     Advance();
 }
 
 void Playback::Pause(std::int32_t pk, std::optional<bool> wanted) {
     Advance();
-    Entry& entry = Find(pk);
+    PlayEntry& entry = Find(pk);
     if (!entry.Playing) throw Fault(FaultKind::Refused, "it does not play");
     if (wanted == entry.Playing->Paused) return;
-    Rebase(entry);
-    entry.Playing->Paused = !entry.Playing->Paused;
-    ++Version;
+    if (entry.Playing->Paused) {
+        Resume(entry, Now);
+    } else {
+        Rebase(entry);
+        entry.Playing->Paused = true;
+        ++Version;
+    }
+    ++Plans;
     Advance();
 }
 
 void Playback::End(std::int32_t pk) {
     Advance();
     Stop(Find(pk));
+    ++Plans;
 }
 
 void Playback::Seek(std::int32_t pk, std::uint32_t timeMS) {
     Advance();
-    Entry& entry = Find(pk);
+    PlayEntry& entry = Find(pk);
+    ++Plans;
     const bool negative = timeMS > static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::max());
     const std::int32_t remaining = negative ? 0 : static_cast<std::int32_t>(timeMS);
     if (!entry.Playing || entry.Playing->Waiting) {
@@ -154,24 +100,28 @@ void Playback::Seek(std::int32_t pk, std::uint32_t timeMS) {
 
 void Playback::SetRetired(std::int32_t pk, bool retired) {
     Advance();
-    Entry& entry = Find(pk);
+    PlayEntry& entry = Find(pk);
     if (retired && entry.Playing) throw Fault(FaultKind::Refused, "it plays");
     entry.Retired = retired;
+    ++Plans;
 }
 
 void Playback::HoldAsset(const std::string& path) {
     Advance();
     for (const std::int32_t pk : Active) {
-        const Entry& entry = Entries.at(pk);
+        const PlayEntry& entry = Entries.at(pk);
         if (entry.Playing && std::find(entry.Assets.begin(), entry.Assets.end(), path) != entry.Assets.end())
             throw Fault(FaultKind::Refused, fmt::format("preset {} plays it", pk));
     }
     HeldAssets.insert(path);
+    ++Plans;
 }
 
 void Playback::ReleaseAsset(const std::string& path) {
     const auto held = HeldAssets.find(path);
-    if (held != HeldAssets.end()) HeldAssets.erase(held);
+    if (held == HeldAssets.end()) return;
+    HeldAssets.erase(held);
+    ++Plans;
 }
 
 void Playback::AssetsChanged(std::span<const std::string> paths) {
@@ -184,32 +134,39 @@ void Playback::AssetsChanged(std::span<const std::string> paths) {
         Rebase(entry);
         RefreshLength(entry);
         SetOff(entry, Now);
+        ++Plans;
     }
     Advance();
 }
 
-// Takes what is due in the order in which it fell due: one preset's end can begin another.
 void Playback::Advance() {
     Now = Time.Now();
-    for (;;) {
-        Entry* next = nullptr;
-        Clock::TimePoint due = Now;
-        for (const std::int32_t pk : Active) {
-            Entry& entry = Entries.at(pk);
-            const auto end = entry.EndsAt();
-            if (!end || *end > due || (next && *end == due)) continue;
-            next = &entry;
-            due = *end;
-        }
-        if (!next) return;
-        FinishPass(*next, due);
+    while (const auto due = NextDue(Now))
+        CarryOut(*due);
+}
+
+// What falls due first: one preset's end can begin another.
+std::optional<Playback::Due> Playback::NextDue(Clock::TimePoint until) const {
+    std::optional<Due> next;
+    for (const std::int32_t pk : Active) {
+        const auto at = Entries.at(pk).DueAt();
+        if (at && *at <= until && (!next || *at < next->At)) next = {*at, pk};
     }
+    return next;
+}
+
+// Gives the preset that begins or goes on through a link, or 0.
+std::int32_t Playback::CarryOut(const Due& due) {
+    PlayEntry& entry = Entries.at(due.PK);
+    if (!entry.Playing->ColdUntil) return FinishPass(entry, due.At);
+    entry.Playing->LetGo(due.At);
+    return 0;
 }
 
 PlayState Playback::StateOf(std::int32_t pk) const {
     const auto found = Entries.find(pk);
     if (found == Entries.end()) return {};
-    const Entry& entry = found->second;
+    const PlayEntry& entry = found->second;
     const auto& run = entry.Playing;
     return {
         .TRT = entry.TRT, .CurrentLoop = run ? run->Pass : 0, .Playing = run.has_value(), .Paused = run && run->Paused};
@@ -218,10 +175,11 @@ PlayState Playback::StateOf(std::int32_t pk) const {
 std::vector<PlayPosition> Playback::Positions() {
     std::vector<PlayPosition> positions;
     for (const std::int32_t pk : Active) {
-        Entry& entry = Entries.at(pk);
+        PlayEntry& entry = Entries.at(pk);
         const auto& run = entry.Playing;
-        const auto elapsed = run ? duration_cast<milliseconds>(run->Elapsed(Now)) : entry.CuedElapsed();
-        const auto remaining = std::clamp<std::int64_t>(entry.TRT - elapsed.count(), 0, entry.TRT);
+        const nanoseconds elapsed = run ? run->Elapsed(Now) : entry.CuedElapsed();
+        const auto remaining =
+            std::clamp<std::int64_t>(entry.TRT - duration_cast<milliseconds>(elapsed).count(), 0, entry.TRT);
         PlayPosition position{.PK = pk, .RemainingMS = static_cast<std::int32_t>(remaining)};
         if (run && run->Moves()) position.Levels = LevelsOf(entry, elapsed);
         positions.push_back(position);
@@ -229,7 +187,7 @@ std::vector<PlayPosition> Playback::Positions() {
     return positions;
 }
 
-StereoLevels Playback::LevelsOf(Entry& entry, milliseconds elapsed) const {
+StereoLevels Playback::LevelsOf(PlayEntry& entry, nanoseconds elapsed) const {
     std::vector<std::shared_ptr<const Envelope>> envelopes;
     for (const std::string& path : entry.Assets) {
         auto& levels = entry.Playing->Media[path].Levels;
@@ -241,28 +199,36 @@ StereoLevels Playback::LevelsOf(Entry& entry, milliseconds elapsed) const {
 
 bool Playback::Rolling() const {
     return std::any_of(Active.begin(), Active.end(),
-                       [this](std::int32_t pk) { return Entries.at(pk).EndsAt().has_value(); });
+                       [this](std::int32_t pk) { return Entries.at(pk).DueAt().has_value(); });
 }
 
-Playback::Entry& Playback::Find(std::int32_t pk) {
+PlayEntry& Playback::Find(std::int32_t pk) {
     const auto found = Entries.find(pk);
     if (found == Entries.end()) throw Fault(FaultKind::NotFound, "no such preset");
     return found->second;
 }
 
-bool Playback::UsesHeldAsset(const Entry& entry) const {
+PlayEntry* Playback::FindLinked(std::int32_t pk) {
+    const auto found = Entries.find(pk);
+    if (found != Entries.end()) return &found->second;
+    if (!Origin) return nullptr;
+    const auto linked = Origin->Entries.find(pk);
+    return linked == Origin->Entries.end() ? nullptr : &Entries.emplace(pk, linked->second).first->second;
+}
+
+bool Playback::UsesHeldAsset(const PlayEntry& entry) const {
     return std::any_of(entry.Assets.begin(), entry.Assets.end(),
                        [this](const std::string& path) { return HeldAssets.contains(path); });
 }
 
-std::optional<std::int32_t> Playback::LengthOf(Entry& entry, const std::string& path) const {
+std::optional<std::int32_t> Playback::LengthOf(PlayEntry& entry, const std::string& path) const {
     if (!entry.Playing) return Catalog.DurationMS(path);
     auto& length = entry.Playing->Media[path].LengthMS;
     if (!length) length = Catalog.DurationMS(path);
     return length;
 }
 
-void Playback::RefreshLength(Entry& entry) {
+void Playback::RefreshLength(PlayEntry& entry) {
     std::optional<std::int32_t> longest;
     if (entry.Assets.empty()) longest = 0;
     for (const std::string& path : entry.Assets) {
@@ -277,35 +243,37 @@ void Playback::RefreshLength(Entry& entry) {
 }
 
 // Lets a run that waits for its length move from here on, when the length is known.
-void Playback::SetOff(Entry& entry, Clock::TimePoint at) {
+void Playback::SetOff(PlayEntry& entry, Clock::TimePoint at) {
     if (!entry.Playing || !entry.Playing->Waiting || !entry.LengthKnown) return;
-    entry.Playing->Waiting = false;
-    entry.Playing->Base = entry.StartElapsed();
-    entry.Playing->Anchor = at;
+    PlayRun& run = *entry.Playing;
+    run.Waiting = false;
+    run.Base = entry.StartElapsed();
+    run.Anchor = at;
     entry.Cue.reset();
+    if (run.ColdUntil) run.ColdUntil = std::max(*run.ColdUntil, at);
+    if (IsPrimed(entry)) run.ColdUntil.reset();
 }
 
-void Playback::Begin(Entry& entry, Clock::TimePoint at) {
-    entry.Playing.emplace();
+void Playback::Begin(PlayEntry& entry, Clock::TimePoint at, std::uint64_t place, bool cold) {
+    entry.Playing.emplace().Place = place;
+    ++entry.Runs;
+    if (cold) entry.Playing->ColdUntil = at + ColdTakeLimit;
     RefreshLength(entry);
     SetOff(entry, at);
     Active.insert(entry.Preset->pk());
     ++Version;
 }
 
-void Playback::TakeAt(Entry& entry, Clock::TimePoint at) {
-    auto& run = entry.Playing;
-    const bool resumes = run && run->Paused && (run->Waiting || run->Base < entry.Window().End);
-    if (!resumes) {
-        Begin(entry, at);
-        return;
-    }
-    run->Paused = false;
-    run->Anchor = at;
+void Playback::Resume(PlayEntry& entry, Clock::TimePoint at) {
+    PlayRun& run = *entry.Playing;
+    run.Paused = false;
+    run.Anchor = at;
+    // A limit that passed during the pause must not let it begin in the past.
+    if (run.ColdUntil) run.ColdUntil = std::max(*run.ColdUntil, at);
     ++Version;
 }
 
-void Playback::Stop(Entry& entry) {
+void Playback::Stop(PlayEntry& entry) {
     entry.Cue.reset();
     Active.erase(entry.Preset->pk());
     if (!entry.Playing) return;
@@ -314,47 +282,52 @@ void Playback::Stop(Entry& entry) {
     ++Version;
 }
 
-void Playback::FinishPass(Entry& entry, Clock::TimePoint at) {
+std::int32_t Playback::FinishPass(PlayEntry& entry, Clock::TimePoint at) {
     const Trim window = entry.Window();
-    Run& run = *entry.Playing;
+    PlayRun& run = *entry.Playing;
     // A pass without length would begin and end for ever.
-    if (!entry.LastPass() && window.Length() > milliseconds(0)) {
+    if (!entry.LastPass() && window.Length() > nanoseconds(0)) {
         ++run.Pass;
         run.Base = window.Start;
         run.Anchor = at;
         ++Version;
-        return;
+        return 0;
     }
     if (entry.Preset->freeze_at_end()) {
         run.Base = window.End;
         run.Paused = true;
         ++Version;
-        return;
+        return 0;
     }
     const std::int32_t link = entry.Preset->link();
+    const std::uint64_t place = run.Place;
     Stop(entry);
-    if (link > 0) FollowLink(link, at);
+    return FollowLink(link, at, place);
 }
 
 // Walks over linked presets without length until one plays or the walk comes back to where it has been.
-void Playback::FollowLink(std::int32_t pk, Clock::TimePoint at) {
+std::int32_t Playback::FollowLink(std::int32_t pk, Clock::TimePoint at, std::uint64_t place) {
     std::set<std::int32_t> passed;
     while (pk > 0 && passed.insert(pk).second) {
-        const auto found = Entries.find(pk);
-        if (found == Entries.end() || found->second.Retired || UsesHeldAsset(found->second)) {
-            spdlog::warn("following a link: preset {} is not there or on its way out", pk);
-            return;
+        PlayEntry* const entry = FindLinked(pk);
+        if (!entry || entry->Retired || UsesHeldAsset(*entry)) {
+            if (!Origin) spdlog::warn("following a link: preset {} is not there or on its way out", pk);
+            return 0;
         }
-        if (!found->second.Instant()) {
-            TakeAt(found->second, at);
-            return;
+        if (!entry->Instant()) {
+            if (entry->Resumes())
+                Resume(*entry, at);
+            else
+                Begin(*entry, at, place, false);
+            return pk;
         }
-        pk = found->second.Preset->link();
+        pk = entry->Preset->link();
     }
+    return 0;
 }
 
 // Makes the position of this moment the one to count from, before something that it is computed with changes.
-void Playback::Rebase(Entry& entry) const {
+void Playback::Rebase(PlayEntry& entry) const {
     if (!entry.Playing) return;
     entry.Playing->Base = entry.Playing->Elapsed(Now);
     entry.Playing->Anchor = Now;

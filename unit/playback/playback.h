@@ -2,7 +2,8 @@
 
 #include "asset_catalog.h"
 #include "clock.h"
-#include "playback/levels.h"
+#include "playback/outlook.h"
+#include "playback/play_state.h"
 
 #include <zorvic/v1/unit.pb.h>
 
@@ -18,27 +19,18 @@
 
 namespace ZorvicUnit {
 
+struct PlayEntry;
+
 using PresetPtr = std::shared_ptr<const zorvic::v1::Preset>;
-
-struct PlayState {
-    std::int32_t TRT = 0;           ///< ms
-    std::uint32_t CurrentLoop = 0;  ///< pass now playing, from 1; 0 when stopped
-    bool Playing = false;           ///< also while paused
-    bool Paused = false;
-};
-
-struct PlayPosition {
-    std::int32_t PK = 0;
-    std::int32_t RemainingMS = 0;  ///< before the end of the running time
-    StereoLevels Levels{};         ///< 0 while nothing moves
-};
 
 /// What plays, as a clock: a position is computed from the moment at which it last jumped, never added up, so that it
 /// does not drift and a late call finds every pass and every linked preset begun at its right time.
 ///
 /// A preset whose assets have no known length yet plays without moving, and starts to move when the length is known.
 /// A run keeps the lengths and levels that it met: a file that is replaced or goes away under it does not change it.
-/// Not safe for use from several threads; the owner holds one lock around every call.
+/// Runs lie in a stack: each take puts its run on top, a linked one inherits the place of the one that it follows, and
+/// a paused one keeps its place when it goes on. Not safe for use from several threads; the owner holds one lock around
+/// every call.
 class Playback {
 public:
     /// Both must outlive the object.
@@ -73,9 +65,21 @@ public:
     /// Looks up the lengths of these assets again.
     void AssetsChanged(std::span<const std::string> paths);
 
+    /// While on, a take that begins a run of assets moves when its first pictures are ready, so that its start is not
+    /// cut off, but at the latest after ColdTakeLimit. Until then it plays and stands at its start. Links are not held:
+    /// they are known ahead. Turned off it lets go of those it holds.
+    void HoldColdTakes(bool on);
+    /// All runs, begun or next, whose pictures are ready at the position at which they begin. Replaces the list before;
+    /// held runs of the list move from now on.
+    void SetPrimed(std::vector<RunStart> ready);
+    /// Lets the run move from now on, if it is held; wherever its pictures are.
+    void MediaReady(std::int32_t pk, std::uint64_t run);
+    static constexpr std::chrono::milliseconds ColdTakeLimit{400};
+
     /// Carries out everything that is due by now. The readers below show the moment of the last call of a member that
     /// is not const.
     void Advance();
+    Clock::TimePoint ShownAt() const { return Now; }
 
     /// Counts up whenever a PlayState may have changed.
     std::uint64_t StatesVersion() const { return Version; }
@@ -83,34 +87,57 @@ public:
     PlayState StateOf(std::int32_t pk) const;
     /// Every preset that plays, is paused or is cued, by key.
     std::vector<PlayPosition> Positions();
-    /// True while any position moves.
+    /// True while any position moves, or is held with its limit running.
     bool Rolling() const;
 
-private:
-    using Duration = std::chrono::nanoseconds;
-    struct Run;
-    struct Entry;
+    /// What plays from now on. Changes nothing.
+    ZorvicUnit::Outlook Outlook(Clock::TimePoint until) const;
+    /// The run that a take would begin now, standing at its start; nothing while no take can or the length is unknown.
+    std::optional<OutlookLayer> NextRun(std::int32_t pk, Clock::TimePoint until) const;
+    /// Counts up with everything that may change an outlook or a next run, but not when it comes true.
+    std::uint64_t OutlookVersion() const { return Plans; }
 
-    Entry& Find(std::int32_t pk);
-    bool UsesHeldAsset(const Entry& entry) const;
-    std::optional<std::int32_t> LengthOf(Entry& entry, const std::string& path) const;
-    void RefreshLength(Entry& entry);
-    void SetOff(Entry& entry, Clock::TimePoint at);
-    StereoLevels LevelsOf(Entry& entry, std::chrono::milliseconds elapsed) const;
-    void Begin(Entry& entry, Clock::TimePoint at);
-    void TakeAt(Entry& entry, Clock::TimePoint at);
-    void Stop(Entry& entry);
-    void FinishPass(Entry& entry, Clock::TimePoint at);
-    void FollowLink(std::int32_t pk, Clock::TimePoint at);
-    void Rebase(Entry& entry) const;
+private:
+    struct Due {
+        Clock::TimePoint At;
+        std::int32_t PK = 0;
+    };
+
+    /// Looks ahead for the origin: a copy of what plays, taking over links' targets when they are reached.
+    explicit Playback(const Playback* origin);
+
+    PlayEntry& Find(std::int32_t pk);
+    PlayEntry* FindLinked(std::int32_t pk);
+    bool UsesHeldAsset(const PlayEntry& entry) const;
+    std::optional<std::int32_t> LengthOf(PlayEntry& entry, const std::string& path) const;
+    void RefreshLength(PlayEntry& entry);
+    void SetOff(PlayEntry& entry, Clock::TimePoint at);
+    StereoLevels LevelsOf(PlayEntry& entry, std::chrono::nanoseconds elapsed) const;
+    void Begin(PlayEntry& entry, Clock::TimePoint at, std::uint64_t place, bool cold);
+    void Resume(PlayEntry& entry, Clock::TimePoint at);
+    void Stop(PlayEntry& entry);
+    std::optional<Due> NextDue(Clock::TimePoint until) const;
+    std::int32_t CarryOut(const Due& due);
+    std::int32_t FinishPass(PlayEntry& entry, Clock::TimePoint at);
+    std::int32_t FollowLink(std::int32_t pk, Clock::TimePoint at, std::uint64_t place);
+    void Rebase(PlayEntry& entry) const;
+    bool IsPrimed(const PlayEntry& entry) const;
+    template <typename Wanted>
+    void ReleaseHeld(const Wanted& wanted);
+    ZorvicUnit::Outlook Unroll(Clock::TimePoint until);
 
     const Clock& Time;
     const AssetCatalog& Catalog;
-    std::map<std::int32_t, Entry> Entries;
+    const Playback* const Origin = nullptr;  ///< of a look-ahead
+    std::map<std::int32_t, PlayEntry> Entries;
     std::set<std::int32_t> Active;  ///< keys of the entries that have a run or a cue
     std::multiset<std::string> HeldAssets;
+    std::vector<RunStart> Primed;
+    bool ColdTakesHeld = false;
+    std::uint64_t Takes = 0;  ///< those that began a run: the place of the last one in the stack
     Clock::TimePoint Now;
     std::uint64_t Version = 1;
+    std::uint64_t Plans = 1;
 };
 
 }  // namespace ZorvicUnit

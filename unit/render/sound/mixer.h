@@ -1,6 +1,6 @@
 #pragma once
 
-#include "render/sound/reaper.h"
+#include "render/reaper.h"
 #include "render/sound/track.h"
 
 #include <map>

@@ -1,0 +1,162 @@
+#include "unit/stage_fixture.h"
+
+#include <algorithm>
+#include <random>
+
+using std::chrono::milliseconds;
+using ZorvicRender::Nanoseconds;
+using ZorvicRender::Tick;
+
+namespace ZorvicRender {
+namespace {
+
+constexpr Nanoseconds PictureTime = milliseconds(40);
+
+struct Format {
+    std::string Name;
+    std::string Encoder;
+};
+
+// With reordered pictures and far key frames; and with key frames only.
+const std::vector<Format> Formats = {
+    {"long.mp4", "-c:v libx264 -preset veryfast -g 150 -bf 2 -qp 20"},
+    {"stream.ts", "-c:v libx264 -preset veryfast -g 50 -bf 2 -qp 20"},
+    {"intra.mov", "-c:v mjpeg -q:v 2 -strict unofficial"},
+};
+
+class NumberedStageTest : public StageTest {
+protected:
+    static const std::filesystem::path& Clip(const Format& format) {
+        static ZorvicUnit::MediaDirectory directory;
+        static std::map<std::string, std::filesystem::path> made;
+        auto& file = made[format.Name];
+        if (file.empty()) {
+            file = directory / format.Name;
+            EXPECT_TRUE(EncodeNumbered(format.Encoder, 200, file));
+        }
+        return file;
+    }
+};
+
+TEST_F(NumberedStageTest, ShowsEachPictureForItsTimeWhateverTheMomentOfTheTake) {
+    int pk = 0;
+    for (const Format& format : Formats) {
+        for (const auto begin : {milliseconds(0), milliseconds(1), milliseconds(11), milliseconds(19)}) {
+            SCOPED_TRACE(format.Name + " taken " + std::to_string(begin.count()) + " ms after a tick");
+            auto layer = Layer(++pk, {Clip(format)});
+            AddSpan(layer, begin, milliseconds(5000), {}, true);
+            Show({layer});
+            std::vector<int> numbers;
+            for (Nanoseconds moment = Tick; moment < milliseconds(2000); moment += Tick)
+                numbers.push_back(NumberAt(moment));
+            for (std::size_t i = 0; i + 1 < numbers.size(); ++i)
+                ASSERT_EQ(numbers[i], static_cast<int>(i + (numbers[1] != numbers[0] ? 1 : 0)) / 2) << "tick " << i;
+        }
+    }
+    EXPECT_EQ(Stagehand.Counted().Dropped, 0U);
+}
+
+TEST_F(NumberedStageTest, LoopsWithoutAMissingOrRepeatedPicture) {
+    int pk = 0;
+    for (const Format& format : Formats) {
+        SCOPED_TRACE(format.Name);
+        constexpr int First = 30;
+        constexpr int Pictures = 25;
+        const Nanoseconds start = First * PictureTime;
+        const Nanoseconds length = Pictures * PictureTime;
+        auto layer = Layer(++pk, {Clip(format)});
+        for (int pass = 0; pass < 4; ++pass)
+            AddSpan(layer, pass * length, (pass + 1) * length, start, true, start, start + length);
+        Show({layer});
+        for (int tick = 0; tick < 4 * Pictures * 2; ++tick)
+            ASSERT_EQ(NumberAt(tick * Tick), First + tick / 2 % Pictures) << "tick " << tick;
+    }
+    EXPECT_EQ(Stagehand.Counted().Dropped, 0U);
+}
+
+TEST_F(NumberedStageTest, SeeksToTheExactPictureAndKeepsTheOldOneUntilThen) {
+    std::minstd_rand random(20261122);
+    int pk = 0;
+    for (const Format& format : Formats) {
+        SCOPED_TRACE(format.Name);
+        ++pk;
+        Nanoseconds now{0};
+        for (int jump = 0; jump < 25; ++jump) {
+            const int wanted = static_cast<int>(random() % 200);
+            const bool moves = jump % 3 == 0;
+            auto layer = Layer(pk, {Clip(format)});
+            AddSpan(layer, now, now + std::chrono::minutes(1),
+                    wanted * PictureTime + milliseconds(moves ? 0 : random() % 40), moves);
+            Show({layer});
+            Stagehand.Follow(Playing, At(now), Tick);
+            ASSERT_TRUE(jump == 0 || !Stagehand.Shown(0).empty()) << "black in between";
+            ASSERT_EQ(NumberAt(now), wanted) << "jump " << jump;
+            now += milliseconds(500);
+        }
+    }
+}
+
+TEST_F(NumberedStageTest, StaysWithinItsWindowAndHoldsTheLastPicture) {
+    const Nanoseconds end = 100 * PictureTime;
+    auto layer = Layer(1, {Clip(Formats[0])});
+    AddSpan(layer, milliseconds(0), milliseconds(110), end - milliseconds(110), true, {}, end);
+    AddSpan(layer, milliseconds(110), std::chrono::minutes(1), end, false, {}, end);
+    Show({layer});
+    for (Nanoseconds moment = milliseconds(40); moment < milliseconds(200); moment += milliseconds(5))
+        EXPECT_LE(NumberAt(moment), 99);
+    EXPECT_EQ(NumberAt(milliseconds(500)), 99);
+
+    // Brought back by a new renderer in this state.
+    auto again = Layer(2, {Clip(Formats[0])});
+    AddSpan(again, milliseconds(0), std::chrono::minutes(1), end, false, {}, end);
+    Show({again});
+    EXPECT_EQ(NumberAt(milliseconds(20)), 99);
+
+    // A file shorter than the preset holds its last picture.
+    auto beyond = Layer(3, {Clip(Formats[0])});
+    AddSpan(beyond, milliseconds(0), std::chrono::minutes(1), std::chrono::seconds(9), true);
+    Show({beyond});
+    EXPECT_EQ(NumberAt(milliseconds(20)), 199);
+}
+
+TEST_F(NumberedStageTest, BeginsWhereItWasGotReady) {
+    zorvic::render::Outlook outlook;
+    outlook.set_until(At(std::chrono::hours(1)).time_since_epoch().count());
+    auto primed = Layer(1, {Clip(Formats[0])});
+    AddSpan(primed, milliseconds(0), std::chrono::hours(1), 40 * PictureTime, false);
+    *outlook.add_primed() = primed;
+    Playing = NextScene(Playing, outlook);
+    for (int i = 0; i < 5000 && Stagehand.ReadyLayers(Playing).empty(); ++i) {
+        Stagehand.Follow(Playing, At(milliseconds(0)), Tick);
+        EXPECT_TRUE(Stagehand.Shown(0).empty());
+        std::this_thread::sleep_for(milliseconds(1));
+    }
+    ASSERT_EQ(Stagehand.ReadyLayers(Playing).size(), 1U);
+    auto taken = Layer(1, {Clip(Formats[0])});
+    AddSpan(taken, milliseconds(1005), std::chrono::hours(1), 40 * PictureTime, true);
+    Show({taken});
+    Stagehand.Follow(Playing, At(milliseconds(1020)), Tick);
+    ASSERT_FALSE(Stagehand.Shown(0).empty()) << "the first tick after the take shows it";
+    EXPECT_EQ(NumberAt(milliseconds(1020)), 40);
+}
+
+TEST_F(StageTest, AMissingOrBrokenFileLeavesOthersAlone) {
+    const ZorvicUnit::MediaDirectory directory;
+    ASSERT_TRUE(EncodeNumbered("-c:v mjpeg -strict unofficial", 5, directory / "good.mov"));
+    ZorvicUnit::WriteFile(directory / "broken.mov", "no film");
+    std::vector<zorvic::render::Layer> layers;
+    for (const auto* name : {"good.mov", "broken.mov", "missing.mov"}) {
+        layers.push_back(Layer(static_cast<int>(layers.size()) + 1, {directory / name}));
+        AddSpan(layers.back(), milliseconds(0), milliseconds(1000), {}, true);
+    }
+    Show(layers);
+    for (int i = 0; i < 3000 && Troubles.size() < 2; ++i) {
+        Stagehand.Follow(Playing, At(milliseconds(60)), Tick);
+        std::this_thread::sleep_for(milliseconds(1));
+    }
+    EXPECT_EQ(NumberAt(milliseconds(80)), 2);
+    EXPECT_EQ(Troubles.size(), 2U);
+}
+
+}  // namespace
+}  // namespace ZorvicRender

@@ -1,0 +1,195 @@
+#include "outputs/renderer.h"
+
+#include "fault.h"
+#include "model/unit_model.h"
+#include "outputs/outlook_message.h"
+#include "thread_name.h"
+
+#include <spdlog/spdlog.h>
+
+#include <exception>
+#include <utility>
+#include <vector>
+
+namespace ZorvicUnit {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+namespace {
+
+// Long enough to open a film of the largest kind before it is needed.
+constexpr std::chrono::seconds Horizon(4);
+constexpr milliseconds OutlookPeriod(1000);
+// Beats come every 200 ms.
+constexpr milliseconds FrozenAfter(800);
+constexpr milliseconds StartLimit(10'000);
+constexpr milliseconds RestartPause(1000);
+constexpr int DeathsToCondemn = 2;
+
+}  // namespace
+
+Renderer::Renderer(const zorvic::render::Setup& setup, UnitModel& model, FileOf fileOf, Condemn condemn)
+    : Setup(setup), Model(model), HostFile(std::move(fileOf)), CondemnFile(std::move(condemn)) {
+    auto started = FirstStart.get_future();
+    Thread = std::jthread([this](const std::stop_token& stop) { Run(stop); });
+    started.get();
+    Model.SetPlayListener([this] { Kick(); });
+}
+
+Renderer::~Renderer() {
+    Model.SetPlayListener({});
+    Thread.request_stop();
+    Thread.join();
+}
+
+zorvic::render::Beat Renderer::Figures() const {
+    const std::scoped_lock lock(Lock);
+    return Latest;
+}
+
+// Runs in the model's lock.
+void Renderer::Kick() {
+    const std::scoped_lock lock(Lock);
+    Kicked = true;
+    Changed.notify_all();
+}
+
+void Renderer::Run(const std::stop_token& stop) {
+    NameThread("zu-render");
+    while (!stop.stop_requested()) {
+        const auto began = steady_clock::now();
+        try {
+            RendererProcess process;
+            if (Begin(process)) Serve(stop, process);
+            if (!stop.stop_requested()) Bury(process);
+        } catch (const std::exception& error) {
+            if (!Started) {
+                FirstStart.set_exception(std::current_exception());
+                return;
+            }
+            spdlog::error("outputs: {}", error.what());
+        }
+        // What can not be started now may be back later: a display, a device.
+        std::unique_lock lock(Lock);
+        if (steady_clock::now() - began < RestartPause)
+            Changed.wait_for(lock, stop, RestartPause, [] { return false; });
+    }
+}
+
+bool Renderer::Begin(RendererProcess& process) {
+    {
+        const std::scoped_lock lock(Lock);
+        Lost = false;
+        Frozen = false;
+        Kicked = true;
+        LastBeat = steady_clock::now() + StartLimit;
+        Opening.clear();
+    }
+    zorvic::render::ToRenderer message;
+    *message.mutable_setup() = Setup;
+    zorvic::render::FromRenderer answer;
+    if (!process.Pipe().Send(message) || !process.Pipe().Receive(answer))
+        throw Fault(FaultKind::Internal, "the renderer ended at once: " + process.End().Text);
+    if (answer.has_failure())
+        throw Fault(answer.failure().bad_value() ? FaultKind::Misused : FaultKind::Internal, answer.failure().text());
+    if (!std::exchange(Started, true)) FirstStart.set_value();
+    Model.HoldColdTakes(true);
+    return answer.has_ready();
+}
+
+// Returns when the renderer is dead, frozen or no longer needed.
+void Renderer::Serve(const std::stop_token& stop, RendererProcess& process) {
+    std::jthread receiver([this, &process] {
+        NameThread("zu-render-in");
+        zorvic::render::FromRenderer message;
+        while (process.Pipe().Receive(message))
+            Take(message);
+        const std::scoped_lock lock(Lock);
+        Lost = true;
+        Changed.notify_all();
+    });
+    auto sent = steady_clock::now() - OutlookPeriod;
+    for (;;) {
+        {
+            std::unique_lock lock(Lock);
+            Changed.wait_until(lock, stop, std::min(sent + OutlookPeriod, LastBeat + FrozenAfter),
+                               [this] { return Kicked || Lost; });
+            if (stop.stop_requested() || Lost) break;
+            if (steady_clock::now() > LastBeat + FrozenAfter) {
+                spdlog::error("the renderer does not answer");
+                Frozen = true;
+                break;
+            }
+            if (!std::exchange(Kicked, false) && steady_clock::now() < sent + OutlookPeriod) continue;
+        }
+        sent = steady_clock::now();
+        if (!SendOutlook(process)) break;
+    }
+    process.Pipe().Shutdown();
+}
+
+bool Renderer::SendOutlook(RendererProcess& process) {
+    zorvic::render::ToRenderer message;
+    *message.mutable_outlook() = ToMessage(Model.LookAhead(Horizon), [this](const std::string& path) {
+        {
+            const std::scoped_lock lock(Lock);
+            if (Condemned.contains(path)) return std::string();
+        }
+        return HostFile(path);
+    });
+    return process.Pipe().Send(message);
+}
+
+void Renderer::Take(const zorvic::render::FromRenderer& message) {
+    if (message.has_first_frames()) TakeFirstFrames(message.first_frames());
+    if (message.has_beat()) TakeBeat(message.beat());
+    if (message.has_trouble()) spdlog::warn("not shown: {}", message.trouble().text());
+    if (!message.has_opening()) return;
+    const std::scoped_lock lock(Lock);
+    if (message.opening().done()) {
+        const auto found = Opening.find(message.opening().path());
+        if (found != Opening.end()) Opening.erase(found);
+    } else {
+        Opening.insert(message.opening().path());
+    }
+}
+
+void Renderer::TakeFirstFrames(const zorvic::render::FirstFrames& frames) {
+    std::vector<RunStart> ready;
+    for (const auto& run : frames.runs())
+        ready.push_back({run.pk(), run.run(), std::chrono::nanoseconds(run.position())});
+    Model.SetPrimed(std::move(ready));
+}
+
+void Renderer::TakeBeat(const zorvic::render::Beat& beat) {
+    const std::scoped_lock lock(Lock);
+    LastBeat = steady_clock::now();
+    Latest = beat;
+    Changed.notify_all();
+}
+
+void Renderer::Bury(RendererProcess& process) {
+    const auto ending = process.End();
+    Model.SetPrimed({});
+    Model.HoldColdTakes(false);
+    spdlog::error("the renderer ended ({}); starting another", ending.Text);
+    // Whoever kills it from outside says nothing about the files.
+    if (!ending.ByItself && !Frozen) return;
+    for (const std::string& path : CountDeaths()) {
+        spdlog::error("{} is not opened again: the renderer ended twice while opening it", path);
+        CondemnFile(path);
+    }
+}
+
+std::vector<std::string> Renderer::CountDeaths() {
+    std::vector<std::string> condemned;
+    const std::scoped_lock lock(Lock);
+    const std::set<std::string> paths(Opening.begin(), Opening.end());
+    for (const std::string& path : paths) {
+        if (++Deaths[path] == DeathsToCondemn && Condemned.insert(path).second) condemned.push_back(path);
+    }
+    return condemned;
+}
+
+}  // namespace ZorvicUnit

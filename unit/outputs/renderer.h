@@ -1,0 +1,79 @@
+#pragma once
+
+#include "outputs/renderer_process.h"
+
+#include <render.pb.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <future>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <stop_token>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace ZorvicUnit {
+
+class UnitModel;
+
+/// Keeps a renderer running and tells it what will play: the thread "zu-render". A renderer that dies or freezes is
+/// replaced; the clock takes no notice of it. A file at whose opening two of them died is not opened again.
+class Renderer {
+public:
+    /// The file of this machine behind an asset; empty: none.
+    using FileOf = std::function<std::string(const std::string& path)>;
+    /// A file that must not be opened again.
+    using Condemn = std::function<void(const std::string& path)>;
+
+    /// Returns when all outputs are open. The model must outlive the object. Throws Fault: Misused when an output or a
+    /// device that was asked for does not exist, Internal when it can not be opened.
+    Renderer(const zorvic::render::Setup& setup, UnitModel& model, FileOf fileOf, Condemn condemn);
+    ~Renderer();
+    Renderer(const Renderer&) = delete;
+    Renderer& operator=(const Renderer&) = delete;
+
+    /// The figures of the latest beat.
+    zorvic::render::Beat Figures() const;
+
+private:
+    using TimePoint = std::chrono::steady_clock::time_point;
+
+    void Run(const std::stop_token& stop);
+    bool Begin(RendererProcess& process);
+    void Serve(const std::stop_token& stop, RendererProcess& process);
+    void Take(const zorvic::render::FromRenderer& message);
+    void TakeFirstFrames(const zorvic::render::FirstFrames& frames);
+    void TakeBeat(const zorvic::render::Beat& beat);
+    bool SendOutlook(RendererProcess& process);
+    void Bury(RendererProcess& process);
+    std::vector<std::string> CountDeaths();
+    void Kick();
+
+    const zorvic::render::Setup Setup;
+    UnitModel& Model;
+    const FileOf HostFile;
+    const Condemn CondemnFile;
+    std::promise<void> FirstStart;
+    bool Started = false;  ///< of the thread only
+
+    mutable std::mutex Lock;  ///< guards all below
+    std::condition_variable_any Changed;
+    bool Kicked = false;
+    bool Lost = false;
+    TimePoint LastBeat;
+    zorvic::render::Beat Latest;
+    std::multiset<std::string> Opening;  ///< once for each reader
+    bool Frozen = false;
+    std::map<std::string, int> Deaths;
+    std::set<std::string> Condemned;
+
+    std::jthread Thread;
+};
+
+}  // namespace ZorvicUnit

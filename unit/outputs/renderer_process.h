@@ -1,0 +1,36 @@
+#pragma once
+
+#include "render/message_pipe.h"
+
+#include <sys/types.h>
+
+#include <memory>
+#include <string>
+
+namespace ZorvicUnit {
+
+/// One running zorvic-render, which lies beside the program of the unit. It ends with the thread that made the object.
+class RendererProcess {
+public:
+    /// Throws Fault Internal when it can not be started.
+    RendererProcess();
+    /// Kills it.
+    ~RendererProcess();
+    RendererProcess(const RendererProcess&) = delete;
+    RendererProcess& operator=(const RendererProcess&) = delete;
+
+    ZorvicRender::MessagePipe& Pipe() { return *Socket; }
+    pid_t Id() const { return Process; }
+    struct Ending {
+        std::string Text;
+        bool ByItself = false;  ///< neither through End() nor killed from outside
+    };
+    /// Ends it, whatever it does, and says how it ended.
+    Ending End();
+
+private:
+    std::unique_ptr<ZorvicRender::MessagePipe> Socket;
+    pid_t Process = -1;
+};
+
+}  // namespace ZorvicUnit

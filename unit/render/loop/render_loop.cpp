@@ -1,0 +1,203 @@
+#include "render/loop/render_loop.h"
+
+#include <GLES2/gl2.h>
+
+#include <unistd.h>
+#include <algorithm>
+#include <fstream>
+#include <thread>
+
+namespace ZorvicRender {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+namespace {
+
+constexpr Nanoseconds BeatPeriod = milliseconds(200);
+constexpr Nanoseconds PreviewPeriod = milliseconds(200);
+constexpr Nanoseconds IdlePeriod = milliseconds(100);
+constexpr int PreviewWidth = 320;
+
+Nanoseconds TickOf(const zorvic::render::Setup& setup) {
+    return Nanoseconds(std::int64_t{1'000'000'000} * setup.refresh_denominator() / setup.refresh_numerator());
+}
+
+std::uint64_t ResidentBytes() {
+    std::ifstream file("/proc/self/statm");
+    std::uint64_t size = 0;
+    std::uint64_t resident = 0;
+    file >> size >> resident;
+    return resident * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
+}
+
+std::uint32_t ToMilliseconds(Nanoseconds time) {
+    return static_cast<std::uint32_t>(std::chrono::duration_cast<milliseconds>(time).count());
+}
+
+Stage::Reports ReportsTo(Wire& unit) {
+    const auto opening = [&unit](const std::string& path, bool done) {
+        zorvic::render::FromRenderer message;
+        message.mutable_opening()->set_path(path);
+        message.mutable_opening()->set_done(done);
+        unit.Send(std::move(message));
+    };
+    const auto trouble = [&unit](const std::string& text) {
+        zorvic::render::FromRenderer message;
+        message.mutable_trouble()->set_text(text);
+        unit.Send(std::move(message));
+    };
+    return {opening, trouble};
+}
+
+std::string ToRgb(const std::vector<std::uint8_t>& rgba) {
+    std::string rgb;
+    rgb.reserve(rgba.size() / 4 * 3);
+    for (std::size_t i = 0; i < rgba.size(); i += 4)
+        rgb.append({static_cast<char>(rgba[i]), static_cast<char>(rgba[i + 1]), static_cast<char>(rgba[i + 2])});
+    return rgb;
+}
+
+}  // namespace
+
+RenderLoop::RenderLoop(const zorvic::render::Setup& setup, Wire& unit)
+    : Unit(unit),
+      Tick(TickOf(setup)),
+      Targets(OpenSurfaces(setup)),
+      Outputs([&setup] {
+          std::vector<Output> outputs;
+          for (const auto& output : setup.outputs())
+              outputs.push_back({.Number = output.number(),
+                                 .Shape = {static_cast<int>(output.width()), static_cast<int>(output.height())}});
+          return outputs;
+      }()),
+      Pictures(StageOutputs(), ReportsTo(unit)) {}
+
+std::vector<StageOutput> RenderLoop::StageOutputs() const {
+    std::vector<StageOutput> outputs;
+    for (const Output& output : Outputs)
+        outputs.push_back({output.Number, output.Shape, Targets->At(outputs.size()).Size()});
+    return outputs;
+}
+
+// All outputs of all units of one machine share these moments.
+TimePoint RenderLoop::NextTick(TimePoint after) const {
+    return TimePoint((after.time_since_epoch() / Tick + 1) * Tick);
+}
+
+void RenderLoop::Run(const SoundIsReady& soundIsReady, const SoundFigures& soundFigures) {
+    TimePoint lightUp = NextTick(steady_clock::now());
+    while (!Unit.UnitIsGone()) {
+        // Drawn half a refresh before it lights up: late enough to take a command along, early enough to be in time.
+        std::this_thread::sleep_until(lightUp - Tick / 2);
+        Targets->PumpEvents();
+        const auto scene = Unit.Latest();
+        Pictures.Follow(*scene, lightUp, Tick);
+        Compose();
+        std::this_thread::sleep_until(lightUp);
+        Present(lightUp);
+        Report(*scene, lightUp, soundIsReady, soundFigures);
+        if (!Pictures.IsBusy()) Unit.WaitForNewer(scene, steady_clock::now() + IdlePeriod);
+        lightUp = std::max(lightUp + Tick, NextTick(steady_clock::now()));
+    }
+}
+
+void RenderLoop::Compose() {
+    for (std::size_t i = 0; i < Outputs.size(); ++i) {
+        Output& output = Outputs[i];
+        OutputSurface& target = Targets->At(i);
+        const bool exposed = target.TakeExposed();
+        output.Changed = exposed || !SamePicture(output.Shown, Pictures.Shown(i));
+        if (!output.Changed) continue;
+        const PixelSize size = target.Size();
+        const Area place = FitShape(output.Shape, size);
+        Pictures.SetTarget(i, {static_cast<int>(place.Width), static_cast<int>(place.Height)});
+        target.Bind();
+        Painter.Draw(Pictures.Shown(i), size, place);
+        glFinish();
+        output.Shown = Pictures.Shown(i);
+    }
+}
+
+void RenderLoop::Present(TimePoint lightUp) {
+    const bool late = steady_clock::now() > lightUp + Tick / 2;
+    for (std::size_t i = 0; i < Outputs.size(); ++i) {
+        if (!Outputs[i].Changed) continue;
+        Targets->At(i).Present();
+        ++Outputs[i].Presented;
+        if (late) ++Outputs[i].Late;
+    }
+}
+
+void RenderLoop::Report(const Scene& scene, TimePoint lightUp, const SoundIsReady& soundIsReady,
+                        const SoundFigures& soundFigures) {
+    SendFirstFrames(scene, soundIsReady);
+    if (lightUp - LastBeat >= BeatPeriod) {
+        LastBeat = lightUp;
+        SendBeat(soundFigures);
+        Painter.DropUnused();
+    }
+    if (Unit.PreviewWanted() && lightUp - LastPreview >= PreviewPeriod) {
+        LastPreview = lightUp;
+        SendPreview(lightUp);
+    }
+}
+
+void RenderLoop::SendFirstFrames(const Scene& scene, const SoundIsReady& soundIsReady) {
+    std::vector<std::pair<RunId, Nanoseconds>> ready;
+    for (const Layer* layer : Pictures.ReadyLayers(scene)) {
+        if (soundIsReady(*layer)) ready.emplace_back(layer->Id, layer->Spans.back().Position);
+    }
+    if (ReadySent && ready == Ready) return;
+    ReadySent = true;
+    Ready = ready;
+    zorvic::render::FromRenderer message;
+    for (const auto& [id, position] : ready) {
+        auto& run = *message.mutable_first_frames()->add_runs();
+        run.set_pk(id.PK);
+        run.set_run(id.Number);
+        run.set_position(position.count());
+    }
+    message.mutable_first_frames();
+    Unit.Send(std::move(message));
+}
+
+void RenderLoop::SendBeat(const SoundFigures& soundFigures) {
+    zorvic::render::FromRenderer message;
+    auto& beat = *message.mutable_beat();
+    for (const Output& output : Outputs) {
+        auto& figures = *beat.add_outputs();
+        figures.set_number(output.Number);
+        figures.set_shown(output.Presented);
+        figures.set_late(output.Late);
+        figures.set_dropped(Pictures.Counted().Dropped);
+        figures.set_repeated(Pictures.Counted().Repeated);
+        figures.set_first_frame_ms(ToMilliseconds(Pictures.Counted().FirstPicture));
+        figures.set_seek_ms(ToMilliseconds(Pictures.Counted().Seek));
+    }
+    *beat.mutable_audio() = soundFigures();
+    beat.set_memory(ResidentBytes());
+    Unit.SendIfRoom(std::move(message));
+}
+
+void RenderLoop::SendPreview(TimePoint lightUp) {
+    for (std::size_t i = 0; i < Outputs.size(); ++i) {
+        const Output& output = Outputs[i];
+        const int width = std::min(PreviewWidth, output.Shape.Width);
+        const PixelSize size{width, std::max(1, width * output.Shape.Height / output.Shape.Width)};
+        if (!Small || Small->Size() != size) Small.emplace(size);
+        Small->Bind();
+        Painter.Draw(output.Shown, size, {0, 0, static_cast<double>(size.Width), static_cast<double>(size.Height)});
+        zorvic::render::FromRenderer message;
+        auto& preview = *message.mutable_preview();
+        preview.set_output(output.Number);
+        preview.set_width(static_cast<std::uint32_t>(size.Width));
+        preview.set_height(static_cast<std::uint32_t>(size.Height));
+        preview.set_signal(!output.Shown.empty());
+        preview.set_at(lightUp.time_since_epoch().count());
+        preview.set_rgb(ToRgb(Small->Read()));
+        Unit.SendIfRoom(std::move(message));
+    }
+}
+
+}  // namespace ZorvicRender

@@ -1,0 +1,75 @@
+#include "fault.h"
+#include "render/loop/render_loop.h"
+#include "render/loop/wire.h"
+#include "render/sound/sound_engine.h"
+#include "thread_name.h"
+
+#include <spdlog/sinks/stdout_sinks.h>
+#include <spdlog/spdlog.h>
+
+#include <sys/prctl.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+// Where the unit leaves this program's end of their socket pair.
+constexpr int UnitSocket = 3;
+
+void SendFailure(ZorvicRender::Wire& unit, const std::string& text, bool badValue) {
+    zorvic::render::FromRenderer message;
+    message.mutable_failure()->set_text(text);
+    message.mutable_failure()->set_bad_value(badValue);
+    unit.Send(std::move(message));
+    unit.Flush();
+}
+
+void SendReady(ZorvicRender::Wire& unit) {
+    zorvic::render::FromRenderer message;
+    message.mutable_ready();
+    unit.Send(std::move(message));
+}
+
+zorvic::render::AudioFigures FiguresOf(const ZorvicRender::SoundEngine* sound) {
+    zorvic::render::AudioFigures message;
+    if (sound == nullptr) return message;
+    const auto figures = sound->Figures();
+    message.set_underruns(figures.Underruns);
+    message.set_offset_us(figures.OffsetUS);
+    return message;
+}
+
+}  // namespace
+
+// zorvic-render: started by zorvic-unit, ends with it.
+int main() {
+    spdlog::set_default_logger(spdlog::stderr_logger_mt("zorvic-render"));
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    // The terminal sends them to the whole group; the unit decides.
+    std::signal(SIGINT, SIG_IGN);
+    std::signal(SIGTERM, SIG_IGN);
+    ZorvicRender::Wire unit{ZorvicUnit::Descriptor(UnitSocket)};
+    zorvic::render::Setup setup;
+    if (!unit.ReceiveSetup(setup)) {
+        std::fputs("zorvic-render is started by zorvic-unit.\n", stderr);
+        return EXIT_FAILURE;
+    }
+    try {
+        ZorvicRender::RenderLoop loop(setup, unit);
+        const auto sound = ZorvicRender::SoundEngine::Open(setup.audio());
+        unit.Begin([&sound](const auto& scene) {
+            if (sound) sound->SetScene(scene);
+        });
+        SendReady(unit);
+        loop.Run([&sound](const auto& layer) { return !sound || sound->Ready(layer); },
+                 [&sound] { return FiguresOf(sound.get()); });
+    } catch (const ZorvicUnit::Fault& fault) {
+        SendFailure(unit, fault.what(), fault.Kind == ZorvicUnit::FaultKind::Misused);
+        return EXIT_FAILURE;
+    }
+    // Threads that still decode end with the process.
+    std::fflush(nullptr);
+    std::_Exit(EXIT_SUCCESS);
+}

@@ -1,0 +1,59 @@
+#include "render/outputs/output_surface.h"
+
+#include "render/gl/gl_context.h"
+#include "render/outputs/window_surfaces.h"
+
+#include <algorithm>
+
+namespace ZorvicRender {
+
+namespace {
+
+class HeadlessSurfaces final : public Surfaces {
+public:
+    explicit HeadlessSurfaces(const zorvic::render::Setup& setup) {
+        for (const auto& output : setup.outputs())
+            Outputs.push_back(MakeOffscreenSurface(output));
+    }
+    OutputSurface& At(std::size_t output) override { return *Outputs[output]; }
+
+private:
+    HeadlessContext Context;
+    std::vector<std::unique_ptr<OutputSurface>> Outputs;
+};
+
+class OffscreenSurface final : public OutputSurface {
+public:
+    explicit OffscreenSurface(PixelSize size) : Pixels(size) {}
+    void Bind() override { Pixels.Bind(); }
+    PixelSize Size() const override { return Pixels.Size(); }
+    void Present() override {}
+
+private:
+    Canvas Pixels;
+};
+
+}  // namespace
+
+std::unique_ptr<OutputSurface> MakeOffscreenSurface(const zorvic::render::Output& output) {
+    return std::make_unique<OffscreenSurface>(
+        PixelSize{static_cast<int>(output.width()), static_cast<int>(output.height())});
+}
+
+Area FitShape(PixelSize shape, PixelSize surface) {
+    const double scale =
+        std::min(static_cast<double>(surface.Width) / shape.Width, static_cast<double>(surface.Height) / shape.Height);
+    const double width = shape.Width * scale;
+    const double height = shape.Height * scale;
+    return {(surface.Width - width) / 2, (surface.Height - height) / 2, width, height};
+}
+
+std::unique_ptr<Surfaces> OpenSurfaces(const zorvic::render::Setup& setup) {
+    const bool windows = std::any_of(setup.outputs().begin(), setup.outputs().end(), [](const auto& output) {
+        return output.sink() != zorvic::render::Output::SINK_OFFSCREEN;
+    });
+    if (windows) return std::make_unique<WindowSurfaces>(setup);
+    return std::make_unique<HeadlessSurfaces>(setup);
+}
+
+}  // namespace ZorvicRender

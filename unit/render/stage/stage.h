@@ -1,0 +1,76 @@
+#pragma once
+
+#include "render/pictures/picture_source.h"
+#include "render/reaper.h"
+#include "render/scene.h"
+#include "render/stage/draw_item.h"
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace ZorvicRender {
+
+/// An output as the stage sees it.
+struct StageOutput {
+    std::uint32_t Number = 1;  ///< from 1, as canvases count them
+    PixelSize Shape;           ///< of the video mode
+    PixelSize Target;          ///< what is really drawn
+};
+
+/// Which pictures lie where on each output at each tick: holds a source for each asset of each run that plays or may be
+/// taken next. All outputs take their pictures from the same choice, so that they show the same one at every tick. For
+/// one thread.
+class Stage {
+public:
+    struct Reports {
+        PictureReader::OpeningReport Opening;  ///< from the readers' threads
+        std::function<void(const std::string& text)>
+            Trouble;  ///< something is not shown, and why; once for each source
+    };
+
+    Stage(std::vector<StageOutput> outputs, Reports reports);
+    ~Stage();
+
+    /// A window has another size now.
+    void SetTarget(std::size_t output, PixelSize target) { Outputs[output].Target = target; }
+    /// Chooses the pictures of the tick that lights up at this time.
+    void Follow(const Scene& scene, TimePoint lightUp, Nanoseconds tick);
+    /// What an output (by its place in the list) shows since the last Follow().
+    const DrawList& Shown(std::size_t output) const { return Lists[output]; }
+
+    /// Layers that stand and whose picture is there.
+    std::vector<const Layer*> ReadyLayers(const Scene& scene);
+    /// True when something moves, or something that is wanted is not there yet.
+    bool IsBusy() const { return Busy; }
+
+    struct Figures {
+        std::uint64_t Dropped = 0;
+        std::uint64_t Repeated = 0;
+        Nanoseconds FirstPicture{0};  ///< latest
+        Nanoseconds Seek{0};          ///< latest
+    };
+    const Figures& Counted() const { return Counts; }
+
+private:
+    struct Run;
+    Run& Get(const Layer& layer);
+    void SetSizes(Run& run, const Layer& layer);
+    void FollowSources(Run& run, const Layer& layer, TimePoint lightUp, Nanoseconds tick);
+    void List(Run& run, const Layer& layer, TimePoint lightUp);
+    void DropOthers(const Scene& scene);
+
+    std::vector<StageOutput> Outputs;
+    std::vector<DrawList> Lists;
+    const Reports Report;
+    PictureBudget Budget;
+    Reaper Leftovers;
+    std::map<RunId, std::unique_ptr<Run>> Runs;
+    bool Busy = false;
+    Figures Counts;
+};
+
+}  // namespace ZorvicRender
