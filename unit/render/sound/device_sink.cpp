@@ -130,7 +130,7 @@ void DeviceSink::Feed(const Mix& mix, const DriftControl::Steering& steering) {
     for (std::size_t frame = 0; FadeIn && frame < RampFrames; ++frame)
         Scale(block, frame, RampAt(frame));
     FadeIn = false;
-    Send(block, steering.Speed);
+    Send(block, BlockFrames, steering.Speed);
 }
 
 void DeviceSink::Pull(const Mix& mix, Block& block) {
@@ -156,14 +156,14 @@ void DeviceSink::Pause(const Mix& mix, std::int64_t frames, double speed) {
     Pull(mix, block);
     for (std::size_t frame = 0; frame < RampFrames; ++frame)
         Scale(block, BlockFrames - 1 - frame, RampAt(frame) - 1.F / RampFrames);
-    Send(block, speed);
+    Send(block, BlockFrames, speed);
     for (block.fill(0); frames > 0 && Playing; frames -= BlockFrames)
-        Send(block, speed);
+        Send(block, static_cast<int>(std::min<std::int64_t>(frames, BlockFrames)), speed);
     FadeIn = true;
 }
 
-void DeviceSink::Send(const Block& block, double speed) {
-    const std::vector<float>& sound = Converter.Convert(block.data(), BlockFrames, speed);
+void DeviceSink::Send(const Block& block, int frames, double speed) {
+    const std::vector<float>& sound = Converter.Convert(block.data(), frames, speed);
     Note(Device->Write(sound.data(), sound.size() / Channels));
 }
 

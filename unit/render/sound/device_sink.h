@@ -35,7 +35,7 @@ private:
     void Pull(const Mix& mix, Block& block);
     void LeapForward(const Mix& mix, std::int64_t frames, Block& block);
     void Pause(const Mix& mix, std::int64_t frames, double speed);
-    void Send(const Block& block, double speed);
+    void Send(const Block& block, int frames, double speed);
 
     const std::unique_ptr<PcmDevice> Device;
     const ZorvicUnit::Clock& Time;

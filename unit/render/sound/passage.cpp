@@ -51,7 +51,7 @@ std::optional<std::int64_t> NextEntry(const Layer& layer, std::int64_t sample) {
         const Span& span = layer.Spans[i];
         const std::int64_t from = SampleAt(span.From);
         const bool enters = span.Moves && (before == nullptr || !GoesOn(span, *before));
-        if (from > sample && enters) return from - OffsetOf(span);
+        if (from >= sample && enters) return from - OffsetOf(span);
         if (!span.Moves && sample < EndOf(layer, i)) standing = SampleAt(span.Position);
         before = &span;
     }

@@ -24,7 +24,7 @@ struct Passage {
 /// The passage that holds this output sample.
 Passage PassageAt(const Layer& layer, std::int64_t sample);
 
-/// Where in the media the next passage begins that will not just go on from this output sample.
+/// Where in the media the first passage begins, at this output sample or later, that does not just go on.
 std::optional<std::int64_t> NextEntry(const Layer& layer, std::int64_t sample);
 
 }  // namespace ZorvicRender

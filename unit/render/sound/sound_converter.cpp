@@ -25,6 +25,8 @@ constexpr std::int64_t FilterSamples = 64;
 // Time stamps of some recorders shake by this much around sound without a gap (one in so many of a second).
 constexpr int ShakePart = 100;
 
+constexpr int FarSeconds = 10;
+
 std::int64_t FloorTo(std::int64_t value, std::int64_t unit) {
     const std::int64_t rest = value % unit;
     return value - (rest < 0 ? rest + unit : rest);
@@ -101,13 +103,26 @@ void SoundConverter::Align() {
     Given = Fed / in * (SampleRate / unit);
 }
 
+// Nothing for a frame that cannot be told to be anywhere.
+std::optional<std::int64_t> SoundConverter::Placed(const AVFrame& frame, std::optional<std::int64_t> position) {
+    if (!At || !position) return position ? position : At;
+    const std::int64_t shake = frame.sample_rate / ShakePart;
+    const auto near = [&](std::int64_t place) { return std::llabs(av_sat_sub64(*position, place)) <= shake; };
+    if (near(*At)) return At;
+    // One damaged time stamp must not silence the rest: far ahead is believed when the next frame says the same.
+    const bool far = *position > *At && av_sat_sub64(*position, *At) > std::int64_t{frame.sample_rate} * FarSeconds;
+    const bool believed = !far || (Doubted && near(*Doubted));
+    Doubted = far ? std::optional(av_sat_add64(*position, frame.nb_samples)) : std::nullopt;
+    return believed ? position : std::nullopt;
+}
+
 bool SoundConverter::Add(const AVFrame& frame, std::optional<std::int64_t> position) {
     if (frame.nb_samples <= 0 || frame.sample_rate <= 0) return true;
     if (!Matches(frame) && !SetUp(frame)) return false;
     if (Converter == nullptr) return true;
-    if (!At && !position) return true;  // decoded ahead of the first that is known to be somewhere
-    const bool shaken = At && position && std::llabs(av_sat_sub64(*position, *At)) <= frame.sample_rate / ShakePart;
-    const std::int64_t from = position && !shaken ? *position : *At;
+    const auto placed = Placed(frame, position);
+    if (!placed) return true;
+    const std::int64_t from = *placed;
     At = av_sat_add64(from, frame.nb_samples);
     if (*At <= Fed) return true;
     if (from > Fed && !AddSilence(from - Fed)) return false;

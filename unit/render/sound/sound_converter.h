@@ -30,17 +30,19 @@ private:
     bool Matches(const AVFrame& frame) const;
     bool SetUp(const AVFrame& frame);
     void Align();
+    std::optional<std::int64_t> Placed(const AVFrame& frame, std::optional<std::int64_t> position);
     bool AddSilence(std::int64_t samples);
     bool Feed(const AVFrame& frame, int skip, int samples);
     bool Convert(const std::uint8_t** planes, int samples);
 
     const Sink Out;
     Resampler Converter;
-    ZorvicUnit::AvFrame Silence;     ///< of the format that Converter takes
-    std::int64_t Wanted = 0;         ///< 48 kHz
-    std::int64_t Given = 0;          ///< 48 kHz: the next frame that comes out
-    std::int64_t Fed = 0;            ///< the next sample that goes in
-    std::optional<std::int64_t> At;  ///< where the next frame begins if it follows on
+    ZorvicUnit::AvFrame Silence;          ///< of the format that Converter takes
+    std::int64_t Wanted = 0;              ///< 48 kHz
+    std::int64_t Given = 0;               ///< 48 kHz: the next frame that comes out
+    std::int64_t Fed = 0;                 ///< the next sample that goes in
+    std::optional<std::int64_t> At;       ///< where the next frame begins if it follows on
+    std::optional<std::int64_t> Doubted;  ///< where the next frame begins if a leap far ahead was meant
     std::vector<float> Buffer;
 };
 

@@ -36,6 +36,7 @@ void SoundReader::Start(std::int64_t position) {
     {
         const std::lock_guard guard(Lock);
         Wanted = position;
+        Started = true;
         Queue.Restart(position);
         Ended = Mute;
     }
@@ -54,7 +55,7 @@ std::size_t SoundReader::Read(std::int64_t position, std::size_t count, float* o
 bool SoundReader::Leads(std::int64_t position) const {
     const std::lock_guard guard(Lock);
     const std::int64_t ahead = position - Queue.Begin();
-    return ahead >= 0 && ahead <= static_cast<std::int64_t>(SoundQueue::Capacity);
+    return Started && ahead >= 0 && ahead <= static_cast<std::int64_t>(SoundQueue::Capacity);
 }
 
 bool SoundReader::Ready(std::int64_t position) const {

@@ -46,11 +46,12 @@ private:
     const std::shared_ptr<KeptFile> File;
     std::atomic<bool> Stop = false;
     std::atomic<bool> Mute = false;
-    mutable std::mutex Lock;  ///< guards Queue, Wanted, Ended; held for copies of some milliseconds of sound at most
+    mutable std::mutex Lock;  ///< guards all up to Ended; held for copies of some milliseconds of sound at most
     std::condition_variable Changed;
     SoundQueue Queue;
     std::optional<std::int64_t> Wanted;  ///< not yet taken up by the thread
-    bool Ended = false;                  ///< after what is queued the media have no more
+    bool Started = false;
+    bool Ended = false;  ///< after what is queued the media have no more
     std::thread Thread;
 };
 

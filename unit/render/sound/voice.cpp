@@ -26,7 +26,7 @@ Voice::Voice(SoundReader& reader, const Layer& layer, const Passage& passage, st
     : Source(&reader),
       Preset(layer.Preset),
       Pass(*passage.Of),
-      Offset_(passage.Offset),
+      Shift(passage.Offset),
       StopsAt(passage.StopsAt),
       Edge(atOnce ? RampFrames : 0),
       Gain(GainsFor(at)) {}
@@ -35,7 +35,7 @@ void Voice::Follow(SoundReader& reader, const Layer& layer, const Passage& passa
     Source = &reader;
     Preset = layer.Preset;
     Pass = *passage.Of;
-    Offset_ = passage.Offset;
+    Shift = passage.Offset;
     StopsAt = passage.StopsAt;
 }
 
@@ -56,7 +56,7 @@ std::array<float, Channels> Voice::NextGains(std::int64_t sample, int frames) co
 
 bool Voice::Mix(std::int64_t at, int frames, float* sum) {
     std::array<float, std::size_t{BlockFrames} * Channels> sound;
-    const auto there = static_cast<int>(Source->Read(at - Offset_, static_cast<std::size_t>(frames), sound.data()));
+    const auto there = static_cast<int>(Source->Read(at - Shift, static_cast<std::size_t>(frames), sound.data()));
     const bool torn = there < frames && Edge > 0;
     const std::array<float, Channels> next = NextGains(at, frames);
     // Where the sound ends, it is let down before.

@@ -22,7 +22,7 @@ public:
     bool Mix(std::int64_t at, int frames, float* sum);
 
     SoundReader& Reader() const { return *Source; }
-    std::int64_t Offset() const { return Offset_; }
+    std::int64_t Offset() const { return Shift; }
     bool IsSilent() const { return Edge == 0; }
 
 private:
@@ -32,7 +32,7 @@ private:
     SoundReader* Source;
     std::shared_ptr<const zorvic::v1::Preset> Preset;
     Span Pass;
-    std::int64_t Offset_;
+    std::int64_t Shift;
     std::int64_t StopsAt;
     bool Leaving = false;
     int Edge;  ///< of the ramp, 0 to RampFrames
