@@ -115,7 +115,7 @@ public:
     }
 
     /// The renderer's process, 0 while there is none.
-    pid_t Renderer() const {
+    pid_t Renderer() {
         for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
             std::ifstream status(entry.path() / "stat");
             int pid = 0;
