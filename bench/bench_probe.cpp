@@ -7,6 +7,8 @@
 #include <vector>
 
 #include "assetobserver.h"
+#include "assets/media_reader.h"
+#include "files/regular_file.h"
 #include "media/probe.h"
 #include "unit/media_samples.h"
 
