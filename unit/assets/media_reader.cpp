@@ -32,6 +32,7 @@ constexpr std::size_t MostText = 1024;
 constexpr int MostTries = 3;
 
 std::string TextOf(int status) {
+    if (status == 0) return "no answer";
     if (WIFSIGNALED(status)) return "signal " + std::to_string(WTERMSIG(status));
     return "exit status " + std::to_string(WEXITSTATUS(status));
 }

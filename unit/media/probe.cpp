@@ -144,6 +144,13 @@ void DescribeAudio(const MediaFile& media, const AVStream& audio, zorvic::v1::As
     metadata.set_audio_bitrate(ToUnsigned32(own == 0 && alone ? FileRate(media.Context(), metadata) : own));
 }
 
+[[noreturn]] void RefuseForLackOfStreams(const AVFormatContext& format, const std::string& name) {
+    // Beyond what can be decoded the library does not even tell a size.
+    if (av_find_best_stream(const_cast<AVFormatContext*>(&format), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0) >= 0)
+        throw Fault(FaultKind::Refused, name + " holds a picture too large or too damaged to be read");
+    throw Fault(FaultKind::Refused, name + " has neither picture nor sound");
+}
+
 // It could be listed, and never shown.
 void RefuseLargePicture(const AVStream& video, const std::string& name) {
     const AVCodecParameters& picture = *video.codecpar;
@@ -161,7 +168,7 @@ zorvic::v1::AssetMetadata Probe(const Descriptor& file, const std::string& name,
     MediaFile media(file.Duplicate(), name, limit);
     const AVStream* video = media.Video();
     const AVStream* audio = media.Audio();
-    if (video == nullptr && audio == nullptr) throw Fault(FaultKind::Refused, name + " has neither picture nor sound");
+    if (video == nullptr && audio == nullptr) RefuseForLackOfStreams(media.Context(), name);
 
     if (video != nullptr) RefuseLargePicture(*video, name);
 
