@@ -1,5 +1,6 @@
 // The unit's probe, in the process that reads media files and without that, beside bare libavformat on the same clips:
-// each opens, identifies and closes each clip in turn, 100 times. Prints the medians and the ratio of the first and the last.
+// each opens, identifies and closes each clip in turn, 100 times. Prints the medians and the ratio of the first and the
+// last.
 
 #include <cstdio>
 #include <string>

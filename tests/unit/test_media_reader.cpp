@@ -73,9 +73,10 @@ TEST_F(MediaReaderTest, TheReaderReachesNothingButItsFile) {
 }
 
 TEST_F(MediaReaderTest, TwoHundredDamagedFilesEndInAStateAndTheUnitGoesOn) {
-    ASSERT_TRUE(Encode("-f lavfi -i testsrc=size=320x180:rate=25:duration=1 -f lavfi -i sine=duration=1 -c:v mpeg4 "
-                       "-c:a aac",
-                       Usb / "whole.mp4"));
+    ASSERT_TRUE(
+        Encode("-f lavfi -i testsrc=size=320x180:rate=25:duration=1 -f lavfi -i sine=duration=1 -c:v mpeg4 "
+               "-c:a aac",
+               Usb / "whole.mp4"));
     const std::string whole = ReadFile(Usb / "whole.mp4");
     const auto seed = std::random_device{}();
     SCOPED_TRACE("seed " + std::to_string(seed));

@@ -34,14 +34,16 @@ public:
         posix_spawn_file_actions_adddup2(&Files, socket, STDIN_FILENO);
         posix_spawn_file_actions_addopen(&Files, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
         posix_spawn_file_actions_addclosefrom_np(&Files, STDERR_FILENO + 1);
-        // The unit ignores and blocks signals, and a terminal sends some to the whole group.
+        // Whoever ends the unit in good order ends it alone: what reaches its group must not look like a crash.
         sigset_t all{};
-        sigset_t none{};
+        sigset_t toTheUnit{};
         sigfillset(&all);
-        sigemptyset(&none);
+        sigemptyset(&toTheUnit);
+        for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGQUIT})
+            sigaddset(&toTheUnit, signal);
         posix_spawnattr_init(&Attributes);
         posix_spawnattr_setflags(&Attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-        posix_spawnattr_setsigmask(&Attributes, &none);
+        posix_spawnattr_setsigmask(&Attributes, &toTheUnit);
         posix_spawnattr_setsigdefault(&Attributes, &all);
     }
     ~SpawnSettings() {

@@ -53,7 +53,7 @@ public:
         const int urgent = turn == Turn::Next ? 1 : 0;
         const auto mayEnter = [&] { return !Reader.Busy && (urgent == 1 || Reader.Waiting == 0); };
         Reader.Waiting += urgent;
-        while (!mayEnter() && !limit.Reached())
+        while (!mayEnter() && !(urgent == 1 ? limit.Reached() : limit.Stopped()))
             Reader.Left.wait_for(lock, Slice, mayEnter);
         Reader.Waiting -= urgent;
         if (!mayEnter()) throw Fault(FaultKind::Slow, "other files were read for too long");
@@ -86,11 +86,15 @@ std::optional<Envelope> MediaReader::ReadLevels(const std::filesystem::path& fil
     return ToEnvelope(answer.levels().peaks());
 }
 
-Answer MediaReader::Ask(const Order& order, const std::filesystem::path& file, const ReadLimit& limit, Turn turn) {
+Answer MediaReader::Ask(const Order& order, const std::filesystem::path& file, const ReadLimit& wanted, Turn turn) {
     const Descriptor opened = OpenRegularFile(file);
     Order named = order;
     named.set_name(file.string());
-    const Visit visit(*this, turn, limit);
+    const auto asked = steady_clock::now();
+    const Visit visit(*this, turn, wanted);
+    ReadLimit limit = wanted;
+    if (turn == Turn::Last && limit.Deadline != steady_clock::time_point::max())
+        limit.Deadline += steady_clock::now() - asked;
     for (int tries = 1;; ++tries) {
         const bool fresh = !Ready;
         MakeReady(limit);

@@ -35,7 +35,7 @@ class MediaReader {
 public:
     enum class Turn {
         Next,  ///< before all that wait for Last
-        Last,
+        Last,  ///< the limit counts from its turn: what is remembered of a file must not be the fault of others
     };
 
     MediaReader(std::filesystem::path program, Manners manners) : Process(std::move(program), manners) {}

@@ -62,13 +62,6 @@ void SetLimits() {
     if (!IsInstrumented) Limit(RLIMIT_AS, MostMemory, MostMemory);
 }
 
-// Whoever ends the unit in good order ends it alone: what reaches its whole group must not look like a crash.
-void LeaveSignalsToTheUnit() {
-    for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGQUIT})
-        std::signal(signal, SIG_IGN);
-    if (prctl(PR_SET_PDEATHSIG, SIGKILL) != 0) Fail("the end of the unit", errno);
-}
-
 void CloseDescriptors() {
     close_range(3, ~0U, 0);
     const Descriptor null(open("/dev/null", O_RDWR | O_CLOEXEC));
@@ -119,7 +112,7 @@ void Filter() {
 }  // namespace
 
 void EnterSandbox() {
-    LeaveSignalsToTheUnit();
+    if (prctl(PR_SET_PDEATHSIG, SIGKILL) != 0) Fail("the end of the unit", errno);
     OfferItself();
     CloseDescriptors();
     SetLimits();
