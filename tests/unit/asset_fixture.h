@@ -26,7 +26,8 @@ protected:
     void Open(bool watch = false) {
         Store.reset();
         Listed.clear();
-        Store = std::make_unique<AssetStore>(AssetStore::Options{Disk.Path, {{"E", Usb.Path}}, watch, Reader}, Rows, Time);
+        Store =
+            std::make_unique<AssetStore>(AssetStore::Options{Disk.Path, {{"E", Usb.Path}}, watch, Reader}, Rows, Time);
         Store->SetListener([this] { ++Calls; });
         Store->Start();
     }
