@@ -6,7 +6,7 @@ BUILD_PACKAGES=(
     libgrpc++-dev protobuf-compiler-grpc protobuf-compiler libprotobuf-dev
     libavahi-core-dev libavahi-common-dev
     libsqlite3-dev libxxhash-dev libcli11-dev libspdlog-dev
-    libavformat-dev libavcodec-dev libavutil-dev libswresample-dev libswscale-dev
+    libavformat-dev libavcodec-dev libavutil-dev libswresample-dev libswscale-dev libseccomp-dev
     libsdl2-dev libegl-dev libgles-dev libegl-mesa0 libgl1-mesa-dri libasound2-dev
 )
 DEMO_PACKAGES=(ffmpeg fonts-dejavu-core)

@@ -26,7 +26,8 @@ protected:
     void Open(bool watch = false) {
         Store.reset();
         Listed.clear();
-        Store = std::make_unique<AssetStore>(AssetStore::Options{Disk.Path, {{"E", Usb.Path}}, watch}, Rows, Time);
+        Store =
+            std::make_unique<AssetStore>(AssetStore::Options{Disk.Path, {{"E", Usb.Path}}, watch, Reader}, Rows, Time);
         Store->SetListener([this] { ++Calls; });
         Store->Start();
     }
@@ -72,6 +73,7 @@ protected:
 
     MediaDirectory Disk;
     MediaDirectory Usb;
+    std::filesystem::path Reader = MediaProgram();
     FakeClock Time;
     Database Rows{Disk / "zorvic.db"};
     std::atomic<int> Calls = 0;

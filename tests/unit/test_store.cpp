@@ -168,7 +168,7 @@ TEST_F(StoreTest, ALostSealIsReportedAndMadeAgainAndAnOlderStoreGetsOne) {
         Database database(File());
         database.Execute(
             "DROP TRIGGER preset_inserted; DROP TRIGGER preset_updated; DROP TRIGGER preset_deleted;"
-            "DROP TRIGGER setting_made; DROP TABLE ledger; ALTER TABLE presets DROP COLUMN mark;"
+            "DROP TRIGGER setting_made; DROP TABLE ledger; DROP TABLE refusals; ALTER TABLE presets DROP COLUMN mark;"
             "PRAGMA user_version = 1");
     }
     EXPECT_THAT(OpenError(), testing::HasSubstr("the end of what was stored is lost"));

@@ -28,10 +28,12 @@ Asset Describe(const std::string& path, const FileStamp& stamp, Zorvic::AssetSta
 
 }  // namespace
 
-void AssetIndex::Remember(std::vector<AssetRecord> records) {
+void AssetIndex::Remember(std::vector<AssetRecord> records, std::vector<AssetRefusal> refusals) {
     const std::scoped_lock lock(Lock);
     for (AssetRecord& record : records)
         Remembered[record.Content.Path] = std::move(record);
+    for (AssetRefusal& refusal : refusals)
+        RememberedRefusals[refusal.Content.Path] = std::move(refusal);
 }
 
 void AssetIndex::BeginScan() {
@@ -62,11 +64,7 @@ void AssetIndex::Meet(const FoundFile& found, Clock::TimePoint now, std::int64_t
         file.Changed = now;
         file.Listed = listed;
         Changed.insert(found.Path);
-        const auto known = Remembered.extract(found.Path);
-        if (!known.empty() && known.mapped().Content.Stamp == found.Stamp) {
-            MakeReady(file, known.mapped());
-            result.Known.push_back(known.mapped());
-        }
+        Recall(file, {found.Path, found.Stamp}, result);
     }
     if (file.At != Stage::Settling) return;
     if (now - file.Changed >= Rest || (isNew && found.Stamp.ModifiedNS < restedBefore)) {
@@ -75,6 +73,16 @@ void AssetIndex::Meet(const FoundFile& found, Clock::TimePoint now, std::int64_t
     } else {
         result.Settling = true;
     }
+}
+
+void AssetIndex::Recall(File& file, const AssetContent& content, ScanResult& result) {
+    const auto known = Remembered.extract(content.Path);
+    if (!known.empty() && known.mapped().Content.Stamp == content.Stamp) {
+        MakeReady(file, known.mapped());
+        result.Known.push_back(known.mapped());
+    }
+    const auto refused = RememberedRefusals.extract(content.Path);
+    if (!refused.empty() && refused.mapped().Content.Stamp == content.Stamp) MakeRefused(file, refused.mapped());
 }
 
 void AssetIndex::Forget(const std::set<std::string>& seen, ScanResult& result) {
@@ -89,6 +97,8 @@ void AssetIndex::Forget(const std::set<std::string>& seen, ScanResult& result) {
     }
     for (const auto& [path, record] : std::exchange(Remembered, {}))
         result.Gone.push_back(path);
+    for (const auto& [path, refusal] : std::exchange(RememberedRefusals, {}))
+        result.Gone.push_back(path);
 }
 
 void AssetIndex::MakeReady(File& file, const AssetRecord& record) {
@@ -97,6 +107,13 @@ void AssetIndex::MakeReady(File& file, const AssetRecord& record) {
     file.Checksum = record.Checksum;
     file.Metadata = record.Metadata;
     file.LevelsStored = record.LevelsStored;
+}
+
+void AssetIndex::MakeRefused(File& file, const AssetRefusal& refusal) {
+    file.At = refusal.Broken ? Stage::Broken : Stage::NotMedia;
+    file.Listed = refusal.Broken;
+    file.Metadata.reset();
+    file.Problem = refusal.Reason;
 }
 
 AssetIndex::File* AssetIndex::Current(const AssetContent& content) {
@@ -132,14 +149,12 @@ bool AssetIndex::SetLevels(const AssetContent& content, std::shared_ptr<const En
     return true;
 }
 
-bool AssetIndex::SetNotMedia(const AssetContent& content) {
+bool AssetIndex::SetRefused(const AssetRefusal& refusal) {
     const std::scoped_lock lock(Lock);
-    File* file = Current(content);
+    File* file = Current(refusal.Content);
     if (file == nullptr) return false;
-    file->At = Stage::NotMedia;
-    file->Listed = false;
-    file->Metadata.reset();
-    Changed.insert(content.Path);
+    MakeRefused(*file, refusal);
+    Changed.insert(refusal.Content.Path);
     return true;
 }
 
@@ -221,9 +236,10 @@ std::optional<Asset> AssetIndex::Show(const std::string& path) const {
     const auto at = Files.find(path);
     if (at == Files.end() || !at->second.Listed) return std::nullopt;
     const File& file = at->second;
-    const bool ready = file.At == Stage::Ready;
-    Asset asset =
-        Describe(path, file.Stamp, ready ? Zorvic::ZORVIC_ASSETSTATE_READY : Zorvic::ZORVIC_ASSETSTATE_PROCESSING);
+    auto state = Zorvic::ZORVIC_ASSETSTATE_PROCESSING;
+    if (file.At == Stage::Ready) state = Zorvic::ZORVIC_ASSETSTATE_READY;
+    if (file.At == Stage::Broken) state = Zorvic::ZORVIC_ASSETSTATE_ERROR;
+    Asset asset = Describe(path, file.Stamp, state);
     asset.set_checksum(file.Checksum);
     if (file.Metadata) *asset.mutable_metadata() = *file.Metadata;
     return asset;
@@ -253,6 +269,13 @@ std::optional<AssetContent> AssetIndex::Find(const std::string& path) const {
     const auto at = Files.find(path);
     if (at == Files.end() || !at->second.Listed) return std::nullopt;
     return AssetContent{path, at->second.Stamp};
+}
+
+std::optional<std::string> AssetIndex::Problem(const std::string& path) const {
+    const std::scoped_lock lock(Lock);
+    const auto at = Files.find(path);
+    const bool broken = at != Files.end() && at->second.At == Stage::Broken;
+    return broken ? std::optional(at->second.Problem) : std::nullopt;
 }
 
 std::optional<AssetMetadata> AssetIndex::Metadata(const std::string& path) const {

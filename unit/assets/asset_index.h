@@ -32,8 +32,16 @@ struct AssetRecord {
     bool LevelsStored = false;  ///< levels (or that there are none) can be loaded
 };
 
-/// The list of assets in memory and what it shows of each: files that rest, are read, are ready or are no media, and
-/// imports in front of them. Touches neither disk nor threads; safe to call from every thread, and never slow.
+/// Why a content is not played.
+struct AssetRefusal {
+    AssetContent Content;
+    bool Broken =
+        false;  ///< it could not be read to the end: listed as ERROR; otherwise it is no media, and not listed
+    std::string Reason;
+};
+
+/// The list of assets in memory and what it shows of each: files that rest, are read, are ready, broken or no media,
+/// and imports in front of them. Touches neither disk nor threads; safe to call from every thread, and never slow.
 class AssetIndex {
 public:
     /// How long a file must not change before it counts as complete.
@@ -47,7 +55,7 @@ public:
     };
 
     /// Contents known from an earlier run; before the first scan.
-    void Remember(std::vector<AssetRecord> records);
+    void Remember(std::vector<AssetRecord> records, std::vector<AssetRefusal> refusals);
     /// To be called before the disk is read: what Remove() and FinishImport() change until FinishScan() is newer than
     /// what the scan saw.
     void BeginScan();
@@ -59,7 +67,7 @@ public:
     bool SetMetadata(const AssetContent& content, const zorvic::v1::AssetMetadata& metadata);
     std::optional<AssetRecord> SetChecksum(const AssetContent& content, const std::string& checksum);
     bool SetLevels(const AssetContent& content, std::shared_ptr<const Envelope> levels);
-    bool SetNotMedia(const AssetContent& content);
+    bool SetRefused(const AssetRefusal& refusal);
 
     /// Forgets a file that was deleted.
     void Remove(const std::string& path);
@@ -82,6 +90,8 @@ public:
 
     /// The file behind a listed asset; nothing when there is none (unknown, or an import that replaces nothing).
     std::optional<AssetContent> Find(const std::string& path) const;
+    /// Why the file behind a listed asset is broken.
+    std::optional<std::string> Problem(const std::string& path) const;
     std::optional<zorvic::v1::AssetMetadata> Metadata(const std::string& path) const;
     struct LevelsAnswer {
         std::shared_ptr<const Envelope> Levels;
@@ -90,7 +100,7 @@ public:
     LevelsAnswer Levels(const std::string& path);
 
 private:
-    enum class Stage { Settling, Reading, Ready, NotMedia };
+    enum class Stage { Settling, Reading, Ready, Broken, NotMedia };
     struct File {
         FileStamp Stamp;
         Clock::TimePoint Changed;
@@ -100,6 +110,7 @@ private:
         std::optional<zorvic::v1::AssetMetadata> Metadata;
         std::shared_ptr<const Envelope> Levels;
         bool LevelsStored = false;
+        std::string Problem;
     };
     struct Import {
         std::uint64_t Number = 0;
@@ -109,13 +120,16 @@ private:
 
     void Meet(const FoundFile& found, Clock::TimePoint now, std::int64_t restedBefore, ScanResult& result);
     void Forget(const std::set<std::string>& seen, ScanResult& result);
+    void Recall(File& file, const AssetContent& content, ScanResult& result);
     void MakeReady(File& file, const AssetRecord& record);
+    void MakeRefused(File& file, const AssetRefusal& refusal);
     File* Current(const AssetContent& content);
     Import* Current(const std::string& path, std::uint64_t import);
     std::optional<zorvic::v1::Asset> Show(const std::string& path) const;
 
     mutable std::mutex Lock;  ///< guards all below
     std::map<std::string, AssetRecord> Remembered;
+    std::map<std::string, AssetRefusal> RememberedRefusals;
     std::map<std::string, File> Files;
     std::map<std::string, Import> Imports;
     std::uint64_t LastImport = 0;

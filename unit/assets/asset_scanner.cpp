@@ -4,12 +4,13 @@
 #include "files/checksum.h"
 #include "files/file_reader.h"
 #include "files/names.h"
-#include "media/envelope.h"
-#include "media/probe.h"
 
 #include <spdlog/spdlog.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <utility>
 
 namespace ZorvicUnit {
@@ -31,6 +32,9 @@ constexpr milliseconds LeastPause{200};
 constexpr int BusyCostShare = 10;
 
 constexpr seconds StreamLimit{60};
+// The last resort: a reader that runs in circles is ended sooner, for the time that it takes on the processor.
+constexpr seconds LevelsLimit{300};
+constexpr std::int64_t LevelsBytesPerSecond = 512 * 1024;
 constexpr std::size_t SaveAtOnce = 64;
 
 milliseconds Longer(std::chrono::steady_clock::duration cost, int share, milliseconds least, milliseconds most) {
@@ -44,9 +48,10 @@ std::int64_t NowNS() {
 
 }  // namespace
 
-AssetScanner::AssetScanner(const DriveTable& drives, AssetIndex& index, AssetTable& table, const Clock& clock,
-                           std::function<void()> notify)
-    : Drives(drives),
+AssetScanner::AssetScanner(std::filesystem::path reader, const DriveTable& drives, AssetIndex& index, AssetTable& table,
+                           const Clock& clock, std::function<void()> notify)
+    : Reader(std::move(reader)),
+      Drives(drives),
       Index(index),
       Table(table),
       Time(clock),
@@ -60,6 +65,7 @@ AssetScanner::~AssetScanner() {
     Watch.WakeUp();
     Watcher.reset();
     Streams.reset();
+    SaveRefusals();
     Checksums.reset();
     SaveFinished();
     Levels.reset();
@@ -67,11 +73,15 @@ AssetScanner::~AssetScanner() {
 }
 
 void AssetScanner::Start(bool watch) {
+    if (access(Reader.c_str(), X_OK) != 0)
+        throw Fault(FaultKind::Internal, "cannot run " + Reader.string() + ": " + std::strerror(errno));
+    LevelReader.emplace(Reader, Manners::Last);
+    StreamReader.emplace(Reader, Manners::Normal);
     Levels.emplace("zu-levels", Manners::Last);
     Checksums.emplace("zu-checksums", Manners::Modest);
     // Short work that every use of an asset waits for; on a busy machine a modest thread would take minutes.
     Streams.emplace("zu-streams", Manners::Normal);
-    Index.Remember(Table.Load());
+    Index.Remember(Table.Load(), Table.LoadRefusals());
     Scan();
     if (!watch) return;
     Watcher.emplace("zu-scan", Manners::Normal);
@@ -137,15 +147,59 @@ void AssetScanner::ReadStreams(const AssetContent& content) {
     try {
         ReadLimit limit = ReadLimit::Within(StreamLimit);
         limit.Stop = &Streams->Stopping();
-        zorvic::v1::AssetMetadata metadata = Probe(FileOf(content), limit);
+        zorvic::v1::AssetMetadata metadata = StreamReader->Probe(FileOf(content), limit, MediaReader::Turn::Last);
         metadata.set_file_path(content.Path);
         if (Index.SetMetadata(content, metadata))
             Checksums->Post(content.Stamp.Size, [this, content] { ReadChecksum(content); });
+    } catch (const FileFault& fault) {
+        Refused.push_back({content, fault.Broken, fault.what()});
+        Refuse(content, fault);
     } catch (const std::exception& error) {
         if (Streams->Stopping()) return;
-        if (Index.SetNotMedia(content)) spdlog::info("{} is no asset: {}", content.Path, error.what());
+        Refuse(content, error);
     }
     Notify();
+    // Few synchronised writes for many files; but what has crashed once must not do so again when the power fails.
+    const bool broken = !Refused.empty() && Refused.back().Broken;
+    if (broken || !Streams->HasWork() || Refused.size() >= SaveAtOnce) SaveRefusals();
+}
+
+void AssetScanner::Refuse(const AssetContent& content, const std::exception& error) {
+    const auto* fault = dynamic_cast<const Fault*>(&error);
+    const auto* file = dynamic_cast<const FileFault*>(&error);
+    const bool isNone = fault != nullptr && (fault->Kind == FaultKind::NotFound || fault->Kind == FaultKind::Refused);
+    const bool broken = file != nullptr ? file->Broken : !isNone;
+    if (!Index.SetRefused({content, broken, error.what()})) return;
+    if (broken) spdlog::error("{} cannot be read: {}", content.Path, error.what());
+    if (!broken) spdlog::info("{} is no asset: {}", content.Path, error.what());
+}
+
+void AssetScanner::SaveRefusals() {
+    const auto refused = std::exchange(Refused, {});
+    if (refused.empty()) return;
+    try {
+        Table.SaveRefusals(refused);
+    } catch (const Fault& fault) {
+        spdlog::error("cannot keep why {} files are no assets: {}", refused.size(), fault.what());
+    }
+}
+
+void AssetScanner::Condemn(const std::string& path, const std::string& reason) {
+    const auto content = Index.Find(path);
+    if (!content) return;
+    const AssetRefusal refusal{*content, true, reason};
+    if (!Index.SetRefused(refusal)) return;
+    spdlog::error("{} is not opened again until it changes: {}", path, reason);
+    try {
+        Table.SaveRefusals({refusal});
+    } catch (const Fault& fault) {
+        spdlog::error("cannot keep that {} is broken: {}", path, fault.what());
+    }
+    Notify();
+}
+
+zorvic::v1::AssetMetadata AssetScanner::Probe(const std::filesystem::path& file, const ReadLimit& limit) {
+    return StreamReader->Probe(file, limit);
 }
 
 void AssetScanner::ReadChecksum(const AssetContent& content) {
@@ -155,7 +209,7 @@ void AssetScanner::ReadChecksum(const AssetContent& content) {
         if (auto record = Index.SetChecksum(content, checksum.Hex())) Finished.push_back(std::move(*record));
     } catch (const std::exception& error) {
         if (Checksums->Stopping()) return;
-        if (Index.SetNotMedia(content)) spdlog::warn("{} cannot be read: {}", content.Path, error.what());
+        Refuse(content, error);
     }
     Notify();
     // One synchronised write for many small files: the preset store waits behind each.
@@ -185,16 +239,19 @@ void AssetScanner::ReadLevels(const AssetContent& content) {
 
 void AssetScanner::ComputeLevels(const AssetContent& content) {
     std::shared_ptr<const Envelope> levels;
-    std::string problem;
     try {
-        if (auto read = ReadEnvelope(FileOf(content), {.Stop = &Levels->Stopping()}))
+        ReadLimit limit = ReadLimit::Within(LevelsLimit + seconds(content.Stamp.Size / LevelsBytesPerSecond));
+        limit.Stop = &Levels->Stopping();
+        if (auto read = LevelReader->ReadLevels(FileOf(content), limit))
             levels = std::make_shared<const Envelope>(std::move(*read));
+    } catch (const FileFault& fault) {
+        // Kept as having none, and not tried again.
+        spdlog::warn("no levels for {}: {}", content.Path, fault.what());
     } catch (const Fault& fault) {
-        problem = fault.what();
+        if (!Levels->Stopping()) spdlog::warn("no levels for {} this time: {}", content.Path, fault.what());
+        return;
     }
-    if (Levels->Stopping() || !Index.SetLevels(content, levels)) return;
-    if (!problem.empty()) spdlog::warn("no levels for {}: {}", content.Path, problem);
-    FinishedLevels.push_back({content, levels});
+    if (Index.SetLevels(content, levels)) FinishedLevels.push_back({content, levels});
 }
 
 void AssetScanner::SaveLevels() {

@@ -3,6 +3,7 @@
 #include "assets/asset_index.h"
 #include "assets/asset_table.h"
 #include "assets/change_watch.h"
+#include "assets/media_reader.h"
 #include "assets/worker.h"
 #include "drives/drive_table.h"
 #include "files/tree_walk.h"
@@ -19,12 +20,14 @@ namespace ZorvicUnit {
 /// then their levels, each by a thread of its own, so that a long film does not keep a short one waiting.
 class AssetScanner {
 public:
-    /// `notify` is called from the worker threads, without a lock, when the index may have changed.
-    AssetScanner(const DriveTable& drives, AssetIndex& index, AssetTable& table, const Clock& clock,
-                 std::function<void()> notify);
+    /// `reader` is the program that opens media files. `notify` is called from the worker threads, without a lock, when
+    /// the index may have changed.
+    AssetScanner(std::filesystem::path reader, const DriveTable& drives, AssetIndex& index, AssetTable& table,
+                 const Clock& clock, std::function<void()> notify);
     ~AssetScanner();
 
-    /// Scans once in the calling thread, then on every change when `watch` is set.
+    /// Scans once in the calling thread, then on every change when `watch` is set. Throws Fault when there is no
+    /// reader.
     void Start(bool watch);
     /// Compares disk and index once, in the calling thread; scans of several threads go one after the other.
     void Scan();
@@ -37,6 +40,12 @@ public:
     /// the files again.
     void Keep(const std::vector<AssetRecord>& records);
 
+    /// Reads a file before all that wait; throws like MediaReader.
+    zorvic::v1::AssetMetadata Probe(const std::filesystem::path& file, const ReadLimit& limit);
+
+    /// Lists an asset as ERROR until its file changes, over restarts too. A failure to keep that is logged only.
+    void Condemn(const std::string& path, const std::string& reason);
+
     /// Has levels brought back from the table.
     void LoadLevels(const AssetContent& content);
 
@@ -48,6 +57,8 @@ private:
     Pace NextPace();
     void WatchLoop();
     void ReadStreams(const AssetContent& content);
+    void Refuse(const AssetContent& content, const std::exception& error);
+    void SaveRefusals();
     void ReadChecksum(const AssetContent& content);
     void SaveFinished();
     void ReadLevels(const AssetContent& content);
@@ -56,6 +67,7 @@ private:
     /// Throws Fault when it is gone or leads off its drive by now.
     std::filesystem::path FileOf(const AssetContent& content) const;
 
+    const std::filesystem::path Reader;
     const DriveTable& Drives;
     AssetIndex& Index;
     AssetTable& Table;
@@ -72,6 +84,11 @@ private:
     // Read and not yet in the table; each of its thread only.
     std::vector<AssetRecord> Finished;
     std::vector<AssetLevels> FinishedLevels;
+    std::vector<AssetRefusal> Refused;
+
+    // Two, so that a long film does not keep a short one waiting.
+    std::optional<MediaReader> StreamReader;
+    std::optional<MediaReader> LevelReader;
 
     // Destroyed in reverse order: each hands its results to the ones above it.
     std::optional<Worker> Levels;

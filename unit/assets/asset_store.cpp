@@ -8,7 +8,6 @@
 #include "drives/drive_table.h"
 #include "fault.h"
 #include "files/file_copy.h"
-#include "media/probe.h"
 
 #include <spdlog/spdlog.h>
 #include <unistd.h>
@@ -33,7 +32,11 @@ std::vector<DriveRoot> ToRoots(const AssetStore::Options& options) {
 
 struct AssetStore::Impl {
     Impl(const Options& options, Database& database, const Clock& clock)
-        : Watch(options.Watch), Drives(ToRoots(options)), Table(database), Time(clock) {
+        : Watch(options.Watch),
+          Drives(ToRoots(options)),
+          Table(database),
+          Time(clock),
+          Scanner(options.Reader, Drives, Index, Table, Time, [this] { Notify(); }) {
         for (const DriveRoot& drive : Drives.All())
             Readers.push_back(std::make_unique<DriveReader>(drive));
     }
@@ -56,7 +59,7 @@ struct AssetStore::Impl {
     const Clock& Time;
     std::function<void()> Listener;
     // Destroyed in reverse order: the importer hands finished files to the scanner.
-    AssetScanner Scanner{Drives, Index, Table, Time, [this] { Notify(); }};
+    AssetScanner Scanner;
     Importer Imports{Folder, Index, Scanner, [this] { Notify(); }};
 };
 
@@ -99,11 +102,17 @@ std::string AssetStore::HostFile(const std::string& path) const {
     }
 }
 
+void AssetStore::Condemn(const std::string& path, const std::string& reason) {
+    Parts->Scanner.Condemn(path, reason);
+}
+
 zorvic::v1::AssetMetadata AssetStore::ReadMetadata(const std::string& path) const {
     if (auto known = Parts->Index.Metadata(path)) return *std::move(known);
     const auto content = Parts->Index.Find(path);
     if (!content) throw Fault(FaultKind::NotFound, "there is no asset " + path);
-    auto metadata = Probe(ResolveOnDrive(Parts->Drives.Parse(path)), ReadLimit::Within(ReadLimitOfCallers));
+    if (const auto problem = Parts->Index.Problem(path)) throw Fault(FaultKind::Refused, *problem);
+    auto metadata =
+        Parts->Scanner.Probe(ResolveOnDrive(Parts->Drives.Parse(path)), ReadLimit::Within(ReadLimitOfCallers));
     metadata.set_file_path(path);
     return metadata;
 }

@@ -2,6 +2,7 @@
 
 #include "asset_catalog.h"
 #include "assets/asset_changes.h"
+#include "assets/media_process.h"
 #include "clock.h"
 #include "files/drive_place.h"
 
@@ -29,6 +30,7 @@ public:
         std::filesystem::path StoreDirectory;  ///< must exist; "Assets" is made below it
         std::vector<DriveRoot> Drives;         ///< beside C
         bool Watch = true;                     ///< notice changes of the disk unasked; false leaves it to RescanNow()
+        std::filesystem::path Reader = MediaProgram();  ///< the program that opens media files
     };
 
     /// Touches neither disk nor threads. The database and the clock must outlive the store.
@@ -42,7 +44,8 @@ public:
     /// destructor has returned.
     void SetListener(std::function<void()> listener);
 
-    /// Reads the store's directory (assets known from before are READY at once) and starts the workers.
+    /// Reads the store's directory (assets known from before are READY at once) and starts the workers. Throws Fault
+    /// when the program that reads media files is not there.
     void Start();
 
     /// What changed since the last call, in one step. To keep the order of changes, take and apply them under one lock
@@ -55,8 +58,11 @@ public:
     /// The file of an asset whose streams were read without harm; empty when there is none.
     std::string HostFile(const std::string& path) const;
 
+    /// Lists an asset that does harm when it is played as ERROR until its file changes.
+    void Condemn(const std::string& path, const std::string& reason);
+
     /// Metadata of an asset, read from its file (within 1.5 s, or Slow) when it is not known yet. NotFound: no such
-    /// asset, or no file of it yet; Refused: the file cannot be read as media.
+    /// asset, or no file of it yet; Refused: the file cannot be read as media, or its reading has failed before.
     zorvic::v1::AssetMetadata ReadMetadata(const std::string& path) const;
 
     /// Removes an asset and its file, ends its import, or dismisses its failed import (then a file that the import

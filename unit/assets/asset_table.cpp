@@ -1,22 +1,9 @@
 #include "assets/asset_table.h"
 
+#include "media/wire.h"
 #include "store/database.h"
 
 namespace ZorvicUnit {
-
-namespace {
-
-std::string ToBytes(const Envelope* levels) {
-    std::string bytes;
-    if (levels == nullptr) return bytes;
-    for (const auto& [left, right] : levels->Levels) {
-        bytes += static_cast<char>(left);
-        bytes += static_cast<char>(right);
-    }
-    return bytes;
-}
-
-}  // namespace
 
 std::vector<AssetRecord> AssetTable::Load() {
     std::vector<AssetRecord> records;
@@ -29,6 +16,14 @@ std::vector<AssetRecord> AssetTable::Load() {
     return records;
 }
 
+std::vector<AssetRefusal> AssetTable::LoadRefusals() {
+    std::vector<AssetRefusal> refusals;
+    auto rows = Rows.Prepare("SELECT path, size, modified_ns, broken, reason FROM refusals");
+    while (rows.Step())
+        refusals.push_back({{rows.Text(0), {rows.Integer(1), rows.Integer(2)}}, rows.Integer(3) != 0, rows.Text(4)});
+    return refusals;
+}
+
 void AssetTable::Save(const std::vector<AssetRecord>& records) {
     Transaction transaction(Rows);
     for (const AssetRecord& record : records) {
@@ -36,6 +31,19 @@ void AssetTable::Save(const std::vector<AssetRecord>& records) {
             "INSERT OR REPLACE INTO assets(path, size, modified_ns, checksum, metadata) VALUES(?, ?, ?, ?, ?)");
         row.Bind(record.Content.Path).Bind(record.Content.Stamp.Size).Bind(record.Content.Stamp.ModifiedNS);
         row.Bind(record.Checksum).BindBlob(record.Metadata.SerializeAsString()).Run();
+        Rows.Prepare("DELETE FROM refusals WHERE path = ?").Bind(record.Content.Path).Run();
+    }
+    transaction.Commit();
+}
+
+void AssetTable::SaveRefusals(const std::vector<AssetRefusal>& refusals) {
+    Transaction transaction(Rows);
+    for (const auto& [content, broken, reason] : refusals) {
+        auto row = Rows.Prepare(
+            "INSERT OR REPLACE INTO refusals(path, size, modified_ns, broken, reason) VALUES(?, ?, ?, ?, ?)");
+        row.Bind(content.Path).Bind(content.Stamp.Size).Bind(content.Stamp.ModifiedNS);
+        row.Bind(std::int64_t{broken}).Bind(reason).Run();
+        Rows.Prepare("DELETE FROM assets WHERE path = ?").Bind(content.Path).Run();
     }
     transaction.Commit();
 }
@@ -45,7 +53,11 @@ void AssetTable::SaveLevels(const std::vector<AssetLevels>& levels) {
     for (const AssetLevels& each : levels) {
         const auto& [path, stamp] = each.Content;
         auto row = Rows.Prepare("UPDATE assets SET envelope = ? WHERE path = ? AND size = ? AND modified_ns = ?");
-        row.BindBlob(ToBytes(each.Levels.get())).Bind(path).Bind(stamp.Size).Bind(stamp.ModifiedNS).Run();
+        row.BindBlob(each.Levels == nullptr ? std::string() : ToBytes(*each.Levels))
+            .Bind(path)
+            .Bind(stamp.Size)
+            .Bind(stamp.ModifiedNS)
+            .Run();
     }
     transaction.Commit();
 }
@@ -55,17 +67,15 @@ std::shared_ptr<const Envelope> AssetTable::LoadLevels(const AssetContent& conte
     row.Bind(content.Path).Bind(content.Stamp.Size).Bind(content.Stamp.ModifiedNS);
     const std::string bytes = row.Step() ? row.Blob(0) : std::string();
     if (bytes.empty()) return nullptr;
-    auto levels = std::make_shared<Envelope>();
-    for (std::size_t i = 0; i + 1 < bytes.size(); i += 2)
-        levels->Levels.push_back({static_cast<std::uint8_t>(bytes[i]), static_cast<std::uint8_t>(bytes[i + 1])});
-    return levels;
+    return std::make_shared<const Envelope>(ToEnvelope(bytes));
 }
 
 void AssetTable::Remove(const std::vector<std::string>& paths) {
     if (paths.empty()) return;
     Transaction transaction(Rows);
     for (const std::string& path : paths)
-        Rows.Prepare("DELETE FROM assets WHERE path = ?").Bind(path).Run();
+        for (const char* sql : {"DELETE FROM assets WHERE path = ?", "DELETE FROM refusals WHERE path = ?"})
+            Rows.Prepare(sql).Bind(path).Run();
     transaction.Commit();
 }
 

@@ -24,8 +24,10 @@ public:
 
     /// Everything but the levels. Records that cannot be read are left out.
     std::vector<AssetRecord> Load();
-    /// Writes records; levels of an older content of the same path go.
+    std::vector<AssetRefusal> LoadRefusals();
+    /// Writes records; what was known of an older content of the same path goes. The same with refusals.
     void Save(const std::vector<AssetRecord>& records);
+    void SaveRefusals(const std::vector<AssetRefusal>& refusals);
     /// Does nothing for a row that is of another content.
     void SaveLevels(const std::vector<AssetLevels>& levels);
     /// Null when there are none.

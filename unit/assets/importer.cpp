@@ -3,7 +3,6 @@
 #include "fault.h"
 #include "files/file_copy.h"
 #include "files/names.h"
-#include "media/probe.h"
 
 #include <spdlog/spdlog.h>
 
@@ -88,7 +87,7 @@ AssetRecord Importer::CopyAndProbe(const Order& order, const std::filesystem::pa
         throw Fault(FaultKind::Internal, order.Source.File.string() + " changed while it was copied");
     ReadLimit limit = ReadLimit::Within(ProbeLimit);
     limit.Stop = &Copies.Stopping();
-    record.Metadata = Probe(part, limit);
+    record.Metadata = Scanner.Probe(part, limit);
     record.Metadata.set_file_path(order.Path);
     record.Content = {order.Path, ReadStamp(part)};
     if (!Index.BeginCommit(order.Path, order.Number)) throw Fault(FaultKind::Refused, "the import was ended");

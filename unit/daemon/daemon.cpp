@@ -125,7 +125,7 @@ void Daemon::StartRenderer(const Options& options) {
     }
     Showing.emplace(
         setup, Model, [this](const std::string& path) { return Assets->HostFile(path); },
-        [](const std::string&) {});
+        [this](const std::string& path, const std::string& reason) { Assets->Condemn(path, reason); });
 }
 
 AnnouncerConfig Daemon::MakeAnnouncement(const Options& options) const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <utility>
@@ -16,6 +17,8 @@ public:
 
     int Get() const { return Number; }
     bool IsOpen() const { return Number >= 0; }
+    /// Refers to the same open file.
+    Descriptor Duplicate() const { return Descriptor(fcntl(Number, F_DUPFD_CLOEXEC, 0)); }
     /// The result of close(2), which may be the first to tell of a failed write.
     int Close() {
         const int result = Number >= 0 ? close(Number) : 0;

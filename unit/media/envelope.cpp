@@ -105,8 +105,8 @@ std::uint8_t MeterLevel(float peak) {
     return static_cast<std::uint8_t>(std::lround(std::clamp((decibels - Floor) / -Floor, 0.0, 1.0) * 100));
 }
 
-std::optional<Envelope> ReadEnvelope(const std::filesystem::path& file, const ReadLimit& limit) {
-    MediaFile media(file, limit);
+std::optional<Envelope> ReadEnvelope(const Descriptor& file, const std::string& name, const ReadLimit& limit) {
+    MediaFile media(file.Duplicate(), name, limit);
     const AVStream* audio = media.Audio();
     // One thread: more would take time from what plays.
     const AvDecoder decoder = audio == nullptr ? nullptr : OpenDecoder(*audio);

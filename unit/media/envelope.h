@@ -3,8 +3,8 @@
 #include "asset_catalog.h"
 #include "media/media_file.h"
 
-#include <filesystem>
 #include <optional>
+#include <string>
 
 namespace ZorvicUnit {
 
@@ -15,6 +15,6 @@ std::uint8_t MeterLevel(float peak);
 /// Decodes the sound of a media file once, from start to end, and notes the peak of every step. Of more than two
 /// channels the first two count. Steps before the sound begins are silent; at most 24 hours are kept. Nothing when the
 /// file has no sound that can be decoded. Throws Fault like MediaFile; stops within a second of limit.Stop (Slow).
-std::optional<Envelope> ReadEnvelope(const std::filesystem::path& file, const ReadLimit& limit);
+std::optional<Envelope> ReadEnvelope(const Descriptor& file, const std::string& name, const ReadLimit& limit);
 
 }  // namespace ZorvicUnit

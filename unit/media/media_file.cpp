@@ -1,7 +1,6 @@
 #include "media/media_file.h"
 
 #include "fault.h"
-#include "files/regular_file.h"
 
 extern "C" {
 #include <libavcodec/packet.h>
@@ -14,7 +13,9 @@ extern "C" {
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 #include <mutex>
+#include <new>
 #include <utility>
 
 namespace ZorvicUnit {
@@ -26,20 +27,25 @@ constexpr int BufferBytes = 64 * 1024;
 // A file with a weaker likeness than this to a format is taken for what it is not: random bytes pass as raw streams.
 constexpr int LeastLikeness = AVPROBE_SCORE_RETRY;
 
+// What films, sound and pictures of a theatre come in. The rest of what the library knows (old games, play lists, page
+// descriptions, subtitles, devices) is the larger part, the least looked after, and nothing that could be shown.
+constexpr const char* Formats =
+    "mov,matroska,mxf,mxf_opatom,avi,mpegts,mpeg,mpegvideo,asf,flv,gxf,lxf,nut,ogg,dv,ivf,obu,av1,h264,hevc,m4v,mjpeg,"
+    "vc1,dnxhd,dirac,yuv4mpegpipe,gif,apng,"
+    "wav,w64,aiff,caf,au,mp3,aac,loas,ac3,eac3,dts,dtshd,truehd,mlp,flac,ape,wv,tta,amr,voc,dsf,iff,"
+    "png_pipe,jpeg_pipe,jpegls_pipe,jpegxl_pipe,j2k_pipe,webp_pipe,bmp_pipe,tiff_pipe,dpx_pipe,exr_pipe,psd_pipe,"
+    "svg_pipe,pam_pipe,pbm_pipe,pgm_pipe,ppm_pipe,pcx_pipe,sgi_pipe,sunrast_pipe,qoi_pipe,gif_pipe";
+
 int RefuseOtherFiles(AVFormatContext*, AVIOContext**, const char*, int, AVDictionary**) {
     return AVERROR(EPERM);
 }
-
-// A few bytes can claim millions of samples, and the library makes room for what is claimed. This holds the index of
-// a film of 60 hours and a picture of 8K.
-constexpr std::size_t MaxAllocation = 256 * 1024 * 1024;
 
 // The library's own messages go to standard error, past the log, and name every oddity of a stranger's file.
 void SetUpLibrary() {
     static std::once_flag once;
     std::call_once(once, [] {
         av_log_set_level(AV_LOG_QUIET);
-        av_max_alloc(MaxAllocation);
+        av_max_alloc(MostAllocated);
     });
 }
 
@@ -50,6 +56,7 @@ struct MediaFile::Source {
     const ReadLimit Limit;
     const Descriptor Opened;
     std::int64_t Offset = 0;  ///< of its own: several readers may share what the descriptor refers to
+    int Problem = 0;          ///< of the disk
     AVIOContext* Buffered = nullptr;
 
     Source(Descriptor opened, std::string name, const ReadLimit& limit)
@@ -65,7 +72,7 @@ struct MediaFile::Source {
         auto* self = static_cast<Source*>(opaque);
         if (self->Limit.Reached()) return AVERROR_EXIT;
         const ssize_t got = pread(self->Opened.Get(), buffer, static_cast<std::size_t>(size), self->Offset);
-        if (got < 0) return AVERROR(errno);
+        if (got < 0) return AVERROR(self->Problem = errno);
         self->Offset += got;
         return got == 0 ? AVERROR_EOF : static_cast<int>(got);
     }
@@ -84,9 +91,6 @@ struct MediaFile::Source {
 
     static int Interrupted(void* opaque) { return static_cast<Source*>(opaque)->Limit.Reached() ? 1 : 0; }
 };
-
-MediaFile::MediaFile(const std::filesystem::path& file, const ReadLimit& limit)
-    : MediaFile(OpenRegularFile(file), file.string(), limit) {}
 
 MediaFile::MediaFile(Descriptor opened, std::string name, const ReadLimit& limit)
     : Input(std::make_unique<Source>(std::move(opened), std::move(name), limit)) {
@@ -113,14 +117,16 @@ void MediaFile::Open() {
     Format->io_open = &RefuseOtherFiles;
     // Session descriptions open sockets past io_open.
     Format->protocol_whitelist = av_strdup("none");
-    if (Format->protocol_whitelist == nullptr) throw std::bad_alloc();
+    Format->format_whitelist = av_strdup(Formats);
+    if (Format->protocol_whitelist == nullptr || Format->format_whitelist == nullptr) throw std::bad_alloc();
     Format->interrupt_callback = {&Source::Interrupted, Input.get()};
 
     // Without the name: what a file holds decides, not how it is called (a text must not become a film of its letters).
-    if (avformat_open_input(&Format, nullptr, nullptr, nullptr) < 0 || Format->probe_score < LeastLikeness) {
-        CheckLimit();
+    const int opened = avformat_open_input(&Format, nullptr, nullptr, nullptr);
+    CheckLimit();
+    if (opened == AVERROR(ENOMEM)) throw std::bad_alloc();
+    if (opened < 0 || Format->probe_score < LeastLikeness)
         throw Fault(FaultKind::Refused, Input->Name + " is not a media file");
-    }
     const int found = avformat_find_stream_info(Format, nullptr);
     CheckLimit();
     if (found < 0) throw Fault(FaultKind::Refused, Input->Name + " has no readable streams");
@@ -128,6 +134,8 @@ void MediaFile::Open() {
 
 void MediaFile::CheckLimit() const {
     if (Input->Limit.Reached()) throw Fault(FaultKind::Slow, "reading " + Input->Name + " took too long");
+    if (Input->Problem != 0)
+        throw Fault(FaultKind::Internal, "cannot read " + Input->Name + ": " + std::strerror(Input->Problem));
 }
 
 const AVStream* MediaFile::Video() const {

@@ -1,10 +1,9 @@
 #pragma once
 
 #include "files/descriptor.h"
+#include "media/read_limit.h"
 
-#include <atomic>
-#include <chrono>
-#include <filesystem>
+#include <cstddef>
 #include <memory>
 #include <string>
 
@@ -14,26 +13,16 @@ struct AVStream;
 
 namespace ZorvicUnit {
 
-/// When to give up reading a media file.
-struct ReadLimit {
-    std::chrono::steady_clock::time_point Deadline = std::chrono::steady_clock::time_point::max();
-    const std::atomic<bool>* Stop = nullptr;  ///< may be null; reading ends soon after it turns true
-
-    static ReadLimit Within(std::chrono::milliseconds time) {
-        return {std::chrono::steady_clock::now() + time, nullptr};
-    }
-    bool Stopped() const { return Stop != nullptr && Stop->load(); }
-    bool Reached() const { return Stopped() || std::chrono::steady_clock::now() >= Deadline; }
-};
+/// What a file may have allocated at once. A few bytes can claim millions of samples, and the library makes room for
+/// what is claimed. This holds the index of a film of 60 hours and a picture of 8K.
+constexpr std::size_t MostAllocated = 256 * 1024 * 1024;
 
 /// A media file opened for reading, with its streams identified. Reads this one file and nothing else: play lists that
 /// name other files or addresses are refused. For one thread at a time.
 class MediaFile {
 public:
-    /// The path holds no link. Throws Fault: NotFound when the file cannot be opened, Refused when it is not media,
-    /// Slow when the limit is reached.
-    MediaFile(const std::filesystem::path& file, const ReadLimit& limit);
-    /// Of a file that is open already, whose own position is left alone; the name is for messages. Throws as above.
+    /// The file's own position is left alone; the name is for messages. Throws Fault: Refused when it is not media that
+    /// a unit plays, Internal when it cannot be read, Slow when the limit is reached.
     MediaFile(Descriptor opened, std::string name, const ReadLimit& limit);
     ~MediaFile();
     MediaFile(const MediaFile&) = delete;
@@ -55,7 +44,7 @@ public:
     bool SeekBefore(const AVStream& stream, std::int64_t timeStamp);
     /// False at the end, after a fault of the file and when the limit is reached.
     bool Read(AVPacket& packet);
-    /// Throws Slow when reading ended because the limit was reached.
+    /// Throws Slow when reading ended because the limit was reached, Internal when the disk has failed.
     void CheckLimit() const;
 
 private:

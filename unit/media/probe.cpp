@@ -6,6 +6,7 @@
 extern "C" {
 #include <libavutil/common.h>
 #include <libavutil/display.h>
+#include <libavutil/imgutils.h>
 }
 
 #include <algorithm>
@@ -44,11 +45,15 @@ struct Span {
     std::int64_t End = 0;  ///< in units of the stream's time base
 };
 
+AVRational FrameRate(const AVStream& video) {
+    return video.avg_frame_rate.num > 0 ? video.avg_frame_rate : video.r_frame_rate;
+}
+
 // For files that tell neither length nor number of pictures (raw streams, recordings that were cut off).
 Span ReadThrough(MediaFile& media, const AVStream& stream, std::int64_t packetLimit) {
     media.ReadOnly(stream);
     const AvPacket packet(av_packet_alloc());
-    const AVRational rate = stream.avg_frame_rate.num > 0 ? stream.avg_frame_rate : stream.r_frame_rate;
+    const AVRational rate = FrameRate(stream);
     Span span;
     while (span.Packets < packetLimit && media.Read(*packet)) {
         ++span.Packets;
@@ -80,12 +85,28 @@ std::int32_t LengthByReading(MediaFile& media) {
     return ToMilliseconds(span.End, stream->time_base);
 }
 
-std::int32_t Duration(const std::filesystem::path& file, MediaFile& media, const ReadLimit& limit) {
+// Coded sound comes in packets, and the last reaches beyond the picture: a loop would show a gap.
+std::int64_t LengthToPlay(const MediaFile& media) {
+    const AVFormatContext& format = media.Context();
+    const AVStream* video = media.Video();
+    const bool known = video != nullptr && media.Audio() != nullptr && video->duration != AV_NOPTS_VALUE;
+    const AVRational rate = known ? FrameRate(*video) : AVRational{0, 1};
+    if (rate.num <= 0 || rate.den <= 0) return format.duration;
+    constexpr AVRational base = {1, AV_TIME_BASE};
+    std::int64_t end = av_rescale_q(video->duration, video->time_base, base);
+    if (video->start_time != AV_NOPTS_VALUE && format.start_time != AV_NOPTS_VALUE)
+        end =
+            av_sat_add64(end, av_sat_sub64(av_rescale_q(video->start_time, video->time_base, base), format.start_time));
+    const std::int64_t frame = av_rescale_q(1, av_inv_q(rate), base);
+    return end < format.duration && av_sat_sub64(format.duration, end) < frame ? end : format.duration;
+}
+
+std::int32_t Duration(MediaFile& media, const Descriptor& file, const std::string& name, const ReadLimit& limit) {
     if (media.Context().duration != AV_NOPTS_VALUE)
-        return ToMilliseconds(media.Context().duration, AVRational{1, AV_TIME_BASE});
+        return ToMilliseconds(LengthToPlay(media), AVRational{1, AV_TIME_BASE});
     // From the start: looking for a second picture has moved on.
     if (media.Rewind()) return LengthByReading(media);
-    MediaFile again(file, limit);
+    MediaFile again(file.Duplicate(), name, limit);
     return LengthByReading(again);
 }
 
@@ -108,7 +129,7 @@ void DescribeVideo(const MediaFile& media, const AVStream& video, bool still, zo
     metadata.set_width(turned ? video.codecpar->height : video.codecpar->width);
     metadata.set_height(turned ? video.codecpar->width : video.codecpar->height);
     if (still) return;
-    const AVRational rate = video.avg_frame_rate.num > 0 ? video.avg_frame_rate : video.r_frame_rate;
+    const AVRational rate = FrameRate(video);
     if (rate.num > 0 && rate.den > 0) metadata.set_fps(ToUnsigned32(std::llround(av_q2d(rate))));
     const std::int64_t fileRate = FileRate(media.Context(), metadata);
     metadata.set_video_bitrate(ToUnsigned32(PictureRate(fileRate, video, media.Audio())));
@@ -123,20 +144,39 @@ void DescribeAudio(const MediaFile& media, const AVStream& audio, zorvic::v1::As
     metadata.set_audio_bitrate(ToUnsigned32(own == 0 && alone ? FileRate(media.Context(), metadata) : own));
 }
 
+[[noreturn]] void RefuseForLackOfStreams(const AVFormatContext& format, const std::string& name) {
+    // Beyond what can be decoded the library does not even tell a size.
+    if (av_find_best_stream(const_cast<AVFormatContext*>(&format), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0) >= 0)
+        throw Fault(FaultKind::Refused, name + " holds a picture too large or too damaged to be read");
+    throw Fault(FaultKind::Refused, name + " has neither picture nor sound");
+}
+
+// It could be listed, and never shown.
+void RefuseLargePicture(const AVStream& video, const std::string& name) {
+    const AVCodecParameters& picture = *video.codecpar;
+    const auto format =
+        picture.format == AV_PIX_FMT_NONE ? AV_PIX_FMT_RGBA : static_cast<AVPixelFormat>(picture.format);
+    const int bytes = av_image_get_buffer_size(format, picture.width, picture.height, 1);
+    if (bytes >= 0 && static_cast<std::size_t>(bytes) <= MostAllocated) return;
+    throw Fault(FaultKind::Refused, name + ": a picture of " + std::to_string(picture.width) + " by " +
+                                        std::to_string(picture.height) + " is too large");
+}
+
 }  // namespace
 
-zorvic::v1::AssetMetadata Probe(const std::filesystem::path& file, const ReadLimit& limit) {
-    MediaFile media(file, limit);
+zorvic::v1::AssetMetadata Probe(const Descriptor& file, const std::string& name, const ReadLimit& limit) {
+    MediaFile media(file.Duplicate(), name, limit);
     const AVStream* video = media.Video();
     const AVStream* audio = media.Audio();
-    if (video == nullptr && audio == nullptr)
-        throw Fault(FaultKind::Refused, file.string() + " has neither picture nor sound");
+    if (video == nullptr && audio == nullptr) RefuseForLackOfStreams(media.Context(), name);
+
+    if (video != nullptr) RefuseLargePicture(*video, name);
 
     zorvic::v1::AssetMetadata metadata;
     metadata.set_container_format(media.Context().iformat->name);
     metadata.set_total_size(static_cast<std::uint64_t>(std::max<std::int64_t>(avio_size(media.Context().pb), 0)));
     const bool still = video != nullptr && audio == nullptr && IsStill(media, *video);
-    metadata.set_duration_ms(still ? StillMS : Duration(file, media, limit));
+    metadata.set_duration_ms(still ? StillMS : Duration(media, file, name, limit));
     if (video != nullptr) DescribeVideo(media, *video, still, metadata);
     if (audio != nullptr) DescribeAudio(media, *audio, metadata);
     return metadata;

@@ -176,10 +176,8 @@ void Renderer::Bury(RendererProcess& process) {
     spdlog::error("the renderer ended ({}); starting another", ending.Text);
     // Whoever kills it from outside says nothing about the files.
     if (!ending.ByItself && !Frozen) return;
-    for (const std::string& path : CountDeaths()) {
-        spdlog::error("{} is not opened again: the renderer ended twice while opening it", path);
-        CondemnFile(path);
-    }
+    for (const std::string& path : CountDeaths())
+        CondemnFile(path, "the renderer ended twice while opening it");
 }
 
 std::vector<std::string> Renderer::CountDeaths() {

@@ -29,7 +29,7 @@ public:
     /// The file of this machine behind an asset; empty: none.
     using FileOf = std::function<std::string(const std::string& path)>;
     /// A file that must not be opened again.
-    using Condemn = std::function<void(const std::string& path)>;
+    using Condemn = std::function<void(const std::string& path, const std::string& reason)>;
 
     /// Returns when all outputs are open. The model must outlive the object. Throws Fault: Misused when an output or a
     /// device that was asked for does not exist, Internal when it can not be opened.

@@ -6,7 +6,7 @@ namespace ZorvicUnit {
 
 namespace {
 
-constexpr std::array<const char*, 2> Steps = {
+constexpr std::array<const char*, 3> Steps = {
     // AUTOINCREMENT, because a key must not come back after the highest preset is deleted. The hash tells a record that
     // the disk has spoilt from one that was stored so.
     R"sql(
@@ -47,6 +47,15 @@ constexpr std::array<const char*, 2> Steps = {
     CREATE TRIGGER setting_made AFTER INSERT ON settings BEGIN
         UPDATE ledger SET changes = changes + 1;
     END;
+    )sql",
+    // Files that are no media, and those whose reading crashed or took too long: neither is tried again.
+    R"sql(
+    CREATE TABLE refusals(
+        path TEXT PRIMARY KEY,
+        size INTEGER NOT NULL,
+        modified_ns INTEGER NOT NULL,
+        broken INTEGER NOT NULL,
+        reason TEXT NOT NULL) WITHOUT ROWID;
     )sql",
 };
 
