@@ -11,6 +11,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
+// More often would take the display from the program that is watched.
+constexpr auto LookPeriod = 3ms;
+
 // The window of this title or one below the given one.
 Window Find(Display* display, Window below, const std::string& title) {
     char* name = nullptr;
@@ -120,7 +123,7 @@ void WindowWatch::Run() {
             Newest = number;
             Sights.push_back({Clock::now(), number});
         }
-        std::this_thread::sleep_for(1ms);
+        std::this_thread::sleep_for(LookPeriod);
     }
     if (display != nullptr) XCloseDisplay(display);
 }

@@ -17,7 +17,7 @@ constexpr int NoNumber = -1;
 /// Makes a clip whose pictures carry their number as bars at the top, with a beep of 20 ms at the start of each second.
 void MakeNumberedClip(const std::string& file, const std::string& size, int seconds, const std::string& encoder);
 
-/// Looks into a window about a thousand times a second, past the program that draws it, and notes when the number at
+/// Looks into a window about 300 times a second, past the program that draws it, and notes when the number at
 /// its top changes.
 class WindowWatch {
 public:

@@ -88,13 +88,15 @@ void RenderLoop::Run(const SoundIsReady& soundIsReady, const SoundFigures& sound
     while (!Unit.UnitIsGone()) {
         // Half a refresh before it lights up: late enough to take a command along, early enough to be in time.
         std::this_thread::sleep_until(lightUp - Tick / 2);
-        Targets->PumpEvents();
         const auto scene = Unit.Latest();
-        Pictures.Follow(*scene, lightUp, Tick);
+        // What lights up stands until the next refresh: right in the middle is least wrong all over.
+        Pictures.Follow(*scene, lightUp + Tick / 2, Tick);
         // One after the other, around the moment of lighting up.
         std::this_thread::sleep_until(lightUp - Tick / 4);
         for (std::size_t i = 0; i < Outputs.size(); ++i)
             Show(i, lightUp);
+        // Sends what the windowing library still holds back.
+        Targets->PumpEvents();
         Report(*scene, lightUp, soundIsReady, soundFigures);
         if (!Pictures.IsBusy()) Unit.WaitForNewer(scene, steady_clock::now() + IdlePeriod);
         lightUp = std::max(lightUp + Tick, NextTick(steady_clock::now()));
