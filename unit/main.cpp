@@ -19,6 +19,9 @@
 
 namespace {
 
+// An option asks for what does not exist on this machine.
+constexpr int BadValue = 2;
+
 // The process ends by then even when a disk hangs; nothing that was acknowledged is lost by it.
 constexpr std::chrono::milliseconds EndLimit(1800);
 
@@ -65,6 +68,9 @@ int main(int argc, char** argv) {
         }).detach();
         daemon.Stop();
         End(again, argc, argv, options.Port != 0, port);
+    } catch (const ZorvicUnit::Fault& fault) {
+        spdlog::critical("{}", fault.what());
+        return fault.Kind == ZorvicUnit::FaultKind::Misused ? BadValue : EXIT_FAILURE;
     } catch (const std::exception& error) {
         spdlog::critical("{}", error.what());
         return EXIT_FAILURE;

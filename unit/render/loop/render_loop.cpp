@@ -86,11 +86,10 @@ TimePoint RenderLoop::NextTick(TimePoint after) const {
 void RenderLoop::Run(const SoundIsReady& soundIsReady, const SoundFigures& soundFigures) {
     TimePoint lightUp = NextTick(steady_clock::now());
     while (!Unit.UnitIsGone()) {
-        // Half a refresh before it lights up: late enough to take a command along, early enough to be in time.
-        std::this_thread::sleep_until(lightUp - Tick / 2);
-        const auto scene = Unit.Latest();
         // What lights up stands until the next refresh: right in the middle is least wrong all over.
-        Pictures.Follow(*scene, lightUp + Tick / 2, Tick);
+        const TimePoint middle = lightUp + Tick / 2;
+        const auto scene = AwaitScene(lightUp - Tick / 2, middle);
+        Pictures.Follow(*scene, middle, Tick);
         // One after the other, around the moment of lighting up.
         std::this_thread::sleep_until(lightUp - Tick / 4);
         for (std::size_t i = 0; i < Outputs.size(); ++i)
@@ -101,6 +100,19 @@ void RenderLoop::Run(const SoundIsReady& soundIsReady, const SoundFigures& sound
         if (!Pictures.IsBusy()) Unit.WaitForNewer(scene, steady_clock::now() + IdlePeriod);
         lightUp = std::max(lightUp + Tick, NextTick(steady_clock::now()));
     }
+}
+
+// The scene of this time: late enough to take a command along, early enough to draw it. Readers set off as soon as a
+// command comes.
+std::shared_ptr<const Scene> RenderLoop::AwaitScene(TimePoint until, TimePoint middle) {
+    auto scene = Unit.Latest();
+    while (steady_clock::now() < until && !Unit.UnitIsGone()) {
+        Unit.WaitForNewer(scene, until);
+        if (scene == Unit.Latest()) continue;
+        scene = Unit.Latest();
+        Pictures.Prepare(*scene, middle, Tick);
+    }
+    return scene;
 }
 
 void RenderLoop::Show(std::size_t number, TimePoint lightUp) {

@@ -37,6 +37,7 @@ private:
     };
 
     TimePoint NextTick(TimePoint after) const;
+    std::shared_ptr<const Scene> AwaitScene(TimePoint until, TimePoint middle);
     void Show(std::size_t number, TimePoint lightUp);
     void Report(const Scene& scene, TimePoint lightUp, const SoundIsReady& soundIsReady,
                 const SoundFigures& soundFigures);

@@ -7,6 +7,7 @@
 #include <spdlog/fmt/fmt.h>
 
 #include <algorithm>
+#include <string>
 #include <utility>
 
 namespace ZorvicRender {
@@ -93,6 +94,10 @@ WindowSurfaces::WindowSurfaces(const zorvic::render::Setup& setup) {
     SDL_SetHint(SDL_HINT_APP_NAME, "zorvic-render");
     if (SDL_Init(SDL_INIT_VIDEO) != 0)
         throw Fault(FaultKind::Internal, fmt::format("--output: no display can be opened: {}", SDL_GetError()));
+    // Drivers that show nothing step in when there is no display.
+    const std::string driver = SDL_GetCurrentVideoDriver();
+    if (driver == "offscreen" || driver == "dummy")
+        throw Fault(FaultKind::Internal, "--output: no display can be opened: neither DISPLAY nor another is there");
     SDL_GL_SetAttribute(SDL_GL_CONTEXT_PROFILE_MASK, SDL_GL_CONTEXT_PROFILE_ES);
     SDL_GL_SetAttribute(SDL_GL_CONTEXT_MAJOR_VERSION, 2);
     SDL_GL_SetAttribute(SDL_GL_CONTEXT_MINOR_VERSION, 0);

@@ -141,7 +141,8 @@ void PictureReader::DecodeAll() {
     }
 }
 
-// A picture's end is its successor's begin, so that each waits for the next one to be decoded.
+// A picture's end is its successor's begin, so that each waits for the next one to be decoded; but not the first one
+// when it is clear that it is wanted.
 void PictureReader::DecodeStretch(PictureDecoder& decoder, PictureConverter& converter, Nanoseconds target) {
     AvFrame pending;
     bool first = true;
@@ -154,6 +155,12 @@ void PictureReader::DecodeStretch(PictureDecoder& decoder, PictureConverter& con
             if (offered == Offered::Queued) first = false;
         }
         if (!next) break;
+        const Nanoseconds end = decoder.PositionOf(*next) + decoder.LengthOf(*next);
+        if (first && !pending && decoder.PositionOf(*next) <= target && target < end) {
+            if (Offer(decoder, converter, *next, target, end) == Offered::Unwanted) return;
+            first = false;
+            continue;
+        }
         pending = std::move(next);
     }
     const std::scoped_lock lock(Lock);

@@ -97,18 +97,32 @@ void PictureSource::Show(Nanoseconds aim, Nanoseconds tick) {
     Current = choice.Shown;
 }
 
+void PictureSource::Prepare(const Layer& layer, TimePoint lightUp, Nanoseconds tick) {
+    const Span* span = layer.At(lightUp);
+    if (span != nullptr && !HasFailed() && Now != StretchOf(*span)) Seek(*span, FirstAim(*span, lightUp, tick));
+}
+
+// The first picture of a run and of a pass is shown, even when the first tick comes too late for it.
+Nanoseconds PictureSource::FirstAim(const Span& span, TimePoint lightUp, Nanoseconds tick) const {
+    const bool begins = !Current || span.Planned;
+    const bool inTime = lightUp - span.From < FirstPictureTicks * tick;
+    const Nanoseconds position = begins && inTime ? span.Position : span.PositionAt(lightUp);
+    return WithinWindow(span, lightUp, position + PositionTolerance);
+}
+
+// The reader that has the picture, or is sent for it.
+PictureSource::Served& PictureSource::Seek(const Span& span, Nanoseconds aim) {
+    const bool activeHasIt = Active.For && !ActiveIsStale && Get(Active).Contains(aim);
+    Served& candidate = activeHasIt || !Current ? Active : Spare;
+    if (candidate.For != StretchOf(span) && !activeHasIt) StartFor(candidate, span);
+    return candidate;
+}
+
 // Begins to show a stretch, if its picture is ready; the old one stands until then.
 bool PictureSource::SwitchTo(const Span& span, TimePoint lightUp, Nanoseconds tick) {
     const Stretch stretch = StretchOf(span);
-    const bool begins = !Current || span.Planned;
-    const bool inTime = lightUp - span.From < FirstPictureTicks * tick;
-    // The first picture of a run and of a pass is shown, even when the first tick comes too late for it.
-    const Nanoseconds position = begins && inTime ? span.Position : span.PositionAt(lightUp);
-    const Nanoseconds aim = WithinWindow(span, lightUp, position + PositionTolerance);
-
-    const bool activeHasIt = Active.For && !ActiveIsStale && Get(Active).Contains(aim);
-    Served& candidate = activeHasIt || !Current ? Active : Spare;
-    if (candidate.For != stretch && !activeHasIt) StartFor(candidate, span);
+    const Nanoseconds aim = FirstAim(span, lightUp, tick);
+    Served& candidate = Seek(span, aim);
     if (!Get(candidate).Holds(aim)) return false;
     if (&candidate == &Spare) {
         std::swap(Active, Spare);

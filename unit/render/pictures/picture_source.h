@@ -37,6 +37,8 @@ public:
     /// Chooses the picture for this tick, and gets the next jump ready. `tick` is the time from one refresh to the
     /// next.
     void Follow(const Layer& layer, TimePoint lightUp, Nanoseconds tick);
+    /// Sends a reader for what the next Follow() will need, if nothing was before.
+    void Prepare(const Layer& layer, TimePoint lightUp, Nanoseconds tick);
     /// Gets ready to begin with the layer's first span.
     void Prime(const Layer& layer);
     /// How large it is drawn at most; ready pictures keep their size.
@@ -66,6 +68,8 @@ private:
     void StartFor(Served& served, const Span& span);
     Nanoseconds Aim(const Span& span, TimePoint lightUp) const;
     void Show(Nanoseconds aim, Nanoseconds tick);
+    Nanoseconds FirstAim(const Span& span, TimePoint lightUp, Nanoseconds tick) const;
+    Served& Seek(const Span& span, Nanoseconds aim);
     bool SwitchTo(const Span& span, TimePoint lightUp, Nanoseconds tick);
     void CentreTicks(const Span& span, Nanoseconds aim, TimePoint lightUp, Nanoseconds tick);
     void PrepareJump(const Layer& layer, TimePoint lightUp);

@@ -106,6 +106,13 @@ void Stage::Follow(const Scene& scene, TimePoint lightUp, Nanoseconds tick) {
     DropOthers(scene);
 }
 
+void Stage::Prepare(const Scene& scene, TimePoint lightUp, Nanoseconds tick) {
+    for (const auto& layer : scene.Layers) {
+        for (auto& [path, entry] : Get(*layer).Sources)
+            entry.Source->Prepare(*layer, lightUp, tick);
+    }
+}
+
 void Stage::FollowSources(Run& run, const Layer& layer, TimePoint lightUp, Nanoseconds tick) {
     const Span* span = layer.At(lightUp);
     const bool coming = span == nullptr && layer.Spans.front().From > lightUp;

@@ -39,6 +39,8 @@ public:
     void SetTarget(std::size_t output, PixelSize target) { Outputs[output].Target = target; }
     /// Chooses the pictures of the tick that lights up at this time.
     void Follow(const Scene& scene, TimePoint lightUp, Nanoseconds tick);
+    /// Sends readers for what the next Follow() will need, so that it need not wait for a tick.
+    void Prepare(const Scene& scene, TimePoint lightUp, Nanoseconds tick);
     /// What an output (by its place in the list) shows since the last Follow().
     const DrawList& Shown(std::size_t output) const { return Lists[output]; }
 
