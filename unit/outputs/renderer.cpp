@@ -24,6 +24,9 @@ constexpr milliseconds OutlookPeriod(1000);
 // Beats come every 200 ms.
 constexpr milliseconds FrozenAfter(800);
 constexpr milliseconds StartLimit(10'000);
+constexpr milliseconds LookPeriod(100);
+constexpr milliseconds StarvingShare(100);
+constexpr milliseconds StarvedLimit(5000);
 constexpr milliseconds RestartPause(1000);
 constexpr int DeathsToCondemn = 2;
 
@@ -81,9 +84,9 @@ bool Renderer::Begin(RendererProcess& process) {
     {
         const std::scoped_lock lock(Lock);
         Lost = false;
-        Frozen = false;
         Kicked = true;
-        LastBeat = steady_clock::now() + StartLimit;
+        LastLook = steady_clock::now();
+        LastBeat = LastLook + StartLimit;
         Opening.clear();
     }
     zorvic::render::ToRenderer message;
@@ -113,12 +116,10 @@ void Renderer::Serve(const std::stop_token& stop, RendererProcess& process) {
     for (;;) {
         {
             std::unique_lock lock(Lock);
-            Changed.wait_until(lock, stop, std::min(sent + OutlookPeriod, LastBeat + FrozenAfter),
-                               [this] { return Kicked || Lost; });
+            Changed.wait_for(lock, stop, LookPeriod, [this] { return Kicked || Lost; });
             if (stop.stop_requested() || Lost) break;
-            if (steady_clock::now() > LastBeat + FrozenAfter) {
+            if (IsFrozen(process)) {
                 spdlog::error("the renderer does not answer");
-                Frozen = true;
                 break;
             }
             if (!std::exchange(Kicked, false) && steady_clock::now() < sent + OutlookPeriod) continue;
@@ -127,6 +128,19 @@ void Renderer::Serve(const std::stop_token& stop, RendererProcess& process) {
         if (!SendOutlook(process)) break;
     }
     process.Pipe().Shutdown();
+}
+
+// One that is kept from running by other work is late, not frozen: to begin anew would only cost it more. Called with
+// Lock held.
+bool Renderer::IsFrozen(const RendererProcess& process) {
+    const auto now = steady_clock::now();
+    // Whoever was stopped itself has not been listening.
+    if (now - std::exchange(LastLook, now) > FrozenAfter / 2) LastBeat = std::max(LastBeat, now);
+    if (std::exchange(BeatLooked, LastBeat) != LastBeat) StarvedBefore = process.Starved();
+    const auto silence = now - LastBeat;
+    if (silence < FrozenAfter) return false;
+    const bool starved = process.Starved() - StarvedBefore > StarvingShare;
+    return !starved || silence > StarvedLimit;
 }
 
 bool Renderer::SendOutlook(RendererProcess& process) {
@@ -174,8 +188,8 @@ void Renderer::Bury(RendererProcess& process) {
     Model.SetPrimed({});
     Model.HoldColdTakes(false);
     spdlog::error("the renderer ended ({}); starting another", ending.Text);
-    // Whoever kills it from outside says nothing about the files.
-    if (!ending.ByItself && !Frozen) return;
+    // Whoever kills it, or keeps it from running, says nothing about the files.
+    if (!ending.Crashed) return;
     for (const std::string& path : CountDeaths())
         CondemnFile(path, "the renderer ended twice while opening it");
 }

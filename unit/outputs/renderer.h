@@ -51,6 +51,7 @@ private:
     void TakeFirstFrames(const zorvic::render::FirstFrames& frames);
     void TakeBeat(const zorvic::render::Beat& beat);
     bool SendOutlook(RendererProcess& process);
+    bool IsFrozen(const RendererProcess& process);
     void Bury(RendererProcess& process);
     std::vector<std::string> CountDeaths();
     void Kick();
@@ -60,7 +61,11 @@ private:
     const FileOf HostFile;
     const Condemn CondemnFile;
     std::promise<void> FirstStart;
-    bool Started = false;  ///< of the thread only
+    // Of the thread only.
+    bool Started = false;
+    TimePoint LastLook;
+    TimePoint BeatLooked;                      ///< the beat up to which it has looked
+    std::chrono::nanoseconds StarvedBefore{};  ///< at that beat
 
     mutable std::mutex Lock;  ///< guards all below
     std::condition_variable_any Changed;
@@ -69,7 +74,6 @@ private:
     TimePoint LastBeat;
     zorvic::render::Beat Latest;
     std::multiset<std::string> Opening;  ///< once for each reader
-    bool Frozen = false;
     std::map<std::string, int> Deaths;
     std::set<std::string> Condemned;
 

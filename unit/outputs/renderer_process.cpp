@@ -14,6 +14,7 @@
 #include <csignal>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <utility>
 
 namespace ZorvicUnit {
@@ -54,6 +55,10 @@ pid_t Spawn(const std::filesystem::path& program, int socket) {
     return process;
 }
 
+bool IsCrash(int signal) {
+    return signal == SIGSEGV || signal == SIGABRT || signal == SIGBUS || signal == SIGILL || signal == SIGFPE;
+}
+
 std::string Describe(int status) {
     if (WIFSIGNALED(status)) return std::string("signal ") + strsignal(WTERMSIG(status));
     return "exit " + std::to_string(WEXITSTATUS(status));
@@ -78,18 +83,25 @@ RendererProcess::~RendererProcess() {
     End();
 }
 
+std::chrono::nanoseconds RendererProcess::Starved() const {
+    std::ifstream file("/proc/" + std::to_string(Process) + "/schedstat");
+    std::int64_t ran = 0;
+    std::int64_t waited = 0;
+    file >> ran >> waited;
+    return std::chrono::nanoseconds(waited);
+}
+
 RendererProcess::Ending RendererProcess::End() {
     if (Process < 0) return {};
     Socket->Shutdown();
     int status = 0;
-    const bool dead = waitpid(Process, &status, WNOHANG) == Process;
-    if (!dead) {
+    if (waitpid(Process, &status, WNOHANG) != Process) {
         kill(Process, SIGKILL);
         while (waitpid(Process, &status, 0) < 0 && errno == EINTR) {
         }
     }
     Process = -1;
-    return {Describe(status), dead && !(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL)};
+    return {Describe(status), WIFSIGNALED(status) && IsCrash(WTERMSIG(status))};
 }
 
 }  // namespace ZorvicUnit

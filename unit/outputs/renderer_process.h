@@ -4,6 +4,7 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <memory>
 #include <string>
 
@@ -21,9 +22,11 @@ public:
 
     ZorvicRender::MessagePipe& Pipe() { return *Socket; }
     pid_t Id() const { return Process; }
+    /// How long its main thread has been kept from running by other work of this machine, in all.
+    std::chrono::nanoseconds Starved() const;
     struct Ending {
         std::string Text;
-        bool ByItself = false;  ///< neither through End() nor killed from outside
+        bool Crashed = false;  ///< by its own fault
     };
     /// Ends it, whatever it does, and says how it ended.
     Ending End();

@@ -119,13 +119,13 @@ void PictureReader::Run() {
         if (!Stop) Problem = error.what();
         Failed = true;
     }
+    if (!Opened) Report(Medium->Path, true);
 }
 
 void PictureReader::DecodeAll() {
     Report(Medium->Path, false);
     PictureDecoder decoder(Medium->File->Open(), Medium->Path, Stop);
     PictureConverter converter;
-    bool reported = false;
     std::unique_lock lock(Lock);
     while (!Stop) {
         Wake.wait(lock, [this] { return Stop || (!Resting && Serving != Wish); });
@@ -135,8 +135,6 @@ void PictureReader::DecodeAll() {
         lock.unlock();
         decoder.SeekBefore(target);
         DecodeStretch(decoder, converter, target);
-        // The first pictures are where a broken file breaks a decoder.
-        if (!std::exchange(reported, true)) Report(Medium->Path, true);
         lock.lock();
     }
 }
@@ -163,6 +161,7 @@ void PictureReader::DecodeStretch(PictureDecoder& decoder, PictureConverter& con
         }
         pending = std::move(next);
     }
+    if (!std::exchange(Opened, true)) Report(Medium->Path, true);
     const std::scoped_lock lock(Lock);
     Ended = true;
     if (!pending && Queue.empty() && Serving == Wish && !Stop) Failed = true;
@@ -181,6 +180,8 @@ PictureReader::Offered PictureReader::Offer(PictureDecoder& decoder, PictureConv
         if (Stop || Serving != Wish) return Offered::Unwanted;
         if (until <= Wanted) return Offered::Passed;
     }
+    // The first pictures are where a broken file breaks a decoder.
+    if (!std::exchange(Opened, true)) Report(Medium->Path, true);
     const auto picture = converter.Convert(frame, size);
     if (!picture) return Offered::Passed;
     picture->From = std::min(decoder.PositionOf(frame), latestFrom);

@@ -89,6 +89,7 @@ private:
     const OpeningReport Report;
     std::atomic<bool> Stop = false;
     std::atomic<bool> Failed = false;
+    bool Opened = false;  ///< and reported so; of the thread only
 
     mutable std::mutex Lock;  ///< guards all below
     std::condition_variable Wake;
