@@ -3,6 +3,7 @@
 #include "feed/feed.h"
 #include "model/asset_link.h"
 #include "model/unit_model.h"
+#include "outputs/previews.h"
 #include "rpc/server.h"
 #include "rpc/unit_service.h"
 #include "store/database.h"
@@ -67,7 +68,8 @@ protected:
     UnitModel Model{NamedProfile(), Store, Time, Catalog, Updates};
     AssetStore Assets{{.StoreDirectory = Directory.Path(), .Drives = {}, .Watch = false}, Store, Time};
     AssetLink Link{Assets, Model};
-    UnitService Service{{}, Model, Assets, Link, Updates, [](auto) {}};
+    Previews Pictures;
+    UnitService Service{{}, Model, Assets, Link, Updates, Pictures, [](auto) {}};
     Server Requests{Service, "127.0.0.1", 0};
     Session Client{Requests.Address(), 1};
 };
