@@ -8,6 +8,9 @@
 #include "view/lostlink.h"
 #include "view/marktables.h"
 #include "view/mixdesk.h"
+#ifdef ZORVIC_PREVIEW
+#include "view/outputmonitors.h"
+#endif
 #include "view/presetrows.h"
 #include "view/timecodes.h"
 #include "widgets/presettreedelegate.h"
@@ -119,6 +122,7 @@ ZorvicView::ZorvicView(const std::string& guid, const std::string& ip)
     WireAssets();
     WireShortcuts();
     WireLayoutPane();
+    SetUpMonitors();
     WireDialogs();
     GuardWheel(*this);
     UpdatePresetLabels({});
@@ -195,6 +199,17 @@ void ZorvicView::WireLayoutPane() {
     connect(SimulatorCheckBox, &QCheckBox::stateChanged, this,
             [this](int state) { SimulatorLayoutWidget->setVisible(state != 0); });
     connect(Simulator, &::Simulator::SimulatorWidget::SizingChanged, this, &ZorvicView::OnSizingChanged);
+}
+
+void ZorvicView::SetUpMonitors() {
+#ifdef ZORVIC_PREVIEW
+    auto* monitors =
+        new OutputMonitors(IP, SimulatorLayoutWidget->minimumHeight(), SimulatorLayoutWidget->parentWidget());
+    LayoutRow->addWidget(monitors);
+    connect(SimulatorCheckBox, &QCheckBox::stateChanged, monitors,
+            [monitors](int state) { monitors->setVisible(state != 0); });
+    connect(this, &ZorvicView::LinkChanged, monitors, &OutputMonitors::ShowLink);
+#endif
 }
 
 void ZorvicView::WireDialogs() {

@@ -199,6 +199,7 @@ private:
     void WireShortcuts();
     void WireDialogs();
     void WireLayoutPane();
+    void SetUpMonitors();
     std::unique_ptr<SessionHandle> LookupSession() const;
     /// For one operation on what is selected now.
     Round BeginRound() const;

@@ -71,7 +71,8 @@ Connection::~Connection() {
 
 void Connection::Open() {
     Stub = Wire::Unit::NewStub(OpenChannel(Host, Limit));
-    Stream = std::make_unique<WatchStream>(*Stub);
+    Stream = std::make_unique<StateStream>(
+        [this](auto* context, auto* queue, void* tag) { return Stub->AsyncWatch(context, {}, queue, tag); });
     Thread = std::thread([this] { Run(); });
 }
 

@@ -2,7 +2,7 @@
 
 #include "events.h"
 #include "mirror.h"
-#include "watch_stream.h"
+#include "server_stream.h"
 #include "wire.h"
 
 #include <zorvic/enums.h>
@@ -62,6 +62,7 @@ public:
 
 private:
     enum class PhaseType { Connecting, Up, Down };
+    using StateStream = ServerStream<Wire::Frame>;
 
     /// Makes the link's end cancel the call.
     struct CallInFlight {
@@ -85,7 +86,7 @@ private:
     EventThread& Events;
     Mirror Unit;
     std::unique_ptr<Wire::Unit::Stub> Stub;  // null when there is nothing to connect to
-    std::unique_ptr<WatchStream> Stream;     // likewise
+    std::unique_ptr<StateStream> Stream;     // likewise
 
     mutable std::mutex Lock;  // guards InFlight and every change of Phase
     mutable std::condition_variable PhaseChanged;

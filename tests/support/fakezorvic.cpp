@@ -22,6 +22,7 @@ Globals Global;
 // Of the sessions alive now, whatever is reset.
 std::map<const Zorvic::Session*, std::string> Hosts;
 std::map<std::pair<const Zorvic::Session*, Zorvic::StateEventType>, void*> Users;
+int Previews = 0;
 
 /// How every operation starts.
 void Begin(const Call& call) {
@@ -124,9 +125,27 @@ std::ptrdiff_t LiveSessions(const std::string& host) {
     return std::ranges::count_if(Hosts, [&](const auto& entry) { return host.empty() || entry.second == host; });
 }
 
+int LivePreviews() {
+    return Previews;
+}
+
 }  // namespace FakeZorvic
 
 namespace Zorvic {
+
+struct OutputPreview::Impl {
+    std::shared_ptr<Unit> Peer;
+};
+OutputPreview::OutputPreview(const std::string& host)
+    : Pimpl(std::make_unique<Impl>(Impl{FakeZorvic::Global.Units.at(host)})) {
+    ++FakeZorvic::Previews;
+}
+OutputPreview::~OutputPreview() {
+    --FakeZorvic::Previews;
+}
+std::vector<OutputPicture> OutputPreview::Latest() const {
+    return Pimpl->Peer->Pictures;
+}
 
 std::vector<LANZorvic> GetLANZorvics() {
     FakeZorvic::Begin({.Operation = "GetLANZorvics"});

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include <zorvic/preview.h>
 #include <zorvic/zorvic.h>
 
 /// The unit control library, scripted and in process: console tests link it instead of the real one. Units are plain
@@ -44,7 +45,8 @@ struct Unit {
     std::map<std::pair<std::string, std::string>, std::vector<Zorvic::ExternalAsset>> Listings = {};  ///< drive, path
     std::map<std::int32_t, Zorvic::TimeCode> TimeCodes = {};  ///< by PK; without an entry the read fails
     Zorvic::KonaHardwareState Hardware = {};
-    bool Reachable = true;  ///< off: sessions have no link
+    std::vector<Zorvic::OutputPicture> Pictures = {};  ///< what its outputs show
+    bool Reachable = true;                             ///< off: sessions have no link
 
     /// Adds a preset with its state, as if stored long ago. A PK of 0 becomes the next free one. Returns the PK.
     std::int32_t AddPreset(Zorvic::Preset preset, std::int32_t trtMS);
@@ -87,5 +89,8 @@ std::ptrdiff_t Registrations(const void* user = nullptr);
 
 /// Session objects alive now; with a host, those opened with that text. Reset() does not change it.
 std::ptrdiff_t LiveSessions(const std::string& host = {});
+
+/// How many watch the outputs of units now.
+int LivePreviews();
 
 }  // namespace FakeZorvic

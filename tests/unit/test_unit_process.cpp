@@ -1,5 +1,6 @@
 #include "conversions.h"
 #include "mirror.h"
+#include "support/clippreset.h"
 #include "support/unitprocess.h"
 #include "unit/media_samples.h"
 #include "unit/unitfakes.h"
@@ -7,6 +8,7 @@
 #include <gmock/gmock.h>
 #include <grpcpp/create_channel.h>
 #include <grpcpp/security/credentials.h>
+#include <zorvic/preview.h>
 #include <zorvic/session.h>
 
 #include <algorithm>
@@ -36,8 +38,9 @@ Preset PresetOf(const std::string& asset, std::size_t notes = 0) {
 /// A unit as a process of its own, and a console on it.
 class Unit : public UnitProcess {
 public:
-    explicit Unit(const std::string& directory)
-        : UnitProcess(directory + "/store", {"--drive", "E=" + directory + "/drive", "--announce", "off"}) {
+    explicit Unit(const std::string& directory, const std::string& output = "1=off")
+        : UnitProcess(directory + "/store",
+                      {"--drive", "E=" + directory + "/drive", "--announce", "off", "--output", output}) {
         EXPECT_TRUE(Console.Connected());
     }
     std::vector<Preset> Presets() {
@@ -310,6 +313,36 @@ TEST_F(ImportingUnitTest, AFullDiskFailsWhatNeedsRoomAndTheUnitLives) {
     Unit unit(Directory.Path());
     EXPECT_GT(saved, 0U);
     EXPECT_EQ(unit.Presets().size(), saved);
+}
+
+TEST_F(UnitProcessTest, APreviewShowsWhatAnOutputShows) {
+    std::filesystem::create_directories(Directory.Path() + "/store/Assets");
+    ASSERT_TRUE(ZorvicUnit::Encode("-f lavfi -i color=c=#c08020:s=320x180:r=10 -t 10 -c:v mpeg4 -q:v 1",
+                                   Directory.Path() + "/store/Assets/clip.mov"));
+    Unit unit(Directory.Path(), "1=offscreen");
+    ASSERT_EQ(unit.Console.CreatePreset(ClipPreset("Flat")), ZORVIC_STATUS_OK);
+    unit.AwaitStatus("C:\\Assets\\clip.mov", ZORVIC_ASSETSTATE_READY);
+    const OutputPreview preview(unit.Host());
+    const auto showsSignal = [&](bool signal) {
+        return WaitUntil(
+            [&] {
+                const auto pictures = preview.Latest();
+                return pictures.size() == 1 && pictures[0].Output == 1 && pictures[0].Signal == signal;
+            },
+            Watchdog);
+    };
+    EXPECT_TRUE(showsSignal(false));
+    EXPECT_EQ(unit.Console.Take(1), ZORVIC_STATUS_OK);
+    ASSERT_TRUE(showsSignal(true));
+    const auto picture = preview.Latest()[0];
+    // A flat picture: any pixel will do.
+    const auto pixel = picture.RGB->begin() + std::ptrdiff_t{3} * picture.Width * (picture.Height / 2);
+    for (const auto& [place, value] : {std::pair{0, 0xc0}, {1, 0x80}, {2, 0x20}})
+        EXPECT_NEAR(pixel[place], value, 6);
+    EXPECT_EQ(unit.Console.End(1), ZORVIC_STATUS_OK);
+    EXPECT_TRUE(showsSignal(false));
+    unit.Process().Signal(SIGTERM);
+    EXPECT_EQ(unit.Process().Wait(Watchdog), 0) << "a watcher does not hold the end up";
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include "feed/feed.h"
 #include "model/asset_link.h"
 #include "model/unit_model.h"
+#include "outputs/previews.h"
 #include "rpc/server.h"
 #include "rpc/unit_service.h"
 #include "store/database.h"
@@ -10,9 +11,11 @@
 #include "unit/unitfakes.h"
 
 #include <gmock/gmock.h>
+#include <zorvic/preview.h>
 #include <zorvic/session.h>
 
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <string>
@@ -54,6 +57,18 @@ int PositionOf(Session& session, int pk) {
     return session.GetTimeCode(code, pk) == Zorvic::ZORVIC_STATUS_OK ? code.Time : -1;
 }
 
+zorvic::render::PreviewPicture PictureOf(char grey, int ageMS) {
+    zorvic::render::PreviewPicture picture;
+    picture.set_output(2);
+    picture.set_width(2);
+    picture.set_height(1);
+    picture.set_rgb(std::string(6, grey));
+    picture.set_signal(true);
+    const auto at = std::chrono::steady_clock::now() - std::chrono::milliseconds(ageMS);
+    picture.set_at(std::chrono::nanoseconds(at.time_since_epoch()).count());
+    return picture;
+}
+
 /// A unit in the test's own process, with one preset of 10 s, and a console on it.
 class ServedUnitTest : public ::testing::Test {
 protected:
@@ -67,7 +82,8 @@ protected:
     UnitModel Model{NamedProfile(), Store, Time, Catalog, Updates};
     AssetStore Assets{{.StoreDirectory = Directory.Path(), .Drives = {}, .Watch = false}, Store, Time};
     AssetLink Link{Assets, Model};
-    UnitService Service{{}, Model, Assets, Link, Updates, [](auto) {}};
+    Previews Pictures;
+    UnitService Service{{}, Model, Assets, Link, Updates, Pictures, [](auto) {}};
     Server Requests{Service, "127.0.0.1", 0};
     Session Client{Requests.Address(), 1};
 };
@@ -128,6 +144,35 @@ TEST_F(ServedUnitTest, ACreationWhoseAnswerIsLostIsDoneOnceHoweverOftenItIsTried
     EXPECT_EQ(PresetsOf(Client).size(), 2U);
     EXPECT_EQ(Client.CreatePreset(preset), Zorvic::ZORVIC_STATUS_OK);
     EXPECT_EQ(PresetsOf(Client).size(), 3U) << "a clone of the clone, asked for after the answer";
+}
+
+TEST_F(ServedUnitTest, PicturesAreMadeWhileSomebodyWatchesAndCarryTheirAge) {
+    std::optional<Zorvic::OutputPreview> early(std::in_place, Requests.Address());
+    std::atomic<int> heard = 0;
+    Pictures.SetListener([&] { ++heard; });
+    EXPECT_TRUE(WaitUntil([&] { return heard == 1 && Pictures.Wanted(); })) << "asks again when there are outputs";
+    Pictures.Put(PictureOf(7, 0));
+    EXPECT_TRUE(WaitUntil([&] { return early->Latest().size() == 1; }));
+    const auto first = early->Latest().at(0);
+    EXPECT_EQ(*first.RGB, std::vector<std::uint8_t>(6, 7));
+    EXPECT_TRUE(first.Output == 2 && first.Width == 2 && first.Height == 1 && first.Signal);
+    Pictures.Put(PictureOf(7, 60'000));
+    EXPECT_TRUE(WaitUntil([&] { return early->Latest().at(0).Age >= std::chrono::seconds(60); }));
+    EXPECT_EQ(early->Latest().at(0).RGB, first.RGB) << "not sent again";
+    {
+        const Zorvic::OutputPreview late(Requests.Address());
+        EXPECT_TRUE(WaitUntil([&] { return late.Latest().size() == 1; })) << "without a new picture";
+    }
+    EXPECT_EQ(heard, 1);
+    early.reset();
+    EXPECT_TRUE(WaitUntil([&] { return heard == 2 && !Pictures.Wanted(); }));
+
+    const Zorvic::OutputPreview last(Requests.Address());
+    EXPECT_TRUE(WaitUntil([&] { return Pictures.Wanted(); }));
+    Pictures.Close();
+    EXPECT_TRUE(WaitUntil([&] { return !Pictures.Wanted(); })) << "no handler stays behind";
+    EXPECT_TRUE(last.Latest().empty()) << "a picture of an earlier watch is not shown";
+    Pictures.SetListener({});
 }
 
 }  // namespace

@@ -41,7 +41,8 @@ Daemon::Daemon(const Options& options, PowerSwitch& power)
       Profile(MakeProfile(options)),
       Model(Profile, Rows, Time, *Assets, Updates),
       Link(*Assets, Model),
-      Service(Profile.Identity, Model, *Assets, Link, Updates, [this](auto action) { Power.Request(action); }) {
+      Service(Profile.Identity, Model, *Assets, Link, Updates, Pictures,
+              [this](auto action) { Power.Request(action); }) {
     try {
         Assets->Start();
         Ticking.emplace(Model);
@@ -63,6 +64,7 @@ Daemon::~Daemon() {
 void Daemon::Stop() {
     Announcing.reset();
     Updates.Close();
+    Pictures.Close();
     Service.Drain(DrainLimit);
     if (Requests) Requests->Stop(GoodbyeLimit);
     Requests.reset();
@@ -124,7 +126,7 @@ void Daemon::StartRenderer(const Options& options) {
         output.set_height(shape.Height);
     }
     Showing.emplace(
-        setup, Model, [this](const std::string& path) { return Assets->HostFile(path); },
+        setup, Model, Pictures, [this](const std::string& path) { return Assets->HostFile(path); },
         [this](const std::string& path, const std::string& reason) { Assets->Condemn(path, reason); });
 }
 

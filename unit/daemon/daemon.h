@@ -10,6 +10,7 @@
 #include "feed/feed.h"
 #include "model/asset_link.h"
 #include "model/unit_model.h"
+#include "outputs/previews.h"
 #include "outputs/renderer.h"
 #include "rpc/server.h"
 #include "rpc/unit_service.h"
@@ -57,6 +58,7 @@ private:
     const UnitModel::Profile Profile;
     UnitModel Model;
     AssetLink Link;
+    Previews Pictures;
     UnitService Service;
     std::optional<Ticker> Ticking;
     std::optional<Housekeeper> Keeping;

@@ -3,6 +3,7 @@
 #include "fault.h"
 #include "model/unit_model.h"
 #include "outputs/outlook_message.h"
+#include "outputs/previews.h"
 #include "thread_name.h"
 
 #include <spdlog/spdlog.h>
@@ -32,15 +33,18 @@ constexpr int DeathsToCondemn = 2;
 
 }  // namespace
 
-Renderer::Renderer(const zorvic::render::Setup& setup, UnitModel& model, FileOf fileOf, Condemn condemn)
-    : Setup(setup), Model(model), HostFile(std::move(fileOf)), CondemnFile(std::move(condemn)) {
+Renderer::Renderer(const zorvic::render::Setup& setup, UnitModel& model, Previews& pictures, FileOf fileOf,
+                   Condemn condemn)
+    : Setup(setup), Model(model), Pictures(pictures), HostFile(std::move(fileOf)), CondemnFile(std::move(condemn)) {
     auto started = FirstStart.get_future();
     Thread = std::jthread([this](const std::stop_token& stop) { Run(stop); });
     started.get();
     Model.SetPlayListener([this] { Kick(); });
+    if (Setup.outputs_size() > 0) Pictures.SetListener([this] { Kick(); });
 }
 
 Renderer::~Renderer() {
+    Pictures.SetListener({});
     Model.SetPlayListener({});
     Thread.request_stop();
     Thread.join();
@@ -51,7 +55,7 @@ zorvic::render::Beat Renderer::Figures() const {
     return Latest;
 }
 
-// Runs in the model's lock.
+// Runs in the lock of whoever calls.
 void Renderer::Kick() {
     const std::scoped_lock lock(Lock);
     Kicked = true;
@@ -113,6 +117,7 @@ void Renderer::Serve(const std::stop_token& stop, RendererProcess& process) {
         Changed.notify_all();
     });
     auto sent = steady_clock::now() - OutlookPeriod;
+    bool previewing = false;
     for (;;) {
         {
             std::unique_lock lock(Lock);
@@ -126,6 +131,8 @@ void Renderer::Serve(const std::stop_token& stop, RendererProcess& process) {
         }
         sent = steady_clock::now();
         if (!SendOutlook(process)) break;
+        const bool wanted = Pictures.Wanted();
+        if (wanted != std::exchange(previewing, wanted) && !SendWish(process, wanted)) break;
     }
     process.Pipe().Shutdown();
 }
@@ -155,7 +162,15 @@ bool Renderer::SendOutlook(RendererProcess& process) {
     return process.Pipe().Send(message);
 }
 
-void Renderer::Take(const zorvic::render::FromRenderer& message) {
+bool Renderer::SendWish(RendererProcess& process, bool wanted) {
+    spdlog::debug("previews are {}wanted", wanted ? "" : "not ");
+    zorvic::render::ToRenderer message;
+    message.mutable_preview()->set_wanted(wanted);
+    return process.Pipe().Send(message);
+}
+
+void Renderer::Take(zorvic::render::FromRenderer& message) {
+    if (message.has_preview()) Pictures.Put(std::move(*message.mutable_preview()));
     if (message.has_first_frames()) TakeFirstFrames(message.first_frames());
     if (message.has_beat()) TakeBeat(message.beat());
     if (message.has_trouble()) spdlog::warn("not shown: {}", message.trouble().text());

@@ -20,6 +20,7 @@
 
 namespace ZorvicUnit {
 
+class Previews;
 class UnitModel;
 
 /// Keeps a renderer running and tells it what will play: the thread "zu-render". A renderer that dies or freezes is
@@ -31,9 +32,9 @@ public:
     /// A file that must not be opened again.
     using Condemn = std::function<void(const std::string& path, const std::string& reason)>;
 
-    /// Returns when all outputs are open. The model must outlive the object. Throws Fault: Misused when an output or a
-    /// device that was asked for does not exist, Internal when it can not be opened.
-    Renderer(const zorvic::render::Setup& setup, UnitModel& model, FileOf fileOf, Condemn condemn);
+    /// Returns when all outputs are open. The model and the previews must outlive the object. Throws Fault: Misused
+    /// when an output or a device that was asked for does not exist, Internal when it can not be opened.
+    Renderer(const zorvic::render::Setup& setup, UnitModel& model, Previews& pictures, FileOf fileOf, Condemn condemn);
     ~Renderer();
     Renderer(const Renderer&) = delete;
     Renderer& operator=(const Renderer&) = delete;
@@ -47,17 +48,19 @@ private:
     void Run(const std::stop_token& stop);
     bool Begin(RendererProcess& process);
     void Serve(const std::stop_token& stop, RendererProcess& process);
-    void Take(const zorvic::render::FromRenderer& message);
+    void Take(zorvic::render::FromRenderer& message);
     void TakeFirstFrames(const zorvic::render::FirstFrames& frames);
     void TakeBeat(const zorvic::render::Beat& beat);
     bool SendOutlook(RendererProcess& process);
     bool IsFrozen(const RendererProcess& process);
+    bool SendWish(RendererProcess& process, bool wanted);
     void Bury(RendererProcess& process);
     std::vector<std::string> CountDeaths();
     void Kick();
 
     const zorvic::render::Setup Setup;
     UnitModel& Model;
+    Previews& Pictures;
     const FileOf HostFile;
     const Condemn CondemnFile;
     std::promise<void> FirstStart;

@@ -8,14 +8,17 @@
 #include "files/names.h"
 #include "model/asset_link.h"
 #include "model/unit_model.h"
+#include "outputs/previews.h"
 
 #include <spdlog/spdlog.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <exception>
 #include <optional>
 #include <utility>
+#include <vector>
 
 namespace ZorvicUnit {
 
@@ -28,6 +31,7 @@ namespace {
 
 // Below the promised 250 ms, so that a heartbeat is in time also on a busy machine.
 constexpr std::chrono::milliseconds HeartbeatPeriod(150);
+constexpr std::chrono::milliseconds PreviewHeartbeatPeriod(1000);
 
 // What is left of a call's time when its turn to write comes must do for the write and for the way of the answer, too:
 // the console's clock for the call began to run before ours.
@@ -85,6 +89,29 @@ Caller CallerOf(const ServerContext& context, std::uint64_t requestKey = 0) {
     return {.Waits = waits, .RequestKey = requestKey};
 }
 
+zorvic::v1::PreviewFrame ToFrame(const Previews::Picture& picture) {
+    zorvic::v1::PreviewFrame frame;
+    frame.set_output(picture.Output);
+    const auto age = std::chrono::steady_clock::now() - picture.At;
+    // A picture is on its way before its output lights up.
+    frame.set_age_ms(static_cast<std::uint32_t>(
+        std::max<std::int64_t>(0, std::chrono::duration_cast<std::chrono::milliseconds>(age).count())));
+    frame.set_unchanged(picture.Unchanged);
+    if (picture.Unchanged) return frame;
+    frame.set_width(picture.Width);
+    frame.set_height(picture.Height);
+    frame.set_rgb(*picture.RGB);
+    frame.set_signal(picture.Signal);
+    return frame;
+}
+
+// A frame without an output when there is none to send. False when nobody listens any more.
+bool WritePictures(const std::vector<Previews::Picture>& pictures,
+                   grpc::ServerWriter<zorvic::v1::PreviewFrame>& writer) {
+    if (pictures.empty()) return writer.Write({});
+    return std::ranges::all_of(pictures, [&](const auto& picture) { return writer.Write(ToFrame(picture)); });
+}
+
 std::string OnPreset(const char* what, std::int32_t pk) {
     return fmt::format("{} preset {}", what, pk);
 }
@@ -96,12 +123,13 @@ std::string OnMark(const char* what, const zorvic::v1::MarkRequest& request) {
 }  // namespace
 
 UnitService::UnitService(zorvic::v1::Identity identity, UnitModel& model, AssetStore& assets, AssetLink& link,
-                         Feed& updates, PowerHandler power)
+                         Feed& updates, Previews& pictures, PowerHandler power)
     : Self(std::move(identity)),
       Model(model),
       Assets(assets),
       Link(link),
       Updates(updates),
+      Pictures(pictures),
       OnPower(std::move(power)) {}
 
 // Holds its thread for as long as the console watches. A console that does not read blocks the write, and with it only
@@ -119,6 +147,25 @@ Status UnitService::Watch(ServerContext* context, const zorvic::v1::WatchRequest
         }
     });
     return over && status.ok() ? Status(StatusCode::UNAVAILABLE, "the unit ends the session") : status;
+}
+
+// Holds its thread, as Watch does.
+Status UnitService::WatchPreview(ServerContext* context, const zorvic::v1::WatchPreviewRequest* /*request*/,
+                                 grpc::ServerWriter<zorvic::v1::PreviewFrame>* writer) {
+    try {
+        Previews::Watcher watcher(Pictures);
+        while (!context->IsCancelled()) {
+            const auto pictures = watcher.Next(PreviewHeartbeatPeriod);
+            if (!pictures) return {StatusCode::UNAVAILABLE, "the unit is ending"};
+            if (!WritePictures(*pictures, *writer)) break;
+        }
+        return Status::OK;
+    } catch (const Fault& fault) {  // nothing for the log: a unit without outputs is asked again and again
+        return {ToStatusCode(fault.Kind), fault.what()};
+    } catch (const std::exception& error) {
+        spdlog::error("watch preview: {}", error.what());
+        return {StatusCode::INTERNAL, error.what()};
+    }
 }
 
 Status UnitService::Identify(ServerContext* /*context*/, const zorvic::v1::IdentifyRequest* /*request*/,

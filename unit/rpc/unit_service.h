@@ -12,6 +12,7 @@ namespace ZorvicUnit {
 class AssetLink;
 class AssetStore;
 class Feed;
+class Previews;
 class UnitModel;
 
 /// The protocol's server side: one short handler per request. Every Fault becomes the one wire status it maps to and a
@@ -23,13 +24,15 @@ public:
     /// All references must outlive the object. power is called from a handler's thread before the reply has left, so it
     /// must only take note.
     UnitService(zorvic::v1::Identity identity, UnitModel& model, AssetStore& assets, AssetLink& link, Feed& updates,
-                PowerHandler power);
+                Previews& pictures, PowerHandler power);
 
     /// Turns further requests away and waits for those being carried out, no longer than the limit.
     void Drain(std::chrono::milliseconds limit) { Gate.Close(limit); }
 
     grpc::Status Watch(grpc::ServerContext* context, const zorvic::v1::WatchRequest* request,
                        grpc::ServerWriter<zorvic::v1::Frame>* writer) override;
+    grpc::Status WatchPreview(grpc::ServerContext* context, const zorvic::v1::WatchPreviewRequest* request,
+                              grpc::ServerWriter<zorvic::v1::PreviewFrame>* writer) override;
     grpc::Status Identify(grpc::ServerContext* context, const zorvic::v1::IdentifyRequest* request,
                           zorvic::v1::Identity* reply) override;
 
@@ -72,6 +75,7 @@ private:
     AssetStore& Assets;  ///< for questions
     AssetLink& Link;     ///< for commands on assets
     Feed& Updates;
+    Previews& Pictures;
     const PowerHandler OnPower;
     RequestGate Gate;
 };

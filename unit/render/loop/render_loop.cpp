@@ -199,7 +199,7 @@ void RenderLoop::SendPreview(TimePoint lightUp) {
         preview.set_signal(!output.Shown.empty());
         preview.set_at(lightUp.time_since_epoch().count());
         preview.set_rgb(ToRgb(Small->Read()));
-        Unit.SendIfRoom(std::move(message));
+        Unit.SendPicture(std::move(message));
     }
 }
 

@@ -6,12 +6,6 @@
 
 namespace ZorvicRender {
 
-namespace {
-
-constexpr std::size_t RoomForExtras = 8;
-
-}  // namespace
-
 Wire::Wire(ZorvicUnit::Descriptor socket) : Pipe(std::move(socket)), Sender([this] { SendAll(); }) {}
 
 Wire::~Wire() {
@@ -53,9 +47,9 @@ void Wire::Send(zorvic::render::FromRenderer message) {
     Changed.notify_all();
 }
 
-void Wire::SendIfRoom(zorvic::render::FromRenderer message) {
+void Wire::SendIfFewerWait(std::size_t count, zorvic::render::FromRenderer message) {
     const std::scoped_lock lock(Lock);
-    if (Outgoing.size() >= RoomForExtras) return;
+    if (Outgoing.size() >= count) return;
     Outgoing.push_back(std::move(message));
     Changed.notify_all();
 }

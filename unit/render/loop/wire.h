@@ -8,11 +8,13 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <cstddef>
 #include <deque>
 #include <functional>
 #include <memory>
 #include <mutex>
 #include <thread>
+#include <utility>
 
 namespace ZorvicRender {
 
@@ -36,11 +38,14 @@ public:
 
     void Send(zorvic::render::FromRenderer message);
     /// For what is of no use later: not sent while the unit does not read.
-    void SendIfRoom(zorvic::render::FromRenderer message);
+    void SendIfRoom(zorvic::render::FromRenderer message) { SendIfFewerWait(8, std::move(message)); }
+    /// As SendIfRoom, and leaves room for what the unit needs more.
+    void SendPicture(zorvic::render::FromRenderer message) { SendIfFewerWait(4, std::move(message)); }
     /// Returns when all was sent, or after a second.
     void Flush();
 
 private:
+    void SendIfFewerWait(std::size_t count, zorvic::render::FromRenderer message);
     void Receive();
     void SendAll();
 
