@@ -102,10 +102,27 @@ protected:
 
 TEST_F(UnitProcessTest, BadOptionsAreNamedAndEndWithTwo) {
     const std::string longName = "--nickname=" + std::string(257, 'x');
-    for (const std::string option :
-         {"--port=65536", "--port=x", "--listen=nonsense", "--listen=0.0.0.0", "--tls-dir=/tmp", "--role=boss",
-          "--type=x", "--video-mode=480p", "--refresh=61", "--drive=C=/media", "--drive=e=/media",
-          "--drive=E=", "--nickname=\xFF\xFE", longName.c_str(), "--nonsense"}) {
+    for (const std::string option : {"--port=65536",
+                                     "--port=x",
+                                     "--listen=nonsense",
+                                     "--listen=0.0.0.0",
+                                     "--tls-dir=/tmp",
+                                     "--role=boss",
+                                     "--type=x",
+                                     "--video-mode=480p",
+                                     "--refresh=61",
+                                     "--drive=C=/media",
+                                     "--drive=e=/media",
+                                     "--drive=E=",
+                                     "--output=5=window",
+                                     "--output=1=cinema",
+                                     "--output=1=window:0x9",
+                                     "--output=1=fullscreen:x",
+                                     "--audio=loud",
+                                     "--audio=file:x.mp3",
+                                     "--nickname=\xFF\xFE",
+                                     longName.c_str(),
+                                     "--nonsense"}) {
         EXPECT_EQ(RunToEnd({Store, option}), 2) << option;
         EXPECT_THAT(Output, HasSubstr(option.substr(0, option.find('='))));
     }
@@ -120,7 +137,9 @@ TEST_F(UnitProcessTest, ATakenPortAndAnUnusableStoreEndWithOneAndAReason) {
     const std::vector<std::array<std::string, 3>> cases = {
         {"--store=" + Directory.Path() + "/other", "--port=" + port, "the port is taken"},
         {Store, "--port=0", "in use by another unit"},
-        {"--store=/dev/null/x", "--port=0", "/dev/null/x"}};
+        {"--store=/dev/null/x", "--port=0", "/dev/null/x"},
+        {"--store=" + Directory.Path() + "/other", "--audio=alsa:nosuch", "--audio alsa:nosuch: cannot open"},
+        {"--store=" + Directory.Path() + "/other", "--audio=file:/nowhere/x.wav", "--audio file:/nowhere/x.wav"}};
     for (const auto& [store, listen, reason] : cases) {
         EXPECT_EQ(RunToEnd({store, listen, "--announce=off"}), 1);
         EXPECT_THAT(Output, HasSubstr(reason));
