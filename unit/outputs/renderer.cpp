@@ -22,6 +22,7 @@ namespace {
 // Long enough to open a film of the largest kind before it is needed.
 constexpr std::chrono::seconds Horizon(4);
 constexpr milliseconds OutlookPeriod(1000);
+constexpr milliseconds FiguresPeriod(1000);
 // Beats come every 200 ms.
 constexpr milliseconds FrozenAfter(800);
 constexpr milliseconds StartLimit(10'000);
@@ -196,6 +197,13 @@ void Renderer::TakeBeat(const zorvic::render::Beat& beat) {
     LastBeat = steady_clock::now();
     Latest = beat;
     Changed.notify_all();
+    if (LastBeat - LastFigures < FiguresPeriod) return;
+    LastFigures = LastBeat;
+    for (const auto& output : beat.outputs()) {
+        spdlog::debug("output {}: {} shown, {} dropped, {} repeated, {} late, first picture {} ms, seek {} ms, {} MB",
+                      output.number(), output.shown(), output.dropped(), output.repeated(), output.late(),
+                      output.first_frame_ms(), output.seek_ms(), beat.memory() / 1'000'000);
+    }
 }
 
 void Renderer::Bury(RendererProcess& process) {

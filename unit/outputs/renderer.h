@@ -75,6 +75,7 @@ private:
     bool Kicked = false;
     bool Lost = false;
     TimePoint LastBeat;
+    TimePoint LastFigures;
     zorvic::render::Beat Latest;
     std::multiset<std::string> Opening;  ///< once for each reader
     std::map<std::string, int> Deaths;
