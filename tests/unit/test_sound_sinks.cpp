@@ -1,4 +1,5 @@
 #include "fault.h"
+#include "files/regular_file.h"
 #include "media/envelope.h"
 #include "render/sound/device_sink.h"
 #include "render/sound/sound_engine.h"
@@ -174,7 +175,8 @@ TEST(WavSink, LeavesAReadableFileWhenKilledAndSurvivesAFullDisk) {
         EXPECT_EQ(waitpid(child, nullptr, WNOHANG), 0) << "still plays";
         kill(child, SIGKILL);
         waitpid(child, nullptr, 0);
-        const auto heard = ZorvicUnit::ReadEnvelope(file, ZorvicUnit::ReadLimit::Within(std::chrono::seconds(10)));
+        const auto heard = ZorvicUnit::ReadEnvelope(ZorvicUnit::OpenRegularFile(file), file,
+                                                    ZorvicUnit::ReadLimit::Within(std::chrono::seconds(10)));
         ASSERT_TRUE(heard);
         EXPECT_GT(heard->Levels.size(), limit == RLIM_INFINITY ? 16U : 8U);
         EXPECT_GT(heard->Levels.at(3)[0], 85);
