@@ -111,7 +111,8 @@ std::string PictureReader::TakeProblem() {
 }
 
 void PictureReader::Run() {
-    ZorvicUnit::NameThread("zr-pictures");
+    // It works ahead; drawing what is due comes first.
+    ZorvicUnit::NameThread("zr-pictures", ZorvicUnit::Manners::Modest);
     try {
         DecodeAll();
     } catch (const std::exception& error) {
