@@ -1,11 +1,9 @@
 #include "conversions.h"
-#include "support/clippreset.h"
 #include "support/unitprocess.h"
 #include "unit/media_samples.h"
 #include "unit/unitfakes.h"
 
 #include <gmock/gmock.h>
-#include <zorvic/preview.h>
 #include <zorvic/session.h>
 
 #include <algorithm>
@@ -275,36 +273,6 @@ TEST_F(ImportingUnitTest, AFullDiskFailsWhatNeedsRoomAndTheUnitLives) {
     Unit unit(Directory.Path());
     EXPECT_GT(saved, 0U);
     EXPECT_EQ(unit.Presets().size(), saved);
-}
-
-TEST_F(UnitProcessTest, APreviewShowsWhatAnOutputShows) {
-    std::filesystem::create_directories(Directory.Path() + "/store/Assets");
-    ASSERT_TRUE(ZorvicUnit::Encode("-f lavfi -i color=c=#c08020:s=320x180:r=10 -t 10 -c:v mpeg4 -q:v 1",
-                                   Directory.Path() + "/store/Assets/clip.mov"));
-    Unit unit(Directory.Path(), "1=offscreen");
-    ASSERT_EQ(unit.Console.CreatePreset(ClipPreset("Flat")), ZORVIC_STATUS_OK);
-    unit.AwaitStatus("C:\\Assets\\clip.mov", ZORVIC_ASSETSTATE_READY);
-    const OutputPreview preview(unit.Host());
-    const auto showsSignal = [&](bool signal) {
-        return WaitUntil(
-            [&] {
-                const auto pictures = preview.Latest();
-                return pictures.size() == 1 && pictures[0].Output == 1 && pictures[0].Signal == signal;
-            },
-            Watchdog);
-    };
-    EXPECT_TRUE(showsSignal(false));
-    EXPECT_EQ(unit.Console.Take(1), ZORVIC_STATUS_OK);
-    ASSERT_TRUE(showsSignal(true));
-    const auto picture = preview.Latest()[0];
-    // A flat picture: any pixel will do.
-    const auto pixel = picture.RGB->begin() + std::ptrdiff_t{3} * picture.Width * (picture.Height / 2);
-    for (const auto& [place, value] : {std::pair{0, 0xc0}, {1, 0x80}, {2, 0x20}})
-        EXPECT_NEAR(pixel[place], value, 6);
-    EXPECT_EQ(unit.Console.End(1), ZORVIC_STATUS_OK);
-    EXPECT_TRUE(showsSignal(false));
-    unit.Process().Signal(SIGTERM);
-    EXPECT_EQ(unit.Process().Wait(Watchdog), 0) << "a watcher does not hold the end up";
 }
 
 }  // namespace
