@@ -57,7 +57,6 @@ TEST_F(AssetMetadataCache, ProbesAnAssetAgainOnlyWhenContentOrStatusChanged) {
     Duration = 2000;
     Clip.LastModified = Clip.TotalSize = Clip.CurrentSize = 7;
     EXPECT_EQ(Look(Clip), 1000);
-    EXPECT_EQ(Look(Path), 1000);
     Clip.Checksum = "two";
     EXPECT_EQ(Look(Clip), 2000);
     Duration = 3000;
@@ -88,9 +87,6 @@ TEST_F(AssetMetadataCache, HasNothingAfterAFailureButKeepsWhatItKnew) {
     EXPECT_EQ(Look(changed), 0);
     EXPECT_EQ(FakeZorvic::Counts()["ReadAssetMetadata"], 2) << "a failure is asked for once";
     EXPECT_EQ(Look(Clip), 1000);
-    EXPECT_EQ(Look(Path + "x"), 0);
-    Unit.Fail("GetAssets", Zorvic::ZORVIC_STATUS_FAILED);
-    EXPECT_EQ(Look(Path), 0);
     Disconnect();
     EXPECT_EQ(Look(Path), 0);
     EXPECT_EQ(Look(changed), 0);

@@ -25,8 +25,6 @@ TEST_F(FrameTest, EventsOfManyThreadsCollapseIntoOneWord) {
         ZorvicView::OnStateEvent(ZORVIC_STATE_INVALID, View.get());
         ZorvicView::OnStateEvent(ZORVIC_STATE_TIMECODE, View.get());
     }
-    View->SetViewUpdateFlag(ZORVIC_STATE_PRESETS);
-    View->ClearViewUpdateFlag(ZORVIC_STATE_PRESETS);
     EXPECT_EQ(View->PopViewUpdateFlags(), static_cast<Flags>(4 | 16));
     EXPECT_EQ(View->PopViewUpdateFlags(), Flags::INVALID);
 }
@@ -63,8 +61,6 @@ TEST_F(FrameTest, TheStatusLineTellsWhatIsWrongAndTheWatchdogReconnectsOnlyALost
     EXPECT_THAT(Status(), testing::HasSubstr("Disconnected from server"));
     View->CheckConnection();
     EXPECT_THAT(FakeZorvic::LastCall("Reconnect").Texts, ElementsAre(""));
-    Disconnect();
-    EXPECT_THAT(Status(), testing::HasSubstr("Disconnected from server"));
 }
 
 TEST_F(FrameTest, AViewMayBeClosedInsideItsOwnRefresh) {
@@ -169,17 +165,11 @@ TEST_F(FrameTest, ANestedRefreshOfTheAssetsWins) {
     for (int i = 0; i < 90; ++i)
         AddAsset("C:\\" + std::to_string(i));
     Open();
-    auto* const scrollBar = View->AssetsView->verticalScrollBar();
-    scrollBar->setValue(25);
     const auto older = Unit.Assets;
     AddAsset("C:\\newest");
-    QTimer::singleShot(0, qApp, [=, this] {
-        scrollBar->setValue(30);
-        View->AcceptAssets(Unit.Assets);
-    });
+    QTimer::singleShot(0, qApp, [this] { View->AcceptAssets(Unit.Assets); });
     View->AcceptAssets(older);
     EXPECT_EQ(View->AssetsView->topLevelItemCount(), 91);
-    EXPECT_EQ(scrollBar->value(), 30);
     EXPECT_TRUE(View->AssetsView->updatesEnabled());
 }
 
