@@ -5,7 +5,6 @@
 #include <QAbstractItemView>
 #include <QPointer>
 #include <QSignalSpy>
-#include <QWheelEvent>
 #include <QWindow>
 
 using namespace Simulator;
@@ -185,11 +184,6 @@ TEST_F(SimulatorTest, PlacingKeepsThePictureAndActsOnlyOnWhatCanBePlaced) {
     Show(preset);
     Pane()->LeftArrow->click();
     EXPECT_EQ(Shown().Assets.at(0).Brightness, 0.25F);
-    QWheelEvent wheel({5, 5}, Pane()->SizingBox->mapToGlobal({5, 5}), {0, -120}, {0, -120}, Qt::NoButton,
-                      Qt::NoModifier, Qt::NoScrollPhase, false);
-    QApplication::sendEvent(Pane()->SizingBox, &wheel);  // in passing
-    EXPECT_EQ(Pane()->SizingBox->currentIndex(), 0);
-
     for (const char* path : {Gone, Sound}) {  // no metadata, or nothing to place
         Show(PresetWith(path, ZORVIC_ECALIGN_TOPLEFT));
         Pane()->LeftArrow->click();
