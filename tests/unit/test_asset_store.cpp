@@ -191,13 +191,11 @@ TEST_F(AssetStoreTest, ListsDrivesAndTheirDirectoriesThenMediaByName) {
 // The thread that hangs in the drive outlives the reader.
 TEST(DriveReader, AnswersLaterWhatWasSlowAndEndsThoughItsDriveHangs) {
     const auto listings = std::make_shared<std::atomic<int>>(0);
-    std::promise<void> first, second;
-    const auto gates = std::make_shared<std::vector<std::shared_future<void>>>();
-    gates->push_back(first.get_future().share());
-    gates->push_back(second.get_future().share());
+    std::array<std::promise<void>, 2> gates;
+    const std::array opened = {gates[0].get_future().share(), gates[1].get_future().share()};
     {
         DriveReader reader({"E", "/"}, [=](const DrivePlace&) {
-            gates->at(static_cast<std::size_t>((*listings)++)).wait();
+            opened.at(static_cast<std::size_t>((*listings)++)).wait();
             return std::vector<zorvic::v1::DirectoryEntry>(3);
         });
         const auto size = [&]() -> std::size_t {
@@ -214,13 +212,13 @@ TEST(DriveReader, AnswersLaterWhatWasSlowAndEndsThoughItsDriveHangs) {
         EXPECT_THAT(findHosts, testing::ThrowsMessage<Fault>(testing::HasSubstr("does not answer")))
             << "the next file waits no more";
         EXPECT_EQ(reader.Space().total(), 0);
-        first.set_value();
+        gates[0].set_value();
         EXPECT_TRUE(WaitUntil([&] { return size() == 3; }));
         EXPECT_EQ(*listings, 1) << "one question, asked again until it was answered";
         EXPECT_TRUE(WaitUntil([&] { return FaultOf(findHosts) == std::nullopt; }));
         EXPECT_EQ(size(), 0) << "an answer is given once";
     }
-    second.set_value();
+    gates[1].set_value();
 }
 
 }  // namespace
