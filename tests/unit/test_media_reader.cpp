@@ -1,7 +1,6 @@
 #include "assets/media_reader.h"
 #include "unit/asset_fixture.h"
 
-#include <algorithm>
 #include <future>
 #include <random>
 

@@ -3,16 +3,7 @@
 #include "playback/playback.h"
 #include "unit/unitfakes.h"
 
-#include <gmock/gmock.h>
 #include <google/protobuf/text_format.h>
-
-#include <algorithm>
-#include <functional>
-#include <map>
-#include <optional>
-#include <sstream>
-#include <string>
-#include <vector>
 
 using ZorvicUnit::Envelope;
 using ZorvicUnit::Fault;

@@ -2,13 +2,8 @@
 #include "model/preset_rules.h"
 #include "unit/unitfakes.h"
 
-#include <gmock/gmock.h>
-
 #include <cmath>
-#include <functional>
 #include <limits>
-#include <string>
-#include <vector>
 
 using zorvic::v1::Preset;
 

@@ -5,13 +5,6 @@
 #include "unit/media_samples.h"
 #include "unit/unitfakes.h"
 
-#include <gmock/gmock.h>
-
-#include <map>
-#include <optional>
-#include <utility>
-#include <vector>
-
 namespace ZorvicUnit {
 namespace {
 

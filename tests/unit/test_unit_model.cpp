@@ -7,14 +7,7 @@
 #include "support/childprocess.h"
 #include "unit/unitfakes.h"
 
-#include <gmock/gmock.h>
-
 #include <future>
-#include <optional>
-#include <set>
-#include <string>
-#include <tuple>
-#include <vector>
 
 using testing::ElementsAre;
 using testing::IsEmpty;

@@ -10,16 +10,8 @@
 #include "support/childprocess.h"
 #include "unit/unitfakes.h"
 
-#include <gmock/gmock.h>
 #include <zorvic/preview.h>
 #include <zorvic/session.h>
-
-#include <atomic>
-#include <chrono>
-#include <functional>
-#include <optional>
-#include <string>
-#include <vector>
 
 using namespace ZorvicUnit;
 using Zorvic::Session;
