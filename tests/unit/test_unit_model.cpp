@@ -7,8 +7,6 @@
 #include "support/childprocess.h"
 #include "unit/unitfakes.h"
 
-#include <future>
-
 using testing::ElementsAre;
 using testing::IsEmpty;
 using zorvic::v1::Preset;
@@ -206,25 +204,6 @@ TEST_F(UnitModelTest, WhatIsLikelyToBeTakenNextStandsAtItsStart) {
     Catalog.Durations.clear();
     Model->End(linked);
     EXPECT_THAT(likely(), ElementsAre(Start(selected, 2, 0), cued));
-}
-
-// The disk is slow while another thread holds the store.
-TEST_F(UnitModelTest, ASlowDiskDelaysNeitherTakesNorTimecodes) {
-    const std::int32_t pk = Create();
-    Preset preset = Console->PresetOf(pk);
-    preset.set_name("written late");
-    std::optional<ZorvicUnit::Transaction> slow(std::in_place, Store);
-    auto update = std::async(std::launch::async, [&] { Update(preset, "name"); });
-    Model->Take(pk);
-    Time.Pass(5'000);
-    Model->Tick();
-    Console->Read();
-    EXPECT_EQ(Console->State->TimeCodes->at(0).Time, 5'000);
-    EXPECT_NE(Console->PresetOf(pk).name(), "written late");
-    slow.reset();
-    update.get();
-    Console->Read();
-    EXPECT_EQ(Console->PresetOf(pk).name(), "written late");
 }
 
 }  // namespace
