@@ -59,7 +59,6 @@ TEST_F(Chooser, OffersTheFirstUnitOnlyWhenNothingIsTypedOrSelected) {
     Window.ZorvicIPBox->setText(QStringLiteral("192.168.7"));
     Find({MakeUnit("10.0.0.1"), MakeUnit("10.0.0.2")});
     EXPECT_EQ(Address(), "192.168.7");
-    EXPECT_TRUE(List->selectedItems().isEmpty());
     Window.ZorvicIPBox->clear();
     Window.RefreshLANZorvics();
     EXPECT_EQ(Address(), "10.0.0.1");
