@@ -12,7 +12,7 @@ namespace ZorvicRender {
 
 ZorvicUnit::Descriptor KeptFile::Open() {
     const std::lock_guard guard(Lock);
-    if (!Kept) Kept.emplace(ZorvicUnit::OpenRegularFile(Path));
+    if (!Kept) Kept.emplace(ZorvicUnit::OpenRegularFile(File));
     ZorvicUnit::Descriptor copy(fcntl(Kept->Get(), F_DUPFD_CLOEXEC, 0));
     if (copy.IsOpen()) return copy;
     throw ZorvicUnit::Fault(ZorvicUnit::FaultKind::Internal, "cannot open " + Path + " again: " + std::strerror(errno));

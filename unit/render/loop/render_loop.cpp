@@ -33,19 +33,12 @@ std::uint32_t ToMilliseconds(Nanoseconds time) {
     return static_cast<std::uint32_t>(std::chrono::duration_cast<milliseconds>(time).count());
 }
 
-Stage::Reports ReportsTo(Wire& unit) {
-    const auto opening = [&unit](const std::string& path, bool done) {
-        zorvic::render::FromRenderer message;
-        message.mutable_opening()->set_path(path);
-        message.mutable_opening()->set_done(done);
-        unit.Send(std::move(message));
-    };
-    const auto trouble = [&unit](const std::string& text) {
+Stage::TroubleReport TroubleTo(Wire& unit) {
+    return [&unit](const std::string& text) {
         zorvic::render::FromRenderer message;
         message.mutable_trouble()->set_text(text);
         unit.Send(std::move(message));
     };
-    return {opening, trouble};
 }
 
 std::string ToRgb(const std::vector<std::uint8_t>& rgba) {
@@ -69,7 +62,7 @@ RenderLoop::RenderLoop(const zorvic::render::Setup& setup, Wire& unit)
                                  .Shape = {static_cast<int>(output.width()), static_cast<int>(output.height())}});
           return outputs;
       }()),
-      Pictures(StageOutputs(), ReportsTo(unit)) {}
+      Pictures(StageOutputs(), TroubleTo(unit)) {}
 
 std::vector<StageOutput> RenderLoop::StageOutputs() const {
     std::vector<StageOutput> outputs;

@@ -29,7 +29,7 @@ void Mixer::Admit(const Scene& scene) {
 
 void Mixer::Admit(const std::shared_ptr<const Layer>& layer, bool plays) {
     for (const Medium& medium : layer->Media) {
-        if (medium.File.empty()) continue;
+        if (!medium.File) continue;
         Entry& entry = Tracks[{layer->Id, medium.Path}];
         if (entry.Sound == nullptr) entry.Sound = std::make_unique<Track>(medium.File);
         entry.Wanted = true;
@@ -96,7 +96,7 @@ bool Mixer::Ready(const Layer& layer) const {
     const std::int64_t position = SampleAt(layer.Spans.front().Position);
     const std::lock_guard guard(Lock);
     return std::all_of(layer.Media.begin(), layer.Media.end(), [&](const Medium& medium) {
-        if (medium.File.empty()) return true;
+        if (!medium.File) return true;
         const auto found = Tracks.find({layer.Id, medium.Path});
         return found != Tracks.end() && found->second.Sound->Ready(position);
     });
