@@ -23,6 +23,8 @@ public:
 
     /// A duplicate of the one descriptor. Throws Fault when the file cannot be opened.
     ZorvicUnit::Descriptor Open();
+    /// False when it was opened and another file, or none, has its name by now.
+    bool IsCurrent() const;
 
     /// Reports the opening by one reader: begun as this is made, done as told or when this ends.
     class Watch {
@@ -48,7 +50,7 @@ public:
 private:
     const std::string File;
     const Report Opening;
-    std::mutex Lock;  ///< guards Kept
+    mutable std::mutex Lock;  ///< guards Kept
     std::optional<ZorvicUnit::Descriptor> Kept;
 };
 

@@ -9,10 +9,6 @@ namespace {
 // Sound is mixed a little ahead of the clock or behind it; nobody looks back further.
 constexpr Nanoseconds KeptPast = std::chrono::seconds(1);
 
-TimePoint ToTime(std::int64_t nanoseconds) {
-    return TimePoint(Nanoseconds(nanoseconds));
-}
-
 Span ToSpan(const zorvic::render::Span& sent, bool planned) {
     return {.From = ToTime(sent.from()),
             .Until = ToTime(sent.until()),
@@ -56,22 +52,22 @@ public:
         : Before(before), Until(ToTime(outlook.until())), Opening(opening) {}
 
     template <typename Messages>
-    std::vector<std::shared_ptr<const Layer>> ToLayers(const Messages& messages) const {
+    std::vector<std::shared_ptr<const Layer>> ToLayers(const Messages& messages, bool play) const {
         std::vector<std::shared_ptr<const Layer>> layers;
         for (const auto& sent : messages) {
-            if (!sent.spans().empty()) layers.push_back(ToLayer(sent));
+            if (!sent.spans().empty()) layers.push_back(ToLayer(sent, play));
         }
         return layers;
     }
 
 private:
-    std::shared_ptr<const Layer> ToLayer(const zorvic::render::Layer& sent) const {
+    std::shared_ptr<const Layer> ToLayer(const zorvic::render::Layer& sent, bool plays) const {
         const Layer* before = Before.Find({sent.pk(), sent.run()});
         auto layer = std::make_shared<Layer>();
         layer->Id = {sent.pk(), sent.run()};
         layer->Preset = std::make_shared<const zorvic::v1::Preset>(sent.preset());
         for (const auto& medium : sent.media())
-            layer->Media.push_back({medium.path(), FileOf(layer->Id, medium)});
+            layer->Media.push_back({medium.path(), FileOf(layer->Id, medium, plays)});
         layer->Spans = PastOf(before, ToTime(sent.spans(0).from()));
         for (int i = 0; i < sent.spans_size(); ++i)
             Append(layer->Spans, ToSpan(sent.spans(i), i > 0));
@@ -79,10 +75,12 @@ private:
         return layer;
     }
 
-    std::shared_ptr<KeptFile> FileOf(const RunId& id, const zorvic::render::Medium& sent) const {
+    // What plays goes on with the file that it began with; what waits for its take begins with the latest.
+    std::shared_ptr<KeptFile> FileOf(const RunId& id, const zorvic::render::Medium& sent, bool plays) const {
         if (sent.file().empty()) return nullptr;
         auto kept = Before.FindFile(id, sent.path());
-        return kept ? kept : std::make_shared<KeptFile>(sent.path(), sent.file(), Opening);
+        if (kept && (plays || kept->IsCurrent())) return kept;
+        return std::make_shared<KeptFile>(sent.path(), sent.file(), Opening);
     }
 
     const Scene& Before;
@@ -122,7 +120,7 @@ std::shared_ptr<KeptFile> Scene::FindFile(const RunId& id, const std::string& pa
 
 Scene NextScene(const Scene& before, const zorvic::render::Outlook& outlook, const KeptFile::Report& opening) {
     const SceneMaker maker(before, outlook, opening);
-    return {.Layers = maker.ToLayers(outlook.layers()), .Primed = maker.ToLayers(outlook.primed())};
+    return {.Layers = maker.ToLayers(outlook.layers(), true), .Primed = maker.ToLayers(outlook.primed(), false)};
 }
 
 }  // namespace ZorvicRender

@@ -24,6 +24,11 @@ struct RunId {
     auto operator<=>(const RunId&) const = default;
 };
 
+/// A moment as the unit says it.
+inline TimePoint ToTime(std::int64_t nanoseconds) {
+    return TimePoint(Nanoseconds(nanoseconds));
+}
+
 /// A stretch of time in which the position of a run moves with the clock or stands.
 struct Span {
     TimePoint From;

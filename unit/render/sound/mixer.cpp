@@ -31,7 +31,11 @@ void Mixer::Admit(const std::shared_ptr<const Layer>& layer, bool plays) {
     for (const Medium& medium : layer->Media) {
         if (!medium.File) continue;
         Entry& entry = Tracks[{layer->Id, medium.Path}];
-        if (entry.Sound == nullptr) entry.Sound = std::make_unique<Track>(medium.File);
+        if (entry.File != medium.File) {
+            if (entry.Sound != nullptr) Retire(std::move(entry.Sound));
+            entry.File = medium.File;
+            entry.Sound = std::make_unique<Track>(medium.File);
+        }
         entry.Wanted = true;
         if (plays) entry.Playing = layer;
     }
@@ -86,10 +90,14 @@ void Mixer::DismissSilent() {
             ++at;
             continue;
         }
-        TornBefore += entry.Sound->Underruns();
-        Graves.Take(std::move(entry.Sound));
+        Retire(std::move(entry.Sound));
         at = Tracks.erase(at);
     }
+}
+
+void Mixer::Retire(std::unique_ptr<Track> track) {
+    TornBefore += track->Underruns();
+    Graves.Take(std::move(track));
 }
 
 bool Mixer::Ready(const Layer& layer) const {

@@ -34,6 +34,7 @@ int Pixels(double part, int whole) {
 
 struct Stage::Run {
     struct Entry {
+        std::shared_ptr<KeptFile> File;
         std::unique_ptr<PictureSource> Source;
         std::uint64_t Dropped = 0;
         std::uint64_t Repeated = 0;
@@ -100,9 +101,10 @@ void Stage::OpenSources(Run& run) {
     for (const Medium& medium : run.LaidOut->Media) {
         const auto size = sizes.find(medium.Path);
         if (size == sizes.end() || !medium.File) continue;
-        auto& source = run.Sources[medium.Path].Source;
-        if (!source) source = std::make_unique<PictureSource>(medium.File, PictureServices{Budget, Leftovers});
-        source->SetSize(size->second);
+        Run::Entry& entry = run.Sources[medium.Path];
+        if (entry.File != medium.File)
+            entry = {medium.File, std::make_unique<PictureSource>(medium.File, PictureServices{Budget, Leftovers})};
+        entry.Source->SetSize(size->second);
     }
 }
 
