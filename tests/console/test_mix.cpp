@@ -43,17 +43,6 @@ TEST_F(MixTest, ASliderSetsItsChannelOrBothButARefreshNeither) {
     EXPECT_EQ(View->LChannel->value(), 6);
 }
 
-TEST_F(MixTest, ARefreshDoesNotUndoWhatAnotherConsoleSetMeanwhile) {
-    auto older = Unit.Presets;
-    Preset(1).Volume = {3000, 4000};
-    Hue(0) = 0.7F;
-    older[0].Volume = {1000, 2000};
-    older[0].Canvases[0].Assets[0].Hue = 0.5F;
-    View->AcceptPresets(older);
-    EXPECT_THAT(Preset(1).Volume, ElementsAre(3000, 4000));
-    EXPECT_FLOAT_EQ(Hue(0), 0.7F);
-}
-
 TEST_F(MixTest, PictureSlidersAdjustTheChosenPlayersAsset) {
     EXPECT_EQ(View->ActivePlayerSel->currentText(), QStringLiteral("Player 1"));
     EXPECT_EQ(View->HueSel->value(), 30);

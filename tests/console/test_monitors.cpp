@@ -42,8 +42,6 @@ TEST_F(MonitorsTest, AMonitorTellsWhatIsNotLive) {
     Unit.Pictures = {Picture(1, true, 3900ms), Picture(3, true)};
     EXPECT_THAT(Notices(), ElementsAre("1:3 s", "3:"));
     EXPECT_LT(Centre().red(), 100) << "dimmed";
-    Unit.Pictures = {Picture(2, true)};
-    EXPECT_THAT(Notices(), ElementsAre("2:")) << "the unit came back with another output";
 }
 
 TEST_F(MonitorsTest, OnlyMonitorsOnTheScreenOfAUnitThatAnswersAskForPictures) {
@@ -53,8 +51,6 @@ TEST_F(MonitorsTest, OnlyMonitorsOnTheScreenOfAUnitThatAnswersAskForPictures) {
     EXPECT_FALSE(Strip().isVisible());
     EXPECT_EQ(FakeZorvic::LivePreviews(), 0);
     View->SimulatorCheckBox->setChecked(true);
-    EXPECT_EQ(FakeZorvic::LivePreviews(), 1);
-
     QTabWidget tabs;
     tabs.addTab(View.get(), QString());
     tabs.addTab(new QWidget, QString());
@@ -63,7 +59,6 @@ TEST_F(MonitorsTest, OnlyMonitorsOnTheScreenOfAUnitThatAnswersAskForPictures) {
     tabs.setCurrentIndex(1);
     EXPECT_EQ(FakeZorvic::LivePreviews(), 0) << "in the background";
     tabs.setCurrentIndex(0);
-
     Unit.Reachable = false;
     View->UpdateStatus();
     EXPECT_EQ(FakeZorvic::LivePreviews(), 0) << "no answer";

