@@ -14,6 +14,7 @@ namespace {
 
 constexpr std::string_view DefaultPort = "9477";
 constexpr int MaxMessageBytes = 64 * 1024 * 1024;  // a directory of a large drive comes in one reply
+constexpr int MaxHeaderBytes = 64 * 1024;          // the reason of a refusal is one: a long one must not cost the link
 
 bool IsAddressCharacter(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '.' || c == '-' ||
@@ -66,6 +67,7 @@ grpc::ChannelArguments Arguments(std::chrono::milliseconds connectLimit) {
     arguments.SetInt(GRPC_ARG_ENABLE_RETRIES, 0);  // a command takes effect once or fails
     arguments.SetInt(GRPC_ARG_SERVICE_CONFIG_DISABLE_RESOLUTION, 1);
     arguments.SetMaxReceiveMessageSize(MaxMessageBytes);
+    arguments.SetInt(GRPC_ARG_MAX_METADATA_SIZE, MaxHeaderBytes);
     return arguments;
 }
 

@@ -58,7 +58,8 @@ template <class Request, class Reply>
 StatusCode Session::Impl::Ask(Internal::Connection::Method<Request, Reply> method, const Request& request, Reply& reply,
                               std::chrono::milliseconds limit) {
     if (!Connected()) return ZORVIC_STATUS_NETWORKERROR;
-    if (!Internal::HasValidText(request)) return ZORVIC_STATUS_MISUSED;
+    if (request.ByteSizeLong() > Internal::MaxRequestBytes || !Internal::HasValidText(request))
+        return ZORVIC_STATUS_MISUSED;
     return Unit->Outcome(Unit->Call(method, request, reply, limit));
 }
 

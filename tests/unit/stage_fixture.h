@@ -122,7 +122,7 @@ protected:
     Scene Playing;
     HeadlessContext Context;
     Stage Stagehand{{{1, OutputSize, OutputSize}, {2, OutputSize, OutputSize}},
-                    {[](const std::string&, bool) {}, [this](const std::string& text) { Troubles.push_back(text); }}};
+                    [this](const std::string& text) { Troubles.push_back(text); }};
     Compositor Painter;
     Canvas Surface{OutputSize};
 };

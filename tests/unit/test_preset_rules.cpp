@@ -51,6 +51,18 @@ TEST(PresetRules, HoldTheLimitsToTheLastUnit) {
             preset.mutable_canvases(0)->mutable_assets(0)->set_full_path(std::string(bytes, 'x'));
         };
     };
+    const auto pinned = [](int count) {
+        return [=](Preset& preset) {
+            while (preset.canvases(0).assets_size() < count)
+                preset.mutable_canvases(0)->add_assets()->set_full_path("b");
+        };
+    };
+    const auto tabs = [](int count) {
+        return [=](Preset& preset) {
+            for (int id = 0; id < count; ++id)
+                preset.add_tab_order()->set_tab_id(id);
+        };
+    };
     const std::vector<Case> cases = {
         {"stored", [](Preset& p) { p.set_name(std::string(256, 'x')); }},
         {"the name of more than 256", [](Preset& p) { p.set_name(std::string(257, 'x')); }},
@@ -70,6 +82,13 @@ TEST(PresetRules, HoldTheLimitsToTheLastUnit) {
         {"two gotos at 5 ms", [](Preset& p) { AddMark(p, 1, 5), AddMark(p, 2, 5); }},
         {"stored", [](Preset& p) { p.add_volume(65'535); }},
         {"a volume of 65536", [](Preset& p) { p.add_volume(65'536); }},
+        {"stored", [](Preset& p) { p.mutable_volume()->Resize(64, 1); }},
+        {"volumes of more than 64", [](Preset& p) { p.mutable_volume()->Resize(65, 1); }},
+        {"an asset without a path", paths(0)},
+        {"stored", pinned(64)},
+        {"more than 64 assets", pinned(65)},
+        {"stored", tabs(256)},
+        {"more than 256 tabs", tabs(257)},
         {"two places in tab 0", [](Preset& p) { p.add_tab_order(), p.add_tab_order(); }},
         {"stored", paths(500'000)},
         {"larger than 524288", paths(524'280)},
@@ -80,6 +99,22 @@ TEST(PresetRules, HoldTheLimitsToTheLastUnit) {
         expected.Edit(preset);
         EXPECT_THAT(Verdict(preset), testing::HasSubstr(expected.Verdict));
     }
+}
+
+TEST(PresetRules, TheLargestPresetThatCanBeMadeCanBeEdited) {
+    Preset preset = PresetWith(0, "a");
+    const auto fill = [&](std::size_t bytes) {
+        preset.mutable_canvases(0)->mutable_assets(0)->set_full_path(std::string(bytes, 'x'));
+        return preset.ByteSizeLong();
+    };
+    const std::size_t largest = ZorvicUnit::MaxPresetBytes - 2;  // the entry of tab 0 comes on top
+    std::size_t bytes = largest - (fill(largest) - largest);
+    EXPECT_EQ(fill(bytes), largest);
+    EXPECT_EQ(Verdict(preset), "stored");
+    preset.set_pk(10'000);
+    EXPECT_EQ(Verdict(preset), "stored");
+    fill(bytes + 1);
+    EXPECT_THAT(Verdict(preset), testing::HasSubstr("larger than 524288"));
 }
 
 TEST(PresetRules, AMaskWritesItsFieldsAndNoOthers) {

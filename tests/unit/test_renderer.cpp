@@ -92,6 +92,8 @@ TEST_F(RendererTest, ComesBackWithItsPictureAndDisturbsNoClock) {
     const auto passed = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - began);
     const auto moved = ((before.Time - after.Time) % 30'000 + 30'000) % 30'000;
     EXPECT_NEAR(moved, static_cast<double>(passed.count() % 30'000), 500);
+    EXPECT_GT(std::filesystem::file_size(Directory.Path() + "/sound.wav"), passed.count() * 48 * 4)
+        << "the sound of all renderers";
     ASSERT_EQ(Console->End(1), ZORVIC_STATUS_OK);
     const auto dark = [&] { return !Preview->Latest().empty() && !Preview->Latest()[0].Signal; };
     EXPECT_TRUE(WaitUntil(dark, Watchdog));

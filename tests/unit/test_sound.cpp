@@ -52,7 +52,7 @@ protected:
         auto layer = std::make_shared<Layer>();
         layer->Id = {1, run};
         layer->Preset = std::make_shared<const zorvic::v1::Preset>(Preset);
-        layer->Media = {{"C:\\clip", File.string()}};
+        layer->Media = {{"C:\\clip", std::make_shared<KeptFile>("C:\\clip", File.string(), nullptr)}};
         layer->Spans = std::move(spans);
         layer->EndsByItself = endsByItself;
         return layer;

@@ -187,14 +187,15 @@ TEST(SoundEngine, SaysWhichOptionCannotBeOpened) {
     using ZorvicUnit::FaultKind;
     const auto refusal = [](const std::string& audio) {
         try {
-            SoundEngine::Open(audio);
+            zorvic::render::Setup setup;
+            setup.set_audio(audio);
+            SoundEngine::Open(setup);
         } catch (const ZorvicUnit::Fault& fault) {
             EXPECT_THAT(fault.what(), testing::StartsWith("--audio " + audio));
             return fault.Kind;
         }
         return FaultKind::Internal;
     };
-    EXPECT_EQ(SoundEngine::Open("off"), nullptr);
     EXPECT_EQ(refusal("loud"), FaultKind::Misused);
     EXPECT_EQ(refusal("file:/nowhere/heard.wav"), FaultKind::NotFound);
     EXPECT_EQ(refusal("alsa:no-such-device"), FaultKind::NotFound);

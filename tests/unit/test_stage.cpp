@@ -140,6 +140,32 @@ TEST_F(NumberedStageTest, BeginsWhereItWasGotReady) {
     EXPECT_EQ(NumberAt(milliseconds(1020)), 40);
 }
 
+TEST_F(NumberedStageTest, BeginsWithTheFileOfTheMomentAndStaysWithIt) {
+    const ZorvicUnit::MediaDirectory directory;
+    std::filesystem::copy_file(Clip(Formats[2]), directory / "a.mov");
+    ASSERT_TRUE(EncodeNumbered("-c:v mjpeg -strict unofficial", 5, directory / "short.mov"));
+    ASSERT_TRUE(EncodeNumbered("-c:v mjpeg -strict unofficial", 9, directory / "later.mov"));
+    auto layer = Layer(1, {directory / "a.mov"});
+    AddSpan(layer, milliseconds(0), std::chrono::hours(1), 40 * PictureTime, false);
+    zorvic::render::Outlook outlook;
+    *outlook.add_primed() = layer;
+    const auto prime = [&] {
+        Playing = NextScene(Playing, outlook);
+        EXPECT_TRUE(WaitUntil([&] {
+            Stagehand.Follow(Playing, At(milliseconds(0)), Tick);
+            return !Stagehand.ReadyLayers(Playing).empty();
+        }));
+    };
+    prime();
+    std::filesystem::rename(directory / "short.mov", directory / "a.mov");
+    prime();
+    Show({layer});
+    EXPECT_EQ(NumberAt(milliseconds(20)), 4) << "the last picture of the new one";
+    std::filesystem::rename(directory / "later.mov", directory / "a.mov");
+    Show({layer});
+    EXPECT_EQ(NumberAt(milliseconds(40)), 4);
+}
+
 TEST_F(StageTest, AMissingOrBrokenFileLeavesOthersAlone) {
     const ZorvicUnit::MediaDirectory directory;
     ASSERT_TRUE(EncodeNumbered("-c:v mjpeg -strict unofficial", 5, directory / "good.mov"));

@@ -52,12 +52,13 @@ protected:
         Catalog.Durations[Clip] = 10'000;
         Start();
     }
-    void Start() {
+    void Start(std::size_t mostBytes = ZorvicUnit::MaxStoredBytes) {
         Console.reset();
         Model.reset();
         Updates.emplace();
         UnitModel::Profile profile;
         profile.Identity.set_guid("unit-1");
+        profile.MostBytes = mostBytes;
         Model.emplace(profile, Store, Time, Catalog, *Updates);
         Console.emplace(*Updates);
         Console->Read();
@@ -81,6 +82,24 @@ protected:
     std::optional<UnitModel> Model;
     std::optional<Watcher> Console;
 };
+
+TEST_F(UnitModelTest, AllPresetsTogetherHaveALimitThatLetsThemShrink) {
+    Create();
+    const auto bytes = ZorvicUnit::BytesOf(Console->PresetOf(1));
+    Start(2 * bytes + 2);  // the second one is not the first in its tab
+    Create();
+    const auto refused = [&] { return FaultOf([&] { Model->CreatePreset(PresetWith(0, Clip)); }); };
+    EXPECT_EQ(refused(), FaultKind::Misused);
+    Preset edited = Console->PresetOf(2);
+    edited.set_name(edited.name() + '!');
+    EXPECT_EQ(FaultOf([&] { Update(edited, "name"); }), FaultKind::Misused);
+    edited.clear_name();
+    Update(edited, "name");
+    Start(2 * bytes - 5);
+    EXPECT_EQ(refused(), FaultKind::Misused);
+    Model->DeletePreset(1);
+    EXPECT_EQ(refused(), std::nullopt);
+}
 
 TEST_F(UnitModelTest, AnUpdateWithoutDifferenceCostsNoRevision) {
     Preset preset = Console->PresetOf(Create());

@@ -3,6 +3,7 @@
 #include "fault.h"
 #include "utf8.h"
 
+#include <google/protobuf/io/coded_stream.h>
 #include <google/protobuf/util/field_mask_util.h>
 #include <spdlog/fmt/fmt.h>
 
@@ -30,6 +31,7 @@ void CheckText(const char* what, const std::string& text, std::size_t limit) {
 }
 
 void CheckAsset(const zorvic::v1::PinnedAsset& asset) {
+    if (asset.full_path().empty()) Misuse("an asset without a path");
     CheckText("an asset path", asset.full_path(), MaxPresetBytes);
     for (const float value : {asset.hue(), asset.saturation(), asset.brightness(), asset.contrast()})
         if (!std::isfinite(value)) Misuse("a picture value of " + asset.full_path() + " is not a finite number");
@@ -43,6 +45,7 @@ void CheckCanvases(const Preset& preset) {
         if (number > 0 && canvas.index() <= preset.canvases(number - 1).index())
             Misuse("canvases are not in the order of their index");
         outputs += canvas.num_outputs();
+        if (canvas.assets_size() > MaxAssets) Misuse(fmt::format("more than {} assets on a canvas", MaxAssets));
         std::for_each(canvas.assets().begin(), canvas.assets().end(), CheckAsset);
     }
     if (outputs > MaxPlayers) Misuse(fmt::format("canvases need {} players, there are {}", outputs, MaxPlayers));
@@ -60,12 +63,14 @@ void CheckMarks(const char* kind, const Marks& marks) {
 }
 
 void CheckTabs(const Preset& preset) {
+    if (preset.tab_order_size() > MaxTabs) Misuse(fmt::format("places in more than {} tabs", MaxTabs));
     std::set<std::int32_t> tabs;
     for (const TabOrdering& tab : preset.tab_order())
         if (!tabs.insert(tab.tab_id()).second) Misuse(fmt::format("two places in tab {}", tab.tab_id()));
 }
 
 void CheckVolume(const Preset& preset) {
+    if (preset.volume_size() > MaxVolumes) Misuse(fmt::format("volumes of more than {} channels", MaxVolumes));
     for (const std::uint32_t level : preset.volume())
         if (level > std::numeric_limits<std::uint16_t>::max()) Misuse(fmt::format("a volume of {}", level));
 }
@@ -101,6 +106,12 @@ void Normalise(Preset& preset, std::int32_t tabIndex) {
     preset.DiscardUnknownFields();
 }
 
+std::size_t BytesOf(const Preset& preset) {
+    using google::protobuf::io::CodedOutputStream;
+    return preset.ByteSizeLong() -
+           (preset.pk() == 0 ? 0 : 1 + CodedOutputStream::VarintSize32SignExtended(preset.pk()));
+}
+
 void CheckPreset(const Preset& preset) {
     CheckText("the name", preset.name(), MaxNameBytes);
     CheckText("the notes", preset.notes(), MaxNotesBytes);
@@ -110,8 +121,7 @@ void CheckPreset(const Preset& preset) {
     CheckMarks("countdown", preset.countdowns());
     CheckTabs(preset);
     CheckVolume(preset);
-    if (preset.ByteSizeLong() > MaxPresetBytes)
-        Misuse(fmt::format("the preset is larger than {} bytes", MaxPresetBytes));
+    if (BytesOf(preset) > MaxPresetBytes) Misuse(fmt::format("the preset is larger than {} bytes", MaxPresetBytes));
 }
 
 Marks& MarksOf(Preset& preset, zorvic::v1::MarkKind kind) {

@@ -12,10 +12,14 @@ namespace ZorvicUnit {
 constexpr std::size_t MaxPresets = 10'000;
 constexpr int MaxCanvases = 16;
 constexpr std::uint64_t MaxPlayers = 4;
+constexpr int MaxAssets = 64;    ///< on one canvas
 constexpr int MaxMarks = 1'000;  ///< of each kind
+constexpr int MaxTabs = 256;
+constexpr int MaxVolumes = 64;  ///< channels
 constexpr std::size_t MaxNameBytes = 256;
 constexpr std::size_t MaxNotesBytes = 64UL * 1024;
 constexpr std::size_t MaxPresetBytes = 512UL * 1024;
+constexpr std::size_t MaxStoredBytes = 256UL * 1024 * 1024;  ///< all presets together
 
 /// Copies the fields that the mask names from sent. A name that is not a top-level field other than the key is misuse.
 void MergeFields(zorvic::v1::Preset& stored, const zorvic::v1::Preset& sent, const google::protobuf::FieldMask& mask);
@@ -28,6 +32,10 @@ const zorvic::v1::TabOrdering* FirstTab(const zorvic::v1::Preset& preset);
 
 /// Throws when the (normalised) preset may not be stored.
 void CheckPreset(const zorvic::v1::Preset& preset);
+
+/// Size of a preset as the limits count it: without the key, which it does not have yet when it is made, so that the
+/// largest one can be edited, too.
+std::size_t BytesOf(const zorvic::v1::Preset& preset);
 
 using Marks = google::protobuf::RepeatedPtrField<zorvic::v1::Mark>;
 /// The marks of the kind; misuse when there is no such kind.

@@ -2,7 +2,6 @@
 
 #include "fault.h"
 #include "feed/pieces.h"
-#include "model/preset_rules.h"
 #include "store/database.h"
 
 #include <spdlog/spdlog.h>
@@ -19,7 +18,12 @@ using zorvic::v1::Preset;
 
 UnitModel::UnitModel(const Profile& profile, Database& database, const Clock& clock, const AssetCatalog& catalog,
                      Feed& feed)
-    : Rows(database), Table(database), Settings(database), Playing(clock, catalog), Updates(feed) {
+    : MostBytes(profile.MostBytes),
+      Rows(database),
+      Table(database),
+      Settings(database),
+      Playing(clock, catalog),
+      Updates(feed) {
     SavedSelection = Settings.SelectedPreset();
     Selected = SavedSelection;
     Updates.Publish({IdentityChange(profile.Identity), HardwareChange(profile.Hardware)});
@@ -46,6 +50,7 @@ std::uint64_t UnitModel::CreatePreset(const Preset& sent, const Caller& caller) 
             Normalise(preset, NextTabIndex());
         }
         CheckPreset(preset);
+        ReserveRoom(preset, 0);
         preset.set_pk(Table.Insert(preset));
         return ShowPreset(preset);
     });
@@ -76,6 +81,7 @@ std::uint64_t UnitModel::DeletePreset(std::int32_t pk, const Caller& caller) {
         }
         const std::scoped_lock lock(ModelLock);
         Playing.Remove(pk);
+        StoredBytes -= BytesOf(*Presets.at(pk));
         Presets.erase(pk);
         if (Selected == pk) Selected = 0;
         return Publish({PresetGone(pk)});
@@ -144,7 +150,9 @@ void UnitModel::Reload() {
     std::vector<FeedChange> changes;
     const auto before = std::exchange(Presets, {});
     Playing.Clear();
+    StoredBytes = 0;
     for (const Preset& preset : stored) {
+        StoredBytes += BytesOf(preset);
         const auto shared = std::make_shared<const Preset>(preset);
         Presets.emplace(preset.pk(), shared);
         Playing.Put(shared);
@@ -175,15 +183,25 @@ std::uint64_t UnitModel::Store(Preset edited, const Preset& stored) {
     Normalise(edited, FirstTab(stored)->index());
     CheckPreset(edited);
     if (edited.SerializeAsString() == stored.SerializeAsString()) return Updates.Revision();
+    ReserveRoom(edited, BytesOf(stored));
     Table.Replace(edited);
     return ShowPreset(edited);
+}
+
+// One that shrinks is stored also where too much is there already.
+void UnitModel::ReserveRoom(const Preset& preset, std::size_t before) {
+    const std::size_t after = BytesOf(preset);
+    if (after > before && StoredBytes + after - before > MostBytes)
+        throw Fault(FaultKind::Misused, fmt::format("all presets together would be larger than {} bytes", MostBytes));
 }
 
 std::uint64_t UnitModel::ShowPreset(const Preset& preset) {
     auto shared = std::make_shared<const Preset>(preset);
     FeedChange change = PresetChanged(preset);
     const std::scoped_lock lock(ModelLock);
-    Presets[preset.pk()] = shared;
+    PresetPtr& known = Presets[preset.pk()];
+    StoredBytes += BytesOf(preset) - (known ? BytesOf(*known) : 0);
+    known = shared;
     Playing.Put(std::move(shared));
     return Publish({std::move(change)});
 }

@@ -2,6 +2,7 @@
 
 #include "caller.h"
 #include "feed/feed.h"
+#include "model/preset_rules.h"
 #include "model/request_memory.h"
 #include "playback/playback.h"
 #include "store/preset_table.h"
@@ -12,6 +13,7 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -39,6 +41,7 @@ public:
     struct Profile {
         zorvic::v1::Identity Identity;
         zorvic::v1::HardwareState Hardware;
+        std::size_t MostBytes = MaxStoredBytes;  ///< of all presets together
     };
 
     /// Loads the presets and publishes everything. All references must outlive the object. Throws Fault when a stored
@@ -103,6 +106,7 @@ private:
     PresetPtr Find(std::int32_t pk);
     std::int32_t NextTabIndex() const;
     std::uint64_t Store(zorvic::v1::Preset edited, const zorvic::v1::Preset& stored);
+    void ReserveRoom(const zorvic::v1::Preset& preset, std::size_t before);
     std::uint64_t ShowPreset(const zorvic::v1::Preset& preset);
     std::uint64_t Publish(std::vector<FeedChange> changes);
     void TellPlayListener();
@@ -114,11 +118,13 @@ private:
     template <typename Edit>
     std::uint64_t EditMarks(const zorvic::v1::MarkRequest& request, const Caller& caller, const Edit& edit);
 
-    Database& Rows;  ///< its lock guards the four below, and lets presets change only in its holder's thread
+    const std::size_t MostBytes;
+    Database& Rows;  ///< its lock guards the five below, and lets presets change only in its holder's thread
     PresetTable Table;
     SettingsTable Settings;
     RequestMemory Recent;
     std::int32_t SavedSelection = 0;
+    std::size_t StoredBytes = 0;  ///< of all presets
 
     std::mutex ModelLock;  ///< guards everything below
     std::condition_variable_any PlayStarted;

@@ -24,7 +24,7 @@ constexpr std::chrono::seconds Horizon(4);
 constexpr milliseconds OutlookPeriod(1000);
 constexpr milliseconds FiguresPeriod(1000);
 // Beats come every 200 ms.
-constexpr milliseconds FrozenAfter(800);
+constexpr milliseconds FrozenAfter(650);
 constexpr milliseconds StartLimit(10'000);
 constexpr milliseconds LookPeriod(100);
 constexpr milliseconds StarvingShare(100);
@@ -37,6 +37,7 @@ constexpr int DeathsToCondemn = 2;
 Renderer::Renderer(const zorvic::render::Setup& setup, UnitModel& model, Previews& pictures, FileOf fileOf,
                    Condemn condemn)
     : Setup(setup), Model(model), Pictures(pictures), HostFile(std::move(fileOf)), CondemnFile(std::move(condemn)) {
+    Setup.set_since(steady_clock::now().time_since_epoch().count());
     auto started = FirstStart.get_future();
     Thread = std::jthread([this](const std::stop_token& stop) { Run(stop); });
     started.get();
@@ -72,17 +73,22 @@ void Renderer::Run(const std::stop_token& stop) {
             if (Begin(process)) Serve(stop, process);
             if (!stop.stop_requested()) Bury(process);
         } catch (const std::exception& error) {
-            if (!Started) {
+            if (!Setup.again()) {
                 FirstStart.set_exception(std::current_exception());
                 return;
             }
-            spdlog::error("outputs: {}", error.what());
+            Fail(error.what());
         }
         // What can not be started now may be back later: a display, a device.
         std::unique_lock lock(Lock);
         if (steady_clock::now() - began < RestartPause)
             Changed.wait_for(lock, stop, RestartPause, [] { return false; });
     }
+}
+
+// Once for all attempts that end alike.
+void Renderer::Fail(const std::string& text) {
+    if (std::exchange(LastFailure, text) != text) spdlog::error("outputs: {}; trying again", text);
 }
 
 bool Renderer::Begin(RendererProcess& process) {
@@ -97,11 +103,15 @@ bool Renderer::Begin(RendererProcess& process) {
     zorvic::render::ToRenderer message;
     *message.mutable_setup() = Setup;
     zorvic::render::FromRenderer answer;
+    process.Pipe().LimitReceiving(StartLimit);
     if (!process.Pipe().Send(message) || !process.Pipe().Receive(answer))
-        throw Fault(FaultKind::Internal, "the renderer ended at once: " + process.End().Text);
+        throw Fault(FaultKind::Internal, "the renderer does not start: " + process.End().Text);
+    process.Pipe().LimitReceiving({});
     if (answer.has_failure())
         throw Fault(answer.failure().bad_value() ? FaultKind::Misused : FaultKind::Internal, answer.failure().text());
-    if (!std::exchange(Started, true)) FirstStart.set_value();
+    if (!Setup.again()) FirstStart.set_value();
+    Setup.set_again(true);
+    LastFailure.clear();
     Model.HoldColdTakes(true);
     return answer.has_ready();
 }
@@ -153,14 +163,23 @@ bool Renderer::IsFrozen(const RendererProcess& process) {
 
 bool Renderer::SendOutlook(RendererProcess& process) {
     zorvic::render::ToRenderer message;
-    *message.mutable_outlook() = ToMessage(Model.LookAhead(Horizon), [this](const std::string& path) {
-        {
-            const std::scoped_lock lock(Lock);
-            if (Condemned.contains(path)) return std::string();
-        }
-        return HostFile(path);
-    });
+    *message.mutable_outlook() = ToMessage(Model.LookAhead(Horizon), HostFile);
+    NameMissing(message.outlook());
     return process.Pipe().Send(message);
+}
+
+// Once for each run.
+void Renderer::NameMissing(const zorvic::render::Outlook& outlook) {
+    std::set<Missing> missing;
+    for (const auto& layer : outlook.layers()) {
+        for (const auto& medium : layer.media()) {
+            if (medium.file().empty()) missing.emplace(layer.pk(), layer.run(), medium.path());
+        }
+    }
+    for (const Missing& one : missing) {
+        if (!NamedMissing.contains(one)) spdlog::warn("not shown: {} cannot be read", std::get<std::string>(one));
+    }
+    NamedMissing = std::move(missing);
 }
 
 bool Renderer::SendWish(RendererProcess& process, bool wanted) {
@@ -222,7 +241,9 @@ std::vector<std::string> Renderer::CountDeaths() {
     const std::scoped_lock lock(Lock);
     const std::set<std::string> paths(Opening.begin(), Opening.end());
     for (const std::string& path : paths) {
-        if (++Deaths[path] == DeathsToCondemn && Condemned.insert(path).second) condemned.push_back(path);
+        if (++Deaths[path] < DeathsToCondemn) continue;
+        Deaths.erase(path);
+        condemned.push_back(path);
     }
     return condemned;
 }

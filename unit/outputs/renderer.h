@@ -16,6 +16,7 @@
 #include <stop_token>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 namespace ZorvicUnit {
@@ -44,28 +45,33 @@ public:
 
 private:
     using TimePoint = std::chrono::steady_clock::time_point;
+    /// A preset's key, the number of its run, and the asset.
+    using Missing = std::tuple<std::int32_t, std::uint64_t, std::string>;
 
     void Run(const std::stop_token& stop);
+    void Fail(const std::string& text);
     bool Begin(RendererProcess& process);
     void Serve(const std::stop_token& stop, RendererProcess& process);
     void Take(zorvic::render::FromRenderer& message);
     void TakeFirstFrames(const zorvic::render::FirstFrames& frames);
     void TakeBeat(const zorvic::render::Beat& beat);
     bool SendOutlook(RendererProcess& process);
+    void NameMissing(const zorvic::render::Outlook& outlook);
     bool IsFrozen(const RendererProcess& process);
     bool SendWish(RendererProcess& process, bool wanted);
     void Bury(RendererProcess& process);
     std::vector<std::string> CountDeaths();
     void Kick();
 
-    const zorvic::render::Setup Setup;
+    zorvic::render::Setup Setup;
     UnitModel& Model;
     Previews& Pictures;
     const FileOf HostFile;
     const Condemn CondemnFile;
     std::promise<void> FirstStart;
     // Of the thread only.
-    bool Started = false;
+    std::string LastFailure;
+    std::set<Missing> NamedMissing;
     TimePoint LastLook;
     TimePoint BeatLooked;                      ///< the beat up to which it has looked
     std::chrono::nanoseconds StarvedBefore{};  ///< at that beat
@@ -79,7 +85,6 @@ private:
     zorvic::render::Beat Latest;
     std::multiset<std::string> Opening;  ///< once for each reader
     std::map<std::string, int> Deaths;
-    std::set<std::string> Condemned;
 
     std::jthread Thread;
 };

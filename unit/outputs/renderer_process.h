@@ -21,7 +21,6 @@ public:
     RendererProcess& operator=(const RendererProcess&) = delete;
 
     ZorvicRender::MessagePipe& Pipe() { return *Socket; }
-    pid_t Id() const { return Process; }
     /// How long its main thread has been kept from running by other work of this machine, in all.
     std::chrono::nanoseconds Starved() const;
     struct Ending {

@@ -60,7 +60,7 @@ int main() {
     }
     try {
         ZorvicRender::RenderLoop loop(setup, unit);
-        const auto sound = ZorvicRender::SoundEngine::Open(setup.audio());
+        const auto sound = ZorvicRender::SoundEngine::Open(setup);
         unit.Begin([&sound](const auto& scene) {
             if (sound) sound->SetScene(scene);
         });

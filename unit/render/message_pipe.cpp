@@ -1,6 +1,7 @@
 #include "render/message_pipe.h"
 
 #include <sys/socket.h>
+#include <sys/time.h>
 
 #include <cerrno>
 #include <cstdint>
@@ -51,6 +52,11 @@ bool MessagePipe::Receive(google::protobuf::MessageLite& message) {
     if (!ReadAll(Socket.Get(), reinterpret_cast<char*>(&size), sizeof size) || size > MostBytes) return false;
     std::string bytes(size, '\0');
     return ReadAll(Socket.Get(), bytes.data(), size) && message.ParseFromString(bytes);
+}
+
+void MessagePipe::LimitReceiving(std::chrono::milliseconds limit) {
+    const timeval time{.tv_sec = limit.count() / 1000, .tv_usec = limit.count() % 1000 * 1000};
+    setsockopt(Socket.Get(), SOL_SOCKET, SO_RCVTIMEO, &time, sizeof time);
 }
 
 void MessagePipe::Shutdown() {

@@ -4,6 +4,7 @@
 
 #include <google/protobuf/message_lite.h>
 
+#include <chrono>
 #include <mutex>
 
 namespace ZorvicRender {
@@ -19,6 +20,8 @@ public:
     bool Send(const google::protobuf::MessageLite& message);
     /// Waits for a message; false when the other side is gone or does not speak this language.
     bool Receive(google::protobuf::MessageLite& message);
+    /// From now on Receive() returns false as well when nothing comes for so long; zero: waits.
+    void LimitReceiving(std::chrono::milliseconds limit);
     /// Wakes up both, in any thread.
     void Shutdown();
 

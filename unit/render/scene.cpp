@@ -9,10 +9,6 @@ namespace {
 // Sound is mixed a little ahead of the clock or behind it; nobody looks back further.
 constexpr Nanoseconds KeptPast = std::chrono::seconds(1);
 
-TimePoint ToTime(std::int64_t nanoseconds) {
-    return TimePoint(Nanoseconds(nanoseconds));
-}
-
 Span ToSpan(const zorvic::render::Span& sent, bool planned) {
     return {.From = ToTime(sent.from()),
             .Until = ToTime(sent.until()),
@@ -50,19 +46,47 @@ void Append(std::vector<Span>& spans, const Span& next) {
     spans.push_back(next);
 }
 
-std::shared_ptr<const Layer> ToLayer(const zorvic::render::Layer& sent, const Layer* before, TimePoint until) {
-    auto layer = std::make_shared<Layer>();
-    layer->Id = {sent.pk(), sent.run()};
-    layer->Preset = std::make_shared<const zorvic::v1::Preset>(sent.preset());
-    for (const auto& medium : sent.media())
-        layer->Media.push_back({medium.path(), medium.file()});
-    if (sent.spans().empty()) return nullptr;
-    layer->Spans = PastOf(before, ToTime(sent.spans(0).from()));
-    for (int i = 0; i < sent.spans_size(); ++i)
-        Append(layer->Spans, ToSpan(sent.spans(i), i > 0));
-    layer->EndsByItself = layer->Spans.back().Until < until;
-    return layer;
-}
+class SceneMaker {
+public:
+    SceneMaker(const Scene& before, const zorvic::render::Outlook& outlook, const KeptFile::Report& opening)
+        : Before(before), Until(ToTime(outlook.until())), Opening(opening) {}
+
+    template <typename Messages>
+    std::vector<std::shared_ptr<const Layer>> ToLayers(const Messages& messages, bool play) const {
+        std::vector<std::shared_ptr<const Layer>> layers;
+        for (const auto& sent : messages) {
+            if (!sent.spans().empty()) layers.push_back(ToLayer(sent, play));
+        }
+        return layers;
+    }
+
+private:
+    std::shared_ptr<const Layer> ToLayer(const zorvic::render::Layer& sent, bool plays) const {
+        const Layer* before = Before.Find({sent.pk(), sent.run()});
+        auto layer = std::make_shared<Layer>();
+        layer->Id = {sent.pk(), sent.run()};
+        layer->Preset = std::make_shared<const zorvic::v1::Preset>(sent.preset());
+        for (const auto& medium : sent.media())
+            layer->Media.push_back({medium.path(), FileOf(layer->Id, medium, plays)});
+        layer->Spans = PastOf(before, ToTime(sent.spans(0).from()));
+        for (int i = 0; i < sent.spans_size(); ++i)
+            Append(layer->Spans, ToSpan(sent.spans(i), i > 0));
+        layer->EndsByItself = layer->Spans.back().Until < Until;
+        return layer;
+    }
+
+    // What plays goes on with the file that it began with; what waits for its take begins with the latest.
+    std::shared_ptr<KeptFile> FileOf(const RunId& id, const zorvic::render::Medium& sent, bool plays) const {
+        if (sent.file().empty()) return nullptr;
+        auto kept = Before.FindFile(id, sent.path());
+        if (kept && (plays || kept->IsCurrent())) return kept;
+        return std::make_shared<KeptFile>(sent.path(), sent.file(), Opening);
+    }
+
+    const Scene& Before;
+    const TimePoint Until;
+    const KeptFile::Report& Opening;
+};
 
 }  // namespace
 
@@ -80,21 +104,23 @@ const Span* Layer::JumpAfter(TimePoint time) const {
 }
 
 const Layer* Scene::Find(const RunId& id) const {
-    const auto found = std::find_if(Layers.begin(), Layers.end(), [&](const auto& layer) { return layer->Id == id; });
+    const auto found = std::ranges::find(Layers, id, [](const auto& layer) { return layer->Id; });
     return found == Layers.end() ? nullptr : found->get();
 }
 
-Scene NextScene(const Scene& before, const zorvic::render::Outlook& outlook) {
-    Scene scene;
-    scene.Until = ToTime(outlook.until());
-    for (const auto& sent : outlook.layers()) {
-        if (auto layer = ToLayer(sent, before.Find({sent.pk(), sent.run()}), scene.Until))
-            scene.Layers.push_back(std::move(layer));
+std::shared_ptr<KeptFile> Scene::FindFile(const RunId& id, const std::string& path) const {
+    for (const auto* layers : {&Layers, &Primed}) {
+        const auto layer = std::ranges::find(*layers, id, [](const auto& candidate) { return candidate->Id; });
+        if (layer == layers->end()) continue;
+        const auto medium = std::ranges::find((*layer)->Media, path, &Medium::Path);
+        if (medium != (*layer)->Media.end()) return medium->File;
     }
-    for (const auto& sent : outlook.primed()) {
-        if (auto layer = ToLayer(sent, nullptr, scene.Until)) scene.Primed.push_back(std::move(layer));
-    }
-    return scene;
+    return nullptr;
+}
+
+Scene NextScene(const Scene& before, const zorvic::render::Outlook& outlook, const KeptFile::Report& opening) {
+    const SceneMaker maker(before, outlook, opening);
+    return {.Layers = maker.ToLayers(outlook.layers(), true), .Primed = maker.ToLayers(outlook.primed(), false)};
 }
 
 }  // namespace ZorvicRender

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "clock.h"
+#include "render/kept_file.h"
 
 #include <render.pb.h>
 
@@ -23,6 +24,11 @@ struct RunId {
     auto operator<=>(const RunId&) const = default;
 };
 
+/// A moment as the unit says it.
+inline TimePoint ToTime(std::int64_t nanoseconds) {
+    return TimePoint(Nanoseconds(nanoseconds));
+}
+
 /// A stretch of time in which the position of a run moves with the clock or stands.
 struct Span {
     TimePoint From;
@@ -43,8 +49,8 @@ struct Span {
 };
 
 struct Medium {
-    std::string Path;  ///< as the preset names it
-    std::string File;  ///< empty: not to be opened
+    std::string Path;                ///< as the preset names it
+    std::shared_ptr<KeptFile> File;  ///< the same for the whole run; null: not to be opened
 };
 
 /// One run of a preset with its place in time.
@@ -64,14 +70,17 @@ struct Layer {
 
 /// What plays and will play, as the unit said last, with the past that a slower reader may still need.
 struct Scene {
-    TimePoint Until;
     std::vector<std::shared_ptr<const Layer>> Layers;  ///< from the bottom of the stack
     std::vector<std::shared_ptr<const Layer>> Primed;  ///< likely to be taken next: one span that stands
 
+    /// Of those that play.
     const Layer* Find(const RunId& id) const;
+    /// The file that a run has been given, playing or primed; null when it has none.
+    std::shared_ptr<KeptFile> FindFile(const RunId& id, const std::string& path) const;
 };
 
-/// The scene after this outlook: layers that go on keep the last second before it.
-Scene NextScene(const Scene& before, const zorvic::render::Outlook& outlook);
+/// The scene after this outlook: layers that go on keep the last second before it, and their files. `opening` is given
+/// to the files that are new.
+Scene NextScene(const Scene& before, const zorvic::render::Outlook& outlook, const KeptFile::Report& opening = {});
 
 }  // namespace ZorvicRender

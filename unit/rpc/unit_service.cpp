@@ -5,10 +5,10 @@
 #include "fault.h"
 #include "feed/feed.h"
 #include "feed/frames.h"
-#include "files/names.h"
 #include "model/asset_link.h"
 #include "model/unit_model.h"
 #include "outputs/previews.h"
+#include "rpc/request_log.h"
 
 #include <spdlog/spdlog.h>
 
@@ -56,30 +56,22 @@ StatusCode ToStatusCode(FaultKind kind) {
     return StatusCode::INTERNAL;
 }
 
-// Turns what the action throws into its status; what says what was tried on what, for the log. Both may quote the
-// console: a line break in a path must not forge a line.
+// Turns what the action throws into its status; what says what was tried on what, for the log.
 template <typename Action>
-Status Attempt(const std::string& what, const Action& action) {
+Status Attempt(RequestLog& log, const std::string& what, const Action& action) {
+    const auto refuse = [&](StatusCode code, auto level, const std::exception& error) {
+        log.Write(level, what, error.what(), std::chrono::steady_clock::now());
+        return Status(code, Cut(error.what()));
+    };
     try {
         action();
         spdlog::debug("{}: done", what);
         return Status::OK;
     } catch (const Fault& fault) {
-        spdlog::warn("{}: {}", ForLog(what), ForLog(fault.what()));
-        return {ToStatusCode(fault.Kind), fault.what()};
+        return refuse(ToStatusCode(fault.Kind), spdlog::level::warn, fault);
     } catch (const std::exception& error) {
-        spdlog::error("{}: {}", ForLog(what), ForLog(error.what()));
-        return {StatusCode::INTERNAL, error.what()};
+        return refuse(StatusCode::INTERNAL, spdlog::level::err, error);
     }
-}
-
-// Carries out one request, unless the unit is ending. A command whose console has given up is not carried out late.
-template <typename Action>
-Status Answer(RequestGate& gate, const ServerContext& context, const std::string& what, const Action& action) {
-    const RequestGate::Pass pass(gate);
-    if (!pass.Granted()) return {StatusCode::UNAVAILABLE, "the unit is ending"};
-    if (context.IsCancelled()) return {StatusCode::CANCELLED, "given up by the caller"};
-    return Attempt(what, action);
 }
 
 Caller CallerOf(const ServerContext& context, std::uint64_t requestKey = 0) {
@@ -132,12 +124,21 @@ UnitService::UnitService(zorvic::v1::Identity identity, UnitModel& model, AssetS
       Pictures(pictures),
       OnPower(std::move(power)) {}
 
+// Carries out one request, unless the unit is ending. A command whose console has given up is not carried out late.
+template <typename Action>
+Status UnitService::Answer(const ServerContext& context, const std::string& what, const Action& action) {
+    const RequestGate::Pass pass(Gate);
+    if (!pass.Granted()) return {StatusCode::UNAVAILABLE, "the unit is ending"};
+    if (context.IsCancelled()) return {StatusCode::CANCELLED, "given up by the caller"};
+    return Attempt(Log, what, action);
+}
+
 // Holds its thread for as long as the console watches. A console that does not read blocks the write, and with it only
 // this thread.
 Status UnitService::Watch(ServerContext* context, const zorvic::v1::WatchRequest* /*request*/,
                           grpc::ServerWriter<zorvic::v1::Frame>* writer) {
     bool over = false;
-    const Status status = Attempt("watch", [&] {
+    const Status status = Attempt(Log, "watch", [&] {
         Feed::Subscription subscription(Updates);
         const auto write = [&](const zorvic::v1::Frame& frame) { return writer->Write(frame); };
         while (!context->IsCancelled()) {
@@ -161,7 +162,7 @@ Status UnitService::WatchPreview(ServerContext* context, const zorvic::v1::Watch
         }
         return Status::OK;
     } catch (const Fault& fault) {  // nothing for the log: a unit without outputs is asked again and again
-        return {ToStatusCode(fault.Kind), fault.what()};
+        return {ToStatusCode(fault.Kind), Cut(fault.what())};
     } catch (const std::exception& error) {
         spdlog::error("watch preview: {}", error.what());
         return {StatusCode::INTERNAL, error.what()};
@@ -177,78 +178,76 @@ Status UnitService::Identify(ServerContext* /*context*/, const zorvic::v1::Ident
 Status UnitService::CreatePreset(ServerContext* context, const zorvic::v1::CreatePresetRequest* request,
                                  CommandReply* reply) {
     const Caller caller = CallerOf(*context, request->request_key());
-    return Answer(Gate, *context, "create preset",
+    return Answer(*context, "create preset",
                   [&] { reply->set_revision(Model.CreatePreset(request->preset(), caller)); });
 }
 
 Status UnitService::UpdatePreset(ServerContext* context, const zorvic::v1::UpdatePresetRequest* request,
                                  CommandReply* reply) {
     const Caller caller = CallerOf(*context);
-    return Answer(Gate, *context, OnPreset("update", request->preset().pk()),
+    return Answer(*context, OnPreset("update", request->preset().pk()),
                   [&] { reply->set_revision(Model.UpdatePreset(request->preset(), request->fields(), caller)); });
 }
 
 Status UnitService::DeletePreset(ServerContext* context, const zorvic::v1::PresetRequest* request,
                                  CommandReply* reply) {
-    return Answer(Gate, *context, OnPreset("delete", request->pk()),
+    return Answer(*context, OnPreset("delete", request->pk()),
                   [&] { reply->set_revision(Model.DeletePreset(request->pk(), CallerOf(*context))); });
 }
 
 Status UnitService::SelectPreset(ServerContext* context, const zorvic::v1::PresetRequest* request,
                                  CommandReply* reply) {
-    return Answer(Gate, *context, OnPreset("select", request->pk()),
+    return Answer(*context, OnPreset("select", request->pk()),
                   [&] { reply->set_revision(Model.SelectPreset(request->pk())); });
 }
 
 Status UnitService::Take(ServerContext* context, const zorvic::v1::PresetRequest* request, CommandReply* reply) {
-    return Answer(Gate, *context, OnPreset("take", request->pk()),
-                  [&] { reply->set_revision(Model.Take(request->pk())); });
+    return Answer(*context, OnPreset("take", request->pk()), [&] { reply->set_revision(Model.Take(request->pk())); });
 }
 
 Status UnitService::Pause(ServerContext* context, const zorvic::v1::PauseRequest* request, CommandReply* reply) {
     const auto wanted = request->has_paused() ? std::optional(request->paused()) : std::nullopt;
-    return Answer(Gate, *context, OnPreset("pause", request->pk()),
+    return Answer(*context, OnPreset("pause", request->pk()),
                   [&] { reply->set_revision(Model.Pause(request->pk(), wanted)); });
 }
 
 Status UnitService::End(ServerContext* context, const zorvic::v1::PresetRequest* request, CommandReply* reply) {
-    return Answer(Gate, *context, OnPreset("end", request->pk()),
-                  [&] { reply->set_revision(Model.End(request->pk())); });
+    return Answer(*context, OnPreset("end", request->pk()), [&] { reply->set_revision(Model.End(request->pk())); });
 }
 
 Status UnitService::SeekTo(ServerContext* context, const zorvic::v1::SeekRequest* request, CommandReply* reply) {
-    return Answer(Gate, *context, OnPreset("seek", request->pk()),
+    return Answer(*context, OnPreset("seek", request->pk()),
                   [&] { reply->set_revision(Model.SeekTo(request->pk(), request->time_ms())); });
 }
 
 Status UnitService::CreateMark(ServerContext* context, const zorvic::v1::MarkRequest* request, CommandReply* reply) {
     const Caller caller = CallerOf(*context, request->request_key());
-    return Answer(Gate, *context, OnMark("create", *request),
+    return Answer(*context, OnMark("create", *request),
                   [&] { reply->set_revision(Model.CreateMark(*request, caller)); });
 }
 
 Status UnitService::RenameMark(ServerContext* context, const zorvic::v1::MarkRequest* request, CommandReply* reply) {
-    return Answer(Gate, *context, OnMark("rename", *request),
+    return Answer(*context, OnMark("rename", *request),
                   [&] { reply->set_revision(Model.RenameMark(*request, CallerOf(*context))); });
 }
 
 Status UnitService::DeleteMark(ServerContext* context, const zorvic::v1::MarkRequest* request, CommandReply* reply) {
-    return Answer(Gate, *context, OnMark("delete", *request),
+    return Answer(*context, OnMark("delete", *request),
                   [&] { reply->set_revision(Model.DeleteMark(*request, CallerOf(*context))); });
 }
 
 Status UnitService::DeleteAsset(ServerContext* context, const zorvic::v1::AssetRequest* request, CommandReply* reply) {
-    return Answer(Gate, *context, "delete asset " + request->path(),
+    return Answer(*context, "delete asset " + request->path(),
                   [&] { reply->set_revision(Link.Delete(request->path())); });
 }
 
 Status UnitService::InstallAsset(ServerContext* context, const zorvic::v1::AssetRequest* request, CommandReply* reply) {
-    return Answer(Gate, *context, "install asset " + request->path(),
+    return Answer(*context, "install asset " + request->path(),
                   [&] { reply->set_revision(Link.Install(request->path())); });
 }
 
 Status UnitService::Power(ServerContext* context, const zorvic::v1::PowerRequest* request, CommandReply* reply) {
-    return Answer(Gate, *context, fmt::format("power action {}", static_cast<int>(request->action())), [&] {
+    return Answer(*context, fmt::format("power action {}", static_cast<int>(request->action())), [&] {
         if (!zorvic::v1::PowerAction_IsValid(request->action()) ||
             request->action() == zorvic::v1::POWER_ACTION_UNSPECIFIED)
             throw Fault(FaultKind::Misused, "no such power action");
@@ -259,13 +258,13 @@ Status UnitService::Power(ServerContext* context, const zorvic::v1::PowerRequest
 
 Status UnitService::ReadAssetMetadata(ServerContext* context, const zorvic::v1::AssetRequest* request,
                                       zorvic::v1::AssetMetadata* reply) {
-    return Answer(Gate, *context, "read metadata of " + request->path(),
+    return Answer(*context, "read metadata of " + request->path(),
                   [&] { *reply = Assets.ReadMetadata(request->path()); });
 }
 
 Status UnitService::ListDirectory(ServerContext* context, const zorvic::v1::ListDirectoryRequest* request,
                                   zorvic::v1::ListDirectoryReply* reply) {
-    return Answer(Gate, *context, fmt::format("list {} of drive {}", request->path(), request->drive()), [&] {
+    return Answer(*context, fmt::format("list {} of drive {}", request->path(), request->drive()), [&] {
         const auto entries = Assets.ListDirectory(request->drive(), request->path());
         reply->mutable_entries()->Assign(entries.begin(), entries.end());
     });

@@ -1,11 +1,13 @@
 #pragma once
 
 #include "rpc/request_gate.h"
+#include "rpc/request_log.h"
 
 #include <zorvic/v1/unit.grpc.pb.h>
 
 #include <chrono>
 #include <functional>
+#include <string>
 
 namespace ZorvicUnit {
 
@@ -70,6 +72,9 @@ public:
                                zorvic::v1::ListDirectoryReply* reply) override;
 
 private:
+    template <typename Action>
+    grpc::Status Answer(const grpc::ServerContext& context, const std::string& what, const Action& action);
+
     const zorvic::v1::Identity Self;
     UnitModel& Model;
     AssetStore& Assets;  ///< for questions
@@ -78,6 +83,7 @@ private:
     Previews& Pictures;
     const PowerHandler OnPower;
     RequestGate Gate;
+    RequestLog Log;
 };
 
 }  // namespace ZorvicUnit

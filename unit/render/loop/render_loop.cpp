@@ -33,19 +33,12 @@ std::uint32_t ToMilliseconds(Nanoseconds time) {
     return static_cast<std::uint32_t>(std::chrono::duration_cast<milliseconds>(time).count());
 }
 
-Stage::Reports ReportsTo(Wire& unit) {
-    const auto opening = [&unit](const std::string& path, bool done) {
-        zorvic::render::FromRenderer message;
-        message.mutable_opening()->set_path(path);
-        message.mutable_opening()->set_done(done);
-        unit.Send(std::move(message));
-    };
-    const auto trouble = [&unit](const std::string& text) {
+Stage::TroubleReport TroubleTo(Wire& unit) {
+    return [&unit](const std::string& text) {
         zorvic::render::FromRenderer message;
         message.mutable_trouble()->set_text(text);
         unit.Send(std::move(message));
     };
-    return {opening, trouble};
 }
 
 std::string ToRgb(const std::vector<std::uint8_t>& rgba) {
@@ -69,7 +62,9 @@ RenderLoop::RenderLoop(const zorvic::render::Setup& setup, Wire& unit)
                                  .Shape = {static_cast<int>(output.width()), static_cast<int>(output.height())}});
           return outputs;
       }()),
-      Pictures(StageOutputs(), ReportsTo(unit)) {}
+      Pictures(StageOutputs(), TroubleTo(unit)) {
+    if (!Outputs.empty()) Painter.emplace();
+}
 
 std::vector<StageOutput> RenderLoop::StageOutputs() const {
     std::vector<StageOutput> outputs;
@@ -125,7 +120,7 @@ void RenderLoop::Show(std::size_t number, TimePoint lightUp) {
     const Area place = FitShape(output.Shape, size);
     Pictures.SetTarget(number, {static_cast<int>(place.Width), static_cast<int>(place.Height)});
     target.Bind();
-    Painter.Draw(list, size, place);
+    Painter->Draw(list, size, place);
     target.Present();
     output.Shown = list;
     ++output.Presented;
@@ -138,7 +133,7 @@ void RenderLoop::Report(const Scene& scene, TimePoint lightUp, const SoundIsRead
     if (lightUp - LastBeat >= BeatPeriod) {
         LastBeat = lightUp;
         SendBeat(soundFigures);
-        Painter.DropUnused();
+        if (Painter) Painter->DropUnused();
     }
     if (Unit.PreviewWanted() && lightUp - LastPreview >= PreviewPeriod) {
         LastPreview = lightUp;
@@ -190,7 +185,7 @@ void RenderLoop::SendPreview(TimePoint lightUp) {
         const PixelSize size{width, std::max(1, width * output.Shape.Height / output.Shape.Width)};
         if (!Small || Small->Size() != size) Small.emplace(size);
         Small->Bind();
-        Painter.Draw(output.Shown, size, {0, 0, static_cast<double>(size.Width), static_cast<double>(size.Height)});
+        Painter->Draw(output.Shown, size, {0, 0, static_cast<double>(size.Width), static_cast<double>(size.Height)});
         zorvic::render::FromRenderer message;
         auto& preview = *message.mutable_preview();
         preview.set_output(output.Number);

@@ -50,7 +50,7 @@ private:
     const Nanoseconds Tick;
     std::unique_ptr<Surfaces> Targets;
     std::vector<Output> Outputs;
-    Compositor Painter;
+    std::optional<Compositor> Painter;  ///< none without outputs
     Stage Pictures;
     std::optional<Canvas> Small;  ///< for the preview
     std::vector<std::pair<RunId, Nanoseconds>> Ready;

@@ -61,12 +61,18 @@ void Wire::Flush() {
 
 void Wire::Receive() {
     ZorvicUnit::NameThread("zr-wire");
+    const auto opening = [this](const std::string& path, bool done) {
+        zorvic::render::FromRenderer report;
+        report.mutable_opening()->set_path(path);
+        report.mutable_opening()->set_done(done);
+        Send(std::move(report));
+    };
     for (;;) {
         zorvic::render::ToRenderer message;
         if (!Pipe.Receive(message)) break;
         if (message.has_preview()) Preview = message.preview().wanted();
         if (!message.has_outlook()) continue;
-        auto scene = std::make_shared<const Scene>(NextScene(*Latest(), message.outlook()));
+        auto scene = std::make_shared<const Scene>(NextScene(*Latest(), message.outlook(), opening));
         Arrived(scene);
         const std::scoped_lock lock(Lock);
         Current = std::move(scene);

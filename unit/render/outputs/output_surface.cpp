@@ -6,6 +6,7 @@
 #include <GLES2/gl2.h>
 
 #include <algorithm>
+#include <optional>
 
 namespace ZorvicRender {
 
@@ -14,13 +15,14 @@ namespace {
 class HeadlessSurfaces final : public Surfaces {
 public:
     explicit HeadlessSurfaces(const zorvic::render::Setup& setup) {
+        if (!setup.outputs().empty()) Context.emplace();
         for (const auto& output : setup.outputs())
             Outputs.push_back(MakeOffscreenSurface(output));
     }
     OutputSurface& At(std::size_t output) override { return *Outputs[output]; }
 
 private:
-    HeadlessContext Context;
+    std::optional<HeadlessContext> Context;  ///< where there is something to draw
     std::vector<std::unique_ptr<OutputSurface>> Outputs;
 };
 

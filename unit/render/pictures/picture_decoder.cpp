@@ -23,6 +23,8 @@ constexpr int LargeWidth = 2048;
 constexpr int LargePictureThreads = 2;
 // A format without an index may lead behind the position that was asked for.
 constexpr Nanoseconds FirstStepBack = std::chrono::seconds(1);
+// A picture may stand longer than its packet says.
+constexpr Nanoseconds StandsAtMost = std::chrono::milliseconds(500);
 
 int ThreadsFor(const AVStream& stream) {
     return stream.codecpar->width > LargeWidth ? LargePictureThreads : 1;
@@ -40,6 +42,7 @@ PictureDecoder::PictureDecoder(ZorvicUnit::Descriptor file, const std::string& n
 
 void PictureDecoder::SeekBefore(Nanoseconds position) {
     Ahead.reset();
+    Target = position;
     const bool atStart = std::exchange(Fresh, false);
     if (atStart && position <= PositionTolerance) return;
     const Nanoseconds wanted = position + PositionTolerance;
@@ -84,10 +87,17 @@ bool PictureDecoder::Feed() {
         Drained = true;
         return avcodec_send_packet(Decoder.get(), nullptr) >= 0;
     }
+    Decoder->skip_frame = IsNeeded(*Packet) ? AVDISCARD_DEFAULT : AVDISCARD_NONREF;
     // What a damaged packet lacks is missing in the picture; the ones after it are not lost by it.
     avcodec_send_packet(Decoder.get(), Packet.get());
     av_packet_unref(Packet.get());
     return true;
+}
+
+bool PictureDecoder::IsNeeded(const AVPacket& packet) const {
+    if (packet.pts == AV_NOPTS_VALUE) return true;
+    const Nanoseconds from(av_rescale_q(packet.pts - Start, Video->time_base, NanosecondBase));
+    return from + StandsAtMost > Target;
 }
 
 Nanoseconds PictureDecoder::PositionOf(const AVFrame& frame) const {

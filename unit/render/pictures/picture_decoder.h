@@ -20,8 +20,8 @@ public:
     /// that can be decoded.
     PictureDecoder(ZorvicUnit::Descriptor file, const std::string& name, const std::atomic<bool>& stop);
 
-    /// The next picture decoded is one from which this position can be reached by decoding on. A file that cannot be
-    /// searched begins anew.
+    /// The next picture decoded is one from which this position can be reached by decoding on; of those before the
+    /// position, the ones that no other needs are left out. A file that cannot be searched begins anew.
     void SeekBefore(Nanoseconds position);
     /// Decodes the next picture; null at the end, and when the file cannot be read any further. Damaged parts are
     /// passed over. The caller owns the picture.
@@ -37,6 +37,7 @@ public:
 private:
     bool GoTo(Nanoseconds target);
     bool Feed();
+    bool IsNeeded(const AVPacket& packet) const;
 
     ZorvicUnit::MediaFile Media;
     const AVStream* Video;
@@ -44,6 +45,7 @@ private:
     ZorvicUnit::AvDecoder Decoder;
     ZorvicUnit::AvPacket Packet;
     ZorvicUnit::AvFrame Ahead;  ///< decoded by SeekBefore(), not given out yet
+    Nanoseconds Target{0};      ///< of the latest SeekBefore()
     bool Fresh = true;          ///< nothing was read yet: at the start
     bool Drained = false;
 };

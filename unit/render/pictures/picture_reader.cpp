@@ -29,8 +29,8 @@ std::size_t PictureBudget::Depth(PixelSize size) const {
     return std::clamp(Bytes / readers / std::max<std::size_t>(bytes, 1), LeastDepth, MostDepth);
 }
 
-PictureReader::PictureReader(std::shared_ptr<const OpenMedium> medium, PictureBudget& budget, OpeningReport report)
-    : Medium(std::move(medium)), Budget(budget), Report(std::move(report)), Thread([this] { Run(); }) {
+PictureReader::PictureReader(std::shared_ptr<KeptFile> file, PictureBudget& budget)
+    : File(std::move(file)), Budget(budget), Thread([this] { Run(); }) {
     Budget.Join();
 }
 
@@ -49,7 +49,6 @@ void PictureReader::Start(Nanoseconds position) {
     ++Wish;
     Queue.clear();
     FrontChosen = false;
-    Ended = false;
     Resting = false;
     Wanted = position;
     Wake.notify_all();
@@ -120,12 +119,12 @@ void PictureReader::Run() {
         if (!Stop) Problem = error.what();
         Failed = true;
     }
-    if (!Opened) Report(Medium->Path, true);
+    Opening.reset();
 }
 
 void PictureReader::DecodeAll() {
-    Report(Medium->Path, false);
-    PictureDecoder decoder(Medium->File->Open(), Medium->Path, Stop);
+    Opening.emplace(*File);
+    PictureDecoder decoder(File->Open(), File->Path, Stop);
     PictureConverter converter;
     std::unique_lock lock(Lock);
     while (!Stop) {
@@ -162,9 +161,8 @@ void PictureReader::DecodeStretch(PictureDecoder& decoder, PictureConverter& con
         }
         pending = std::move(next);
     }
-    if (!std::exchange(Opened, true)) Report(Medium->Path, true);
+    Opening->Done();
     const std::scoped_lock lock(Lock);
-    Ended = true;
     if (!pending && Queue.empty() && Serving == Wish && !Stop) Failed = true;
 }
 
@@ -182,7 +180,7 @@ PictureReader::Offered PictureReader::Offer(PictureDecoder& decoder, PictureConv
         if (until <= Wanted) return Offered::Passed;
     }
     // The first pictures are where a broken file breaks a decoder.
-    if (!std::exchange(Opened, true)) Report(Medium->Path, true);
+    Opening->Done();
     const auto picture = converter.Convert(frame, size);
     if (!picture) return Offered::Passed;
     picture->From = std::min(decoder.PositionOf(frame), latestFrom);

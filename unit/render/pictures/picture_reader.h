@@ -7,21 +7,15 @@
 #include <atomic>
 #include <condition_variable>
 #include <deque>
-#include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 
 namespace ZorvicRender {
 
 class PictureConverter;
-
-/// An asset of a run, with the file that is kept for it.
-struct OpenMedium {
-    std::string Path;  ///< as the preset names it
-    std::shared_ptr<KeptFile> File;
-};
 
 /// How many bytes of decoded pictures all readers together may hold.
 class PictureBudget {
@@ -40,10 +34,7 @@ private:
 /// Decodes the pictures of one file ahead of their time, in a thread of its own. The rest is for one thread.
 class PictureReader {
 public:
-    /// Says when the file is being opened (false) and was opened without harm (true), from the reader's thread.
-    using OpeningReport = std::function<void(const std::string& path, bool done)>;
-
-    PictureReader(std::shared_ptr<const OpenMedium> medium, PictureBudget& budget, OpeningReport report);
+    PictureReader(std::shared_ptr<KeptFile> file, PictureBudget& budget);
     /// Waits for the picture that is being decoded.
     ~PictureReader();
     PictureReader(const PictureReader&) = delete;
@@ -84,12 +75,11 @@ private:
                   Nanoseconds until);
     PixelSize SizeFor(const AVFrame& frame, int turns) const;
 
-    const std::shared_ptr<const OpenMedium> Medium;
+    const std::shared_ptr<KeptFile> File;
     PictureBudget& Budget;
-    const OpeningReport Report;
     std::atomic<bool> Stop = false;
     std::atomic<bool> Failed = false;
-    bool Opened = false;  ///< and reported so; of the thread only
+    std::optional<KeptFile::Watch> Opening;  ///< of the thread only
 
     mutable std::mutex Lock;  ///< guards all below
     std::condition_variable Wake;
@@ -99,7 +89,6 @@ private:
     std::uint64_t Serving = 0;
     bool Resting = true;
     Nanoseconds Wanted{0};  ///< nothing that ends before is worth converting
-    bool Ended = false;     ///< the last picture is in the queue
     PixelSize Drawn{1, 1};
     std::string Problem;
 

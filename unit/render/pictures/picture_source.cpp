@@ -18,8 +18,8 @@ Nanoseconds WithinWindow(const Span& span, TimePoint at, Nanoseconds aim) {
 
 }  // namespace
 
-PictureSource::PictureSource(std::shared_ptr<const OpenMedium> medium, PictureServices services)
-    : Medium(std::move(medium)), Services(std::move(services)) {}
+PictureSource::PictureSource(std::shared_ptr<KeptFile> file, PictureServices services)
+    : File(std::move(file)), Services(services) {}
 
 PictureSource::~PictureSource() {
     Services.Leftovers.Take(std::move(Active.Reader));
@@ -28,7 +28,7 @@ PictureSource::~PictureSource() {
 
 PictureReader& PictureSource::Get(Served& served) {
     if (!served.Reader) {
-        served.Reader = std::make_unique<PictureReader>(Medium, Services.Budget, Services.Report);
+        served.Reader = std::make_unique<PictureReader>(File, Services.Budget);
         served.Reader->SetSize(Size);
     }
     return *served.Reader;

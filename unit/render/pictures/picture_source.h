@@ -15,7 +15,6 @@ namespace ZorvicRender {
 struct PictureServices {
     PictureBudget& Budget;
     Reaper& Leftovers;
-    PictureReader::OpeningReport Report;
 };
 
 /// Which picture of one asset one run shows at each tick. Two readers take turns: one shows, the other is got ready for
@@ -29,7 +28,7 @@ public:
             JumpTime;  ///< from a take or seek to its picture, when the latest Follow() showed it
     };
 
-    PictureSource(std::shared_ptr<const OpenMedium> medium, PictureServices services);
+    PictureSource(std::shared_ptr<KeptFile> file, PictureServices services);
     ~PictureSource();
     PictureSource(const PictureSource&) = delete;
     PictureSource& operator=(const PictureSource&) = delete;
@@ -74,7 +73,7 @@ private:
     void CentreTicks(const Span& span, Nanoseconds aim, TimePoint lightUp, Nanoseconds tick);
     void PrepareJump(const Layer& layer, TimePoint lightUp);
 
-    const std::shared_ptr<const OpenMedium> Medium;
+    const std::shared_ptr<KeptFile> File;
     const PictureServices Services;
     PixelSize Size{1, 1};
     Served Active;

@@ -29,9 +29,13 @@ void Mixer::Admit(const Scene& scene) {
 
 void Mixer::Admit(const std::shared_ptr<const Layer>& layer, bool plays) {
     for (const Medium& medium : layer->Media) {
-        if (medium.File.empty()) continue;
+        if (!medium.File) continue;
         Entry& entry = Tracks[{layer->Id, medium.Path}];
-        if (entry.Sound == nullptr) entry.Sound = std::make_unique<Track>(medium.File);
+        if (entry.File != medium.File) {
+            if (entry.Sound != nullptr) Retire(std::move(entry.Sound));
+            entry.File = medium.File;
+            entry.Sound = std::make_unique<Track>(medium.File);
+        }
         entry.Wanted = true;
         if (plays) entry.Playing = layer;
     }
@@ -86,17 +90,21 @@ void Mixer::DismissSilent() {
             ++at;
             continue;
         }
-        TornBefore += entry.Sound->Underruns();
-        Graves.Take(std::move(entry.Sound));
+        Retire(std::move(entry.Sound));
         at = Tracks.erase(at);
     }
+}
+
+void Mixer::Retire(std::unique_ptr<Track> track) {
+    TornBefore += track->Underruns();
+    Graves.Take(std::move(track));
 }
 
 bool Mixer::Ready(const Layer& layer) const {
     const std::int64_t position = SampleAt(layer.Spans.front().Position);
     const std::lock_guard guard(Lock);
     return std::all_of(layer.Media.begin(), layer.Media.end(), [&](const Medium& medium) {
-        if (medium.File.empty()) return true;
+        if (!medium.File) return true;
         const auto found = Tracks.find({layer.Id, medium.Path});
         return found != Tracks.end() && found->second.Sound->Ready(position);
     });

@@ -29,6 +29,7 @@ public:
 private:
     using Key = std::pair<RunId, std::string>;  ///< run and path of the medium
     struct Entry {
+        std::shared_ptr<KeptFile> File;
         std::unique_ptr<Track> Sound;
         std::shared_ptr<const Layer> Playing;  ///< null: waits or is over
         bool Wanted = false;
@@ -41,6 +42,7 @@ private:
     void MixBlock(std::int64_t first, int frames, float* out);
     void Prime(const Scene& scene, std::int64_t sample);
     void DismissSilent();
+    void Retire(std::unique_ptr<Track> track);
 
     Reaper Graves;
     mutable std::mutex Lock;  ///< guards all below

@@ -24,12 +24,13 @@ std::unique_ptr<Sink> OpenDevice(const std::string& name) {
     return std::make_unique<DeviceSink>(std::make_unique<AlsaDevice>(name), clock);
 }
 
-std::unique_ptr<Sink> OpenSink(const std::string& audio) {
+std::unique_ptr<Sink> OpenSink(const zorvic::render::Setup& setup) {
+    const std::string& audio = setup.audio();
     if (audio == "default") return OpenDevice(audio);
     if (audio.starts_with(DevicePrefix) && audio.size() > DevicePrefix.size())
         return OpenDevice(audio.substr(DevicePrefix.size()));
     if (audio.starts_with(FilePrefix) && audio.ends_with(".wav"))
-        return std::make_unique<WavSink>(audio.substr(FilePrefix.size()));
+        return std::make_unique<WavSink>(audio.substr(FilePrefix.size()), ToTime(setup.since()), setup.again());
     throw ZorvicUnit::Fault(ZorvicUnit::FaultKind::Misused,
                             "--audio " + audio + ": give off, default, alsa:DEVICE or file:PATH.wav");
 }
@@ -43,9 +44,9 @@ void AskForPriority() {
 
 }  // namespace
 
-std::unique_ptr<SoundEngine> SoundEngine::Open(const std::string& audio) {
-    if (audio.empty() || audio == "off") return nullptr;
-    return std::make_unique<SoundEngine>(OpenSink(audio));
+std::unique_ptr<SoundEngine> SoundEngine::Open(const zorvic::render::Setup& setup) {
+    if (setup.audio().empty() || setup.audio() == "off") return nullptr;
+    return std::make_unique<SoundEngine>(OpenSink(setup));
 }
 
 SoundEngine::SoundEngine(std::unique_ptr<Sink> sink) : Output(std::move(sink)), Thread([this] { Run(); }) {}

@@ -4,6 +4,8 @@
 #include "render/sound/mixer.h"
 #include "render/sound/sink.h"
 
+#include <render.pb.h>
+
 #include <atomic>
 #include <memory>
 #include <mutex>
@@ -21,9 +23,10 @@ struct SoundFigures {
 /// Plays the sound of scenes in a thread of its own. Calls come from any thread.
 class SoundEngine {
 public:
-    /// As the unit's option names it: "off" (null comes back), "default", "alsa:DEVICE", "file:PATH.wav". Throws Fault:
-    /// Misused for any other text, NotFound or Refused when it cannot be opened; the text names the option.
-    static std::unique_ptr<SoundEngine> Open(const std::string& audio);
+    /// As the unit chose it. The option for sound is "off" (null comes back), "default", "alsa:DEVICE",
+    /// "file:PATH.wav". Throws Fault: Misused for any other text, NotFound or Refused when it cannot be opened; the
+    /// text names the option.
+    static std::unique_ptr<SoundEngine> Open(const zorvic::render::Setup& setup);
 
     explicit SoundEngine(std::unique_ptr<Sink> sink);
     ~SoundEngine();

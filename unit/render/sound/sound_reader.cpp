@@ -66,10 +66,11 @@ bool SoundReader::Ready(std::int64_t position) const {
 
 void SoundReader::Run() {
     ZorvicUnit::NameThread("zr-sound-read");
+    KeptFile::Watch opening(*File);
     try {
         SoundDecoder decoder(*File, Stop);
         while (const auto position = NextStart())
-            Play(decoder, *position);
+            Play(decoder, *position, opening);
     } catch (const std::exception& error) {
         if (!Stop) spdlog::warn("no sound: {}", error.what());
         Mute = true;
@@ -83,12 +84,13 @@ std::optional<std::int64_t> SoundReader::NextStart() {
     return Stop ? std::nullopt : std::exchange(Wanted, std::nullopt);
 }
 
-void SoundReader::Play(SoundDecoder& decoder, std::int64_t position) {
+void SoundReader::Play(SoundDecoder& decoder, std::int64_t position, KeptFile::Watch& opening) {
     SoundConverter converter(
         [this](std::int64_t at, const float* frames, std::size_t count) { return Put(at, frames, count); });
     converter.Restart(position);
     decoder.Seek(position);
     while (const AVFrame* frame = decoder.Next()) {
+        opening.Done();
         if (!converter.Add(*frame, decoder.PositionOf(*frame))) return;
     }
     if (converter.Finish()) Finish();

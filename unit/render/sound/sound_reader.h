@@ -39,7 +39,7 @@ public:
 private:
     void Run();
     std::optional<std::int64_t> NextStart();
-    void Play(SoundDecoder& decoder, std::int64_t position);
+    void Play(SoundDecoder& decoder, std::int64_t position, KeptFile::Watch& opening);
     bool Put(std::int64_t position, const float* frames, std::size_t count);
     void Finish();
 

@@ -3,6 +3,7 @@
 #include "render/sound/samples.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace ZorvicRender {
 
@@ -13,7 +14,7 @@ constexpr std::int64_t LeadFrames = SampleRate / 1000;
 
 }  // namespace
 
-SoundSource::SoundSource(const std::string& file) : File(std::make_shared<KeptFile>(file)) {
+SoundSource::SoundSource(std::shared_ptr<KeptFile> file) : File(std::move(file)) {
     Slots.front().Reader = std::make_unique<SoundReader>(File);
 }
 

@@ -4,14 +4,13 @@
 
 #include <array>
 #include <memory>
-#include <string>
 
 namespace ZorvicRender {
 
 /// The sound of one file for one run: a reader that is heard, and a spare that waits where the run will jump to.
 class SoundSource {
 public:
-    explicit SoundSource(const std::string& file);
+    explicit SoundSource(std::shared_ptr<KeptFile> file);
 
     /// A reader for a voice that begins at this position: the spare when it waits there, else one that is sent there.
     /// Null when both are lent already.

@@ -4,7 +4,9 @@
 #include "render/sound/voice.h"
 
 #include <algorithm>
+#include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace ZorvicRender {
@@ -27,7 +29,7 @@ private:
 /// The sound of one file in one run: what is heard of it, and what fades out after a cut.
 class Track {
 public:
-    explicit Track(const std::string& file) : Source(file) {}
+    explicit Track(std::shared_ptr<KeptFile> file) : Source(std::move(file)) {}
 
     /// Adds the sound of at most BlockFrames frames to the sum; without a layer the run is over.
     void Mix(const Layer* layer, std::int64_t at, int frames, const SeamList& seams, float* sum);

@@ -45,8 +45,9 @@ struct Head {
 };
 static_assert(sizeof(Head) == HeadBytes);
 
-int OpenForWriting(const std::string& file) {
-    const int opened = open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOCTTY, 0644);
+int OpenForWriting(const std::string& file, bool goesOn) {
+    const int truncate = goesOn ? 0 : O_TRUNC;
+    const int opened = open(file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOCTTY | truncate, 0644);
     if (opened >= 0) return opened;
     throw ZorvicUnit::Fault(ZorvicUnit::FaultKind::NotFound,
                             "--audio file:" + file + ": cannot write the file: " + std::strerror(errno));
@@ -58,8 +59,8 @@ std::int64_t NowSample() {
 
 }  // namespace
 
-WavSink::WavSink(const std::string& file)
-    : Name(file), File(OpenForWriting(file)), First(NowSample() + AheadFrames), Next(First) {
+WavSink::WavSink(const std::string& file, TimePoint since, bool goesOn)
+    : Name(file), File(OpenForWriting(file, goesOn)), First(SampleAt(since)), Next(NowSample() + AheadFrames) {
     WriteHead();
     spdlog::debug("{}: first sample at {}", Name, TimeOf(First).time_since_epoch().count());
 }

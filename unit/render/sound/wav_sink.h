@@ -5,6 +5,7 @@
 #include "render/sound/sink.h"
 
 #include <array>
+#include <chrono>
 #include <optional>
 #include <string>
 
@@ -14,8 +15,9 @@ namespace ZorvicRender {
 /// time: its head is brought up to date twice a second.
 class WavSink final : public Sink {
 public:
-    /// Replaces the file. Throws Fault when it cannot be written.
-    explicit WavSink(const std::string& file);
+    /// The file's first sample is of the moment `since`; up to now it is silent. Replaces the file, or writes on in
+    /// one that an earlier sink began with that moment. Throws Fault when it cannot be written.
+    explicit WavSink(const std::string& file, TimePoint since = std::chrono::steady_clock::now(), bool goesOn = false);
     ~WavSink() override;
 
     void Turn(const Mix& mix) override;

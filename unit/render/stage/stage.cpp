@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <optional>
 #include <set>
 #include <utility>
 
@@ -31,62 +30,81 @@ int Pixels(double part, int whole) {
     return static_cast<int>(std::lround(std::clamp(part * whole, 1.0, 16384.0)));
 }
 
-std::optional<CanvasView> ViewOn(const StageOutput& output, const zorvic::v1::Preset& preset) {
-    return ViewOf(preset, output.Number, output.Shape.Width, output.Shape.Height);
-}
-
 }  // namespace
 
 struct Stage::Run {
     struct Entry {
+        std::shared_ptr<KeptFile> File;
         std::unique_ptr<PictureSource> Source;
         std::uint64_t Dropped = 0;
         std::uint64_t Repeated = 0;
     };
+    struct Pin {
+        std::size_t Output = 0;
+        std::string Path;
+        Area Place;
+        ColourMap Colours;
+    };
     std::map<std::string, Entry> Sources;  ///< by path
-    std::shared_ptr<const zorvic::v1::Preset> Sized;
     bool HasShown = false;
+
+    // How this preset lies on outputs of these sizes; the same tick after tick.
+    std::shared_ptr<const Layer> LaidOut;
+    std::uint64_t Targets = 0;
+    std::vector<Pin> Pins;  ///< from the bottom up
 };
 
-Stage::Stage(std::vector<StageOutput> outputs, Reports reports)
-    : Outputs(std::move(outputs)), Lists(Outputs.size()), Report(std::move(reports)), Budget(PictureBytes) {}
+Stage::Stage(std::vector<StageOutput> outputs, TroubleReport report)
+    : Outputs(std::move(outputs)), Lists(Outputs.size()), Report(std::move(report)), Budget(PictureBytes) {}
+
+void Stage::SetTarget(std::size_t output, PixelSize target) {
+    if (std::exchange(Outputs[output].Target, target) != target) ++TargetsVersion;
+}
 
 Stage::~Stage() {
     Runs.clear();
 }
 
-Stage::Run& Stage::Get(const Layer& layer) {
-    auto& run = Runs[layer.Id];
+Stage::Run& Stage::Get(const std::shared_ptr<const Layer>& layer) {
+    auto& run = Runs[layer->Id];
     if (!run) run = std::make_unique<Run>();
-    SetSizes(*run, layer);
+    if (run->LaidOut == layer && run->Targets == TargetsVersion) return *run;
+    run->LaidOut = layer;
+    run->Targets = TargetsVersion;
+    run->Pins.clear();
+    for (std::size_t output = 0; output < Outputs.size(); ++output)
+        LayOut(*run, output);
+    OpenSources(*run);
     return *run;
 }
 
+void Stage::LayOut(Run& run, std::size_t output) {
+    const StageOutput& target = Outputs[output];
+    const auto view = ViewOf(*run.LaidOut->Preset, target.Number, target.Shape.Width, target.Shape.Height);
+    if (!view) return;
+    for (const auto* asset : FromBottomUp(*view->Canvas)) {
+        const Area place = view->Place(*asset);
+        if (IsVisible(place)) run.Pins.push_back({output, asset->full_path(), place, ControlsOf(*asset)});
+    }
+}
+
 // Every asset that some output shows gets a source, and the size of the largest place at which it is drawn.
-void Stage::SetSizes(Run& run, const Layer& layer) {
+void Stage::OpenSources(Run& run) {
     std::map<std::string, PixelSize> sizes;
-    for (const StageOutput& output : Outputs) {
-        const auto view = ViewOn(output, *layer.Preset);
-        if (!view) continue;
-        for (const auto* asset : FromBottomUp(*view->Canvas)) {
-            const Area place = view->Place(*asset);
-            if (!IsVisible(place)) continue;
-            PixelSize& size = sizes[asset->full_path()];
-            size.Width = std::max(size.Width, Pixels(place.Width, output.Target.Width));
-            size.Height = std::max(size.Height, Pixels(place.Height, output.Target.Height));
-        }
+    for (const Run::Pin& pin : run.Pins) {
+        const PixelSize target = Outputs[pin.Output].Target;
+        PixelSize& size = sizes[pin.Path];
+        size.Width = std::max(size.Width, Pixels(pin.Place.Width, target.Width));
+        size.Height = std::max(size.Height, Pixels(pin.Place.Height, target.Height));
     }
     std::erase_if(run.Sources, [&](const auto& source) { return !sizes.contains(source.first); });
-    for (const Medium& medium : layer.Media) {
+    for (const Medium& medium : run.LaidOut->Media) {
         const auto size = sizes.find(medium.Path);
-        if (size == sizes.end() || medium.File.empty()) continue;
-        auto& source = run.Sources[medium.Path].Source;
-        if (!source) {
-            auto opened = std::make_shared<const OpenMedium>(medium.Path, std::make_shared<KeptFile>(medium.File));
-            source =
-                std::make_unique<PictureSource>(std::move(opened), PictureServices{Budget, Leftovers, Report.Opening});
-        }
-        source->SetSize(size->second);
+        if (size == sizes.end() || !medium.File) continue;
+        Run::Entry& entry = run.Sources[medium.Path];
+        if (entry.File != medium.File)
+            entry = {medium.File, std::make_unique<PictureSource>(medium.File, PictureServices{Budget, Leftovers})};
+        entry.Source->SetSize(size->second);
     }
 }
 
@@ -95,12 +113,12 @@ void Stage::Follow(const Scene& scene, TimePoint lightUp, Nanoseconds tick) {
     for (DrawList& list : Lists)
         list.clear();
     for (const auto& layer : scene.Layers) {
-        Run& run = Get(*layer);
+        Run& run = Get(layer);
         FollowSources(run, *layer, lightUp, tick);
         if (layer->At(lightUp) != nullptr) List(run, *layer, lightUp);
     }
     for (const auto& layer : scene.Primed) {
-        for (auto& [path, entry] : Get(*layer).Sources)
+        for (auto& [path, entry] : Get(layer).Sources)
             entry.Source->Prime(*layer);
     }
     DropOthers(scene);
@@ -108,7 +126,7 @@ void Stage::Follow(const Scene& scene, TimePoint lightUp, Nanoseconds tick) {
 
 void Stage::Prepare(const Scene& scene, TimePoint lightUp, Nanoseconds tick) {
     for (const auto& layer : scene.Layers) {
-        for (auto& [path, entry] : Get(*layer).Sources)
+        for (auto& [path, entry] : Get(layer).Sources)
             entry.Source->Prepare(*layer, lightUp, tick);
     }
 }
@@ -128,28 +146,22 @@ void Stage::FollowSources(Run& run, const Layer& layer, TimePoint lightUp, Nanos
         if (counts.JumpTime) (std::exchange(run.HasShown, true) ? Counts.Seek : Counts.FirstPicture) = *counts.JumpTime;
         Busy = Busy || repeated > 0 || (span != nullptr && !source.Shown() && !source.HasFailed());
         const std::string problem = source.TakeProblem();
-        if (!problem.empty()) Report.Trouble(problem);
+        if (!problem.empty()) Report(problem);
     }
 }
 
-void Stage::List(Run& run, const Layer& layer, TimePoint lightUp) {
+void Stage::List(const Run& run, const Layer& layer, TimePoint lightUp) {
     const Span& span = *layer.At(lightUp);
     const Gains gains = GainsAt(*layer.Preset, span, span.PositionAt(lightUp));
-    for (std::size_t i = 0; i < Outputs.size(); ++i) {
-        const auto view = ViewOn(Outputs[i], *layer.Preset);
-        if (!view) continue;
-        for (const auto* asset : FromBottomUp(*view->Canvas)) {
-            const auto found = run.Sources.find(asset->full_path());
-            if (found == run.Sources.end() || !found->second.Source->Shown()) continue;
-            const Area place = view->Place(*asset);
-            if (!IsVisible(place)) continue;
-            Lists[i].push_back({.Source = found->second.Source.get(),
-                                .Shown = found->second.Source->Shown(),
-                                .Place = place,
-                                .Colours = ControlsOf(*asset),
-                                .Light = gains.Light,
-                                .Opacity = gains.Opacity});
-        }
+    for (const Run::Pin& pin : run.Pins) {
+        const auto found = run.Sources.find(pin.Path);
+        if (found == run.Sources.end() || !found->second.Source->Shown()) continue;
+        Lists[pin.Output].push_back({.Source = found->second.Source.get(),
+                                     .Shown = found->second.Source->Shown(),
+                                     .Place = pin.Place,
+                                     .Colours = pin.Colours,
+                                     .Light = gains.Light,
+                                     .Opacity = gains.Opacity});
     }
 }
 

@@ -26,17 +26,14 @@ struct StageOutput {
 /// one thread.
 class Stage {
 public:
-    struct Reports {
-        PictureReader::OpeningReport Opening;  ///< from the readers' threads
-        std::function<void(const std::string& text)>
-            Trouble;  ///< something is not shown, and why; once for each source
-    };
+    /// Something is not shown, and why; once for each source.
+    using TroubleReport = std::function<void(const std::string& text)>;
 
-    Stage(std::vector<StageOutput> outputs, Reports reports);
+    Stage(std::vector<StageOutput> outputs, TroubleReport report);
     ~Stage();
 
     /// A window has another size now.
-    void SetTarget(std::size_t output, PixelSize target) { Outputs[output].Target = target; }
+    void SetTarget(std::size_t output, PixelSize target);
     /// Chooses the pictures of the tick that lights up at this time.
     void Follow(const Scene& scene, TimePoint lightUp, Nanoseconds tick);
     /// Sends readers for what the next Follow() will need, so that it need not wait for a tick.
@@ -59,15 +56,17 @@ public:
 
 private:
     struct Run;
-    Run& Get(const Layer& layer);
-    void SetSizes(Run& run, const Layer& layer);
+    Run& Get(const std::shared_ptr<const Layer>& layer);
+    void LayOut(Run& run, std::size_t output);
+    void OpenSources(Run& run);
     void FollowSources(Run& run, const Layer& layer, TimePoint lightUp, Nanoseconds tick);
-    void List(Run& run, const Layer& layer, TimePoint lightUp);
+    void List(const Run& run, const Layer& layer, TimePoint lightUp);
     void DropOthers(const Scene& scene);
 
     std::vector<StageOutput> Outputs;
     std::vector<DrawList> Lists;
-    const Reports Report;
+    std::uint64_t TargetsVersion = 1;
+    const TroubleReport Report;
     PictureBudget Budget;
     Reaper Leftovers;
     std::map<RunId, std::unique_ptr<Run>> Runs;
