@@ -206,7 +206,7 @@ TEST_F(LinkTest, EveryMirrorEqualsTheUnitAfterAStormAndNothingAcknowledgedIsMiss
             std::vector<Preset> stored;
             EXPECT_EQ(direct.GetPresets(stored), ZORVIC_STATUS_OK);
             console->ExpectKept(stored);
-            EXPECT_GT(console->Events, 0);
+            EXPECT_TRUE(WaitUntil([&] { return console->Events > 0; }));
         }
         Session fresh(Unit.Host(), 1);
         EXPECT_EQ(ContentOf(fresh), ContentOf(direct));
