@@ -1,8 +1,8 @@
 // What the audience sees and hears of a real unit: pictures are read from its windows on a virtual display, by the
 // number that each carries; sound from the file that it writes. Prints a line per measure.
 //
-//   measure_playback [steady] [four] [seams] [take] [seek] [sync] [memory] [faults] [idle]      (all, when none is
-//   named)
+//   measure_playback [steady] [four] [seams] [take] [seek] [sync] [memory] [faults] [hostile] [idle] [other]
+//   (all, when none is named)
 
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -21,6 +21,7 @@
 #include <map>
 #include <memory>
 #include <numeric>
+#include <random>
 #include <sstream>
 #include <stdexcept>
 
@@ -290,7 +291,7 @@ void Takes(const std::string& clips) {
     Show show(clips, {"--output", "1=window:960x540"});
     WindowWatch watch("Measured - Output 1", 0, 0);
     const int primed = show.Add({.Name = "primed", .File = "long.mp4"});
-    const int between = show.Add({.Name = "between", .File = "small.mp4"});
+    show.Add({.Name = "between", .File = "small.mp4"});  // the one after the selected one is got ready
     const int cold = show.Add({.Name = "cold", .File = "long.mp4"});
     for (const int pk : {primed, cold}) {
         std::vector<double> times;
@@ -314,7 +315,6 @@ void Takes(const std::string& clips) {
                     pk == cold ? "take to first picture, cold" : "take to first picture, primed", sum.Median, sum.Most,
                     missed);
     }
-    (void)between;
 }
 
 void Seeks(const std::string& clips) {
@@ -406,23 +406,28 @@ void Sync(const std::string& clips) {
 }
 
 void Memory(const std::string& clips) {
-    Show show(clips, {"--output", "1=window:960x540", "--audio", "file:/dev/null.wav"});
+    const TemporaryDirectory heard;
+    Show show(clips, {"--output", "1=window:960x540", "--audio", "file:" + heard.Path() + "/heard.wav"});
     const int loop = show.Add({.Name = "loop", .File = "small.mp4", .Pictures = 5, .Loop = -1});
     show.Client->Take(loop);
     std::this_thread::sleep_for(10s);
-    const double before = MemoryMB(show.Renderer());
-    std::this_thread::sleep_for(190s);
-    std::printf("%-34s %.0f MB after 50, %.0f MB after 1000\n", "memory, loops", before, MemoryMB(show.Renderer()));
+    std::string line;
+    const auto note = [&] { line += " " + std::to_string(static_cast<int>(MemoryMB(show.Renderer()))); };
+    for (int loops = 50; loops <= 1000; loops += 190) {
+        note();
+        std::this_thread::sleep_for(38s);
+    }
+    std::printf("%-34s MB after 50, 240, ...:%s\n", "memory, 1000 loops", line.c_str());
     show.Client->End(loop);
     const int seek = show.Add({.Name = "seek", .File = "small.mp4", .Loop = -1});
     show.Client->Take(seek);
-    double after = 0;
-    for (int i = 0; i < 1000; ++i) {
-        show.Client->SeekTo(seek, static_cast<std::uint32_t>(i * 37 % 50'000));
+    line.clear();
+    for (int i = 1; i <= 1000; ++i) {
+        show.Client->SeekTo(seek, static_cast<std::uint32_t>(i * 3701 % 50'000));
         std::this_thread::sleep_for(60ms);
-        if (i == 50) after = MemoryMB(show.Renderer());
+        if (i == 50 || i % 200 == 0) note();
     }
-    std::printf("%-34s %.0f MB after 50, %.0f MB after 1000\n", "memory, seeks", after, MemoryMB(show.Renderer()));
+    std::printf("%-34s MB after 50, 200, 400, ...:%s\n", "memory, 1000 seeks", line.c_str());
 }
 
 void Deaths(const std::string& clips) {
@@ -449,6 +454,56 @@ void Deaths(const std::string& clips) {
     }
 }
 
+/// Bytes that are no film any more, or not quite.
+std::string Damaged(std::string bytes, std::minstd_rand& random) {
+    const auto within = [&](std::size_t most) { return random() % std::max<std::size_t>(most, 1); };
+    const std::size_t reach = within(2) == 0 ? std::min<std::size_t>(bytes.size(), 2000) : bytes.size();
+    for (std::size_t flips = within(60) + 1; flips > 0; --flips)
+        bytes[within(reach)] = static_cast<char>(random());
+    if (within(4) == 0) bytes.resize(within(bytes.size()));
+    return bytes;
+}
+
+// A show on one output, while broken films arrive and those that can be opened are played on another.
+void Hostile(const std::string& clips) {
+    constexpr int Films = 200;
+    Show show(clips, {"--output", "1=window:960x540", "--output", "2=offscreen"});
+    WindowWatch watch("Measured - Output 1", 0, 0);
+    std::vector<std::string> whole;
+    for (const std::string suffix : {".mp4", ".mkv", ".ts", ".avi"}) {
+        const std::string file = show.Directory.Path() + "/whole" + suffix;
+        MakeNumberedClip(file, "640x360", 2, "-c:v libx264 -preset veryfast -bf 2 -c:a aac -movflags faststart");
+        whole.push_back(ReadFile(file));
+    }
+    const int pk = show.Add({.Name = "show", .File = "long.mp4", .Loop = -1});
+    show.Client->Take(pk);
+    std::this_thread::sleep_for(2s);
+    watch.Take();
+    const pid_t renderer = show.Renderer();
+    std::minstd_rand random(11);
+    const std::array<const char*, 4> suffixes = {".mp4", ".mkv", ".ts", ".avi"};
+    const auto name = [&](int i) {
+        return "damaged" + std::to_string(i) + suffixes[static_cast<std::size_t>(i) % whole.size()];
+    };
+    for (int i = 0; i < Films; ++i)
+        std::ofstream(show.Store + "/Assets/" + name(i), std::ios::binary)
+            << Damaged(whole[static_cast<std::size_t>(i) % whole.size()], random);
+    std::this_thread::sleep_for(20s);
+    int played = 0;
+    for (int i = 0; i < Films; ++i) {
+        Zorvic::AssetMetadata metadata;
+        if (show.Client->ReadAssetMetadata("C:\\Assets\\" + name(i), metadata) != Zorvic::ZORVIC_STATUS_OK) continue;
+        const int broken = show.Add({.Name = "broken", .File = name(i), .Output = 2});
+        show.Client->Take(broken);
+        std::this_thread::sleep_for(300ms);
+        show.Client->End(broken);
+        ++played;
+    }
+    Print("200 damaged films beside", Judge(watch.Take(), InPass(0, 1500)));
+    std::printf("%-34s %d of %d played, the renderer %s\n", "", played, Films,
+                renderer == show.Renderer() ? "is the same" : "was replaced");
+}
+
 void Idle(const std::string& clips) {
     for (const bool shown : {false, true}) {
         const auto began = Clock::now();
@@ -473,7 +528,8 @@ void Tell(const std::string& socketFile, const std::string& command) {
 
 // The same clips in a widely used player, where it can do the same job.
 void Other(const std::string& clips) {
-    const std::string socket = clips + "/other.socket";
+    const TemporaryDirectory meeting;
+    const std::string socket = meeting.Path() + "/other.socket";
     const auto play = [&](const char* file, std::vector<std::string> options) {
         std::vector<std::string> arguments = {"mpv",
                                               "--no-config",
@@ -540,8 +596,9 @@ std::string MakeClips() {
 
 int main(int argc, char** argv) {
     const std::vector<std::pair<std::string, std::function<void(const std::string&)>>> measures = {
-        {"steady", Steady}, {"four", Four}, {"seams", Seams},   {"take", Takes},    {"seek", Seeks},
-        {"sync", Sync},     {"idle", Idle}, {"faults", Deaths}, {"memory", Memory}, {"other", Other}};
+        {"steady", Steady}, {"four", Four},       {"seams", Seams}, {"take", Takes},
+        {"seek", Seeks},    {"sync", Sync},       {"idle", Idle},   {"faults", Deaths},
+        {"memory", Memory}, {"hostile", Hostile}, {"other", Other}};
     VirtualDisplay display;
     const std::string clips = MakeClips();
     for (const auto& [name, measure] : measures) {

@@ -2,6 +2,8 @@
 
 #include "fault.h"
 
+#include <spdlog/fmt/fmt.h>
+
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/socket.h>
@@ -15,6 +17,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <system_error>
 #include <utility>
 
 namespace ZorvicUnit {
@@ -84,11 +87,19 @@ RendererProcess::~RendererProcess() {
 }
 
 std::chrono::nanoseconds RendererProcess::Starved() const {
-    std::ifstream file("/proc/" + std::to_string(Process) + "/schedstat");
-    std::int64_t ran = 0;
-    std::int64_t waited = 0;
-    file >> ran >> waited;
-    return std::chrono::nanoseconds(waited);
+    std::chrono::nanoseconds starved{0};
+    std::error_code gone;
+    for (const auto& thread : std::filesystem::directory_iterator(fmt::format("/proc/{}/task", Process), gone)) {
+        // Those that the renderer names itself work ahead of what is due; the others draw for its main thread.
+        std::string name;
+        std::getline(std::ifstream(thread.path() / "comm"), name);
+        if (name.starts_with("zr-")) continue;
+        std::int64_t ran = 0;
+        std::int64_t waited = 0;
+        std::ifstream(thread.path() / "schedstat") >> ran >> waited;
+        starved += std::chrono::nanoseconds(waited);
+    }
+    return starved;
 }
 
 RendererProcess::Ending RendererProcess::End() {

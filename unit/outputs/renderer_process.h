@@ -21,7 +21,7 @@ public:
     RendererProcess& operator=(const RendererProcess&) = delete;
 
     ZorvicRender::MessagePipe& Pipe() { return *Socket; }
-    /// How long its main thread has been kept from running by other work of this machine, in all.
+    /// How long its drawing threads have been kept from running by other work of this machine, in all.
     std::chrono::nanoseconds Starved() const;
     struct Ending {
         std::string Text;

@@ -7,6 +7,7 @@
 #include <spdlog/fmt/fmt.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <string>
 #include <utility>
 
@@ -92,6 +93,8 @@ WindowSurfaces::WindowSurfaces(const zorvic::render::Setup& setup) {
     SDL_SetHint(SDL_HINT_VIDEO_ALLOW_SCREENSAVER, "0");
     SDL_SetHint(SDL_HINT_VIDEO_MINIMIZE_ON_FOCUS_LOSS, "0");
     SDL_SetHint(SDL_HINT_APP_NAME, "zorvic-render");
+    // Without that directory there is no Wayland, and each attempt would say so in the log.
+    if (std::getenv("XDG_RUNTIME_DIR") == nullptr) SDL_SetHint(SDL_HINT_VIDEODRIVER, "x11,kmsdrm");
     if (SDL_Init(SDL_INIT_VIDEO) != 0)
         throw Fault(FaultKind::Internal, fmt::format("--output: no display can be opened: {}", SDL_GetError()));
     // Drivers that show nothing step in when there is no display.
