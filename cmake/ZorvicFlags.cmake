@@ -2,7 +2,8 @@
 add_library(zorvic_flags INTERFACE)
 target_compile_options(zorvic_flags INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast -Woverloaded-virtual
-    -Wnon-virtual-dtor -Wcast-align -Wnull-dereference -Wduplicated-cond -Wlogical-op -Wformat=2
+    -Wnon-virtual-dtor -Wcast-align -Wnull-dereference -Wformat=2
+    $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-cond> $<$<CXX_COMPILER_ID:GNU>:-Wlogical-op>
     # Log lines and debug data name files relative to the source tree.
     -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
 if(ZORVIC_WARNINGS_AS_ERRORS)
@@ -19,5 +20,6 @@ if(ZORVIC_SANITIZE)
     add_compile_options(-fsanitize=${ZORVIC_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     add_link_options(-fsanitize=${ZORVIC_SANITIZE})
     # g++ 12 sees null dereferences in what the sanitizers insert, not in what we wrote.
-    target_compile_options(zorvic_flags INTERFACE -Wno-null-dereference -Wno-maybe-uninitialized)
+    target_compile_options(zorvic_flags INTERFACE
+        -Wno-null-dereference $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
 endif()

@@ -12,6 +12,7 @@ BUILD_PACKAGES=(
 DEMO_PACKAGES=(ffmpeg fonts-dejavu-core)
 DISPLAY_PACKAGES=(xvfb xauth openbox xdotool imagemagick)
 TEST_PACKAGES=(libgtest-dev libgmock-dev libbenchmark-dev libx11-dev)
+FUZZ_PACKAGES=(clang libclang-rt-14-dev)
 
 # install_packages NAME...: installs what is missing, as root, through sudo, or says what is missing.
 install_packages() {

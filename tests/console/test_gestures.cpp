@@ -3,6 +3,7 @@
 
 #include "fixtures.h"
 #include "mainwindow.h"
+#include "support/environment.h"
 
 #include <QMenu>
 
@@ -12,11 +13,6 @@
 using namespace Zorvic;
 
 namespace {
-
-unsigned FromEnvironment(const char* name, unsigned otherwise) {
-    const char* text = std::getenv(name);
-    return text ? static_cast<unsigned>(std::strtoul(text, nullptr, 10)) : otherwise;
-}
 
 struct GesturesTest : ViewTest {
     struct Asked {

@@ -87,8 +87,6 @@ public:
     }
     /// A frozen unit keeps its connections, sends nothing and answers nothing.
     std::atomic<bool> Frozen = false;
-    /// Frames reach the streams only this much later than the reply of the command that made them.
-    std::atomic<std::chrono::milliseconds> StreamDelay{};
     std::atomic<int> TakesStarted = 0;
     std::atomic<bool> LastPause = false;
     /// What every update is answered with.
@@ -102,7 +100,6 @@ private:
             std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
     bool Send(grpc::ServerWriter<Wire::Frame>& writer, const Wire::Frame& frame) {
-        std::this_thread::sleep_for(StreamDelay.load());
         return writer.Write(frame) && !Ending;
     }
 

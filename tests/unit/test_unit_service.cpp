@@ -8,12 +8,14 @@
 #include "rpc/unit_service.h"
 #include "store/database.h"
 #include "support/childprocess.h"
+#include "support/wallclock.h"
 #include "unit/unitfakes.h"
 
 #include <zorvic/preview.h>
 #include <zorvic/session.h>
 
 #include <future>
+#include <thread>
 
 using namespace ZorvicUnit;
 using Zorvic::Session;
@@ -129,6 +131,24 @@ TEST_F(ServedUnitTest, ASlowDiskDelaysNoTakeAndAWriteThatIsGivenUpIsNotDone) {
     EXPECT_TRUE(PresetsOf(Client)[0].Gotos.empty());
     Session fresh(Requests.Address(), 1);
     EXPECT_TRUE(PresetsOf(fresh)[0].Gotos.empty());
+}
+
+// Neither the link's liveness nor the limits of commands, of one that hangs least of all.
+TEST_F(ServedUnitTest, NobodyNoticesThatTheWallClockIsSet) {
+    std::atomic<bool> done = false;
+    std::jthread setter([&] {
+        for (int hours = 0; !done; hours = (hours + 7) % 24) {
+            SetWallClock(std::chrono::hours(hours));
+            SleepBriefly();
+        }
+        SetWallClock({});
+    });
+    std::optional<Transaction> slow(std::in_place, Store);
+    EXPECT_EQ(Client.CreateGoto(1, 500, "late"), Zorvic::ZORVIC_STATUS_NETWORKERROR);
+    slow.reset();
+    for (int time = 1'000; time < 1'020; ++time)
+        ASSERT_EQ(Client.CreateGoto(1, time, "on time"), Zorvic::ZORVIC_STATUS_OK) << time;
+    done = true;
 }
 
 TEST_F(ServedUnitTest, ACreationWhoseAnswerIsLostIsDoneOnceHoweverOftenItIsTried) {
