@@ -205,11 +205,14 @@ TEST_F(UnitProcessTest, RebootComesBackOnItsPortAndShutdownDoesNot) {
 
 TEST_F(UnitProcessTest, ConsolesThatDoNotReadHoldUpNobody) {
     Unit unit(Directory.Path());
-    const auto stub = zorvic::v1::Unit::NewStub(grpc::CreateChannel(unit.Host(), grpc::InsecureChannelCredentials()));
     std::vector<grpc::ClientContext> contexts(40);
     std::vector<std::unique_ptr<grpc::ClientReader<zorvic::v1::Frame>>> stuck;
-    for (auto& context : contexts)
-        stuck.push_back(stub->Watch(&context, {}));
+    for (auto& context : contexts) {
+        grpc::ChannelArguments own;
+        own.SetInt(GRPC_ARG_USE_LOCAL_SUBCHANNEL_POOL, 1);
+        const auto channel = grpc::CreateCustomChannel(unit.Host(), grpc::InsecureChannelCredentials(), own);
+        stuck.push_back(zorvic::v1::Unit::NewStub(channel)->Watch(&context, {}));
+    }
     for (int number = 0; number < 50; ++number)
         ASSERT_EQ(unit.Console.CreatePreset(PresetOf("a", 60'000)), ZORVIC_STATUS_OK);
     Session late(unit.Host(), 1);
