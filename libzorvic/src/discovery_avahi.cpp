@@ -19,6 +19,8 @@ namespace Zorvic::Internal {
 namespace {
 
 constexpr const char* ServiceType = "_zorvic._tcp";
+// Each asks the network; names cost whoever announces them nothing.
+constexpr std::size_t MostResolvers = 512;
 
 std::vector<std::string> ToStrings(AvahiStringList* text) {
     std::vector<std::string> strings;
@@ -132,6 +134,7 @@ void AvahiBrowser::OnService(AvahiSServiceBrowser*, AvahiIfIndex interface, Avah
 }
 
 void AvahiBrowser::Resolve(AvahiIfIndex interface, AvahiProtocol protocol, const char* name, const char* domain) {
+    if (Resolvers.size() >= MostResolvers) return;
     auto* resolver = avahi_s_service_resolver_new(Server, interface, protocol, name, ServiceType, domain,
                                                   AVAHI_PROTO_INET, {}, OnResolved, this);
     if (resolver) Resolvers[KeyOf(interface, name)] = resolver;

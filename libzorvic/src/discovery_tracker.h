@@ -3,6 +3,7 @@
 #include "discovery_records.h"
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -25,6 +26,10 @@ public:
     /// chance at once, so that one lost packet does not make the list flicker.
     static constexpr std::chrono::seconds Interval{2};
     static constexpr int MostMisses = 2;
+    /// Anybody on the network can announce anything: beyond these, announcements that were tried in vain make room, and
+    /// questions wait for answers.
+    static constexpr std::size_t MostEntries = 256;
+    static constexpr std::size_t MostAsked = 16;
 
     void Announce(const AnnouncedUnit& announced, TimePoint now);
     void Withdraw(const std::string& key);
@@ -45,9 +50,13 @@ private:
         AnnouncedUnit Announced;
         TimePoint Due;
         std::uint64_t Asked = 0;  ///< the question under way, or 0
+        bool Tried = false;       ///< it has been asked and did, or did not, answer
         int Misses = 0;
         std::optional<LANZorvic> Identity;  ///< the last answer while the unit is listed
     };
+    bool HasRoom(const std::string& key);
+    std::size_t CountAsked() const;
+
     std::map<std::string, Entry> Entries;  ///< by announcement key
     std::uint64_t LastQuestion = 0;
 };

@@ -109,6 +109,24 @@ TEST_F(Tracker, AUnitIsListedWhileItAnswersAndGoesAtTheSecondMiss) {
     }
 }
 
+TEST_F(Tracker, ThousandsOfForgedAnnouncementsCostFewQuestionsAndKeepNoUnitOut) {
+    Subject.Announce(Announced("first"), Now);
+    AnswerAll(Identity("first"));
+    for (int number = 0; number < 5'000; ++number)
+        Subject.Announce(Announced("forged " + std::to_string(number)), Now);
+    const auto questions = Subject.TakeDue(Now);
+    EXPECT_EQ(questions.size(), UnitTracker::MostAsked);
+    EXPECT_EQ(Subject.NextDue(), std::nullopt) << "there is nothing to wake up for";
+    for (const auto& question : questions)
+        Subject.Answer(question.ID, std::nullopt, Now);
+    Subject.Announce(Announced("real", "10.0.0.7"), Now);
+    for (std::size_t round = 0; round <= UnitTracker::MostEntries / UnitTracker::MostAsked; ++round)
+        for (const auto& question : Subject.TakeDue(Now += 1ms))
+            Subject.Answer(question.ID, question.Host == "10.0.0.7" ? std::optional(Identity("real")) : std::nullopt,
+                           Now);
+    EXPECT_THAT(Subject.Units(), ElementsAre(HasGUID("first"), HasGUID("real")));
+}
+
 TEST_F(Tracker, LateAnswerOfAnEarlierPlaceIsIgnored) {
     Subject.Announce(Announced("k", "10.0.0.1"), Now);
     const auto first = Subject.TakeDue(Now).at(0);

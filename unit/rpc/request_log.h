@@ -1,6 +1,6 @@
 #pragma once
 
-#include "rpc/allowance.h"
+#include "door/allowance.h"
 
 #include <spdlog/common.h>
 

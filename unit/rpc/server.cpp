@@ -3,22 +3,19 @@
 #include "fault.h"
 
 #include <grpcpp/resource_quota.h>
-#include <grpcpp/server_builder.h>
-#include <spdlog/fmt/fmt.h>
+
+#include <cstddef>
 
 namespace ZorvicUnit {
 
 namespace {
 
 // A watching console holds one thread; commands must find threads beside all of them.
-constexpr int MaxThreads = 192;
-// The largest request is an update with the largest preset.
-constexpr int MaxRequestBytes = 1024 * 1024;
-
-std::string HostPort(const std::string& address, std::uint16_t port) {
-    const bool isV6 = address.find(':') != std::string::npos;
-    return isV6 ? fmt::format("[{}]:{}", address, port) : fmt::format("{}:{}", address, port);
-}
+constexpr int MaxThreads = 384;
+// What strangers send can not take more memory than this; consoles need a few megabytes.
+constexpr std::size_t MaxMemory = 256UL * 1024 * 1024;
+constexpr int HandshakeLimitMS = 3'000;
+constexpr int IdleLimitMS = 60'000;
 
 // The unit asks whether a console is still there, so that one whose machine vanished does not hold its thread for ever.
 // Consoles listen for the heartbeat instead; one that asks all the same, however often, is not cut off for it.
@@ -31,26 +28,45 @@ void SetUpKeepalive(grpc::ServerBuilder& builder) {
     builder.AddChannelArgument(GRPC_ARG_KEEPALIVE_TIMEOUT_MS, 20'000);
 }
 
+// A few kilobytes that unpack to a gigabyte must not be unpacked, and nothing that consoles send is worth packing.
+void ForbidCompression(grpc::ServerBuilder& builder) {
+    builder.SetCompressionAlgorithmSupportStatus(GRPC_COMPRESS_DEFLATE, false);
+    builder.SetCompressionAlgorithmSupportStatus(GRPC_COMPRESS_GZIP, false);
+    builder.AddChannelArgument(GRPC_ARG_ENABLE_PER_MESSAGE_DECOMPRESSION, 0);
+}
+
+void SetLimits(grpc::ServerBuilder& builder) {
+    builder.SetMaxReceiveMessageSize(MaxRequestBytes);
+    builder.SetResourceQuota(grpc::ResourceQuota("unit").SetMaxThreads(MaxThreads).Resize(MaxMemory));
+    builder.AddChannelArgument(GRPC_ARG_MAX_CONCURRENT_STREAMS, MaxStreams);
+    builder.AddChannelArgument(GRPC_ARG_SERVER_HANDSHAKE_TIMEOUT_MS, HandshakeLimitMS);
+    builder.AddChannelArgument(GRPC_ARG_MAX_CONNECTION_IDLE_MS, IdleLimitMS);
+    builder.AddChannelArgument(GRPC_ARG_ENABLE_CHANNELZ, 1);  // what the door judges connections by
+    builder.AddChannelArgument(GRPC_ARG_MAX_CHANNEL_TRACE_EVENT_MEMORY_PER_NODE, 0);
+}
+
 }  // namespace
 
+// The RPC library has a listener of its own, which gives up for good when it can not accept once, and lets everybody
+// in.
 Server::Server(grpc::Service& service, const std::string& address, std::uint16_t port,
-               const std::shared_ptr<grpc::ServerCredentials>& credentials) {
+               const std::shared_ptr<grpc::ServerCredentials>& credentials, DoorLimits limits)
+    : Socket(address, port) {
+    using External = grpc::ServerBuilder::experimental_type::ExternalConnectionType;
     grpc::ServerBuilder builder;
-    int bound = 0;
-    builder.AddListeningPort(HostPort(address, port), credentials, &bound);
+    Acceptor = builder.experimental().AddExternalConnectionAcceptor(External::FROM_FD, credentials);
     builder.RegisterService(&service);
-    // Otherwise two units share one port and each gets some of the consoles.
-    builder.AddChannelArgument(GRPC_ARG_ALLOW_REUSEPORT, 0);
-    builder.SetMaxReceiveMessageSize(MaxRequestBytes);
-    builder.SetResourceQuota(grpc::ResourceQuota("unit").SetMaxThreads(MaxThreads));
+    SetLimits(builder);
+    ForbidCompression(builder);
     SetUpKeepalive(builder);
-    Listener = builder.BuildAndStart();
-    if (!Listener || bound <= 0)
-        throw Fault(FaultKind::Internal, fmt::format("can not listen on {}: the port is taken or the address is not "
-                                                     "this machine's",
-                                                     HostPort(address, port)));
-    BoundPort = static_cast<std::uint16_t>(bound);
-    BoundAddress = HostPort(address, BoundPort);
+    Requests = builder.BuildAndStart();
+    if (!Requests) throw Fault(FaultKind::Internal, "can not serve requests");
+    Entrance.emplace(Socket, limits, [this](int socket) {
+        grpc::experimental::ExternalConnectionAcceptor::NewConnectionParameters arrival;
+        arrival.listener_fd = Socket.Get();
+        arrival.fd = socket;
+        Acceptor->HandleNewConnection(&arrival);
+    });
 }
 
 Server::~Server() {
@@ -58,10 +74,11 @@ Server::~Server() {
 }
 
 void Server::Stop(std::chrono::milliseconds limit) {
-    if (!Listener) return;
-    Listener->Shutdown(std::chrono::system_clock::now() + limit);
-    Listener->Wait();
-    Listener.reset();
+    if (!Requests) return;
+    Entrance.reset();
+    Requests->Shutdown(std::chrono::system_clock::now() + limit);
+    Requests->Wait();
+    Requests.reset();
 }
 
 }  // namespace ZorvicUnit

@@ -1,11 +1,16 @@
 #pragma once
 
+#include "door/door.h"
+#include "door/listening_socket.h"
+
 #include <grpcpp/security/server_credentials.h>
 #include <grpcpp/server.h>
+#include <grpcpp/server_builder.h>
 
 #include <chrono>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace ZorvicUnit {
@@ -16,24 +21,26 @@ public:
     /// Listens on a numeric address; port 0 takes any free one. The service must outlive the object. Throws Fault when
     /// the port is taken or the address is not this machine's.
     Server(grpc::Service& service, const std::string& address, std::uint16_t port,
-           const std::shared_ptr<grpc::ServerCredentials>& credentials = grpc::InsecureServerCredentials());
+           const std::shared_ptr<grpc::ServerCredentials>& credentials = grpc::InsecureServerCredentials(),
+           DoorLimits limits = DoorLimits::ForThisProcess());
     ~Server();
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
 
     /// The port it really listens on.
-    std::uint16_t Port() const { return BoundPort; }
+    std::uint16_t Port() const { return Socket.Port(); }
     /// "address:port" as it is written for people and programs.
-    const std::string& Address() const { return BoundAddress; }
+    const std::string& Address() const { return Socket.Address(); }
 
     /// Takes no more requests, lets those in flight finish until the limit and then cancels them. Waits for the limit
     /// whenever a console is connected: an idle console does not notice that it is asked to leave.
     void Stop(std::chrono::milliseconds limit);
 
 private:
-    std::string BoundAddress;
-    std::uint16_t BoundPort = 0;
-    std::unique_ptr<grpc::Server> Listener;
+    ListeningSocket Socket;
+    std::unique_ptr<grpc::experimental::ExternalConnectionAcceptor> Acceptor;
+    std::unique_ptr<grpc::Server> Requests;
+    std::optional<Door> Entrance;
 };
 
 }  // namespace ZorvicUnit

@@ -12,13 +12,23 @@ public:
 
     Allowance(double perSecond, double most) : PerSecond(perSecond), Most(most), Left(most) {}
 
-    /// False when there is not so much left; then nothing is taken.
-    bool Take(TimePoint now, double amount = 1) {
+    bool Allows(TimePoint now, double amount = 1) {
         const std::chrono::duration<double> passed = now - Since;
         Left = std::min(Most, Left + passed.count() * PerSecond);
         Since = now;
-        if (Left < amount) return false;
+        return Left >= amount;
+    }
+    /// False when there is not so much left; then nothing is taken.
+    bool Take(TimePoint now, double amount = 1) {
+        if (!Allows(now, amount)) return false;
         Left -= amount;
+        return true;
+    }
+
+    /// As Take; less than nothing is given back.
+    bool Settle(TimePoint now, double amount) {
+        if (amount > 0) return Take(now, amount);
+        Left = std::min(Most, Left - amount);
         return true;
     }
 

@@ -1,0 +1,125 @@
+#include "door/conduct.h"
+#include "door/door.h"
+#include "door/peer.h"
+#include "support/childprocess.h"
+#include "unit/raw_client.h"
+
+#include <gmock/gmock.h>
+
+#include <sys/resource.h>
+
+#include <atomic>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <vector>
+
+using namespace ZorvicUnit;
+using namespace std::chrono_literals;
+
+namespace {
+
+TEST(Peers, AreNamedAlikeByTheLibraryAndTheirSockets) {
+    EXPECT_EQ(PeerFromName("ipv6:%5Bfe80::1%252%5D:443").Name, "ipv6:[fe80::1%2]:443");
+    EXPECT_EQ(PeerFromName("ipv6:%5B::1%5D:443").Host, "ipv6:[::1]");
+    EXPECT_EQ(PeerFromName("ipv4:192.0.2.1:50000").Host, "ipv4:192.0.2.1");
+}
+
+TEST(Conduct, ToleratesConsolesAndNoFloods) {
+    struct Case {
+        const char* What;
+        const char* Verdict;                   ///< null: goes on for ever
+        std::function<void(Traffic&)> Second;  ///< what one second brings
+    };
+    const auto stream = [](std::uint64_t count, std::uint64_t answered, std::uint64_t bytes) {
+        return [=](Traffic& traffic) {
+            traffic.Started += count;
+            traffic.Succeeded += answered;
+            traffic.Failed += count - answered;
+            traffic.BytesReceived += bytes;
+        };
+    };
+    const auto watching = [](Traffic& traffic) {
+        traffic.Started = 1;
+        traffic.MessagesSent += 7;
+        traffic.BytesReceived += 100;
+    };
+    const std::vector<Case> cases = {
+        {"a console that only watches", nullptr, watching},
+        {"a benchmark", nullptr, stream(5'000, 5'000, 5'000'000)},
+        {"a restore of large presets", nullptr, stream(50, 50, 50'000'000)},
+        {"listings of a slow drive", nullptr, stream(7, 0, 2'000)},
+        {"a flood of resets", "it gives up too many requests", stream(10'000, 0, 300'000)},
+        {"one that answers hide", "it gives up too many requests", stream(10'000, 5'000, 300'000)},
+        {"a message without end", "it sends more than its requests may hold", stream(0, 0, 20'000'000)},
+        {"half a request", "its requests do not come to an end", [](Traffic& traffic) { traffic.Started = 1; }},
+    };
+    for (const Case& expected : cases) {
+        Conduct conduct;
+        Traffic traffic;
+        Conduct::TimePoint now{};
+        const char* verdict = nullptr;
+        for (int second = 0; second < 600 && !verdict; ++second) {
+            expected.Second(traffic);
+            verdict = conduct.Judge(traffic, now += 1s);
+        }
+        EXPECT_STREQ(verdict, expected.Verdict) << expected.What;
+    }
+}
+
+/// A door to a room in which nobody serves: who gets in stays.
+class DoorTest : public ::testing::Test {
+protected:
+    void Open(DoorLimits limits) {
+        Entrance.emplace(Socket, limits, [this](int socket) {
+            const std::scoped_lock lock(Lock);
+            Guests.emplace_back(socket);
+        });
+    }
+    std::size_t Inside() {
+        const std::scoped_lock lock(Lock);
+        return Guests.size();
+    }
+    bool GetsIn(RawClient& client) {
+        const std::size_t before = Inside();
+        client.Greet();
+        return WaitUntil([&] { return Inside() > before; });
+    }
+
+    ListeningSocket Socket{"127.0.0.1", 0};
+    std::mutex Lock;  // guards Guests
+    std::vector<Descriptor> Guests;
+    std::optional<Door> Entrance;
+};
+
+TEST_F(DoorTest, WhoSaysNothingTakesNobodysPlace) {
+    Open({.Connections = 4, .PerHost = 4, .Waiting = 8});
+    std::vector<RawClient> mute;
+    for (int number = 0; number < 100; ++number)
+        mute.emplace_back(Socket.Address());
+    RawClient client(Socket.Address());
+    EXPECT_TRUE(GetsIn(client));
+    EXPECT_EQ(Inside(), 1U);
+    EXPECT_TRUE(WaitUntil([&] { return std::ranges::none_of(mute, &RawClient::Read); })) << "none is kept for ever";
+    EXPECT_TRUE(client.Read());
+}
+
+TEST_F(DoorTest, AcceptsAgainAfterDescriptorsRanOut) {
+    Open({.Connections = 8, .PerHost = 4, .Waiting = 8});
+    RawClient first(Socket.Address());
+    RawClient second(Socket.Address());
+    ASSERT_TRUE(GetsIn(first));
+    rlimit before{};
+    getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit none{0, before.rlim_max};
+    RawClient early(Socket.Address());
+    setrlimit(RLIMIT_NOFILE, &none);
+    early.Greet();
+    second.Greet();
+    EXPECT_TRUE(WaitUntil([&] { return !early.Read() || !second.Read(); })) << "nobody is left standing";
+    setrlimit(RLIMIT_NOFILE, &before);
+    RawClient late(Socket.Address());
+    EXPECT_TRUE(GetsIn(late));
+}
+
+}  // namespace

@@ -1,0 +1,266 @@
+#include "door/door.h"
+
+#include "thread_name.h"
+
+#include <poll.h>
+#include <spdlog/spdlog.h>
+#include <sys/epoll.h>
+#include <sys/eventfd.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <array>
+#include <utility>
+#include <vector>
+
+namespace ZorvicUnit {
+
+using std::chrono::milliseconds;
+
+namespace {
+
+// What a flood does until it is noticed is lost time for the others.
+constexpr milliseconds LookPeriod(25);
+// For the first word, and for a place. From then on, it is the server's business, which has the same limit.
+constexpr milliseconds FirstWordLimit(3'000);
+// Who has been let in asks for something at once; who has not by then may be shown out for somebody else.
+constexpr milliseconds Grace(250);
+constexpr milliseconds LongestUnexamined(2'000);
+constexpr milliseconds DisgraceTime(10'000);
+// What is examined at every look: floods, not the small change of a watching console.
+constexpr std::uint64_t NoticedBytes = 4096;
+constexpr milliseconds FailurePause(5);
+constexpr int MostAtOnce = 64;
+constexpr std::size_t MostReservedDescriptors = 192;
+
+// Drops the connection with all that has come on it: after an ordinary end the server would still read it.
+void CutOff(int socket) {
+    const sockaddr nobody{.sa_family = AF_UNSPEC, .sa_data = {}};
+    connect(socket, &nobody, sizeof nobody);
+}
+
+// An event may be one of an earlier owner of the number.
+bool IsOver(int socket) {
+    pollfd state{.fd = socket, .events = 0, .revents = 0};
+    return poll(&state, 1, 0) != 0;
+}
+
+}  // namespace
+
+DoorLimits DoorLimits::ForThisProcess() {
+    rlimit descriptors{};
+    getrlimit(RLIMIT_NOFILE, &descriptors);
+    const std::size_t all = descriptors.rlim_cur;
+    DoorLimits limits;
+    limits.Connections = std::min(limits.Connections, (all - std::min(all / 2, MostReservedDescriptors)) / 3);
+    limits.Waiting = std::min(limits.Waiting, limits.Connections);
+    limits.PerHost = limits.Connections - limits.Connections / 8;
+    return limits;
+}
+
+Door::Door(ListeningSocket& socket, DoorLimits limits, Usher::Hand hand)
+    : Listening(socket),
+      Limits(limits),
+      ToServer(std::move(hand)),
+      Poll(epoll_create1(EPOLL_CLOEXEC)),
+      Wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+    AddToPoll(Listening.Get(), EPOLLIN);
+    AddToPoll(Wake.Get(), EPOLLIN);
+    Thread = std::thread([this] { Run(); });
+}
+
+Door::~Door() {
+    Stopping = true;
+    eventfd_write(Wake.Get(), 1);
+    Thread.join();
+}
+
+void Door::Run() {
+    NameThread("door");
+    while (!Stopping) {
+        Await();
+        const auto now = std::chrono::steady_clock::now();
+        if (now - LastLook >= LookPeriod) Look(now);
+    }
+}
+
+void Door::Await() {
+    std::array<epoll_event, MostAtOnce> events{};
+    const int limit = All.empty() ? -1 : static_cast<int>(LookPeriod.count());
+    const int count = epoll_wait(Poll.Get(), events.data(), MostAtOnce, limit);
+    const auto now = std::chrono::steady_clock::now();
+    for (int number = 0; number < count; ++number) {
+        const int socket = events.at(static_cast<std::size_t>(number)).data.fd;
+        if (socket == Listening.Get()) {
+            AcceptAll(now);
+        } else {
+            OnReady(socket);
+        }
+    }
+    ServeReady(now);
+}
+
+void Door::AcceptAll(TimePoint now) {
+    int number = 0;
+    for (; number < MostAtOnce; ++number) {
+        auto arrival = Listening.Accept();
+        if (arrival.Turned) {
+            MakeRoom({}, now);
+            if (Lines.Take(now)) spdlog::warn("turned a connection away: there are no descriptors left");
+        } else if (arrival.Socket.IsOpen()) {
+            Receive(std::move(arrival.Socket), now);
+        } else {
+            break;
+        }
+    }
+    // Somebody is there and cannot be accepted: without a pause the thread would ask again and again.
+    if (number == 0) std::this_thread::sleep_for(FailurePause);
+}
+
+void Door::Receive(Descriptor socket, TimePoint now) {
+    auto who = PeerOfSocket(socket.Get());
+    if (!who || !AddToPoll(socket.Get(), EPOLLIN | EPOLLONESHOT)) return;
+    if (Count(false) >= Limits.Waiting && !DropMutest()) return TurnAway(*who, now);
+    const int number = socket.Get();
+    Guest guest;
+    guest.Socket = std::move(socket);
+    guest.Who = std::move(*who);
+    guest.Since = now;
+    All.insert_or_assign(number, std::move(guest));
+}
+
+// Who has said nothing for the longest time has had the most time to say something.
+bool Door::DropMutest() {
+    const auto place = [](const auto& entry) { return entry.second.Ready ? TimePoint::max() : entry.second.Since; };
+    const auto first = std::ranges::min_element(All, {}, place);
+    if (place(*first) == TimePoint::max()) return false;
+    All.erase(first);
+    return true;
+}
+
+void Door::TurnAway(const Peer& who, TimePoint now) {
+    if (Lines.Take(now)) spdlog::warn("turned {} away: there are too many connections", who.Name);
+}
+
+// A connection that the server has closed is shut down in both directions, and so ready here as well.
+void Door::OnReady(int socket) {
+    const auto found = All.find(socket);
+    if (found == All.end()) return;
+    if (!found->second.Served) {
+        found->second.Ready = true;
+    } else if (IsOver(socket)) {
+        All.erase(found);
+    }
+}
+
+void Door::ServeReady(TimePoint now) {
+    std::vector<std::pair<TimePoint, int>> ready;
+    for (const auto& [socket, guest] : All)
+        if (guest.Ready && !guest.Served) ready.emplace_back(guest.Since, socket);
+    std::ranges::sort(ready);
+    for (const auto& [since, socket] : ready) {
+        const auto found = All.find(socket);
+        if (MustWait(found->second, now)) continue;
+        Guest guest = std::move(found->second);
+        All.erase(found);
+        Serve(std::move(guest), now);
+    }
+}
+
+bool Door::MustWait(const Guest& guest, TimePoint now) {
+    const auto host = Disgraced.find(guest.Who.Host);
+    if (host != Disgraced.end() && !host->second.Entries.Allows(now)) return true;
+    const bool crowded = Count(true, guest.Who.Host) >= Limits.PerHost;
+    const bool full = Count(true) >= Limits.Connections;
+    return (crowded || full) && !MakeRoom(crowded ? guest.Who.Host : "", now);
+}
+
+void Door::Serve(Guest guest, TimePoint now) {
+    const auto host = Disgraced.find(guest.Who.Host);
+    if (host != Disgraced.end()) host->second.Entries.Take(now);
+    Descriptor kept = guest.Socket.Duplicate();
+    if (!kept.IsOpen()) return;
+    epoll_ctl(Poll.Get(), EPOLL_CTL_DEL, guest.Socket.Get(), nullptr);
+    const int number = kept.Get();
+    if (!AddToPoll(number, 0)) return;
+    ToServer.Bring(std::move(guest.Socket));
+    guest.Socket = std::move(kept);
+    guest.Served = true;
+    guest.Behaviour = Conduct(host != Disgraced.end());
+    guest.Since = guest.Examined = now;
+    All.insert_or_assign(number, std::move(guest));
+}
+
+// Shows out who has asked for nothing for the longest time, of this host or of any.
+bool Door::MakeRoom(const std::string& host, TimePoint now) {
+    const auto gone = [&](const auto& entry) {
+        const Guest& guest = entry.second;
+        const bool may = guest.Served && guest.Counter && guest.Seen.Started == 0 && now - guest.Since > Grace &&
+                         (host.empty() || guest.Who.Host == host);
+        return may ? guest.Since : TimePoint::max();
+    };
+    const auto first = std::ranges::min_element(All, {}, gone);
+    if (first == All.end() || gone(*first) == TimePoint::max()) return false;
+    shutdown(first->first, SHUT_RDWR);
+    All.erase(first);
+    return true;
+}
+
+void Door::Look(TimePoint now) {
+    LastLook = now;
+    std::erase_if(Disgraced, [&](const auto& entry) { return now - entry.second.Since > DisgraceTime; });
+    ServeReady(now);
+    FindCounters();
+    for (auto entry = All.begin(); entry != All.end();) {
+        Guest& guest = entry->second;
+        const bool late = !guest.Served && now - guest.Since > FirstWordLimit;
+        if (late && guest.Ready) TurnAway(guest.Who, now);
+        const char* reason = guest.Served ? Examine(guest, now) : nullptr;
+        if (reason) ShowOut(guest, reason);
+        entry = late || reason ? All.erase(entry) : std::next(entry);
+    }
+}
+
+void Door::FindCounters() {
+    const auto unknown = [](const auto& entry) { return entry.second.Served && !entry.second.Counter; };
+    if (std::ranges::none_of(All, unknown)) return;
+    const auto counters = ListTrafficCounters();
+    for (auto& [number, guest] : All) {
+        const auto found = counters.find(guest.Who.Name);
+        if (guest.Served && !guest.Counter && found != counters.end()) guest.Counter = found->second;
+    }
+}
+
+const char* Door::Examine(Guest& guest, TimePoint now) {
+    if (!guest.Counter) return nullptr;
+    const std::uint64_t bytes = BytesReceived(guest.Socket.Get());
+    const bool first = guest.Seen.BytesReceived == 0;
+    if (!first && bytes - guest.Seen.BytesReceived < NoticedBytes && now - guest.Examined < LongestUnexamined)
+        return nullptr;
+    auto traffic = ReadTraffic(*guest.Counter);
+    if (!traffic) return nullptr;
+    traffic->BytesReceived = bytes;
+    guest.Seen = *traffic;
+    guest.Examined = now;
+    return guest.Behaviour.Judge(*traffic, now);
+}
+
+void Door::ShowOut(const Guest& guest, const char* reason) {
+    if (Lines.Take(LastLook)) spdlog::warn("closed the connection of {}: {}", guest.Who.Name, reason);
+    CutOff(guest.Socket.Get());
+    Disgraced[guest.Who.Host].Since = LastLook;
+}
+
+std::size_t Door::Count(bool served, const std::string& host) const {
+    return static_cast<std::size_t>(std::ranges::count_if(All, [&](const auto& entry) {
+        return entry.second.Served == served && (host.empty() || entry.second.Who.Host == host);
+    }));
+}
+
+bool Door::AddToPoll(int socket, std::uint32_t events) {
+    epoll_event event{.events = events, .data = {.fd = socket}};
+    return epoll_ctl(Poll.Get(), EPOLL_CTL_ADD, socket, &event) == 0;
+}
+
+}  // namespace ZorvicUnit
