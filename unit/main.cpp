@@ -1,11 +1,11 @@
 #include "daemon/daemon.h"
+#include "daemon/log.h"
 #include "daemon/options.h"
 #include "daemon/power_switch.h"
 #include "fault.h"
 #include "thread_name.h"
 
 #include <spdlog/cfg/env.h>
-#include <spdlog/sinks/stdout_sinks.h>
 #include <spdlog/spdlog.h>
 
 #include <unistd.h>
@@ -24,6 +24,7 @@ constexpr int BadValue = 2;
 
 // The process ends by then even when a disk hangs; nothing that was acknowledged is lost by it.
 constexpr std::chrono::milliseconds EndLimit(1800);
+constexpr std::chrono::milliseconds LogLimit(100);
 
 // Starts the program again in this process, on the port that it has been running on.
 [[noreturn]] void Reexecute(int argc, char** argv, bool portGiven, std::uint16_t port) {
@@ -36,10 +37,12 @@ constexpr std::chrono::milliseconds EndLimit(1800);
     pointers.push_back(nullptr);
     execv("/proc/self/exe", pointers.data());
     spdlog::critical("reboot: can not start the program again");
+    ZorvicUnit::FlushLog(LogLimit);
     std::_Exit(EXIT_FAILURE);
 }
 
 [[noreturn]] void End(bool again, int argc, char** argv, bool portGiven, std::uint16_t port) {
+    ZorvicUnit::FlushLog(LogLimit);
     if (again) Reexecute(argc, argv, portGiven, port);
     std::fflush(nullptr);
     std::_Exit(EXIT_SUCCESS);
@@ -48,7 +51,7 @@ constexpr std::chrono::milliseconds EndLimit(1800);
 }  // namespace
 
 int main(int argc, char** argv) {
-    spdlog::set_default_logger(spdlog::stderr_logger_mt("zorvic-unit"));
+    ZorvicUnit::StartLog("zorvic-unit");
     spdlog::cfg::load_env_levels();
     ZorvicUnit::Options options;
     if (const auto status = ZorvicUnit::ParseOptions(argc, argv, options)) return *status;
@@ -70,9 +73,11 @@ int main(int argc, char** argv) {
         End(again, argc, argv, options.Port != 0, port);
     } catch (const ZorvicUnit::Fault& fault) {
         spdlog::critical("{}", fault.what());
+        ZorvicUnit::FlushLog(LogLimit);
         return fault.Kind == ZorvicUnit::FaultKind::Misused ? BadValue : EXIT_FAILURE;
     } catch (const std::exception& error) {
         spdlog::critical("{}", error.what());
+        ZorvicUnit::FlushLog(LogLimit);
         return EXIT_FAILURE;
     }
 }
