@@ -3,6 +3,7 @@
 #include "mirror.h"
 #include "model/unit_model.h"
 #include "store/database.h"
+#include "store/preset_table.h"
 #include "support/childprocess.h"
 #include "unit/unitfakes.h"
 
@@ -25,16 +26,17 @@ std::string PathOf(int number) {
 
 struct Unit {
     explicit Unit(int size) {
-        for (int number = 1; number <= size; ++number)
-            Catalog.Durations[PathOf(number)] = 10'000;
         Store.Execute("PRAGMA synchronous = OFF");  // the disk is another figure
+        AssetChanges all;
+        for (int number = 1; number <= size; ++number) {
+            Catalog.Durations[PathOf(number)] = 10'000;
+            PresetTable(Store).Insert(PresetWith(0, PathOf(number)));
+            all.Upserted.emplace_back().set_full_path(PathOf(number));
+        }
         UnitModel::Profile profile;
         profile.Identity.set_guid("unit-1");
         Model.emplace(profile, Store, Time, Catalog, Updates);
-        for (int number = 1; number <= size; ++number) {
-            Model->CreatePreset(PresetWith(0, PathOf(number)));
-            Probe(number);
-        }
+        Model->ApplyAssets(all);
         Console.emplace(Updates);
         Read();
     }
