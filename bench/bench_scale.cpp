@@ -30,7 +30,9 @@ struct Unit {
         AssetChanges all;
         for (int number = 1; number <= size; ++number) {
             Catalog.Durations[PathOf(number)] = 10'000;
-            PresetTable(Store).Insert(PresetWith(0, PathOf(number)));
+            auto preset = PresetWith(0, PathOf(number));
+            preset.add_tab_order()->set_index(number);
+            PresetTable(Store).Insert(preset);
             all.Upserted.emplace_back().set_full_path(PathOf(number));
         }
         UnitModel::Profile profile;

@@ -30,7 +30,8 @@ Playback::~Playback() = default;
 
 void Playback::Put(PresetPtr preset) {
     Advance();
-    PlayEntry& entry = Entries[preset->pk()];
+    const auto [found, isNew] = Entries.try_emplace(preset->pk());
+    PlayEntry& entry = found->second;
     Rebase(entry);
     NoteUses(entry, false);
     entry.Assets = PathsOf(*preset);
@@ -38,7 +39,7 @@ void Playback::Put(PresetPtr preset) {
     NoteUses(entry, true);
     RefreshLength(entry);
     SetOff(entry, Now);
-    ++Version;
+    if (isNew) ++Version;
     ++Plans;
     Advance();
 }
