@@ -1,4 +1,5 @@
 #include "daemon/daemon.h"
+#include "daemon/log.h"
 #include "daemon/options.h"
 #include "daemon/power_switch.h"
 #include "fault.h"
@@ -6,7 +7,6 @@
 #include "tls/certificates_command.h"
 
 #include <spdlog/cfg/env.h>
-#include <spdlog/sinks/stdout_sinks.h>
 #include <spdlog/spdlog.h>
 
 #include <unistd.h>
@@ -26,6 +26,7 @@ constexpr int BadValue = 2;
 
 // The process ends by then even when a disk hangs; nothing that was acknowledged is lost by it.
 constexpr std::chrono::milliseconds EndLimit(1800);
+constexpr std::chrono::milliseconds LogLimit(100);
 
 // Starts the program again in this process, on the port that it has been running on.
 [[noreturn]] void Reexecute(int argc, char** argv, bool portGiven, std::uint16_t port) {
@@ -38,10 +39,12 @@ constexpr std::chrono::milliseconds EndLimit(1800);
     pointers.push_back(nullptr);
     execv("/proc/self/exe", pointers.data());
     spdlog::critical("reboot: can not start the program again");
+    ZorvicUnit::FlushLog(LogLimit);
     std::_Exit(EXIT_FAILURE);
 }
 
 [[noreturn]] void End(bool again, int argc, char** argv, bool portGiven, std::uint16_t port) {
+    ZorvicUnit::FlushLog(LogLimit);
     if (again) Reexecute(argc, argv, portGiven, port);
     std::fflush(nullptr);
     std::_Exit(EXIT_SUCCESS);
@@ -50,7 +53,7 @@ constexpr std::chrono::milliseconds EndLimit(1800);
 }  // namespace
 
 int main(int argc, char** argv) {
-    spdlog::set_default_logger(spdlog::stderr_logger_mt("zorvic-unit"));
+    ZorvicUnit::StartLog("zorvic-unit");
     spdlog::cfg::load_env_levels();
     if (argc > 1 && std::string_view(argv[1]) == "certificates") return ZorvicUnit::RunCertificates(argc, argv);
     ZorvicUnit::Options options;
@@ -73,9 +76,11 @@ int main(int argc, char** argv) {
         End(again, argc, argv, options.Port != 0, port);
     } catch (const ZorvicUnit::Fault& fault) {
         spdlog::critical("{}", fault.what());
+        ZorvicUnit::FlushLog(LogLimit);
         return fault.Kind == ZorvicUnit::FaultKind::Misused ? BadValue : EXIT_FAILURE;
     } catch (const std::exception& error) {
         spdlog::critical("{}", error.what());
+        ZorvicUnit::FlushLog(LogLimit);
         return EXIT_FAILURE;
     }
 }

@@ -101,6 +101,8 @@ TEST_F(PlaybackTest, PlaysByItsFieldsAndCommands) {
         {window + "freeze_at_end: true", "take wait=60000 pass=1 left=2000 linked=-1 paused=1"},
         {window + "loop: 1 freeze_at_end: true", "take wait=60000 pass=2 left=2000 linked=-1 paused=1"},
         {window + "loop: -1 freeze_at_end: true", "take wait=6000500 pass=1001 left=7500 linked=-1 paused=0"},
+        // Its passes are counted, not played one after the other.
+        {"loop: -1 out_position: 9999", "take wait=604800000 pass=604800001 left=10000 linked=-1"},
         {window + "loop: -7", "take wait=7000 pass=0 linked=9000"},  // no number of loops
         // Take resumes a paused preset and restarts a playing one, or one with nothing left to play.
         {"", "take wait=3000 pause wait=5000 left=7000 paused=1 take wait=1000 left=6000 take left=10000"},

@@ -1,5 +1,6 @@
 #include "assets/asset_store.h"
 #include "conversions.h"
+#include "daemon/ticker.h"
 #include "feed/feed.h"
 #include "model/asset_link.h"
 #include "model/unit_model.h"
@@ -161,6 +162,17 @@ TEST_F(ServedUnitTest, ACreationWhoseAnswerIsLostIsDoneOnceHoweverOftenItIsTried
     EXPECT_EQ(PresetsOf(Client).size(), 2U);
     EXPECT_EQ(Client.CreatePreset(preset), Zorvic::ZORVIC_STATUS_OK);
     EXPECT_EQ(PresetsOf(Client).size(), 3U) << "a clone of the clone, asked for after the answer";
+}
+
+// A thread that sends heartbeats while the model is stuck would hide that from everybody.
+TEST_F(ServedUnitTest, AModelThatStandsStillLosesItsConsoles) {
+    const Ticker ticker(Model);
+    EXPECT_FALSE(WaitUntil([&] { return !Client.Connected(); }, std::chrono::seconds(3))) << "idle is not stuck";
+    Catalog.Slow = true;
+    const std::jthread stuck([&] { Model.CreatePreset(PresetWith(0, Clip)); });
+    EXPECT_TRUE(WaitUntil([&] { return !Client.Connected(); }));
+    Catalog.Slow = false;
+    EXPECT_TRUE(WaitUntil([&] { return Client.Reconnect("") == Zorvic::ZORVIC_STATUS_OK; }));
 }
 
 TEST_F(ServedUnitTest, PicturesAreMadeWhileSomebodyWatchesAndCarryTheirAge) {

@@ -1,6 +1,7 @@
 #include "daemon/housekeeper.h"
 
 #include "assets/asset_store.h"
+#include "daemon/log.h"
 #include "fault.h"
 #include "feed/feed.h"
 #include "feed/pieces.h"
@@ -40,6 +41,7 @@ void RunHousekeeper(const std::stop_token& stop, UnitModel& model, const AssetSt
         SaveSelection(model);
         rows.CheckpointWhenIdle();
         ShowDrives(assets, updates);
+        ReportLostLines();
     }
 }
 

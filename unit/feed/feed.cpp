@@ -24,6 +24,12 @@ std::uint64_t Feed::Revision() const {
     return Last;
 }
 
+bool Feed::Beats() const {
+    using std::chrono::steady_clock;
+    const steady_clock::time_point last{steady_clock::duration(LastBeat.load())};
+    return last == steady_clock::time_point() || steady_clock::now() - last < BeatLimit;
+}
+
 bool Feed::Apply(FeedChange& change) {
     const auto found = Slots.find(change.Key);
     if (found == Slots.end() && change.Gone) return false;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
@@ -48,6 +49,12 @@ public:
     std::uint64_t Publish(std::vector<FeedChange> changes);
     std::uint64_t Revision() const;
 
+    /// The source of the changes says that it is alive, however little changes. From the first time on it has to.
+    void Beat() { LastBeat = std::chrono::steady_clock::now().time_since_epoch().count(); }
+    /// False when it has not said so for BeatLimit: then nobody may be told that all is well.
+    bool Beats() const;
+    static constexpr std::chrono::seconds BeatLimit{1};
+
     /// Ends all subscriptions that there are; new ones can begin.
     void EndSubscriptions();
     /// Ends all subscriptions, and lets none begin.
@@ -65,6 +72,7 @@ private:
     bool Apply(FeedChange& change);
     void DropTombstones();
 
+    std::atomic<std::chrono::steady_clock::rep> LastBeat = 0;
     mutable std::mutex Mutex;  ///< guards everything below
     std::condition_variable Changed;
     std::map<FeedKey, Slot> Slots;

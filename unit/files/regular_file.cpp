@@ -33,8 +33,12 @@ int OpenWithoutLinks(const std::filesystem::path& file) {
 Descriptor OpenRegularFile(const std::filesystem::path& file) {
     Descriptor opened(OpenWithoutLinks(file));
     if (!opened.IsOpen() && errno == ELOOP) throw Fault(FaultKind::Refused, file.string() + " leads through a link");
-    if (!opened.IsOpen())
-        throw Fault(FaultKind::NotFound, "cannot open " + file.string() + ": " + std::strerror(errno));
+    if (!opened.IsOpen()) {
+        // Too many open files, a disk that fails, missing rights: the file is there.
+        const bool gone = errno == ENOENT || errno == ENOTDIR;
+        throw Fault(gone ? FaultKind::NotFound : FaultKind::Internal,
+                    "cannot open " + file.string() + ": " + std::strerror(errno));
+    }
     struct stat status = {};
     if (fstat(opened.Get(), &status) == 0 && S_ISREG(status.st_mode)) return opened;
     throw Fault(FaultKind::Refused, file.string() + " is not a regular file");

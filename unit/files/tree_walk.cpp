@@ -27,6 +27,14 @@ FileStamp StampOf(const struct stat& status) {
     return {status.st_size, std::int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec};
 }
 
+// What a failing disk does not show any more is not gone.
+const dirent* NextEntry(DIR* directory, TreeContent& content) {
+    errno = 0;
+    const dirent* entry = readdir(directory);  // NOLINT(concurrency-mt-unsafe): the stream is the caller's own
+    content.Complete = content.Complete && (entry != nullptr || errno == 0);
+    return entry;
+}
+
 }  // namespace
 
 FileStamp ReadStamp(const std::filesystem::path& file) {
@@ -57,15 +65,17 @@ void TreeWalk::WalkDirectory(const DrivePlace& place, const Enter& enter, TreeCo
         if (errno != ENOENT) Leave({&Drive, {}}, path.string(), std::strerror(errno));
         return;
     }
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): each thread reads a directory stream of its own
-    while (const dirent* entry = readdir(directory.get()))
+    while (const dirent* entry = NextEntry(directory.get(), content))
         if (!IsHidden(entry->d_name)) VisitEntry(dirfd(directory.get()), place, entry->d_name, enter, content);
 }
 
 void TreeWalk::VisitEntry(int directory, const DrivePlace& place, const std::string& name, const Enter& enter,
                           TreeContent& content) {
     struct stat status = {};
-    if (fstatat(directory, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return;
+    if (fstatat(directory, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+        content.Complete = content.Complete && errno == ENOENT;
+        return;
+    }
     if (const char* problem = NameProblem(name)) return Leave(place, name, problem);
     DrivePlace entry = place;
     entry.Names.push_back(name);

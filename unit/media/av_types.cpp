@@ -1,5 +1,11 @@
 #include "media/av_types.h"
 
+#include "media/decoders.h"
+
+extern "C" {
+#include <libavutil/mem.h>
+}
+
 namespace ZorvicUnit {
 
 AvDecoder OpenDecoder(const AVStream& stream, int threads) {
@@ -7,6 +13,8 @@ AvDecoder OpenDecoder(const AVStream& stream, int threads) {
     AvDecoder decoder(codec == nullptr ? nullptr : avcodec_alloc_context3(codec));
     if (decoder == nullptr || avcodec_parameters_to_context(decoder.get(), stream.codecpar) < 0) return nullptr;
     decoder->thread_count = threads;
+    decoder->codec_whitelist = av_strdup(TrustedDecoders());
+    if (decoder->codec_whitelist == nullptr) return nullptr;
     decoder->pkt_timebase = stream.time_base;
     return avcodec_open2(decoder.get(), codec, nullptr) < 0 ? nullptr : std::move(decoder);
 }

@@ -1,6 +1,7 @@
 #include "media/media_file.h"
 
 #include "fault.h"
+#include "media/decoders.h"
 
 extern "C" {
 #include <libavcodec/packet.h>
@@ -118,7 +119,10 @@ void MediaFile::Open() {
     // Session descriptions open sockets past io_open.
     Format->protocol_whitelist = av_strdup("none");
     Format->format_whitelist = av_strdup(Formats);
-    if (Format->protocol_whitelist == nullptr || Format->format_whitelist == nullptr) throw std::bad_alloc();
+    Format->codec_whitelist = av_strdup(TrustedDecoders());
+    if (Format->protocol_whitelist == nullptr || Format->format_whitelist == nullptr ||
+        Format->codec_whitelist == nullptr)
+        throw std::bad_alloc();
     Format->interrupt_callback = {&Source::Interrupted, Input.get()};
 
     // Without the name: what a file holds decides, not how it is called (a text must not become a film of its letters).

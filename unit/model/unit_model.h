@@ -93,10 +93,11 @@ public:
     };
 
     std::uint64_t Revision() const { return Updates.Revision(); }
-    /// Carries out what is due and publishes positions; false when nothing moves any more.
+    /// Carries out what is due, publishes positions, and shows the feed that the model moves; false when no position
+    /// does any more.
     bool Tick();
-    /// Returns when a position begins to move, or when it is asked to stop.
-    void WaitForPlay(const std::stop_token& stop);
+    /// Returns when a position begins to move, when the time has passed, or when it is asked to stop.
+    void WaitForPlay(const std::stop_token& stop, std::chrono::milliseconds limit);
     /// Writes the selection if it has changed. Throws Fault.
     void SaveSelection();
     /// Returns when another preset has been selected since SaveSelection() was called, at the latest at this time, and

@@ -106,12 +106,13 @@ bool UnitModel::Tick() {
     const std::scoped_lock lock(ModelLock);
     Playing.Advance();
     Publish({});
+    Updates.Beat();
     return Playing.Rolling();
 }
 
-void UnitModel::WaitForPlay(const std::stop_token& stop) {
+void UnitModel::WaitForPlay(const std::stop_token& stop, std::chrono::milliseconds limit) {
     std::unique_lock lock(ModelLock);
-    PlayStarted.wait(lock, stop, [this] { return Playing.Rolling(); });
+    PlayStarted.wait_for(lock, stop, limit, [this] { return Playing.Rolling(); });
 }
 
 // Called with ModelLock held, so that changes come to the feed in the order in which they happened. States and

@@ -110,7 +110,7 @@ Outlook Playback::Unroll(Clock::TimePoint until) {
             until = due->At;
             break;
         }
-        const std::int32_t linked = CarryOut(*due);
+        const std::int32_t linked = CarryOut(*due, due->At);
         record.Note(Entries.at(due->PK), due->At);
         if (linked > 0) record.Note(Entries.at(linked), due->At);
     }

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <unordered_set>
 
 namespace ZorvicUnit {
 
@@ -15,26 +14,42 @@ using std::chrono::duration_cast;
 using std::chrono::milliseconds;
 using std::chrono::nanoseconds;
 
+namespace {
+
+// How many of those that would have passed are the preset's to play, behind the one that begins and before the last.
+std::int64_t PassesUntil(const PlayEntry& entry, std::int64_t passed) {
+    if (entry.Endless()) return passed;
+    return std::min(passed, entry.Preset->loop() - std::int64_t{entry.Playing->Pass});
+}
+
+}  // namespace
+
 Playback::Playback(const Clock& clock, const AssetCatalog& catalog) : Time(clock), Catalog(catalog), Now(clock.Now()) {}
 
 Playback::~Playback() = default;
 
 void Playback::Put(PresetPtr preset) {
     Advance();
-    PlayEntry& entry = Entries[preset->pk()];
+    const auto [found, isNew] = Entries.try_emplace(preset->pk());
+    PlayEntry& entry = found->second;
     Rebase(entry);
+    NoteUses(entry, false);
     entry.Assets = PathsOf(*preset);
     entry.Preset = std::move(preset);
+    NoteUses(entry, true);
     RefreshLength(entry);
     SetOff(entry, Now);
-    ++Version;
+    if (isNew) ++Version;
     ++Plans;
     Advance();
 }
 
 void Playback::Remove(std::int32_t pk) {
     Active.erase(pk);
-    Entries.erase(pk);
+    if (const auto entry = Entries.find(pk); entry != Entries.end()) {
+        NoteUses(entry->second, false);
+        Entries.erase(entry);
+    }
     ++Version;
     ++Plans;
 }
@@ -42,6 +57,7 @@ void Playback::Remove(std::int32_t pk) {
 void Playback::Clear() {
     Active.clear();
     Entries.clear();
+    Users.clear();
     Primed.clear();
     ++Version;
     ++Plans;
@@ -126,11 +142,12 @@ void Playback::ReleaseAsset(const std::string& path) {
 
 void Playback::AssetsChanged(std::span<const std::string> paths) {
     Advance();
-    const std::unordered_set<std::string> changed(paths.begin(), paths.end());
-    for (auto& [pk, entry] : Entries) {
-        if (std::none_of(entry.Assets.begin(), entry.Assets.end(),
-                         [&](const std::string& path) { return changed.contains(path); }))
-            continue;
+    std::set<std::int32_t> concerned;
+    for (const std::string& path : paths)
+        if (const auto users = Users.find(path); users != Users.end())
+            concerned.insert(users->second.begin(), users->second.end());
+    for (const std::int32_t pk : concerned) {
+        PlayEntry& entry = Entries.at(pk);
         Rebase(entry);
         RefreshLength(entry);
         SetOff(entry, Now);
@@ -142,7 +159,7 @@ void Playback::AssetsChanged(std::span<const std::string> paths) {
 void Playback::Advance() {
     Now = Time.Now();
     while (const auto due = NextDue(Now))
-        CarryOut(*due);
+        CarryOut(*due, Now);
 }
 
 // What falls due first: one preset's end can begin another.
@@ -156,9 +173,9 @@ std::optional<Playback::Due> Playback::NextDue(Clock::TimePoint until) const {
 }
 
 // Gives the preset that begins or goes on through a link, or 0.
-std::int32_t Playback::CarryOut(const Due& due) {
+std::int32_t Playback::CarryOut(const Due& due, Clock::TimePoint until) {
     PlayEntry& entry = Entries.at(due.PK);
-    if (!entry.Playing->ColdUntil) return FinishPass(entry, due.At);
+    if (!entry.Playing->ColdUntil) return FinishPass(entry, due.At, until);
     entry.Playing->LetGo(due.At);
     return 0;
 }
@@ -282,14 +299,16 @@ void Playback::Stop(PlayEntry& entry) {
     ++Version;
 }
 
-std::int32_t Playback::FinishPass(PlayEntry& entry, Clock::TimePoint at) {
+// Passes that have begun and ended until then are left out: they concern nobody else.
+std::int32_t Playback::FinishPass(PlayEntry& entry, Clock::TimePoint at, Clock::TimePoint until) {
     const Trim window = entry.Window();
     PlayRun& run = *entry.Playing;
     // A pass without length would begin and end for ever.
     if (!entry.LastPass() && window.Length() > nanoseconds(0)) {
-        ++run.Pass;
+        const std::int64_t passed = PassesUntil(entry, (until - at) / window.Length());
+        run.Pass += static_cast<std::uint32_t>(1 + passed);
         run.Base = window.Start;
-        run.Anchor = at;
+        run.Anchor = at + passed * window.Length();
         ++Version;
         return 0;
     }
@@ -324,6 +343,15 @@ std::int32_t Playback::FollowLink(std::int32_t pk, Clock::TimePoint at, std::uin
         pk = entry->Preset->link();
     }
     return 0;
+}
+
+void Playback::NoteUses(const PlayEntry& entry, bool uses) {
+    for (const std::string& path : entry.Assets) {
+        auto& users = Users[path];
+        if (uses) users.insert(entry.Preset->pk());
+        if (!uses) users.erase(entry.Preset->pk());
+        if (users.empty()) Users.erase(path);
+    }
 }
 
 // Makes the position of this moment the one to count from, before something that it is computed with changes.

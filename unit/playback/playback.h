@@ -15,6 +15,7 @@
 #include <set>
 #include <span>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace ZorvicUnit {
@@ -117,10 +118,11 @@ private:
     void Resume(PlayEntry& entry, Clock::TimePoint at);
     void Stop(PlayEntry& entry);
     std::optional<Due> NextDue(Clock::TimePoint until) const;
-    std::int32_t CarryOut(const Due& due);
-    std::int32_t FinishPass(PlayEntry& entry, Clock::TimePoint at);
+    std::int32_t CarryOut(const Due& due, Clock::TimePoint until);
+    std::int32_t FinishPass(PlayEntry& entry, Clock::TimePoint at, Clock::TimePoint until);
     std::int32_t FollowLink(std::int32_t pk, Clock::TimePoint at, std::uint64_t place);
     void Rebase(PlayEntry& entry) const;
+    void NoteUses(const PlayEntry& entry, bool uses);
     bool IsPrimed(const PlayEntry& entry) const;
     template <typename Wanted>
     void ReleaseHeld(const Wanted& wanted);
@@ -130,7 +132,8 @@ private:
     const AssetCatalog& Catalog;
     const Playback* const Origin = nullptr;  ///< of a look-ahead
     std::map<std::int32_t, PlayEntry> Entries;
-    std::set<std::int32_t> Active;  ///< keys of the entries that have a run or a cue
+    std::unordered_map<std::string, std::set<std::int32_t>> Users;  ///< of each asset: keys of the entries
+    std::set<std::int32_t> Active;                                  ///< keys of the entries that have a run or a cue
     std::multiset<std::string> HeldAssets;
     std::vector<RunStart> Primed;
     bool ColdTakesHeld = false;

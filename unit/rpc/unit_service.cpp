@@ -144,6 +144,8 @@ Status UnitService::Watch(ServerContext* context, const zorvic::v1::WatchRequest
         while (!context->IsCancelled()) {
             const auto batch = subscription.Next(HeartbeatPeriod);
             over = !batch;
+            // A heartbeat says that playback moves, not that this thread does.
+            if (batch && batch->Pieces.empty() && !Updates.Beats()) continue;
             if (over || !WriteFrames(*batch, write)) return;
         }
     });

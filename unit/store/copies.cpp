@@ -1,11 +1,11 @@
 #include "store/copies.h"
 
-#include "files/descriptor.h"
+#include "fault.h"
 #include "files/file_copy.h"
 #include "store/connection.h"
 #include "store/ledger.h"
-#include "store/sqlite_fault.h"
 
+#include <spdlog/fmt/fmt.h>
 #include <sqlite3.h>
 
 #include <memory>
@@ -36,8 +36,9 @@ void CopyPages(const std::filesystem::path& from, const std::filesystem::path& t
     {
         const std::unique_ptr<sqlite3_backup, EndBackup> backup(
             sqlite3_backup_init(target.Handle(), "main", source.Handle(), "main"));
-        if (!backup || sqlite3_backup_step(backup.get(), -1) != SQLITE_DONE)
-            RaiseLast(target.Handle(), "copy the database to " + to.string());
+        const int result = backup ? sqlite3_backup_step(backup.get(), -1) : SQLITE_NOMEM;
+        if (result != SQLITE_DONE)
+            throw Fault(FaultKind::Internal, fmt::format("copy the database: {}", sqlite3_errstr(result)));
     }
     // The source's way of keeping a log came with its pages; a copy is one file.
     target.Execute("PRAGMA journal_mode = DELETE");

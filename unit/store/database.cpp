@@ -88,10 +88,30 @@ void Database::ReportUnreadableLog() {
             frames - readable, frames, log);
 }
 
-void Database::NoteChanges() {
+void Database::Write(const std::function<void()>& change) {
     const std::scoped_lock lock(Mutex);
     CheckPlace();
+    try {
+        Transaction transaction(*this);
+        change();
+        transaction.Commit();
+    } catch (...) {
+        OverwriteFailure();
+        throw;
+    }
+    CheckPlace();
     Acknowledged.Note(Changes());
+}
+
+// A commit that failed when it was synchronised stands in the log all the same, and would count after a kill. The next
+// one takes its place.
+void Database::OverwriteFailure() noexcept {
+    try {
+        Execute("UPDATE ledger SET changes = changes + 1");
+    } catch (const Fault& fault) {
+        // What found no room is not in the log.
+        if (fault.Kind != FaultKind::DiskFull) spdlog::error("{}", fault.what());
+    }
 }
 
 // SQLite goes on writing into a file that has been removed.

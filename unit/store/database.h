@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 
 namespace ZorvicUnit {
 
@@ -21,10 +22,10 @@ public:
     /// Closes.
     ~Database();
 
-    /// Call it after the commit of a change and before that is acknowledged: from then on a database without the change
-    /// is not taken for a complete one. Does not wait for the disk. Throws Fault when the store has been removed while
-    /// the unit runs: the change is in a file that nobody will find.
-    void NoteChanges();
+    /// Carries out one change in a transaction. It is on disk when this returns, and from then on a database without it
+    /// is not taken for a complete one. When it throws a Fault, the change is not there, and does not come back either:
+    /// the disk fails, or the store has been removed while the unit runs, and nobody would find it again.
+    void Write(const std::function<void()>& change);
     /// Brings the log's content into the file when nothing has changed since the last call, and makes a copy of the
     /// file now and then. A failure, as on a full disk, is logged: the log keeps everything.
     void CheckpointWhenIdle();
@@ -33,6 +34,7 @@ public:
 
 private:
     void CheckPlace() const;
+    void OverwriteFailure() noexcept;
     void ReportUnreadableLog();
     void Shrink();
     std::int64_t Changes() { return Number("SELECT changes FROM ledger"); }

@@ -19,29 +19,32 @@ std::vector<ImportOrder> ImportTable::Load() {
 
 void ImportTable::Add(const ImportOrder& order, const std::function<bool()>& waits) {
     const auto turn = Rows.WaitForTurn(waits);
-    Rows.Prepare("INSERT OR REPLACE INTO imports(path, source, size, modified_ns) VALUES(?, ?, ?, ?)")
-        .Bind(order.Path)
-        .Bind(order.Source)
-        .Bind(order.Stamp.Size)
-        .Bind(order.Stamp.ModifiedNS)
-        .Run();
-    Rows.NoteChanges();
+    Rows.Write([&] {
+        Rows.Prepare("INSERT OR REPLACE INTO imports(path, source, size, modified_ns) VALUES(?, ?, ?, ?)")
+            .Bind(order.Path)
+            .Bind(order.Source)
+            .Bind(order.Stamp.Size)
+            .Bind(order.Stamp.ModifiedNS)
+            .Run();
+    });
 }
 
 void ImportTable::SetCopy(const std::string& path, const FileStamp& copy) {
-    Rows.Prepare("UPDATE imports SET copy_size = ?, copy_modified_ns = ? WHERE path = ?")
-        .Bind(copy.Size)
-        .Bind(copy.ModifiedNS)
-        .Bind(path)
-        .Run();
+    Rows.Write([&] {
+        Rows.Prepare("UPDATE imports SET copy_size = ?, copy_modified_ns = ? WHERE path = ?")
+            .Bind(copy.Size)
+            .Bind(copy.ModifiedNS)
+            .Bind(path)
+            .Run();
+    });
 }
 
 void ImportTable::SetProblem(const std::string& path, const std::string& problem) {
-    Rows.Prepare("UPDATE imports SET problem = ? WHERE path = ?").Bind(problem).Bind(path).Run();
+    Rows.Write([&] { Rows.Prepare("UPDATE imports SET problem = ? WHERE path = ?").Bind(problem).Bind(path).Run(); });
 }
 
 void ImportTable::Remove(const std::string& path) {
-    Rows.Prepare("DELETE FROM imports WHERE path = ?").Bind(path).Run();
+    Rows.Write([&] { Rows.Prepare("DELETE FROM imports WHERE path = ?").Bind(path).Run(); });
 }
 
 }  // namespace ZorvicUnit

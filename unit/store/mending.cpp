@@ -86,13 +86,17 @@ Plan MakePlan(const DamagedDatabase& damaged) {
             plan.Losses.push_back("what was changed after " + copy->File.string() + " was made is lost");
         return plan;
     }
+    if (!damaged.Acknowledged && !found.Presets.empty())
+        return {std::move(found.Presets), 0, found.LastKey, {"nothing tells whether all presets are there"}};
     const std::string best =
         copy ? fmt::format("the newest copy {} has {}", copy->File.string(), copy->Content.Counted->Changes)
              : "there is no copy of it";
-    const std::string wayOut =
-        copy ? fmt::format(", or remove {} to go on with the copy", damaged.SealFile.string()) : std::string();
-    throw Fault(FaultKind::Internal, fmt::format("{}; {} changes were acknowledged, and {}. Put the files back{}",
-                                                 damaged.Damage, damaged.Acknowledged.value_or(0), best, wayOut));
+    const bool any = copy || HoldsSomething(damaged.File);
+    throw Fault(
+        FaultKind::Internal,
+        fmt::format("{}; {} changes were acknowledged, and {}. Put the files back, or remove {} to go on with {}",
+                    damaged.Damage, damaged.Acknowledged.value_or(0), best, damaged.SealFile.string(),
+                    any ? "what can be read" : "a new store"));
 }
 
 // Each table for itself: what one has lost must not cost the others.

@@ -18,28 +18,29 @@ std::vector<zorvic::v1::Preset> PresetTable::Load() {
 
 std::int32_t PresetTable::Insert(const zorvic::v1::Preset& preset) {
     const PresetRow row = ToRow(preset);
-    Transaction transaction(Rows);
-    Rows.Prepare("INSERT INTO presets(record, hash) VALUES(?, ?)").BindBlob(row.Record).Bind(row.Hash).Run();
-    const std::int64_t pk = Rows.LastInsertKey();
-    if (pk > std::numeric_limits<std::int32_t>::max()) throw Fault(FaultKind::Internal, "store: all keys are used up");
-    transaction.Commit();
-    Rows.NoteChanges();
+    std::int64_t pk = 0;
+    Rows.Write([&] {
+        Rows.Prepare("INSERT INTO presets(record, hash) VALUES(?, ?)").BindBlob(row.Record).Bind(row.Hash).Run();
+        pk = Rows.LastInsertKey();
+        if (pk > std::numeric_limits<std::int32_t>::max())
+            throw Fault(FaultKind::Internal, "store: all keys are used up");
+    });
     return static_cast<std::int32_t>(pk);
 }
 
 void PresetTable::Replace(const zorvic::v1::Preset& preset) {
     const PresetRow row = ToRow(preset);
-    Rows.Prepare("UPDATE presets SET record = ?, hash = ? WHERE pk = ?")
-        .BindBlob(row.Record)
-        .Bind(row.Hash)
-        .Bind(row.PK)
-        .Run();
-    Rows.NoteChanges();
+    Rows.Write([&] {
+        Rows.Prepare("UPDATE presets SET record = ?, hash = ? WHERE pk = ?")
+            .BindBlob(row.Record)
+            .Bind(row.Hash)
+            .Bind(row.PK)
+            .Run();
+    });
 }
 
 void PresetTable::Remove(std::int32_t pk) {
-    Rows.Prepare("DELETE FROM presets WHERE pk = ?").Bind(std::int64_t{pk}).Run();
-    Rows.NoteChanges();
+    Rows.Write([&] { Rows.Prepare("DELETE FROM presets WHERE pk = ?").Bind(std::int64_t{pk}).Run(); });
 }
 
 }  // namespace ZorvicUnit

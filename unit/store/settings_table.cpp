@@ -30,11 +30,8 @@ std::string NewGuid() {
 }  // namespace
 
 std::string SettingsTable::Guid() {
-    Transaction transaction(Rows);
     auto guid = Get(GuidName);
-    if (!guid) Set(GuidName, *(guid = NewGuid()));
-    transaction.Commit();
-    Rows.NoteChanges();
+    if (!guid) Rows.Write([&] { Set(GuidName, *(guid = NewGuid())); });
     return *guid;
 }
 
@@ -46,7 +43,7 @@ std::int32_t SettingsTable::SelectedPreset() {
 }
 
 void SettingsTable::SetSelectedPreset(std::int32_t pk) {
-    Set(SelectedName, std::to_string(pk));
+    Rows.Write([&] { Set(SelectedName, std::to_string(pk)); });
 }
 
 std::optional<std::string> SettingsTable::Get(const char* name) {
