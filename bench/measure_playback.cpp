@@ -1,7 +1,7 @@
 // What the audience sees and hears of a real unit: pictures are read from its windows on a virtual display, by the
 // number that each carries; sound from the file that it writes. Prints a line per measure.
 //
-//   measure_playback [steady] [four] [seams] [take] [seek] [sync] [memory] [faults] [hostile] [idle] [other]
+//   measure_playback [steady] [four] [same] [seams] [take] [seek] [sync] [memory] [faults] [hostile] [idle] [other]
 //   (all, when none is named)
 
 #include <sys/socket.h>
@@ -47,6 +47,7 @@ struct Trial {
     int Loop = 0;
     int Link = 0;
     int Output = 1;
+    bool OnAll = false;  // on the outputs before that one, too
     bool Freeze = false;
 };
 
@@ -99,8 +100,10 @@ public:
             canvas.CanvasCfg.Dimensions = {1920, 1080};
             canvas.CanvasCfg.NumOutputs = 1;
         }
-        Zorvic::AttachAssetToCanvas(Zorvic::ZORVIC_ECALIGN_STRETCHED, path, metadata.Resolution,
-                                    preset.Canvases.back());
+        for (auto& canvas : preset.Canvases) {
+            if (trial.OnAll || &canvas == &preset.Canvases.back())
+                Zorvic::AttachAssetToCanvas(Zorvic::ZORVIC_ECALIGN_STRETCHED, path, metadata.Resolution, canvas);
+        }
         const auto at = [&](int picture) { return metadata.Duration - static_cast<int>(picture * PictureMS); };
         preset.InPosition = trial.FirstPicture > 0 ? at(trial.FirstPicture) : 0;
         preset.OutPosition = trial.Pictures > 0 ? at(trial.FirstPicture + trial.Pictures) : 0;
@@ -262,6 +265,33 @@ void Four(const std::string& clips) {
     std::this_thread::sleep_for(Length() - 4s);
     for (auto& watch : watches)
         Print("four windows, 720p25 in 480x270", Judge(watch->Take(), Next));
+}
+
+// One preset on two outputs: when each picture appears on both.
+void Same(const std::string& clips) {
+    Show show(clips, {"--output", "1=window:480x270", "--output", "2=window:480x270"});
+    WindowWatch left("Measured - Output 1", 0, 0);
+    WindowWatch right("Measured - Output 2", 600, 0);
+    const int pk = show.Add({.Name = "both", .File = "small.mp4", .Output = 2, .OnAll = true});
+    show.Client->Take(pk);
+    std::this_thread::sleep_for(1500ms);
+    left.Take();
+    right.Take();
+    std::this_thread::sleep_for(20s);
+    const Sights here = left.Take();
+    const Sights there = right.Take();
+    std::vector<double> apart;
+    int alone = 0;
+    for (std::size_t i = 1; i + 1 < here.size(); ++i) {
+        const auto twin = std::ranges::find(there, here[i].Number, &WindowWatch::Sight::Number);
+        if (twin == there.end())
+            ++alone;
+        else
+            apart.push_back(std::abs(MS(twin->At - here[i].At)));
+    }
+    const Summary sum = Sum(apart);
+    std::printf("%-34s mean %.1f, p99 %.1f, most %.1f ms over %zu pictures; on one only: %d\n",
+                "the same on two outputs, apart", sum.Mean, sum.P99, sum.Most, apart.size(), alone);
 }
 
 void Seams(const std::string& clips) {
@@ -596,9 +626,9 @@ std::string MakeClips() {
 
 int main(int argc, char** argv) {
     const std::vector<std::pair<std::string, std::function<void(const std::string&)>>> measures = {
-        {"steady", Steady}, {"four", Four},       {"seams", Seams}, {"take", Takes},
-        {"seek", Seeks},    {"sync", Sync},       {"idle", Idle},   {"faults", Deaths},
-        {"memory", Memory}, {"hostile", Hostile}, {"other", Other}};
+        {"steady", Steady}, {"four", Four},     {"same", Same},       {"seams", Seams},
+        {"take", Takes},    {"seek", Seeks},    {"sync", Sync},       {"idle", Idle},
+        {"faults", Deaths}, {"memory", Memory}, {"hostile", Hostile}, {"other", Other}};
     VirtualDisplay display;
     const std::string clips = MakeClips();
     for (const auto& [name, measure] : measures) {

@@ -3,7 +3,7 @@
 BUILD_PACKAGES=(
     g++ cmake ninja-build pkg-config ccache
     qtbase5-dev libqt5svg5
-    libgrpc++-dev protobuf-compiler-grpc protobuf-compiler libprotobuf-dev
+    libgrpc++-dev protobuf-compiler-grpc protobuf-compiler libprotobuf-dev libssl-dev
     libavahi-core-dev libavahi-common-dev
     libsqlite3-dev libxxhash-dev libcli11-dev libspdlog-dev
     libavformat-dev libavcodec-dev libavutil-dev libswresample-dev libswscale-dev libseccomp-dev

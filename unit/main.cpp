@@ -3,6 +3,7 @@
 #include "daemon/power_switch.h"
 #include "fault.h"
 #include "thread_name.h"
+#include "tls/certificates_command.h"
 
 #include <spdlog/cfg/env.h>
 #include <spdlog/sinks/stdout_sinks.h>
@@ -14,6 +15,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -50,6 +52,7 @@ constexpr std::chrono::milliseconds EndLimit(1800);
 int main(int argc, char** argv) {
     spdlog::set_default_logger(spdlog::stderr_logger_mt("zorvic-unit"));
     spdlog::cfg::load_env_levels();
+    if (argc > 1 && std::string_view(argv[1]) == "certificates") return ZorvicUnit::RunCertificates(argc, argv);
     ZorvicUnit::Options options;
     if (const auto status = ZorvicUnit::ParseOptions(argc, argv, options)) return *status;
     ZorvicUnit::PowerSwitch power;

@@ -14,7 +14,7 @@ namespace Zorvic::Internal {
 std::optional<std::string> ChannelTarget(const std::string& host);
 
 /// A channel of its own for one connection, not connected yet. `connectLimit` bounds one try to reach one address.
-/// Throws LinkError when the host text makes no sense or when encryption is asked for that this library cannot do.
+/// Encrypted as ClientCredentials() says. Throws LinkError when the host text makes no sense, and as that does.
 std::shared_ptr<grpc::Channel> OpenChannel(const std::string& host, std::chrono::milliseconds connectLimit);
 
 }  // namespace Zorvic::Internal

@@ -89,6 +89,7 @@ void Connection::FollowUnit() {
     const auto end = Clock::now() + Limit;
     const auto timeLeft = [end] { return std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()); };
     Stream->Start(timeLeft());
+    if (const auto guid = Stream->Certified()) Unit.Certify(*guid);
     while (true) {
         // Silence is counted from the moment of listening: time spent on taking in a frame is not the unit's.
         const unsigned changes = Unit.Apply(Stream->Read(Up() ? Silence : timeLeft()));

@@ -1,6 +1,7 @@
 #include "discovery_prober.h"
 
 #include "channel.h"
+#include "credentials.h"
 #include "diagnostics.h"
 #include "link_error.h"
 
@@ -40,6 +41,13 @@ struct Call {
     std::unique_ptr<grpc::ClientAsyncResponseReader<zorvic::v1::Identity>> Reader;
     UnitProber::Done WhenDone;
 };
+
+// By the unit that the reply names, as far as certificates tell.
+bool IsAnswered(const Call& call) {
+    if (!call.Status.ok()) return false;
+    const auto certified = CertifiedGuid(*call.Context.auth_context());
+    return !certified || *certified == call.Reply.guid();
+}
 
 /// Answers come over a completion queue with a thread of its own: gRPC's callback interface crashes in a thread it
 /// shares between channels when the last channel goes inside a callback.
@@ -100,7 +108,7 @@ void NetworkProber::Run() {
             const std::scoped_lock lock(Lock);
             call = std::move(Calls.extract(tag).mapped());
         }
-        call->WhenDone(call->Status.ok() ? std::optional(ToRecord(call->Reply)) : std::nullopt);
+        call->WhenDone(IsAnswered(*call) ? std::optional(ToRecord(call->Reply)) : std::nullopt);
     }
 }
 

@@ -61,6 +61,12 @@ void CopyRecords(const AssetList& from, std::vector<Asset>& to) {
 
 Mirror::Mirror(std::string guid) : GUID(std::move(guid)) {}
 
+void Mirror::Certify(const std::string& guid) {
+    if (guid.empty()) throw LinkError("who answers has no certificate of a unit");
+    if (!GUID.empty() && guid != GUID) throw LinkError("another unit answers: " + guid);
+    GUID = guid;
+}
+
 unsigned Mirror::Apply(const Wire::Frame& frame) {
     StartFrame(frame);
     for (const std::string& bytes : frame.pieces())

@@ -53,6 +53,10 @@ public:
     /// Only the unit with this GUID is taken in; any unit when it is empty.
     explicit Mirror(std::string guid);
 
+    /// The certificate of whoever answers names this unit; throws LinkError when it is not the one that is wanted. To be
+    /// called before the first frame.
+    void Certify(const std::string& guid);
+
     /// Takes in one frame and returns the kinds of change (EventBit) that it made visible; nothing shows while more
     /// frames of the same revision are to come. Throws LinkError for a frame that makes no sense or that comes from
     /// another unit; what was published before stays.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "credentials.h"
 #include "link_error.h"
 
 #include <grpcpp/client_context.h>
@@ -8,6 +9,8 @@
 
 #include <chrono>
 #include <memory>
+#include <optional>
+#include <string>
 #include <utility>
 
 namespace Zorvic::Internal {
@@ -34,6 +37,8 @@ public:
     /// The next frame, valid until the next call.
     const Frame& Read(std::chrono::milliseconds silence);
     void Cancel() { Context.TryCancel(); }
+    /// As CertifiedGuid(), of whoever answers; once Start() has returned.
+    std::optional<std::string> Certified() const { return CertifiedGuid(*Context.auth_context()); }
 
 private:
     bool Await(std::chrono::milliseconds limit);

@@ -102,3 +102,11 @@ TEST(Mirror, RefusesWhatMakesNoSense) {
     EXPECT_THROW(mirror.Apply(GarbageFrame(6)), LinkError);
     EXPECT_EQ(mirror.Current()->Revision, 5U);
 }
+
+TEST(Mirror, BelievesTheCertificateAndNotWhatIsSaid) {
+    EXPECT_THROW(Mirror("").Certify(""), LinkError) << "no certificate of a unit";
+    EXPECT_THROW(Mirror("wanted").Certify("other"), LinkError);
+    Mirror mirror("");
+    mirror.Certify("other");
+    EXPECT_THROW(mirror.Apply(MakeFrame(1, {IdentityPiece()}, true)), LinkError);
+}

@@ -1,6 +1,7 @@
 #include "assets/asset_index.h"
 #include "drives/drive_reader.h"
 #include "drives/drive_table.h"
+#include "store/connection.h"
 #include "unit/asset_fixture.h"
 
 #include <sys/stat.h>
@@ -107,14 +108,65 @@ TEST_F(AssetStoreTest, KnowsItsAssetsAfterARestart) {
     Store.reset();
 
     WriteFile(Asset("changed.wav"), ToneFile() + "more");
-    Rows.Execute("UPDATE assets SET envelope = x'0505' WHERE length(envelope) > 0");  // tells stored from read again
+    Reader = "/bin/false";  // tells kept from read again
     Open();
     EXPECT_EQ(Find(Clip).SerializeAsString(), before.SerializeAsString());
     EXPECT_EQ(Store->DurationMS(Path("still.png")), 10000);
     EXPECT_NE(StatusOf(Path("changed.wav")), ZORVIC_ASSETSTATE_READY);
     ASSERT_TRUE(WaitForLevels(Clip));
-    EXPECT_EQ(Store->Levels(Clip)->Levels.size(), 1);
+    EXPECT_EQ(Store->Levels(Clip)->Levels.size(), 20);
     EXPECT_EQ(Store->Levels(Path("still.png")), nullptr);
+}
+
+TEST_F(AssetStoreTest, ADamagedCacheIsMadeAgain) {
+    ASSERT_TRUE(Bring("clip.wav"));
+    ASSERT_TRUE(WaitForLevels(Clip));
+    const std::filesystem::path cache = Disk / "cache.db";
+    const auto rot = [&](const char* sql) { Connection(cache, Connection::Access::Write).Execute(sql); };
+    const std::vector<std::function<void()>> damages = {
+        [&] { WriteFile(cache, std::string(9'000, 'z')); }, [&] { rot("PRAGMA user_version = 99"); },
+        [&] { rot("DROP TABLE levels"); },
+        [&] { rot("UPDATE assets SET metadata = x''; UPDATE levels SET envelope = x'0505'"); }};
+    for (std::size_t number = 0; number < damages.size(); ++number) {
+        SCOPED_TRACE(number);
+        Store.reset();
+        damages[number]();
+        Open();
+        Settle();
+        ASSERT_TRUE(WaitForStatus(Clip, ZORVIC_ASSETSTATE_READY));
+        EXPECT_EQ(Store->DurationMS(Clip), 1000);
+        ASSERT_TRUE(WaitForLevels(Clip));
+        EXPECT_EQ(Store->Levels(Clip)->Levels.size(), 20);
+    }
+}
+
+// What fails for no fault of the file may succeed later; it is never left out without a word.
+TEST_F(AssetStoreTest, WhatCannotBeReadNowIsTriedAgainAndEndsAsError) {
+    Reader = Disk / "reader";
+    WriteFile(Disk / "busy", "#!/bin/sh\ntouch " + (Disk / "asked").string() + "\nexit 1\n");
+    std::filesystem::permissions(Disk / "busy", std::filesystem::perms::owner_all);
+    const auto useReader = [&](const std::filesystem::path& program) {
+        std::filesystem::remove(Reader);
+        std::filesystem::create_symlink(program, Reader);
+    };
+    for (const int ends : {ZORVIC_ASSETSTATE_READY, ZORVIC_ASSETSTATE_ERROR}) {
+        const std::string name = std::to_string(ends) + ".wav";
+        useReader(Disk / "busy");
+        Open();
+        WriteFile(Asset(name), ToneFile(ends));
+        Settle();
+        ASSERT_TRUE(WaitUntil([&] { return std::filesystem::remove(Disk / "asked"); }));
+        if (ends == ZORVIC_ASSETSTATE_READY) useReader(MediaProgram());
+        EXPECT_TRUE(WaitUntil([&] {
+            Time.Pass(2'000);
+            Store->RescanNow();
+            const int status = StatusOf(Path(name));
+            EXPECT_THAT(status, testing::AnyOf(ends, ZORVIC_ASSETSTATE_PROCESSING));
+            return status == ends;
+        }));
+        EXPECT_EQ(FaultOf([&] { Store->ReadMetadata(Path(name)); }) == FaultKind::Refused,
+                  ends == ZORVIC_ASSETSTATE_ERROR);
+    }
 }
 
 TEST_F(AssetStoreTest, ListsOnlyMediaWithNamesThatAConsoleCanShow) {

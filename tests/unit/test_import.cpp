@@ -1,3 +1,4 @@
+#include "store/import_table.h"
 #include "unit/asset_fixture.h"
 
 #include <sys/stat.h>
@@ -31,8 +32,8 @@ protected:
 };
 
 TEST_F(ImportTest, ListsTheAssetAtOnceAndBringsItIn) {
-    Rows.Execute("PRAGMA query_only = ON");  // a store that cannot be written costs the asset nothing
     Import("clip.wav");
+    Rows.Execute("PRAGMA query_only = ON");  // a store that cannot be written costs the asset nothing
     ASSERT_TRUE(WaitForStatus(Clip, ZORVIC_ASSETSTATE_READY));
     EXPECT_EQ(ReadFile(Asset("clip.wav")), ToneFile());
     EXPECT_EQ(Find(Clip).checksum(), HashOf(ToneFile()));
@@ -125,6 +126,46 @@ TEST_F(ImportTest, RefusesWhatIsNotAFileOfADrive) {
     std::filesystem::create_directory_symlink(elsewhere.Path, Disk / "Assets");
     EXPECT_EQ(FaultOf([&] { Store->Install("E:\\clip.wav"); }), FaultKind::Refused) << "the store leads elsewhere";
     EXPECT_TRUE(std::filesystem::is_empty(elsewhere.Path));
+}
+
+TEST_F(ImportTest, OrdersOutliveARestartAndFailuresUntilTheyAreDismissed) {
+    Import("bad.mov", std::string(5000, 'x'));
+    ASSERT_TRUE(WaitForStatus(Path("bad.mov"), ZORVIC_ASSETSTATE_ERROR));
+    ImportLong("long.wav", 400'000'000);
+    for (const char* name : {"clip.wav", "gone.wav"})
+        Import(name);
+    ASSERT_TRUE(WaitUntil([&] { return Find(Path("long.wav")).current_size() > 0; }));
+    Store.reset();
+    EXPECT_EQ(Parts(), 0);
+    EXPECT_FALSE(std::filesystem::exists(Asset("long.wav")));
+
+    std::filesystem::remove(Usb / "gone.wav");
+    Open();
+    EXPECT_EQ(StatusOf(Clip), ZORVIC_ASSETSTATE_INGESTING) << "listed at once";
+    EXPECT_EQ(StatusOf(Path("bad.mov")), ZORVIC_ASSETSTATE_ERROR);
+    Store->Delete(Path("bad.mov"));
+    Store->Delete(Path("long.wav"));
+    ASSERT_TRUE(WaitForStatus(Clip, ZORVIC_ASSETSTATE_READY));
+    ASSERT_TRUE(WaitForStatus(Path("gone.wav"), ZORVIC_ASSETSTATE_ERROR));
+    EXPECT_THAT([&] { Store->ReadMetadata(Path("gone.wav")); },
+                testing::ThrowsMessage<Fault>(testing::HasSubstr("gone.wav")));
+    std::filesystem::remove(Usb / "clip.wav");
+    Open();
+    EXPECT_EQ(StatusOf(Clip), ZORVIC_ASSETSTATE_READY) << "what is done is not done again";
+    EXPECT_EQ(StatusOf(Path("gone.wav")), ZORVIC_ASSETSTATE_ERROR);
+    EXPECT_EQ(StatusOf(Path("long.wav")), ZORVIC_ASSETSTATE_INVALID);
+    EXPECT_EQ(StatusOf(Path("bad.mov")), ZORVIC_ASSETSTATE_INVALID);
+}
+
+// Killed when the copy had taken its place, the unit finds the order and the file.
+TEST_F(ImportTest, AnOrderThatIsDoneIsNotCarriedOutAgain) {
+    ASSERT_TRUE(Bring("clip.wav"));
+    ImportTable orders(Rows);
+    orders.Add({Clip, "E:\\clip.wav", {1, 2}, {}, {}}, [] { return true; });
+    orders.SetCopy(Clip, ReadStamp(Asset("clip.wav")));
+    Open();
+    EXPECT_EQ(StatusOf(Clip), ZORVIC_ASSETSTATE_READY);
+    EXPECT_TRUE(orders.Load().empty());
 }
 
 }  // namespace

@@ -170,6 +170,25 @@ TEST_F(UnitProcessTest, RebootComesBackOnItsPortAndShutdownDoesNot) {
     EXPECT_EQ(unit.Process().Wait(Watchdog), 0);
 }
 
+TEST_F(UnitProcessTest, ASelectionIsSavedAtOnceAndAStoreThatIsGoneFailsCommands) {
+    {
+        Unit unit(Directory.Path());
+        for (const int pk : {1, 2}) {
+            ASSERT_EQ(unit.Console.CreatePreset(PresetOf("a")), ZORVIC_STATUS_OK);
+            ASSERT_EQ(unit.Console.SelectPreset(pk), ZORVIC_STATUS_OK);
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(500));
+        unit.Process().Signal(SIGKILL);
+    }
+    Unit unit(Directory.Path());
+    EXPECT_TRUE(unit.State(2).IsSelected);
+    std::filesystem::rename(Directory.Path() + "/store", Directory.Path() + "/away");
+    EXPECT_NE(unit.Console.CreatePreset(PresetOf("a")), ZORVIC_STATUS_OK);
+    EXPECT_EQ(unit.Presets().size(), 2U);
+    EXPECT_EQ(unit.Console.Take(1), ZORVIC_STATUS_OK) << "the show goes on";
+    EXPECT_THAT(Log(), HasSubstr("was removed or replaced"));
+}
+
 // Killed at any instant of a save, the unit comes back with every preset that it acknowledged, and with nothing half.
 TEST_F(UnitProcessTest, KeepsEveryAcknowledgedPresetThroughKills) {
     const auto seed = std::random_device{}();
@@ -213,11 +232,12 @@ protected:
     }
 };
 
-TEST_F(ImportingUnitTest, AKilledImportLeavesTheOldFileAndNothingOfTheNew) {
+TEST_F(ImportingUnitTest, AKilledImportLeavesTheOldFileAndIsTakenUpAgain) {
     // What takes long to copy is a file with a hole: it takes room only in the store.
     constexpr std::uint32_t Size = 290'000'000;
     ZorvicUnit::WriteFile(Drive / "clip.wav", ZorvicUnit::WaveHead(Size - 44));
     std::filesystem::resize_file(Drive / "clip.wav", Size);
+    ZorvicUnit::WriteFile(Drive / "next.wav", ZorvicUnit::ToneFile());
     ZorvicUnit::WriteFile(Assets / "foreign.part", "somebody else's");
     ZorvicUnit::WriteFile(Assets / "clip.wav", ZorvicUnit::ToneFile());
     // Older than what the unit would wait for to rest.
@@ -226,19 +246,20 @@ TEST_F(ImportingUnitTest, AKilledImportLeavesTheOldFileAndNothingOfTheNew) {
     {
         Unit unit(Directory.Path());
         unit.AwaitStatus(Clip, ZORVIC_ASSETSTATE_READY);
-        ASSERT_EQ(unit.Console.InstallAsset("E:\\clip.wav"), ZORVIC_STATUS_OK);
+        for (const char* path : {"E:\\clip.wav", "E:\\next.wav"})
+            ASSERT_EQ(unit.Console.InstallAsset(path), ZORVIC_STATUS_OK);
         EXPECT_TRUE(WaitUntil([&] { return unit.AssetAt(Clip).CurrentSize > 0; }, Watchdog));
         unit.Process().Signal(SIGKILL);
         ASSERT_EQ(unit.Process().Wait(Watchdog), 128 + SIGKILL);
     }
     EXPECT_EQ(FilesInStore().size(), 3U) << "it was not killed in the middle of a copy";
     Unit unit(Directory.Path());
-    unit.AwaitStatus(Clip, ZORVIC_ASSETSTATE_READY);
+    EXPECT_EQ(unit.AssetAt(Clip).Status, ZORVIC_ASSETSTATE_INGESTING);
     EXPECT_EQ(ReadFile(Assets / "clip.wav"), ZorvicUnit::ToneFile());
-    EXPECT_THAT(FilesInStore(), testing::UnorderedElementsAre("clip.wav", "foreign.part"));
-    ASSERT_EQ(unit.Console.InstallAsset("E:\\clip.wav"), ZORVIC_STATUS_OK);
-    unit.AwaitStatus(Clip, ZORVIC_ASSETSTATE_READY);
+    for (const std::string& path : {Clip, std::string("C:\\Assets\\next.wav")})
+        unit.AwaitStatus(path, ZORVIC_ASSETSTATE_READY);
     EXPECT_EQ(unit.AssetAt(Clip).TotalSize, Size);
+    EXPECT_THAT(FilesInStore(), testing::UnorderedElementsAre("clip.wav", "foreign.part", "next.wav"));
 }
 
 TEST_F(ImportingUnitTest, AFullDiskFailsWhatNeedsRoomAndTheUnitLives) {

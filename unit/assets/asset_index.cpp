@@ -60,6 +60,7 @@ void AssetIndex::Meet(const FoundFile& found, Clock::TimePoint now, std::int64_t
     if (isNew || file.Stamp != found.Stamp) {
         const bool listed = isNew ? HasMediaExtension(found.Path) : file.Listed || HasMediaExtension(found.Path);
         file = {};
+        LatestLevels.Remove(found.Path);
         file.Stamp = found.Stamp;
         file.Changed = now;
         file.Listed = listed;
@@ -93,6 +94,7 @@ void AssetIndex::Forget(const std::set<std::string>& seen, ScanResult& result) {
         }
         result.Gone.push_back(at->first);
         Changed.insert(at->first);
+        LatestLevels.Remove(at->first);
         at = Files.erase(at);
     }
     for (const auto& [path, record] : std::exchange(Remembered, {}))
@@ -145,7 +147,9 @@ bool AssetIndex::SetLevels(const AssetContent& content, std::shared_ptr<const En
     const std::scoped_lock lock(Lock);
     File* file = Current(content);
     if (file == nullptr) return false;
-    file->Levels = std::move(levels);
+    file->LevelsStored = false;
+    for (const std::string& path : LatestLevels.Put(content.Path, std::move(levels)))
+        Files.at(path).LevelsStored = true;
     return true;
 }
 
@@ -158,9 +162,22 @@ bool AssetIndex::SetRefused(const AssetRefusal& refusal) {
     return true;
 }
 
+void AssetIndex::SetUnread(const AssetContent& content, const std::string& reason, Clock::TimePoint now) {
+    const std::scoped_lock lock(Lock);
+    File* file = Current(content);
+    if (file == nullptr || file->At != Stage::Reading) return;
+    if (++file->Tries >= MostTries) MakeRefused(*file, {content, true, reason});
+    if (file->At == Stage::Reading) {
+        file->At = Stage::Settling;
+        file->Changed = now + Rest * (1 << file->Tries) - Rest;
+    }
+    Changed.insert(content.Path);
+}
+
 void AssetIndex::Remove(const std::string& path) {
     const std::scoped_lock lock(Lock);
     Files.erase(path);
+    LatestLevels.Remove(path);
     TouchedDuringScan.insert(path);
     Changed.insert(path);
 }
@@ -170,7 +187,7 @@ std::uint64_t AssetIndex::BeginImport(const std::string& path, const FileStamp& 
     const auto at = Imports.find(path);
     if (at != Imports.end() && at->second.Shown.status() == Zorvic::ZORVIC_ASSETSTATE_INGESTING)
         throw Fault(FaultKind::Refused, path + " is already on its way into the store");
-    Import import{++LastImport, false, Describe(path, source, Zorvic::ZORVIC_ASSETSTATE_INGESTING)};
+    Import import{++LastImport, false, Describe(path, source, Zorvic::ZORVIC_ASSETSTATE_INGESTING), {}};
     import.Shown.set_current_size(0);
     Imports[path] = std::move(import);
     Changed.insert(path);
@@ -204,21 +221,28 @@ void AssetIndex::FinishImport(const AssetRecord& record) {
     const std::string& path = record.Content.Path;
     Imports.erase(path);
     File& file = Files[path] = {};
+    LatestLevels.Remove(path);
     file.Stamp = record.Content.Stamp;
     MakeReady(file, record);
     TouchedDuringScan.insert(path);
     Changed.insert(path);
 }
 
-bool AssetIndex::FailImport(const std::string& path, std::uint64_t import) {
+bool AssetIndex::FailImport(const std::string& path, std::uint64_t import, const std::string& reason) {
     const std::scoped_lock lock(Lock);
     Import* found = Current(path, import);
     if (found == nullptr) return false;
     found->Committing = false;
+    found->Problem = reason;
     found->Shown.set_status(Zorvic::ZORVIC_ASSETSTATE_ERROR);
     found->Shown.set_current_size(found->Shown.total_size());
     Changed.insert(path);
     return true;
+}
+
+bool AssetIndex::IsImported(const std::string& path) const {
+    const std::scoped_lock lock(Lock);
+    return Imports.contains(path);
 }
 
 bool AssetIndex::EndImport(const std::string& path) {
@@ -273,6 +297,8 @@ std::optional<AssetContent> AssetIndex::Find(const std::string& path) const {
 
 std::optional<std::string> AssetIndex::Problem(const std::string& path) const {
     const std::scoped_lock lock(Lock);
+    const auto import = Imports.find(path);
+    if (import != Imports.end() && !import->second.Problem.empty()) return import->second.Problem;
     const auto at = Files.find(path);
     const bool broken = at != Files.end() && at->second.At == Stage::Broken;
     return broken ? std::optional(at->second.Problem) : std::nullopt;
@@ -288,8 +314,8 @@ AssetIndex::LevelsAnswer AssetIndex::Levels(const std::string& path) {
     const std::scoped_lock lock(Lock);
     const auto at = Files.find(path);
     if (at == Files.end()) return {};
-    LevelsAnswer answer{at->second.Levels, std::nullopt};
-    if (std::exchange(at->second.LevelsStored, false) && answer.Levels == nullptr)
+    LevelsAnswer answer{LatestLevels.Get(path), std::nullopt};
+    if (answer.Levels == nullptr && std::exchange(at->second.LevelsStored, false))
         answer.ToLoad = AssetContent{path, at->second.Stamp};
     return answer;
 }

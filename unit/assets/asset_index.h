@@ -2,6 +2,7 @@
 
 #include "asset_catalog.h"
 #include "assets/asset_changes.h"
+#include "assets/levels_memory.h"
 #include "clock.h"
 #include "files/tree_walk.h"
 
@@ -68,6 +69,10 @@ public:
     std::optional<AssetRecord> SetChecksum(const AssetContent& content, const std::string& checksum);
     bool SetLevels(const AssetContent& content, std::shared_ptr<const Envelope> levels);
     bool SetRefused(const AssetRefusal& refusal);
+    /// Reading failed for no fault of the file: it has to rest again and is read once more by a later scan, longer each
+    /// time, and listed as ERROR when that has failed MostTries times.
+    void SetUnread(const AssetContent& content, const std::string& reason, Clock::TimePoint now);
+    static constexpr int MostTries = 4;
 
     /// Forgets a file that was deleted.
     void Remove(const std::string& path);
@@ -81,7 +86,9 @@ public:
     bool BeginCommit(const std::string& path, std::uint64_t import);
     void FinishImport(const AssetRecord& record);
     /// False when the import was ended before.
-    bool FailImport(const std::string& path, std::uint64_t import);
+    bool FailImport(const std::string& path, std::uint64_t import, const std::string& reason);
+    /// Whether an import to this path is on its way or has failed.
+    bool IsImported(const std::string& path) const;
     /// Takes an import or a failed one off the list; false when there is none, Refused when it is being finished.
     bool EndImport(const std::string& path);
 
@@ -108,14 +115,15 @@ private:
         bool Listed = false;
         std::string Checksum;
         std::optional<zorvic::v1::AssetMetadata> Metadata;
-        std::shared_ptr<const Envelope> Levels;
-        bool LevelsStored = false;
+        bool LevelsStored = false;  ///< and not in memory
         std::string Problem;
+        int Tries = 0;  ///< that failed for no fault of the file
     };
     struct Import {
         std::uint64_t Number = 0;
         bool Committing = false;
         zorvic::v1::Asset Shown;
+        std::string Problem;
     };
 
     void Meet(const FoundFile& found, Clock::TimePoint now, std::int64_t restedBefore, ScanResult& result);
@@ -133,6 +141,7 @@ private:
     std::map<std::string, File> Files;
     std::map<std::string, Import> Imports;
     std::uint64_t LastImport = 0;
+    LevelsMemory LatestLevels;
     std::set<std::string> TouchedDuringScan;
     std::set<std::string> Changed;
     std::set<std::string> Shown;  ///< paths that TakeChanges() has given out as being there

@@ -35,7 +35,8 @@ constexpr seconds StreamLimit{60};
 // The last resort: a reader that runs in circles is ended sooner, for the time that it takes on the processor.
 constexpr seconds LevelsLimit{300};
 constexpr std::int64_t LevelsBytesPerSecond = 512 * 1024;
-constexpr std::size_t SaveAtOnce = 64;
+// Also bounds how deep files can stand in one another's way.
+constexpr std::int64_t MuchLonger = 8;
 
 milliseconds Longer(std::chrono::steady_clock::duration cost, int share, milliseconds least, milliseconds most) {
     return std::clamp(std::chrono::duration_cast<milliseconds>(cost * share), least, most);
@@ -48,28 +49,23 @@ std::int64_t NowNS() {
 
 }  // namespace
 
-AssetScanner::AssetScanner(std::filesystem::path reader, const DriveTable& drives, AssetIndex& index, AssetTable& table,
+AssetScanner::AssetScanner(std::filesystem::path reader, const DriveTable& drives, AssetIndex& index, AssetCache& cache,
                            const Clock& clock, std::function<void()> notify)
     : Reader(std::move(reader)),
       Drives(drives),
       Index(index),
-      Table(table),
+      Cache(cache),
       Time(clock),
       Notify(std::move(notify)),
       Walker(drives.All().front()) {}
 
 AssetScanner::~AssetScanner() {
-    // All are asked before the first is waited for.
+    // All are asked before the first is waited for, and none goes before it is joined: its jobs look at it.
     for (auto* worker : {&Levels, &Checksums, &Streams, &Watcher})
         if (*worker) (*worker)->RequestStop();
     Watch.WakeUp();
-    Watcher.reset();
-    Streams.reset();
-    SaveRefusals();
-    Checksums.reset();
-    SaveFinished();
-    Levels.reset();
-    SaveLevels();
+    for (auto* worker : {&Watcher, &Streams, &Checksums, &Levels})
+        if (*worker) (*worker)->Join();
 }
 
 void AssetScanner::Start(bool watch) {
@@ -81,7 +77,8 @@ void AssetScanner::Start(bool watch) {
     Checksums.emplace("zu-checksums", Manners::Modest);
     // Short work that every use of an asset waits for; on a busy machine a modest thread would take minutes.
     Streams.emplace("zu-streams", Manners::Normal);
-    Index.Remember(Table.Load(), Table.LoadRefusals());
+    auto known = Cache.Open();
+    Index.Remember(std::move(known.Records), std::move(known.Refusals));
     Scan();
     if (!watch) return;
     Watcher.emplace("zu-scan", Manners::Normal);
@@ -128,15 +125,7 @@ void AssetScanner::Scan() {
         Cost = std::chrono::steady_clock::now() - began;
     }
     Notify();
-    Forget(gone);
-}
-
-void AssetScanner::Forget(const std::vector<std::string>& paths) {
-    try {
-        Table.Remove(paths);
-    } catch (const Fault& fault) {
-        spdlog::error("cannot forget {} assets that are gone: {}", paths.size(), fault.what());
-    }
+    Cache.Remove(std::move(gone));
 }
 
 std::filesystem::path AssetScanner::FileOf(const AssetContent& content) const {
@@ -152,36 +141,33 @@ void AssetScanner::ReadStreams(const AssetContent& content) {
         if (Index.SetMetadata(content, metadata))
             Checksums->Post(content.Stamp.Size, [this, content] { ReadChecksum(content); });
     } catch (const FileFault& fault) {
-        Refused.push_back({content, fault.Broken, fault.what()});
         Refuse(content, fault);
     } catch (const std::exception& error) {
-        if (Streams->Stopping()) return;
-        Refuse(content, error);
+        TryAgain(content, *Streams, error);
     }
     Notify();
-    // Few synchronised writes for many files; but what has crashed once must not do so again when the power fails.
-    const bool broken = !Refused.empty() && Refused.back().Broken;
-    if (broken || !Streams->HasWork() || Refused.size() >= SaveAtOnce) SaveRefusals();
 }
 
-void AssetScanner::Refuse(const AssetContent& content, const std::exception& error) {
+void AssetScanner::Refuse(const AssetContent& content, const FileFault& fault) {
+    const AssetRefusal refusal{content, fault.Broken, fault.what()};
+    if (!Index.SetRefused(refusal)) return;
+    Cache.Save(refusal);
+    if (fault.Broken) spdlog::error("{} cannot be read: {}", content.Path, fault.what());
+    if (!fault.Broken) spdlog::info("{} is no asset: {}", content.Path, fault.what());
+}
+
+// A disk or a process that had no room lately may have some soon. Not kept over restarts.
+void AssetScanner::TryAgain(const AssetContent& content, const Worker& reader, const std::exception& error) {
+    if (reader.Stopping()) return;
     const auto* fault = dynamic_cast<const Fault*>(&error);
-    const auto* file = dynamic_cast<const FileFault*>(&error);
-    const bool isNone = fault != nullptr && (fault->Kind == FaultKind::NotFound || fault->Kind == FaultKind::Refused);
-    const bool broken = file != nullptr ? file->Broken : !isNone;
-    if (!Index.SetRefused({content, broken, error.what()})) return;
-    if (broken) spdlog::error("{} cannot be read: {}", content.Path, error.what());
-    if (!broken) spdlog::info("{} is no asset: {}", content.Path, error.what());
-}
-
-void AssetScanner::SaveRefusals() {
-    const auto refused = std::exchange(Refused, {});
-    if (refused.empty()) return;
-    try {
-        Table.SaveRefusals(refused);
-    } catch (const Fault& fault) {
-        spdlog::error("cannot keep why {} files are no assets: {}", refused.size(), fault.what());
+    if (fault != nullptr && (fault->Kind == FaultKind::NotFound || fault->Kind == FaultKind::Refused)) {
+        if (Index.SetRefused({content, false, error.what()}))
+            spdlog::info("{} is no asset: {}", content.Path, error.what());
+        return;
     }
+    spdlog::error("{} cannot be read now: {}", content.Path, error.what());
+    Index.SetUnread(content, error.what(), Time.Now());
+    Watch.WakeUp();
 }
 
 void AssetScanner::Condemn(const std::string& path, const std::string& reason) {
@@ -190,11 +176,7 @@ void AssetScanner::Condemn(const std::string& path, const std::string& reason) {
     const AssetRefusal refusal{*content, true, reason};
     if (!Index.SetRefused(refusal)) return;
     spdlog::error("{} is not opened again until it changes: {}", path, reason);
-    try {
-        Table.SaveRefusals({refusal});
-    } catch (const Fault& fault) {
-        spdlog::error("cannot keep that {} is broken: {}", path, fault.what());
-    }
+    Cache.Save(refusal);
     Notify();
 }
 
@@ -205,36 +187,25 @@ zorvic::v1::AssetMetadata AssetScanner::Probe(const std::filesystem::path& file,
 void AssetScanner::ReadChecksum(const AssetContent& content) {
     try {
         Checksum checksum;
-        ReadWhole(FileOf(content), Checksums->Stopping(), [&](auto bytes) { checksum.Add(bytes); });
-        if (auto record = Index.SetChecksum(content, checksum.Hex())) Finished.push_back(std::move(*record));
+        ReadWhole(FileOf(content), Checksums->Stopping(), [&](auto bytes) {
+            checksum.Add(bytes);
+            // A clip that has just come does not wait for the film before it.
+            Checksums->RunBefore(content.Stamp.Size / MuchLonger);
+        });
+        if (const auto record = Index.SetChecksum(content, checksum.Hex())) Keep(*record);
     } catch (const std::exception& error) {
-        if (Checksums->Stopping()) return;
-        Refuse(content, error);
+        TryAgain(content, *Checksums, error);
     }
     Notify();
-    // One synchronised write for many small files: the preset store waits behind each.
-    if (!Checksums->HasWork() || Finished.size() >= SaveAtOnce) SaveFinished();
 }
 
-void AssetScanner::SaveFinished() {
-    if (!Finished.empty()) Keep(std::exchange(Finished, {}));
-}
-
-void AssetScanner::Keep(const std::vector<AssetRecord>& records) {
-    try {
-        Table.Save(records);
-    } catch (const Fault& fault) {
-        spdlog::error("cannot keep what was read of {} assets: {}", records.size(), fault.what());
-    }
-    for (const AssetRecord& record : records)
-        ReadLevels(record.Content);
+void AssetScanner::Keep(const AssetRecord& record) {
+    Cache.Save(record);
+    ReadLevels(record.Content);
 }
 
 void AssetScanner::ReadLevels(const AssetContent& content) {
-    Levels->Post(content.Stamp.Size, [this, content] {
-        ComputeLevels(content);
-        if (!Levels->HasWork() || FinishedLevels.size() >= SaveAtOnce) SaveLevels();
-    });
+    Levels->Post(content.Stamp.Size, [this, content] { ComputeLevels(content); });
 }
 
 void AssetScanner::ComputeLevels(const AssetContent& content) {
@@ -251,22 +222,11 @@ void AssetScanner::ComputeLevels(const AssetContent& content) {
         if (!Levels->Stopping()) spdlog::warn("no levels for {} this time: {}", content.Path, fault.what());
         return;
     }
-    if (Index.SetLevels(content, levels)) FinishedLevels.push_back({content, levels});
-}
-
-void AssetScanner::SaveLevels() {
-    const auto levels = std::exchange(FinishedLevels, {});
-    if (levels.empty()) return;
-    try {
-        Table.SaveLevels(levels);
-    } catch (const Fault& fault) {
-        spdlog::error("cannot keep the levels of {} assets: {}", levels.size(), fault.what());
-    }
+    if (Index.SetLevels(content, levels)) Cache.Save(AssetLevels{content, levels});
 }
 
 void AssetScanner::LoadLevels(const AssetContent& content) {
-    // Before all files that wait to be read: it is short, and something is about to play.
-    Streams->Post(-1, [this, content] { Index.SetLevels(content, Table.LoadLevels(content)); });
+    Cache.LoadLevels(content, [&index = Index, content](auto levels) { index.SetLevels(content, std::move(levels)); });
 }
 
 }  // namespace ZorvicUnit

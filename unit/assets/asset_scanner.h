@@ -1,7 +1,7 @@
 #pragma once
 
+#include "assets/asset_cache.h"
 #include "assets/asset_index.h"
-#include "assets/asset_table.h"
 #include "assets/change_watch.h"
 #include "assets/media_reader.h"
 #include "assets/worker.h"
@@ -22,7 +22,7 @@ class AssetScanner {
 public:
     /// `reader` is the program that opens media files. `notify` is called from the worker threads, without a lock, when
     /// the index may have changed.
-    AssetScanner(std::filesystem::path reader, const DriveTable& drives, AssetIndex& index, AssetTable& table,
+    AssetScanner(std::filesystem::path reader, const DriveTable& drives, AssetIndex& index, AssetCache& cache,
                  const Clock& clock, std::function<void()> notify);
     ~AssetScanner();
 
@@ -32,21 +32,16 @@ public:
     /// Compares disk and index once, in the calling thread; scans of several threads go one after the other.
     void Scan();
 
-    /// Drops what the table holds of files that are gone. A failure is logged only: what stays does no harm, and a full
-    /// disk must not keep anybody from deleting.
-    void Forget(const std::vector<std::string>& paths);
-
-    /// Writes to the table what was read, and goes on with the levels. A failure is logged only: the next start reads
-    /// the files again.
-    void Keep(const std::vector<AssetRecord>& records);
+    /// Keeps what was read, and goes on with the levels.
+    void Keep(const AssetRecord& record);
 
     /// Reads a file before all that wait; throws like MediaReader.
     zorvic::v1::AssetMetadata Probe(const std::filesystem::path& file, const ReadLimit& limit);
 
-    /// Lists an asset as ERROR until its file changes, over restarts too. A failure to keep that is logged only.
+    /// Lists an asset as ERROR until its file changes, over restarts too.
     void Condemn(const std::string& path, const std::string& reason);
 
-    /// Has levels brought back from the table.
+    /// Has levels brought back from the cache.
     void LoadLevels(const AssetContent& content);
 
 private:
@@ -57,20 +52,18 @@ private:
     Pace NextPace();
     void WatchLoop();
     void ReadStreams(const AssetContent& content);
-    void Refuse(const AssetContent& content, const std::exception& error);
-    void SaveRefusals();
+    void Refuse(const AssetContent& content, const FileFault& fault);
+    void TryAgain(const AssetContent& content, const Worker& reader, const std::exception& error);
     void ReadChecksum(const AssetContent& content);
-    void SaveFinished();
     void ReadLevels(const AssetContent& content);
     void ComputeLevels(const AssetContent& content);
-    void SaveLevels();
     /// Throws Fault when it is gone or leads off its drive by now.
     std::filesystem::path FileOf(const AssetContent& content) const;
 
     const std::filesystem::path Reader;
     const DriveTable& Drives;
     AssetIndex& Index;
-    AssetTable& Table;
+    AssetCache& Cache;
     const Clock& Time;
     const std::function<void()> Notify;
 
@@ -81,16 +74,11 @@ private:
     bool Settling = false;
     std::chrono::steady_clock::duration Cost{};  ///< of the last scan
 
-    // Read and not yet in the table; each of its thread only.
-    std::vector<AssetRecord> Finished;
-    std::vector<AssetLevels> FinishedLevels;
-    std::vector<AssetRefusal> Refused;
-
     // Two, so that a long film does not keep a short one waiting.
     std::optional<MediaReader> StreamReader;
     std::optional<MediaReader> LevelReader;
 
-    // Destroyed in reverse order: each hands its results to the ones above it.
+    // Each hands its results to the ones above it.
     std::optional<Worker> Levels;
     std::optional<Worker> Checksums;
     std::optional<Worker> Streams;

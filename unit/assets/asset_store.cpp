@@ -1,8 +1,8 @@
 #include "assets/asset_store.h"
 
+#include "assets/asset_cache.h"
 #include "assets/asset_index.h"
 #include "assets/asset_scanner.h"
-#include "assets/asset_table.h"
 #include "assets/importer.h"
 #include "drives/drive_reader.h"
 #include "drives/drive_table.h"
@@ -21,6 +21,7 @@ namespace ZorvicUnit {
 namespace {
 
 constexpr std::chrono::milliseconds ReadLimitOfCallers{1500};
+constexpr auto CacheName = "cache.db";
 
 std::vector<DriveRoot> ToRoots(const AssetStore::Options& options) {
     std::vector<DriveRoot> roots = {{"C", options.StoreDirectory, false}};
@@ -34,9 +35,10 @@ struct AssetStore::Impl {
     Impl(const Options& options, Database& database, const Clock& clock)
         : Watch(options.Watch),
           Drives(ToRoots(options)),
-          Table(database),
+          Cache(options.StoreDirectory / CacheName),
+          Orders(database),
           Time(clock),
-          Scanner(options.Reader, Drives, Index, Table, Time, [this] { Notify(); }) {
+          Scanner(options.Reader, Drives, Index, Cache, Time, [this] { Notify(); }) {
         for (const DriveRoot& drive : Drives.All())
             Readers.push_back(std::make_unique<DriveReader>(drive));
     }
@@ -55,12 +57,13 @@ struct AssetStore::Impl {
     const DrivePlace Folder{&Drives.All().front(), {"Assets"}};
     std::vector<std::unique_ptr<DriveReader>> Readers;  ///< in the order of Drives
     AssetIndex Index;
-    AssetTable Table;
+    AssetCache Cache;
+    ImportTable Orders;
     const Clock& Time;
     std::function<void()> Listener;
     // Destroyed in reverse order: the importer hands finished files to the scanner.
     AssetScanner Scanner;
-    Importer Imports{Folder, Index, Scanner, [this] { Notify(); }};
+    Importer Imports{Folder, Drives, Orders, Index, Scanner, [this] { Notify(); }};
 };
 
 AssetStore::AssetStore(const Options& options, Database& database, const Clock& clock)
@@ -73,9 +76,10 @@ void AssetStore::SetListener(std::function<void()> listener) {
 }
 
 void AssetStore::Start() {
-    std::filesystem::create_directories(Parts->Folder.HostPath());
+    MakeDirectories(Parts->Folder.HostPath());
     Parts->Imports.Sweep();
     Parts->Scanner.Start(Parts->Watch);
+    Parts->Imports.Resume();
 }
 
 AssetChanges AssetStore::TakeChanges() {
@@ -108,9 +112,9 @@ void AssetStore::Condemn(const std::string& path, const std::string& reason) {
 
 zorvic::v1::AssetMetadata AssetStore::ReadMetadata(const std::string& path) const {
     if (auto known = Parts->Index.Metadata(path)) return *std::move(known);
+    if (const auto problem = Parts->Index.Problem(path)) throw Fault(FaultKind::Refused, *problem);
     const auto content = Parts->Index.Find(path);
     if (!content) throw Fault(FaultKind::NotFound, "there is no asset " + path);
-    if (const auto problem = Parts->Index.Problem(path)) throw Fault(FaultKind::Refused, *problem);
     auto metadata =
         Parts->Scanner.Probe(ResolveOnDrive(Parts->Drives.Parse(path)), ReadLimit::Within(ReadLimitOfCallers));
     metadata.set_file_path(path);
@@ -120,7 +124,7 @@ zorvic::v1::AssetMetadata AssetStore::ReadMetadata(const std::string& path) cons
 void AssetStore::Delete(const std::string& path) {
     const DrivePlace place = Parts->Drives.Parse(path);
     if (!place.IsBelowAssets()) throw Fault(FaultKind::Misused, path + " is not the path of an asset");
-    if (!Parts->Index.EndImport(path)) {
+    if (!Parts->Imports.End(path)) {
         if (!Parts->Index.Find(path)) throw Fault(FaultKind::NotFound, "there is no asset " + path);
         DrivePlace folder = place;
         folder.Names.pop_back();
@@ -130,7 +134,7 @@ void AssetStore::Delete(const std::string& path) {
             throw Fault(FaultKind::Internal, "cannot delete " + path + ": " + std::strerror(errno));
         Parts->Index.Remove(path);
         Parts->Notify();
-        Parts->Scanner.Forget({path});
+        Parts->Cache.Remove({path});
         SyncDirectory(file.parent_path());
     }
     Parts->Notify();
@@ -148,10 +152,10 @@ std::vector<zorvic::v1::DirectoryEntry> AssetStore::ListDirectory(const std::str
     return Parts->ReaderOf(place).List(place.Names);
 }
 
-void AssetStore::Install(const std::string& path) {
+void AssetStore::Install(const std::string& path, const Caller& caller) {
     const DrivePlace place = Parts->Drives.Parse(path);
     if (place.Names.empty()) throw Fault(FaultKind::Misused, path + " is no file");
-    Parts->Imports.Add(Parts->ReaderOf(place).FindFile(place.Names), place.Names.back());
+    Parts->Imports.Add(Parts->ReaderOf(place).FindFile(place.Names), place, caller);
 }
 
 void AssetStore::RescanNow() {

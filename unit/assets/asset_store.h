@@ -3,6 +3,7 @@
 #include "asset_catalog.h"
 #include "assets/asset_changes.h"
 #include "assets/media_process.h"
+#include "caller.h"
 #include "clock.h"
 #include "files/drive_place.h"
 
@@ -33,7 +34,8 @@ public:
         std::filesystem::path Reader = MediaProgram();  ///< the program that opens media files
     };
 
-    /// Touches neither disk nor threads. The database and the clock must outlive the store.
+    /// Touches neither disk nor threads. Orders to import are kept in the database. The database and the clock must
+    /// outlive the store.
     AssetStore(const Options& options, Database& database, const Clock& clock);
     /// Stops and joins all workers; ends a running import and removes its unfinished file. Takes below a second unless
     /// a disk hangs.
@@ -76,9 +78,10 @@ public:
     /// the listing goes on and answers a later call. NotFound, Misused.
     std::vector<zorvic::v1::DirectoryEntry> ListDirectory(const std::string& drive, const std::string& path);
 
-    /// Starts copying a file of a drive to "C:\Assets". The asset is listed as INGESTING on return; how it ends shows
-    /// in its state. NotFound, Misused, Refused (already an asset, or already on its way), Slow.
-    void Install(const std::string& path);
+    /// Starts copying a file of a drive to "C:\Assets". The asset is listed as INGESTING on return, and the order is on
+    /// disk: a restart takes it up again. How it ends shows in the asset's state. NotFound, Misused, Refused (already
+    /// an asset, or already on its way), Slow, TooLate, DiskFull.
+    void Install(const std::string& path, const Caller& caller = {});
 
     /// Compares the disk with the list now, in the caller's thread.
     void RescanNow();

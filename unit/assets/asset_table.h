@@ -3,12 +3,13 @@
 #include "assets/asset_index.h"
 
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
 namespace ZorvicUnit {
 
-class Database;
+class Connection;
 
 /// The levels of one content; null when it has none.
 struct AssetLevels {
@@ -16,26 +17,28 @@ struct AssetLevels {
     std::shared_ptr<const Envelope> Levels;
 };
 
-/// What is known of the assets' contents, kept over restarts. May be called from several threads; each call is one
-/// transaction. Failures are thrown as Fault.
+/// What is known of the assets' contents, in a database that can be thrown away. A row that the disk has spoilt counts
+/// as not there. Failures are thrown as Fault.
 class AssetTable {
 public:
-    explicit AssetTable(Database& database) : Rows(database) {}
+    /// The schema, as for Connection::Migrate().
+    static std::span<const char* const> Steps();
 
-    /// Everything but the levels. Records that cannot be read are left out.
+    explicit AssetTable(Connection& database) : Rows(database) {}
+
+    /// Everything but the levels.
     std::vector<AssetRecord> Load();
     std::vector<AssetRefusal> LoadRefusals();
-    /// Writes records; what was known of an older content of the same path goes. The same with refusals.
-    void Save(const std::vector<AssetRecord>& records);
-    void SaveRefusals(const std::vector<AssetRefusal>& refusals);
-    /// Does nothing for a row that is of another content.
-    void SaveLevels(const std::vector<AssetLevels>& levels);
+    /// What was known of an older content of the same path goes.
+    void Save(const AssetRecord& record);
+    void Save(const AssetRefusal& refusal);
+    void Save(const AssetLevels& levels);
     /// Null when there are none.
     std::shared_ptr<const Envelope> LoadLevels(const AssetContent& content);
-    void Remove(const std::vector<std::string>& paths);
+    void Remove(const std::string& path);
 
 private:
-    Database& Rows;
+    Connection& Rows;
 };
 
 }  // namespace ZorvicUnit

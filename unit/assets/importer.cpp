@@ -7,6 +7,8 @@
 #include <spdlog/spdlog.h>
 
 #include <algorithm>
+#include <future>
+#include <memory>
 #include <utility>
 
 namespace ZorvicUnit {
@@ -25,14 +27,21 @@ bool IsBelow(const std::filesystem::path& directory, const std::filesystem::path
 
 }  // namespace
 
-Importer::Importer(DrivePlace folder, AssetIndex& index, AssetScanner& scanner, std::function<void()> notify)
+Importer::Importer(DrivePlace folder, const DriveTable& drives, ImportTable& orders, AssetIndex& index,
+                   AssetScanner& scanner, std::function<void()> notify)
     : Folder(std::move(folder)),
+      Drives(drives),
+      Orders(orders),
       Index(index),
       Scanner(scanner),
       Notify(std::move(notify)),
+      Writer("zu-orders", Manners::Normal),
       Copies("zu-import", Manners::Modest) {}
 
-Importer::~Importer() = default;
+Importer::~Importer() {
+    Copies.RequestStop();
+    Writer.RequestStop();
+}
 
 void Importer::Sweep() const {
     if (!StaysOnDrive(Folder)) return;
@@ -45,35 +54,108 @@ void Importer::Sweep() const {
     }
 }
 
-void Importer::Add(const SourceFile& source, const std::string& name) {
-    if (IsHidden(name)) throw Fault(FaultKind::Misused, "\"" + ForLog(name) + "\" would be a hidden file");
-    const auto directory = ResolveOnDrive(Folder);
-    if (IsBelow(directory, source.File))
-        throw Fault(FaultKind::Refused, source.File.string() + " is in the store already");
-    Order order{source, Folder.Path() + '\\' + name, directory / name};
-    order.Number = Index.BeginImport(order.Path, source.Stamp);
+void Importer::Resume() {
+    for (const ImportOrder& kept : Orders.Load()) {
+        try {
+            TakeUp(kept);
+        } catch (const std::exception& error) {
+            spdlog::error("importing {}: {}", kept.Path, error.what());
+        }
+    }
     Notify();
+}
+
+void Importer::TakeUp(const ImportOrder& kept) {
+    if (IsDone(kept)) return Orders.Remove(kept.Path);
+    Order order{kept, {}, Index.BeginImport(kept.Path, kept.Stamp)};
+    if (!kept.Problem.empty()) {
+        Index.FailImport(kept.Path, order.Number, kept.Problem);
+        return;
+    }
+    spdlog::info("importing {} again from {}", kept.Path, kept.Source);
+    Queue(std::move(order));
+}
+
+// The unit was killed between the copy's taking its place and the end of the order.
+bool Importer::IsDone(const ImportOrder& kept) const {
+    if (kept.Copy == FileStamp()) return false;
+    try {
+        return ReadStamp(ResolveOnDrive(Drives.Parse(kept.Path))) == kept.Copy;
+    } catch (const Fault&) {
+        return false;
+    }
+}
+
+void Importer::Add(const SourceFile& source, const DrivePlace& place, const Caller& caller) {
+    const std::string& name = place.Names.back();
+    if (IsHidden(name)) throw Fault(FaultKind::Misused, "\"" + ForLog(name) + "\" would be a hidden file");
+    if (IsBelow(ResolveOnDrive(Folder), source.File))
+        throw Fault(FaultKind::Refused, source.File.string() + " is in the store already");
+    Order order{{Folder.Path() + '\\' + name, place.Path(), source.Stamp, {}, {}}, source.File, 0};
+    order.Number = Index.BeginImport(order.Kept.Path, source.Stamp);
+    try {
+        Orders.Add(order.Kept, caller.Waits);
+    } catch (...) {
+        Index.EndImport(order.Kept.Path);
+        throw;
+    }
+    Notify();
+    Queue(std::move(order));
+}
+
+bool Importer::End(const std::string& path) {
+    if (!Index.IsImported(path)) return false;
+    Orders.Remove(path);
+    return Index.EndImport(path);
+}
+
+void Importer::Queue(Order order) {
     Copies.Post(0, [this, order = std::move(order)] { Carry(order); });
 }
 
-void Importer::Carry(const Order& order) {
-    const auto directory = order.Target.parent_path();
-    const auto part = directory / (PartPrefix + std::to_string(order.Number) + PartSuffix);
+void Importer::Carry(Order order) {
+    const auto part = Folder.HostPath() / (PartPrefix + std::to_string(order.Number) + PartSuffix);
     try {
-        const AssetRecord record = CopyAndProbe(order, part);
-        std::filesystem::rename(part, order.Target);
-        SyncDirectory(directory);
-        Index.FinishImport(record);
-        spdlog::info("imported {}", order.Path);
-        Notify();
-        Scanner.Keep({record});
+        if (order.Source.empty()) order.Source = ResolveOnDrive(Drives.Parse(order.Kept.Source));
+        Finish(CopyAndProbe(order, part), part);
     } catch (const std::exception& error) {
         std::error_code ignored;
         std::filesystem::remove(part, ignored);
-        if (Copies.Stopping()) return;
-        if (Index.FailImport(order.Path, order.Number))
-            spdlog::error("importing {} from {}: {}", order.Path, order.Source.File.string(), error.what());
-        Notify();
+        if (!Copies.Stopping()) Fail(order, error.what());
+    }
+}
+
+void Importer::Finish(const AssetRecord& record, const std::filesystem::path& part) {
+    const std::string& path = record.Content.Path;
+    Keep([&] { Orders.SetCopy(path, record.Content.Stamp); });
+    std::filesystem::rename(part, ResolveOnDrive(Folder) / Drives.Parse(path).Names.back());
+    SyncDirectory(part.parent_path());
+    Index.FinishImport(record);
+    spdlog::info("imported {}", path);
+    Notify();
+    Scanner.Keep(record);
+    Keep([&] { Orders.Remove(path); });
+}
+
+void Importer::Fail(const Order& order, const std::string& reason) {
+    const std::string& path = order.Kept.Path;
+    if (Index.FailImport(path, order.Number, reason)) {
+        spdlog::error("importing {} from {}: {}", path, order.Kept.Source, reason);
+        Keep([&] { Orders.SetProblem(path, reason); });
+    }
+    Notify();
+}
+
+// The thread that copies gives way to everything: it must not hold the database's lock while it does. A failure is
+// logged only: at worst a restart does once more what was done.
+void Importer::Keep(const std::function<void()>& change) {
+    const auto task = std::make_shared<std::packaged_task<void()>>(change);
+    auto done = task->get_future();
+    Writer.Post(0, [task] { (*task)(); });
+    try {
+        done.get();
+    } catch (const std::exception& error) {
+        if (!Copies.Stopping()) spdlog::error("keeping what became of an import: {}", error.what());
     }
 }
 
@@ -81,21 +163,21 @@ AssetRecord Importer::CopyAndProbe(const Order& order, const std::filesystem::pa
     AssetRecord record;
     std::filesystem::remove(part);
     ShowProgress(order, 0);
-    record.Checksum = CopyToDisk(order.Source.File, part, order.Source.Stamp.Size, Copies.Stopping(),
+    record.Checksum = CopyToDisk(order.Source, part, order.Kept.Stamp.Size, Copies.Stopping(),
                                  [&](std::int64_t done) { ShowProgress(order, done); });
-    if (ReadStamp(order.Source.File) != order.Source.Stamp)
-        throw Fault(FaultKind::Internal, order.Source.File.string() + " changed while it was copied");
+    if (ReadStamp(order.Source) != order.Kept.Stamp)
+        throw Fault(FaultKind::Internal, order.Source.string() + " changed since it was asked for");
     ReadLimit limit = ReadLimit::Within(ProbeLimit);
     limit.Stop = &Copies.Stopping();
     record.Metadata = Scanner.Probe(part, limit);
-    record.Metadata.set_file_path(order.Path);
-    record.Content = {order.Path, ReadStamp(part)};
-    if (!Index.BeginCommit(order.Path, order.Number)) throw Fault(FaultKind::Refused, "the import was ended");
+    record.Metadata.set_file_path(order.Kept.Path);
+    record.Content = {order.Kept.Path, ReadStamp(part)};
+    if (!Index.BeginCommit(order.Kept.Path, order.Number)) throw Fault(FaultKind::Refused, "the import was ended");
     return record;
 }
 
 void Importer::ShowProgress(const Order& order, std::int64_t done) {
-    if (!Index.SetImportProgress(order.Path, order.Number, done))
+    if (!Index.SetImportProgress(order.Kept.Path, order.Number, done))
         throw Fault(FaultKind::Refused, "the import was ended");
     const auto now = std::chrono::steady_clock::now();
     if (now - LastShown < ProgressPeriod) return;

@@ -2,16 +2,20 @@
 
 #include <spdlog/spdlog.h>
 
+#include <limits>
 #include <utility>
 
 namespace ZorvicUnit {
 
-Worker::Worker(std::string name, Manners manners)
-    : Thread([this, name = std::move(name), manners] { Run(name, manners); }) {}
+Worker::Worker(std::string name, Manners manners) : Name(std::move(name)), Thread([this, manners] { Run(manners); }) {}
 
 Worker::~Worker() {
     RequestStop();
-    Thread.join();
+    Join();
+}
+
+void Worker::Join() {
+    if (Thread.joinable()) Thread.join();
 }
 
 void Worker::Post(std::int64_t order, Job job) {
@@ -19,11 +23,6 @@ void Worker::Post(std::int64_t order, Job job) {
     if (Stop) return;
     Jobs.emplace(order, std::move(job));
     Wake.notify_one();
-}
-
-bool Worker::HasWork() const {
-    const std::scoped_lock lock(Lock);
-    return !Jobs.empty();
 }
 
 void Worker::RequestStop() {
@@ -34,20 +33,34 @@ void Worker::RequestStop() {
     Wake.notify_one();
 }
 
-void Worker::Run(const std::string& name, Manners manners) {
-    NameThread(name, manners);
-    std::unique_lock lock(Lock);
+std::optional<Worker::Job> Worker::TakeJob(std::int64_t before) {
+    const std::scoped_lock lock(Lock);
+    if (Stop || Jobs.empty() || Jobs.begin()->first >= before) return std::nullopt;
+    return std::move(Jobs.extract(Jobs.begin()).mapped());
+}
+
+void Worker::RunBefore(std::int64_t order) {
+    while (const auto job = TakeJob(order))
+        Do(*job);
+}
+
+void Worker::Do(const Job& job) const {
+    try {
+        job();
+    } catch (const std::exception& error) {
+        spdlog::error("{}: {}", Name, error.what());
+    }
+}
+
+void Worker::Run(Manners manners) {
+    NameThread(Name, manners);
     while (true) {
-        Wake.wait(lock, [this] { return Stop || !Jobs.empty(); });
-        if (Stop) return;
-        const Job job = std::move(Jobs.extract(Jobs.begin()).mapped());
-        lock.unlock();
-        try {
-            job();
-        } catch (const std::exception& error) {
-            spdlog::error("{}: {}", name, error.what());
+        {
+            std::unique_lock lock(Lock);
+            Wake.wait(lock, [this] { return Stop || !Jobs.empty(); });
+            if (Stop) return;
         }
-        lock.lock();
+        RunBefore(std::numeric_limits<std::int64_t>::max());
     }
 }
 

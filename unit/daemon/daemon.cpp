@@ -2,6 +2,7 @@
 
 #include "daemon/video_modes.h"
 #include "fault.h"
+#include "tls/credentials.h"
 
 #include <spdlog/spdlog.h>
 #include <zorvic/enums.h>
@@ -30,6 +31,11 @@ bool IsShown(const Options& options, std::uint32_t number) {
                                                   [&](const auto& output) { return output.number() == number; });
 }
 
+std::shared_ptr<grpc::ServerCredentials> CredentialsOf(const Options& options, const std::string& guid) {
+    if (options.TlsDirectory.empty()) return grpc::InsecureServerCredentials();
+    return UnitCredentials(options.TlsDirectory, guid);
+}
+
 }  // namespace
 
 Daemon::Daemon(const Options& options, PowerSwitch& power)
@@ -48,7 +54,7 @@ Daemon::Daemon(const Options& options, PowerSwitch& power)
         Ticking.emplace(Model);
         Keeping.emplace(Model, *Assets, Rows, Updates);
         StartRenderer(options);
-        Requests.emplace(Service, options.Listen, options.Port);
+        Requests.emplace(Service, options.Listen, options.Port, CredentialsOf(options, Profile.Identity.guid()));
         Announcing.emplace(MakeAnnouncement(options));
     } catch (...) {
         // The destructor does not run for an object that did not come to be.

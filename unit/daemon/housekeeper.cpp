@@ -11,8 +11,6 @@
 #include <spdlog/spdlog.h>
 
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
 
 namespace ZorvicUnit {
 
@@ -35,11 +33,10 @@ void ShowDrives(const AssetStore& assets, Feed& updates) {
 void RunHousekeeper(const std::stop_token& stop, UnitModel& model, const AssetStore& assets, Database& rows,
                     Feed& updates) {
     NameThread("housekeeper");
-    std::mutex mutex;
-    std::condition_variable_any wake;
     while (!stop.stop_requested()) {
-        std::unique_lock lock(mutex);
-        wake.wait_for(lock, stop, Period, [] { return false; });
+        const auto until = std::chrono::steady_clock::now() + Period;
+        while (model.WaitForSelection(stop, until))
+            SaveSelection(model);
         SaveSelection(model);
         rows.CheckpointWhenIdle();
         ShowDrives(assets, updates);

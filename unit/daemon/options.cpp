@@ -105,13 +105,14 @@ void ReadSinks(const std::vector<std::string>& outputs, Options& options) {
     }
 }
 
-void CheckSecurity(const std::string& listen, bool insecure, const std::string& tlsDirectory) {
-    if (!tlsDirectory.empty()) throw CLI::ValidationError("--tls-dir", "this version can not encrypt connections");
-    const auto loopback = IsLoopback(listen);
-    if (!loopback) throw CLI::ValidationError("--listen", "expected a numeric address, got " + listen);
-    if (!*loopback && !insecure)
-        throw CLI::ValidationError("--listen",
-                                   "connections to " + listen + " are not encrypted: demand it with --insecure");
+void CheckSecurity(const Options& options, bool insecure) {
+    const auto loopback = IsLoopback(options.Listen);
+    if (!loopback) throw CLI::ValidationError("--listen", "expected a numeric address, got " + options.Listen);
+    if (!options.TlsDirectory.empty() && insecure)
+        throw CLI::ValidationError("--insecure", "links are encrypted with --tls-dir: give one of both");
+    if (!*loopback && options.TlsDirectory.empty() && !insecure)
+        throw CLI::ValidationError("--listen", "connections to " + options.Listen +
+                                                   " are not encrypted: give --tls-dir, or demand it with --insecure");
 }
 
 }  // namespace
@@ -121,7 +122,6 @@ std::optional<ExitStatus> ParseOptions(int argc, const char* const* argv, Option
                  "zorvic-unit");
     std::vector<std::string> drives;
     std::vector<std::string> outputs;
-    std::string tlsDirectory;
     bool insecure = false;
     Choice role{"--role", "Role in a group of units", Roles(), "single", options.Role};
     Choice type{"--type", "Type of the unit", Types(), "t4x", options.Type};
@@ -140,7 +140,9 @@ std::optional<ExitStatus> ParseOptions(int argc, const char* const* argv, Option
     app.add_option("--audio", options.Audio, "Where the sound goes")
         ->type_name("off|default|alsa:DEVICE|file:PATH.wav")
         ->capture_default_str();
-    app.add_option("--tls-dir", tlsDirectory, "Directory of certificates")->type_name("DIR");
+    app.add_option("--tls-dir", options.TlsDirectory,
+                   "Encrypts links: directory of the unit's certificate, made by \"zorvic-unit certificates\"")
+        ->type_name("DIR");
     app.add_flag("--insecure", insecure, "Listen without encryption on other than loopback addresses");
     for (Choice* choice : {&role, &type, &mode, &refresh})
         AddChoice(app, *choice);
@@ -149,7 +151,7 @@ std::optional<ExitStatus> ParseOptions(int argc, const char* const* argv, Option
         ReadDrives(drives, options.Drives);
         ReadSinks(outputs, options);
         CheckNickname(options.Nickname);
-        CheckSecurity(options.Listen, insecure, tlsDirectory);
+        CheckSecurity(options, insecure);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : BadOption;
     }

@@ -23,6 +23,7 @@ struct Options {
     std::int32_t Type = 0;
     std::int32_t VideoMode = 0;
     std::int32_t Refresh = 0;
+    std::filesystem::path TlsDirectory;           ///< of certificates; empty: links are not encrypted
     std::string Announce;                         ///< interface or "off"; empty: not given
     std::vector<zorvic::render::Output> Outputs;  ///< those that are not off
     std::string Audio = "off";

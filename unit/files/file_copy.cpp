@@ -6,6 +6,7 @@
 #include "files/file_reader.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/statvfs.h>
 
 #include <algorithm>
@@ -106,6 +107,19 @@ std::string CopyToDisk(const std::filesystem::path& source, const std::filesyste
     if (file.Size() != size) throw Fault(FaultKind::Internal, source.string() + " shrank while it was copied");
     file.Finish();
     return checksum.Hex();
+}
+
+void SyncFile(const std::filesystem::path& file) {
+    const Descriptor opened(open(file.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!opened.IsOpen() || fsync(opened.Get()) != 0) Fail("cannot write " + file.string());
+}
+
+void MakeDirectories(const std::filesystem::path& directory) {
+    if (std::filesystem::is_directory(directory)) return;
+    const auto above = directory.parent_path();
+    if (!above.empty() && above != directory) MakeDirectories(above);
+    if (mkdir(directory.c_str(), 0777) != 0 && errno != EEXIST) Fail("cannot make " + directory.string());
+    SyncDirectory(above.empty() ? "." : above);
 }
 
 void SyncDirectory(const std::filesystem::path& directory) {

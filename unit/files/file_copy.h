@@ -16,6 +16,12 @@ namespace ZorvicUnit {
 std::string CopyToDisk(const std::filesystem::path& source, const std::filesystem::path& target, std::int64_t size,
                        const std::atomic<bool>& stop, const std::function<void(std::int64_t)>& progress);
 
+/// Brings what a file holds to disk. Throws Fault DiskFull or Internal.
+void SyncFile(const std::filesystem::path& file);
+
+/// Makes a directory and those above it; what was made survives a power cut. Throws Internal.
+void MakeDirectories(const std::filesystem::path& directory);
+
 /// Makes what was renamed or removed in a directory survive a power cut. Throws Internal.
 void SyncDirectory(const std::filesystem::path& directory);
 

@@ -20,8 +20,8 @@ std::uint64_t AssetLink::Delete(const std::string& path) {
     return Pull();
 }
 
-std::uint64_t AssetLink::Install(const std::string& path) {
-    Assets.Install(path);
+std::uint64_t AssetLink::Install(const std::string& path, const Caller& caller) {
+    Assets.Install(path, caller);
     return Pull();
 }
 

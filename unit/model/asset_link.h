@@ -1,5 +1,7 @@
 #pragma once
 
+#include "caller.h"
+
 #include <cstdint>
 #include <mutex>
 #include <string>
@@ -18,7 +20,7 @@ public:
 
     /// Throws Fault Refused while a preset that uses the asset plays. Both give the revision that holds their effect.
     std::uint64_t Delete(const std::string& path);
-    std::uint64_t Install(const std::string& path);
+    std::uint64_t Install(const std::string& path, const Caller& caller = {});
 
 private:
     std::uint64_t Pull();

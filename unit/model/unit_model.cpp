@@ -25,7 +25,7 @@ UnitModel::UnitModel(const Profile& profile, Database& database, const Clock& cl
       Playing(clock, catalog),
       Updates(feed) {
     SavedSelection = Settings.SelectedPreset();
-    Selected = SavedSelection;
+    Selected = TriedSelection = SavedSelection;
     Updates.Publish({IdentityChange(profile.Identity), HardwareChange(profile.Hardware)});
     Reload();
 }
@@ -92,6 +92,7 @@ std::uint64_t UnitModel::SelectPreset(std::int32_t pk) {
     const std::scoped_lock lock(ModelLock);
     if (!Presets.contains(pk)) throw Fault(FaultKind::NotFound, "no such preset");
     Selected = pk;
+    SelectionMade.notify_all();
     return Publish({});
 }
 
@@ -136,11 +137,17 @@ void UnitModel::SaveSelection() {
     std::int32_t selected = 0;
     {
         const std::scoped_lock lock(ModelLock);
-        selected = Selected;
+        selected = TriedSelection = Selected;
     }
     if (selected == SavedSelection) return;
     Settings.SetSelectedPreset(selected);
     SavedSelection = selected;
+}
+
+bool UnitModel::WaitForSelection(const std::stop_token& stop, std::chrono::steady_clock::time_point until) {
+    std::unique_lock lock(ModelLock);
+    const auto isNew = [this] { return Selected != TriedSelection; };
+    return SelectionMade.wait_for(lock, stop, until - std::chrono::steady_clock::now(), isNew);
 }
 
 void UnitModel::Reload() {

@@ -58,7 +58,7 @@ public:
     std::uint64_t RenameMark(const zorvic::v1::MarkRequest& request, const Caller& caller = {});
     std::uint64_t DeleteMark(const zorvic::v1::MarkRequest& request, const Caller& caller = {});
 
-    /// Needs no disk: SaveSelection() keeps it for the next start.
+    /// Does not wait for the disk: whoever calls WaitForSelection() saves it.
     std::uint64_t SelectPreset(std::int32_t pk);
     std::uint64_t Take(std::int32_t pk);
     std::uint64_t Pause(std::int32_t pk, std::optional<bool> wanted = std::nullopt);
@@ -99,6 +99,9 @@ public:
     void WaitForPlay(const std::stop_token& stop);
     /// Writes the selection if it has changed. Throws Fault.
     void SaveSelection();
+    /// Returns when another preset has been selected since SaveSelection() was called, at the latest at this time, and
+    /// when it is asked to stop. True for another preset.
+    bool WaitForSelection(const std::stop_token& stop, std::chrono::steady_clock::time_point until);
     /// Ends playback and reads the store again. Throws Fault, and leaves all as it is, when the store is damaged.
     void Reload();
 
@@ -128,9 +131,11 @@ private:
 
     std::mutex ModelLock;  ///< guards everything below
     std::condition_variable_any PlayStarted;
+    std::condition_variable_any SelectionMade;
     Playback Playing;
     std::map<std::int32_t, PresetPtr> Presets;
     std::int32_t Selected = 0;
+    std::int32_t TriedSelection = 0;                       ///< the last one that was to be saved
     std::pair<std::uint64_t, std::int32_t> ShownStates{};  ///< version and selection of the states last published
     std::function<void()> PlayListener;
     std::pair<std::uint64_t, std::int32_t> ToldOutlook{};  ///< version and selection that the listener was told of

@@ -3,7 +3,6 @@
 #include "fault.h"
 
 #include <grpcpp/resource_quota.h>
-#include <grpcpp/security/server_credentials.h>
 #include <grpcpp/server_builder.h>
 #include <spdlog/fmt/fmt.h>
 
@@ -34,10 +33,11 @@ void SetUpKeepalive(grpc::ServerBuilder& builder) {
 
 }  // namespace
 
-Server::Server(grpc::Service& service, const std::string& address, std::uint16_t port) {
+Server::Server(grpc::Service& service, const std::string& address, std::uint16_t port,
+               const std::shared_ptr<grpc::ServerCredentials>& credentials) {
     grpc::ServerBuilder builder;
     int bound = 0;
-    builder.AddListeningPort(HostPort(address, port), grpc::InsecureServerCredentials(), &bound);
+    builder.AddListeningPort(HostPort(address, port), credentials, &bound);
     builder.RegisterService(&service);
     // Otherwise two units share one port and each gets some of the consoles.
     builder.AddChannelArgument(GRPC_ARG_ALLOW_REUSEPORT, 0);

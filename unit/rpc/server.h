@@ -1,5 +1,6 @@
 #pragma once
 
+#include <grpcpp/security/server_credentials.h>
 #include <grpcpp/server.h>
 
 #include <chrono>
@@ -14,7 +15,8 @@ class Server {
 public:
     /// Listens on a numeric address; port 0 takes any free one. The service must outlive the object. Throws Fault when
     /// the port is taken or the address is not this machine's.
-    Server(grpc::Service& service, const std::string& address, std::uint16_t port);
+    Server(grpc::Service& service, const std::string& address, std::uint16_t port,
+           const std::shared_ptr<grpc::ServerCredentials>& credentials = grpc::InsecureServerCredentials());
     ~Server();
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;

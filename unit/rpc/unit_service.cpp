@@ -243,7 +243,7 @@ Status UnitService::DeleteAsset(ServerContext* context, const zorvic::v1::AssetR
 
 Status UnitService::InstallAsset(ServerContext* context, const zorvic::v1::AssetRequest* request, CommandReply* reply) {
     return Answer(*context, "install asset " + request->path(),
-                  [&] { reply->set_revision(Link.Install(request->path())); });
+                  [&] { reply->set_revision(Link.Install(request->path(), CallerOf(*context))); });
 }
 
 Status UnitService::Power(ServerContext* context, const zorvic::v1::PowerRequest* request, CommandReply* reply) {

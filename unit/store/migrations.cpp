@@ -6,7 +6,7 @@ namespace ZorvicUnit {
 
 namespace {
 
-constexpr std::array<const char*, 3> Steps = {
+constexpr std::array<const char*, 4> Steps = {
     // AUTOINCREMENT, because a key must not come back after the highest preset is deleted. The hash tells a record that
     // the disk has spoilt from one that was stored so.
     R"sql(
@@ -56,6 +56,24 @@ constexpr std::array<const char*, 3> Steps = {
         modified_ns INTEGER NOT NULL,
         broken INTEGER NOT NULL,
         reason TEXT NOT NULL) WITHOUT ROWID;
+    )sql",
+    // What can be computed again went to a file of its own. Orders to import stay until they are done, or until what
+    // became of them was dismissed; the stamp of the copy tells an order that was done in the moment of a kill.
+    R"sql(
+    DROP TABLE assets;
+    DROP TABLE refusals;
+    CREATE TABLE imports(
+        number INTEGER PRIMARY KEY,
+        path TEXT NOT NULL UNIQUE,
+        source TEXT NOT NULL,
+        size INTEGER NOT NULL,
+        modified_ns INTEGER NOT NULL,
+        copy_size INTEGER NOT NULL DEFAULT 0,
+        copy_modified_ns INTEGER NOT NULL DEFAULT 0,
+        problem TEXT NOT NULL DEFAULT '');
+    CREATE TRIGGER import_ordered AFTER INSERT ON imports BEGIN
+        UPDATE ledger SET changes = changes + 1;
+    END;
     )sql",
 };
 

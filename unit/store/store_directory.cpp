@@ -1,6 +1,7 @@
 #include "store/store_directory.h"
 
 #include "fault.h"
+#include "files/file_copy.h"
 
 #include <spdlog/fmt/fmt.h>
 
@@ -26,9 +27,7 @@ Descriptor Open(const std::filesystem::path& path, int flags) {
 }
 
 Descriptor OpenDirectory(const std::filesystem::path& root) {
-    std::error_code error;
-    std::filesystem::create_directories(root, error);
-    if (error) Raise(root, error.message());
+    MakeDirectories(root);
     return Open(root, O_RDONLY | O_DIRECTORY);
 }
 

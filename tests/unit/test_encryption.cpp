@@ -1,0 +1,103 @@
+#include "conversions.h"
+#include "support/unitprocess.h"
+#include "unit/unitfakes.h"
+
+#include <zorvic/session.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <regex>
+
+using namespace Zorvic;
+
+namespace {
+
+/// A venue's certificates, and a unit that asks for them.
+class EncryptionTest : public ::testing::Test {
+protected:
+    EncryptionTest() {
+        // The first start gives the store its identifier.
+        UnitProcess(Store, {"--announce", "off"}).Kill();
+        Make({Room, "--store", Store, "--console", "all"});
+        Unit.emplace(Store, std::vector<std::string>{"--announce", "off", "--tls-dir", UnitDirectory()});
+    }
+    ~EncryptionTest() override { unsetenv("ZORVIC_TLS_DIR"); }
+
+    void Make(std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), {ZORVIC_UNIT_PROGRAM, "certificates"});
+        EXPECT_EQ(ChildProcess(arguments, Log).Wait(std::chrono::seconds(20)), 0) << ReadFile(Log);
+    }
+    std::string UnitDirectory() const { return std::filesystem::directory_iterator(Room + "/units")->path().string(); }
+    /// A link with the certificate of this console; without any when it is empty.
+    std::unique_ptr<Session> Link(const std::string& directory) {
+        unsetenv("ZORVIC_TLS_DIR");
+        if (!directory.empty()) setenv("ZORVIC_TLS_DIR", directory.c_str(), 1);
+        return std::make_unique<Session>(Unit->Host(), 1);
+    }
+    std::string Console(const std::string& name) const { return Room + "/consoles/" + name; }
+    static StatusCode Create(Session& console) {
+        return console.CreatePreset(Internal::FromWire(PresetWith(0, "C:\\Assets\\a.mov")));
+    }
+
+    const TemporaryDirectory Directory;
+    const std::string Store = Directory.Path() + "/store";
+    const std::string Room = Directory.Path() + "/certificates";
+    const std::string Log = Directory.Path() + "/log";
+    std::optional<UnitProcess> Unit;
+};
+
+TEST_F(EncryptionTest, LetsInWhomTheAuthorityKnowsAndNobodyElse) {
+    Make({Room, "--console", "late", "--days", "-1"});
+    Make({Directory.Path() + "/strangers", "--console", "other"});
+    const std::string mixed = Directory.Path() + "/mixed";
+    std::filesystem::copy(Directory.Path() + "/strangers/consoles/other", mixed);
+    std::filesystem::copy_file(Room + "/ca.pem", mixed + "/ca.pem", std::filesystem::copy_options::overwrite_existing);
+    for (const std::string& stranger :
+         {std::string(), Console("late"), Directory.Path() + "/strangers/consoles/other", mixed, UnitDirectory()}) {
+        EXPECT_FALSE(Link(stranger)->Connected()) << stranger;
+    }
+    const auto console = Link(Console("all"));
+    ASSERT_TRUE(console->Connected());
+    EXPECT_EQ(Create(*console), ZORVIC_STATUS_OK);
+
+    const std::string text = ReadFile(Log) + ReadFile(Store + ".log");
+    EXPECT_EQ(text.find("PRIVATE KEY"), std::string::npos);
+    EXPECT_EQ(std::filesystem::status(Console("all") + "/console.key").permissions(),
+              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+}
+
+TEST_F(EncryptionTest, AllowsWhatTheCertificateSaysUntilItIsRevoked) {
+    Make({Room, "--console", "desk", "--role", "operate"});
+    std::smatch serial;
+    const std::string made = ReadFile(Log);
+    ASSERT_TRUE(std::regex_search(made, serial, std::regex("desk, serial number ([0-9A-F]+)")));
+    ASSERT_EQ(Create(*Link(Console("all"))), ZORVIC_STATUS_OK);
+    const auto console = Link(Console("desk"));
+    ASSERT_TRUE(console->Connected());
+    EXPECT_EQ(console->SelectPreset(1), ZORVIC_STATUS_OK);
+    EXPECT_EQ(Create(*console), ZORVIC_STATUS_FAILED);
+    EXPECT_EQ(console->ShutdownZorvic(), ZORVIC_STATUS_FAILED);
+
+    Make({Room, "--revoke", serial[1]});
+    EXPECT_TRUE(WaitUntil([&] { return console->SelectPreset(1) != ZORVIC_STATUS_OK; }));
+    EXPECT_FALSE(Link(Console("desk"))->Connected());
+    EXPECT_TRUE(Link(Console("all"))->Connected());
+}
+
+TEST_F(EncryptionTest, AUnitStartsWithACertificateOfItsOwnOnly) {
+    Unit->Kill();
+    Make({Room, "--guid", "00000000-0000-4000-8000-000000000000"});
+    Make({Room, "--store", Store, "--days", "-1"});
+    for (const auto& [directory, reason] :
+         std::map<std::string, std::string>{{Room + "/units/00000000-0000-4000-8000-000000000000", "of another unit"},
+                                            {UnitDirectory(), ""},
+                                            {Room, "cannot read"}}) {
+        ChildProcess unit(
+            {ZORVIC_UNIT_PROGRAM, "--store", Store, "--port", "0", "--announce", "off", "--tls-dir", directory}, Log);
+        EXPECT_EQ(unit.Wait(std::chrono::seconds(20)), 2) << directory;
+        EXPECT_THAT(ReadFile(Log), testing::HasSubstr("--tls-dir " + directory + ": "));
+        EXPECT_THAT(ReadFile(Log), testing::HasSubstr(reason));
+    }
+}
+
+}  // namespace

@@ -1,0 +1,86 @@
+#include "store/examination.h"
+
+#include "store/connection.h"
+#include "store/copies.h"
+#include "store/ledger.h"
+#include "store/mending.h"
+#include "store/migrations.h"
+#include "store/salvage.h"
+#include "store/seal.h"
+#include "store/sqlite_fault.h"
+
+#include <spdlog/spdlog.h>
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+namespace ZorvicUnit {
+
+namespace {
+
+std::filesystem::path LogOf(const std::filesystem::path& file) {
+    return file.string() + "-wal";
+}
+
+// SQLite would make an empty database in the place of the lost one, and remove its log. False for a new store.
+bool IsUsed(const std::filesystem::path& file, const Seal& seal) {
+    if (HoldsSomething(file)) return true;
+    const auto log = LogOf(file);
+    if (!seal.Exists() && !HoldsSomething(log)) return false;
+    throw StoreDamage(fmt::format("{} is {}, and {} says that the store has been used", file.string(),
+                                  std::filesystem::exists(file) ? "empty" : "missing",
+                                  (seal.Exists() ? seal.File() : log).string()));
+}
+
+void CheckVersion(std::int64_t version) {
+    if (version >= 0 && std::cmp_less_equal(version, Migrations().size())) return;
+    throw Fault(FaultKind::Internal, fmt::format("store: schema {} was written by a newer version of this program "
+                                                 "(this one knows up to {})",
+                                                 version, Migrations().size()));
+}
+
+// A copy is on disk for certain, where the seal may lag after a power cut. Without a readable seal, older files may
+// have been put back on purpose.
+std::optional<std::int64_t> AcknowledgedIn(const std::filesystem::path& file, const Seal& seal) {
+    const auto sealed = seal.Changes();
+    return sealed ? std::optional(std::max(*sealed, Copies(file).Changes())) : std::nullopt;
+}
+
+void CheckChanges(Connection& database, const Seal& seal) {
+    const auto acknowledged = AcknowledgedIn(database.File(), seal);
+    const auto ledger = ReadLedger(database);
+    const std::int64_t changes = ledger ? ledger->Changes : -1;
+    if (acknowledged && *acknowledged > changes)
+        throw StoreDamage(fmt::format("the end of what was stored is lost: {} has {} changes and {} were acknowledged",
+                                      database.File().string(), std::max<std::int64_t>(changes, 0), *acknowledged));
+    if (!acknowledged && ledger)
+        spdlog::warn("store: {} is {}: nothing tells whether the latest changes are there", seal.File().string(),
+                     seal.Exists() ? "damaged" : "missing");
+}
+
+void Examine(const std::filesystem::path& file, const Seal& seal) {
+    if (!IsUsed(file, seal)) return;
+    Connection database(file, Connection::Access::Write);
+    // Until it is known to be whole, closing must not bring a log into it that may be the only way to mend it.
+    database.KeepLogOnClose(true);
+    CheckVersion(database.SchemaVersion());
+    CheckContent(database);
+    CheckChanges(database, seal);
+}
+
+}  // namespace
+
+void MakeFit(const std::filesystem::path& file) {
+    FinishMending(file);
+    const Seal seal(file.string() + "-seal");
+    try {
+        Examine(file, seal);
+        return;
+    } catch (const StoreDamage& damage) {
+        Mend({file, seal.File(), AcknowledgedIn(file, seal), damage.what()});
+    }
+    Examine(file, seal);
+}
+
+}  // namespace ZorvicUnit

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <filesystem>
+
+namespace ZorvicUnit {
+
+/// Looks at the whole store before it is used, and mends it where that is possible. Afterwards it can be opened, and is
+/// complete or new. Throws Fault, with the files as they were, when it must not be used as it is.
+void MakeFit(const std::filesystem::path& database);
+
+}  // namespace ZorvicUnit
