@@ -53,7 +53,7 @@ inline Wire::Frame GarbageFrame(std::uint64_t revision) {
     return frame;
 }
 
-/// A unit in the test's own process that does what the test says: it streams, lies and falls silent.
+/// A unit in the test's own process that does what the test says: it streams and lies.
 class ScriptedUnit final : public Wire::Unit::Service {
 public:
     explicit ScriptedUnit(const std::string& guid = "unit-1") : GUID(guid) {
@@ -85,9 +85,6 @@ public:
         const std::scoped_lock lock(Lock);
         return Received;
     }
-    /// A frozen unit keeps its connections, sends nothing and answers nothing.
-    std::atomic<bool> Frozen = false;
-    std::atomic<int> TakesStarted = 0;
     std::atomic<bool> LastPause = false;
     /// What every update is answered with.
     std::atomic<grpc::StatusCode> UpdateOutcome = grpc::StatusCode::OK;
@@ -109,7 +106,6 @@ private:
     }
     grpc::Status Watch(grpc::ServerContext* call, const Wire::WatchRequest*,
                        grpc::ServerWriter<Wire::Frame>* writer) override {
-        Await(*call, [this] { return !Frozen; });
         auto [frame, next] = Snapshot();
         while (Send(*writer, frame))
             frame = NextFrame(*call, next, frame.revision());
@@ -123,7 +119,7 @@ private:
         const auto heartbeat = std::chrono::steady_clock::now() + std::chrono::milliseconds(100);
         Await(call, [&] {
             const std::scoped_lock lock(Lock);
-            return !Frozen && (next < Sent.size() || std::chrono::steady_clock::now() > heartbeat);
+            return next < Sent.size() || std::chrono::steady_clock::now() > heartbeat;
         });
         const std::scoped_lock lock(Lock);
         return next < Sent.size() ? Sent[next++] : MakeFrame(revision, {});
@@ -136,11 +132,6 @@ private:
         }
         if (UpdateOutcome == grpc::StatusCode::OK) reply->set_revision(Store(request->preset()));
         return {UpdateOutcome, ""};
-    }
-    grpc::Status Take(grpc::ServerContext* call, const Wire::PresetRequest*, Wire::CommandReply*) override {
-        ++TakesStarted;
-        Await(*call, [this] { return !Frozen; });
-        return grpc::Status::OK;
     }
     grpc::Status Pause(grpc::ServerContext*, const Wire::PauseRequest* request, Wire::CommandReply*) override {
         LastPause = request->paused();

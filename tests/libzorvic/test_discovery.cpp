@@ -70,13 +70,6 @@ TEST(Announcement, SurvivesGarbageAndFillsTheGapsOfTheUnitsOwnAnswer) {
     EXPECT_EQ(Text(Merge(announced, answer)), "real|a=b|77|3||\xff|10.0.0.7:9500");
 }
 
-TEST(Announcement, ListIsOrderedAndNamesAUnitOnce) {
-    std::vector<LANZorvic> units = {Identity("3", "b"), Identity("2", "b"), Identity("9", "a"), Identity("", "c"),
-                                    Identity("3", "b")};
-    SortAndUnite(units);
-    EXPECT_THAT(units, ElementsAre(HasGUID("9"), HasGUID("2"), HasGUID("3")));
-}
-
 TEST(Announcement, GoesWhereTheAddressIsReached) {
     using Places = std::vector<ZorvicUnit::InterfaceAddress>;
     const Places present = {

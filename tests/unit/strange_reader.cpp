@@ -61,11 +61,7 @@ Answer Misbehave(const Order& order, const ZorvicUnit::Descriptor& file) {
     if (word == "gone") std::_Exit(0);
     while (word == "hang")
         usleep(1000);
-    if (word == "noise") ZorvicUnit::SendFrame(STDIN_FILENO, "noise");
-    if (word == "huge") [[maybe_unused]]
-        const auto sent = write(STDIN_FILENO, "\xff\xff\xff\x7f", 4);
     Answer answer = ZorvicUnit::CarryOut(order, file);
-    if (word == "other") answer.mutable_greeting();
     if (word == "out") answer.mutable_refusal()->set_reason(Escapes());
     if (word != "last") return answer;
     ZorvicUnit::SendFrame(STDIN_FILENO, answer.SerializeAsString());
