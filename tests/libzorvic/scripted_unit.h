@@ -89,6 +89,8 @@ public:
     std::atomic<bool> Frozen = false;
     /// Frames reach the streams only this much later than the reply of the command that made them.
     std::atomic<std::chrono::milliseconds> StreamDelay{};
+    /// Frames of a snapshot, each of which comes after the delay.
+    std::atomic<int> SnapshotFrames = 1;
     std::atomic<int> TakesStarted = 0;
     std::atomic<bool> LastPause = false;
     /// What every update is answered with.
@@ -113,6 +115,8 @@ private:
     grpc::Status Watch(grpc::ServerContext* call, const Wire::WatchRequest*,
                        grpc::ServerWriter<Wire::Frame>* writer) override {
         Await(*call, [this] { return !Frozen; });
+        for (int number = 1; number < SnapshotFrames; ++number)
+            Send(*writer, MakeFrame(0, {}, true, true));
         auto [frame, next] = Snapshot();
         while (Send(*writer, frame))
             frame = NextFrame(*call, next, frame.revision());

@@ -109,6 +109,13 @@ TEST_F(Linked, AReadAfterACommandShowsItsEffect) {
     }
 }
 
+TEST_F(Linked, ALongSnapshotOnASlowLinkGetsItsTime) {
+    Unit.StreamDelay = 700ms;
+    Unit.SnapshotFrames = 4;
+    const Session slow(Unit.Host(), 1);
+    EXPECT_TRUE(WaitUntil([&] { return slow.Connected(); })) << "the attempt goes on as long as something comes";
+}
+
 TEST_F(Linked, PauseAsksForTheOppositeOfWhatThisConsoleSawHoweverOftenItIsSent) {
     int trt = 0;
     for (const std::string shown : {"playing: true", "playing: true paused: true", ""}) {
