@@ -65,6 +65,10 @@ Connection::Connection(const std::string& host, const std::string& guid, std::ch
 
 // First the stream, which lets go of the thread; then the thread; the stream's memory and the channel go last.
 Connection::~Connection() {
+    Stop();
+}
+
+void Connection::Stop() {
     if (Stream) Stream->Cancel();
     if (Thread.joinable()) Thread.join();
 }
@@ -86,13 +90,14 @@ void Connection::Run() {
 }
 
 void Connection::FollowUnit() {
-    const auto end = Clock::now() + Limit;
-    const auto timeLeft = [end] { return std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()); };
+    auto end = Clock::now() + Limit;
+    const auto timeLeft = [&end] { return std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()); };
     Stream->Start(timeLeft());
     if (const auto guid = Stream->Certified()) Unit.Certify(*guid);
     while (true) {
         // Silence is counted from the moment of listening: time spent on taking in a frame is not the unit's.
         const unsigned changes = Unit.Apply(Stream->Read(Up() ? Silence : timeLeft()));
+        end = Clock::now() + Limit;  // a long snapshot on a slow link takes its time
         if (Up()) {
             Events.Raise(changes);
         } else if (Unit.Current()) {

@@ -31,13 +31,16 @@ public:
     /// Limit of every call but those that name their own.
     static constexpr std::chrono::milliseconds CallLimit{2000};
 
-    /// Starts to connect and returns at once. The try ends after `limit`; a unit with another GUID is refused unless
-    /// `guid` is empty. `events` gets what the unit reports and must outlive the connection.
+    /// Starts to connect and returns at once. The try ends when nothing came for `limit`; a unit with another GUID is
+    /// refused unless `guid` is empty. `events` gets what the unit reports and must outlive the connection.
     Connection(const std::string& host, const std::string& guid, std::chrono::milliseconds limit, EventThread& events);
     /// Gives the link up without waiting for the unit. No call may be under way.
     ~Connection();
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
+
+    /// Gives the link up: nothing is raised any more. What is left to the destructor is to free memory.
+    void Stop();
 
     bool Up() const { return Phase == PhaseType::Up; }
     bool Connecting() const { return Phase == PhaseType::Connecting; }

@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <thread>
 
 namespace Zorvic {
 
@@ -52,6 +53,8 @@ struct Session::Impl {
 
 private:
     void Connect(std::chrono::milliseconds limit, std::chrono::milliseconds wait);
+
+    std::jthread Burial;  // of the connection before
 };
 
 template <class Request, class Reply>

@@ -85,6 +85,8 @@ public:
         const std::scoped_lock lock(Lock);
         return Received;
     }
+    /// Frames before the last one of a snapshot, 700 ms each.
+    std::atomic<int> SlowFrames = 0;
     std::atomic<bool> LastPause = false;
     /// What every update is answered with.
     std::atomic<grpc::StatusCode> UpdateOutcome = grpc::StatusCode::OK;
@@ -106,6 +108,10 @@ private:
     }
     grpc::Status Watch(grpc::ServerContext* call, const Wire::WatchRequest*,
                        grpc::ServerWriter<Wire::Frame>* writer) override {
+        for (int number = 0; number < SlowFrames; ++number) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(700));
+            Send(*writer, MakeFrame(0, {}, true, true));
+        }
         auto [frame, next] = Snapshot();
         while (Send(*writer, frame))
             frame = NextFrame(*call, next, frame.revision());

@@ -94,6 +94,12 @@ TEST_F(Linked, AnEditSendsWhatDiffersAndUndoesNobodysEdit) {
     EXPECT_EQ(Unit.Updates()[0].preset().name(), "") << "what did not change does not travel";
 }
 
+TEST_F(Linked, ALongSnapshotOnASlowLinkGetsItsTime) {
+    Unit.SlowFrames = 4;
+    const Session slow(Unit.Host(), 1);
+    EXPECT_TRUE(WaitUntil([&] { return slow.Connected(); })) << "the attempt goes on as long as something comes";
+}
+
 TEST_F(Linked, PauseAsksForTheOppositeOfWhatThisConsoleSawHoweverOftenItIsSent) {
     int trt = 0;
     for (const std::string shown : {"playing: true", "playing: true paused: true", ""}) {

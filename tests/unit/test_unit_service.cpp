@@ -12,6 +12,7 @@
 #include "support/wallclock.h"
 #include "unit/unitfakes.h"
 
+#include <grpcpp/create_channel.h>
 #include <zorvic/preview.h>
 #include <zorvic/session.h>
 
@@ -80,7 +81,7 @@ protected:
     AssetStore Assets{{.StoreDirectory = Directory.Path(), .Drives = {}, .Watch = false}, Store, Time};
     AssetLink Link{Assets, Model};
     Previews Pictures;
-    UnitService Service{{}, Model, Assets, Link, Updates, Pictures, [](auto) {}};
+    UnitService Service{{}, Model, Assets, Link, Updates, Pictures, [](auto) {}, std::chrono::milliseconds(400)};
     Server Requests{Service, "127.0.0.1", 0};
     Session Client{Requests.Address(), 1};
 };
@@ -201,6 +202,29 @@ TEST_F(ServedUnitTest, PicturesAreMadeWhileSomebodyWatchesAndCarryTheirAge) {
     EXPECT_TRUE(WaitUntil([&] { return !Pictures.Wanted(); })) << "no handler stays behind";
     EXPECT_TRUE(last.Latest().empty()) << "a picture of an earlier watch is not shown";
     Pictures.SetListener({});
+}
+
+TEST_F(ServedUnitTest, WatchersGetTheirShareOfPlacesAndLoseThemWhenTheyDoNotRead) {
+    const auto stub =
+        zorvic::v1::Unit::NewStub(grpc::CreateChannel(Requests.Address(), grpc::InsecureChannelCredentials()));
+    std::vector<grpc::ClientContext> contexts(Places::PerConnection + 1);
+    std::vector<std::unique_ptr<grpc::ClientReader<zorvic::v1::Frame>>> watchers;
+    zorvic::v1::Frame frame;
+    for (auto& context : contexts) {
+        watchers.push_back(stub->Watch(&context, {}));
+        const bool granted = watchers.size() <= Places::PerConnection;
+        ASSERT_EQ(watchers.back()->Read(&frame), granted);
+    }
+    EXPECT_EQ(watchers.back()->Finish().error_code(), grpc::StatusCode::FAILED_PRECONDITION);
+    Zorvic::Preset large = PresetsOf(Client)[0];
+    large.Notes = std::string(60'000, 'n');
+    for (int number = 0; number < 80; ++number)
+        ASSERT_EQ(Client.CreatePreset(large), Zorvic::ZORVIC_STATUS_OK);
+    EXPECT_TRUE(WaitUntil([&] {
+        grpc::ClientContext context;
+        return stub->Watch(&context, {})->Read(&frame);
+    })) << "a place is free again";
+    EXPECT_TRUE(Client.Connected());
 }
 
 }  // namespace

@@ -91,7 +91,7 @@ public:
         std::vector<PieceBytes> Pieces;  ///< empty: nothing has changed
         bool Snapshot = false;
     };
-    static constexpr std::size_t MaxSubscribers = 64;
+    static constexpr std::size_t MaxSubscribers = 256;
 
     /// Throws Fault Refused when there are too many subscribers already.
     explicit Subscription(Feed& feed);

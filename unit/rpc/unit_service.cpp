@@ -2,6 +2,7 @@
 
 #include "assets/asset_store.h"
 #include "caller.h"
+#include "door/peer.h"
 #include "fault.h"
 #include "feed/feed.h"
 #include "feed/frames.h"
@@ -115,14 +116,15 @@ std::string OnMark(const char* what, const zorvic::v1::MarkRequest& request) {
 }  // namespace
 
 UnitService::UnitService(zorvic::v1::Identity identity, UnitModel& model, AssetStore& assets, AssetLink& link,
-                         Feed& updates, Previews& pictures, PowerHandler power)
+                         Feed& updates, Previews& pictures, PowerHandler power, std::chrono::milliseconds writeLimit)
     : Self(std::move(identity)),
       Model(model),
       Assets(assets),
       Link(link),
       Updates(updates),
       Pictures(pictures),
-      OnPower(std::move(power)) {}
+      OnPower(std::move(power)),
+      Writes(writeLimit) {}
 
 // Carries out one request, unless the unit is ending. A command whose console has given up is not carried out late.
 template <typename Action>
@@ -134,13 +136,17 @@ Status UnitService::Answer(const ServerContext& context, const std::string& what
 }
 
 // Holds its thread for as long as the console watches. A console that does not read blocks the write, and with it only
-// this thread.
+// this thread, until the limit for writes ends it.
 Status UnitService::Watch(ServerContext* context, const zorvic::v1::WatchRequest* /*request*/,
                           grpc::ServerWriter<zorvic::v1::Frame>* writer) {
     bool over = false;
     const Status status = Attempt(Log, "watch", [&] {
+        const Places::Place place(Watching, PeerFromName(context->peer()));
         Feed::Subscription subscription(Updates);
-        const auto write = [&](const zorvic::v1::Frame& frame) { return writer->Write(frame); };
+        const auto write = [&](const zorvic::v1::Frame& frame) {
+            const WriteLimit::Pending pending(Writes, *context);
+            return writer->Write(frame);
+        };
         while (!context->IsCancelled()) {
             const auto batch = subscription.Next(HeartbeatPeriod);
             over = !batch;
@@ -156,10 +162,12 @@ Status UnitService::Watch(ServerContext* context, const zorvic::v1::WatchRequest
 Status UnitService::WatchPreview(ServerContext* context, const zorvic::v1::WatchPreviewRequest* /*request*/,
                                  grpc::ServerWriter<zorvic::v1::PreviewFrame>* writer) {
     try {
+        const Places::Place place(Watching, PeerFromName(context->peer()));
         Previews::Watcher watcher(Pictures);
         while (!context->IsCancelled()) {
             const auto pictures = watcher.Next(PreviewHeartbeatPeriod);
             if (!pictures) return {StatusCode::UNAVAILABLE, "the unit is ending"};
+            const WriteLimit::Pending pending(Writes, *context);
             if (!WritePictures(*pictures, *writer)) break;
         }
         return Status::OK;

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "rpc/places.h"
 #include "rpc/request_gate.h"
 #include "rpc/request_log.h"
+#include "rpc/write_limit.h"
 
 #include <zorvic/v1/unit.grpc.pb.h>
 
@@ -23,10 +25,13 @@ class UnitService final : public zorvic::v1::Unit::Service {
 public:
     using PowerHandler = std::function<void(zorvic::v1::PowerAction)>;
 
+    /// Who takes longer to take what it asked for is let go.
+    static constexpr std::chrono::milliseconds LongestWrite{10'000};
+
     /// All references must outlive the object. power is called from a handler's thread before the reply has left, so it
     /// must only take note.
     UnitService(zorvic::v1::Identity identity, UnitModel& model, AssetStore& assets, AssetLink& link, Feed& updates,
-                Previews& pictures, PowerHandler power);
+                Previews& pictures, PowerHandler power, std::chrono::milliseconds writeLimit = LongestWrite);
 
     /// Turns further requests away and waits for those being carried out, no longer than the limit.
     void Drain(std::chrono::milliseconds limit) { Gate.Close(limit); }
@@ -84,6 +89,8 @@ private:
     const PowerHandler OnPower;
     RequestGate Gate;
     RequestLog Log;
+    Places Watching;
+    WriteLimit Writes;
 };
 
 }  // namespace ZorvicUnit
