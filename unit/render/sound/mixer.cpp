@@ -31,7 +31,8 @@ void Mixer::Admit(const std::shared_ptr<const Layer>& layer, bool plays) {
     for (const Medium& medium : layer->Media) {
         if (!medium.File) continue;
         Entry& entry = Tracks[{layer->Id, medium.Path}];
-        if (entry.File != medium.File) {
+        // What sounds goes on with its file.
+        if (entry.Sound == nullptr || (!plays && entry.File != medium.File)) {
             if (entry.Sound != nullptr) Retire(std::move(entry.Sound));
             entry.File = medium.File;
             entry.Sound = std::make_unique<Track>(medium.File);
