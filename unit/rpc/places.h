@@ -30,6 +30,7 @@ public:
     };
 
 private:
+    std::size_t Count(const std::string& name) const;
     void Leave(const std::string& name);
 
     std::mutex Lock;                           ///< guards Taken

@@ -1,8 +1,11 @@
 #include "tls/access.h"
 
+#include "thread_name.h"
+
 #include <spdlog/spdlog.h>
 
 #include <algorithm>
+#include <chrono>
 #include <fstream>
 #include <map>
 #include <optional>
@@ -35,13 +38,17 @@ const std::vector<std::string>& AccessRoleNames() {
     return names;
 }
 
+// The first reading is done when the unit begins to serve.
 AccessList::AccessList(std::filesystem::path revoked) : File(std::move(revoked)) {
     Refresh();
+    Thread = std::jthread([this](const std::stop_token& stop) { Run(stop); });
 }
 
 std::string AccessList::Refusal(std::string_view call, const std::vector<std::string>& entries) {
     for (const std::string& entry : entries) {
-        if (entry.starts_with(CertificateEntry::Serial) && IsRevoked(entry.substr(CertificateEntry::Serial.size())))
+        if (!entry.starts_with(CertificateEntry::Serial)) continue;
+        const std::scoped_lock lock(Lock);
+        if (Revoked.contains(std::string_view(entry).substr(CertificateEntry::Serial.size())))
             return "this console's certificate is revoked";
     }
     const auto role = RoleFor(call.substr(call.rfind('/') + 1));
@@ -51,25 +58,28 @@ std::string AccessList::Refusal(std::string_view call, const std::vector<std::st
     return may ? "" : "this console's certificate does not allow it to " + name;
 }
 
-bool AccessList::IsRevoked(const std::string& serial) {
-    const std::scoped_lock lock(Lock);
-    if (std::chrono::steady_clock::now() - Looked >= LookPeriod) Refresh();
-    return Revoked.contains(serial);
+void AccessList::Run(const std::stop_token& stop) {
+    NameThread("access");
+    std::mutex nobodys;
+    std::unique_lock lock(nobodys);
+    while (!Wake.wait_for(lock, stop, LookPeriod, [&] { return stop.stop_requested(); }))
+        Refresh();
 }
 
 // A list that cannot be read for a moment revokes what it revoked before.
 void AccessList::Refresh() {
-    Looked = std::chrono::steady_clock::now();
     std::error_code missing;
     const auto written = std::filesystem::last_write_time(File, missing);
     if (missing || written == Written) return;
     std::ifstream lines(File);
     if (!lines) return;
     Written = written;
-    Revoked.clear();
+    std::set<std::string, std::less<>> revoked;
     for (std::string serial; lines >> serial;)
-        Revoked.insert(serial);
-    spdlog::info("{} certificates are revoked", Revoked.size());
+        revoked.insert(serial);
+    spdlog::info("{} certificates are revoked", revoked.size());
+    const std::scoped_lock lock(Lock);
+    Revoked.swap(revoked);
 }
 
 }  // namespace ZorvicUnit

@@ -1,13 +1,14 @@
 #pragma once
 
+#include <condition_variable>
 #include <filesystem>
 #include <mutex>
 #include <set>
+#include <stop_token>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <vector>
-
-#include <chrono>
 
 namespace ZorvicUnit {
 
@@ -29,22 +30,23 @@ inline constexpr std::string_view UnitName = "zorvic-unit";
 /// Decides by the entries of its certificate what a console may ask for. Safe to use from several threads.
 class AccessList {
 public:
-    /// The file lists serial numbers of certificates that are no longer accepted, one a line; it need not be there, and
-    /// is read again after a change.
+    /// The file lists serial numbers of certificates that are no longer accepted, one a line; it need not be there. A
+    /// thread of its own ("access") reads it again after each change: no call waits for a disk.
     explicit AccessList(std::filesystem::path revoked);
 
     /// Why the holder of these entries may not make this call ("/package.Service/Method"); empty when it may.
     std::string Refusal(std::string_view call, const std::vector<std::string>& entries);
 
 private:
-    bool IsRevoked(const std::string& serial);
+    void Run(const std::stop_token& stop);
     void Refresh();
 
     const std::filesystem::path File;
-    std::mutex Lock;  ///< guards all below
-    std::chrono::steady_clock::time_point Looked;
-    std::filesystem::file_time_type Written;
+    std::filesystem::file_time_type Written;  ///< of the thread only
+    std::mutex Lock;                          ///< guards Revoked
+    std::condition_variable_any Wake;
     std::set<std::string, std::less<>> Revoked;
+    std::jthread Thread;  // last: it uses all of the above
 };
 
 }  // namespace ZorvicUnit
