@@ -26,8 +26,8 @@ protected:
     void Open(bool watch = false) {
         Store.reset();
         Listed.clear();
-        Store =
-            std::make_unique<AssetStore>(AssetStore::Options{Disk.Path, {{"E", Usb.Path}}, watch, Reader}, Rows, Time);
+        Store = std::make_unique<AssetStore>(AssetStore::Options{Disk.Path(), {{"E", Usb.Path()}}, watch, Reader}, Rows,
+                                             Time);
         Store->SetListener([this] { ++Calls; });
         Store->Start();
     }
@@ -63,6 +63,10 @@ protected:
     bool WaitForStatus(const std::string& path, int status) {
         return WaitUntil([&] { return StatusOf(path) == status; });
     }
+    std::int64_t Count(int status) {
+        Take();
+        return std::ranges::count_if(Listed, [=](const auto& entry) { return entry.second.status() == status; });
+    }
     bool WaitForLevels(const std::string& path) const {
         return WaitUntil([&] { return Store->Levels(path) != nullptr; });
     }
@@ -71,8 +75,8 @@ protected:
     std::filesystem::path Asset(const std::string& name) const { return Disk / "Assets" / name; }
     static std::string Path(const std::string& name) { return "C:\\Assets\\" + name; }
 
-    MediaDirectory Disk;
-    MediaDirectory Usb;
+    TemporaryDirectory Disk;
+    TemporaryDirectory Usb;
     std::filesystem::path Reader = MediaProgram();
     FakeClock Time;
     Database Rows{Disk / "zorvic.db"};

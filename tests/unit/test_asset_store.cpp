@@ -12,19 +12,19 @@ namespace ZorvicUnit {
 namespace {
 
 using testing::ElementsAre;
-using testing::UnorderedElementsAre;
+using testing::Key;
 using namespace Zorvic;  // NOLINT(google-build-using-namespace): the states' names are long enough
 
 using AssetStoreTest = AssetFixture;
 
 TEST(DriveTable, RefusesWhatIsNoPathOrLeavesItsDrive) {
-    const MediaDirectory disk, elsewhere;
-    const DriveTable drives({{"C", disk.Path, false}, {"E", elsewhere.Path}});
+    const TemporaryDirectory disk, elsewhere;
+    const DriveTable drives({{"C", disk.Path(), false}, {"E", elsewhere.Path()}});
     WriteFile(disk / "clip.wav", "here");
     WriteFile(elsewhere / "clip.wav", "there");
     std::filesystem::create_symlink("clip.wav", disk / "same.wav");
     std::filesystem::create_symlink(elsewhere / "clip.wav", disk / "out.wav");
-    std::filesystem::create_directory_symlink(elsewhere.Path, disk / "folder");
+    std::filesystem::create_directory_symlink(elsewhere.Path(), disk / "folder");
     const std::map<std::optional<FaultKind>, std::vector<const char*>> answers = {
         {std::nullopt, {"C:\\clip.wav", "c:\\\\clip.wav\\", "C:\\same.wav", "C:\\", "E:\\clip.wav"}},
         {FaultKind::Misused,
@@ -41,11 +41,8 @@ TEST(DriveTable, RefusesWhatIsNoPathOrLeavesItsDrive) {
 
 TEST(AssetIndex, AFileThatGrowsIsProcessingAndReadOnceItHasRested) {
     AssetIndex index;
-    struct Look {
-        std::int64_t Size, TimeMS;
-        std::size_t ToRead;
-    };
-    for (const auto& [size, timeMS, toRead] : {Look{1, 0, 0}, {2, 3000, 0}, {2, 4999, 0}, {2, 5000, 1}, {2, 9000, 0}}) {
+    for (const auto& [size, timeMS, toRead] :
+         {std::tuple(1, 0, 0U), {2, 3000, 0U}, {2, 4999, 0U}, {2, 5000, 1U}, {2, 9000, 0U}}) {
         TreeContent disk;
         disk.Files.push_back({"C:\\Assets\\clip.wav", {size, 1}});
         index.BeginScan();
@@ -176,15 +173,8 @@ TEST_F(AssetStoreTest, ListsOnlyMediaWithNamesThatAConsoleCanShow) {
     std::filesystem::create_symlink(Usb / "outside.wav", Asset("link.wav"));
     ASSERT_EQ(mkfifo(Asset("pipe.mov").c_str(), 0600), 0);
     Settle();
-    std::vector<std::string> paths;
-    ASSERT_TRUE(WaitUntil([&] {
-        Take();
-        paths.clear();
-        for (const auto& [path, asset] : Listed)
-            if (asset.status() == ZORVIC_ASSETSTATE_READY) paths.push_back(path);
-        return paths.size() == Listed.size();
-    }));
-    EXPECT_THAT(paths, UnorderedElementsAre(Path("good.wav"), Path("no extension"), Path(longest)));
+    ASSERT_TRUE(WaitUntil([&] { return Count(ZORVIC_ASSETSTATE_READY) == std::ssize(Listed); }));
+    EXPECT_THAT(Listed, ElementsAre(Key(Path("good.wav")), Key(Path(longest)), Key(Path("no extension"))));
 }
 
 TEST_F(AssetStoreTest, DeletesFileAndEntryOfAssetsOnly) {
@@ -199,7 +189,7 @@ TEST_F(AssetStoreTest, DeletesFileAndEntryOfAssetsOnly) {
     EXPECT_FALSE(std::filesystem::exists(Asset("clip.wav")));
 
     std::filesystem::remove_all(Asset("folder"));
-    std::filesystem::create_directory_symlink(Usb.Path, Asset("folder"));
+    std::filesystem::create_directory_symlink(Usb.Path(), Asset("folder"));
     const std::map<FaultKind, std::vector<std::string>> refused = {
         {FaultKind::NotFound, {Clip, Path("folder"), Path("notes.txt")}},
         {FaultKind::Refused, {Path("folder\\clip.wav")}},

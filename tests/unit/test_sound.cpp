@@ -87,7 +87,7 @@ protected:
     }
     float HeardAt(milliseconds time) const { return Left.at(static_cast<std::size_t>(SampleAt(time))); }
 
-    ZorvicUnit::MediaDirectory Directory;
+    TemporaryDirectory Directory;
     std::filesystem::path File;
     zorvic::v1::Preset Preset;
     Scene Shown;
@@ -97,24 +97,19 @@ protected:
 };
 
 TEST_F(SoundTest, LoopsWithoutAMissingOrDoubledSample) {
-    struct Case {
-        const char* Name;
-        int Rate;
-        const char* Codec;
-        double Error;  // half a sample of phase would be 0.03
-    };
-    for (const Case& media : std::vector<Case>{{"sine.wav", 48000, "-c:a pcm_f32le", RoundingError},
-                                               {"slow.wav", 44100, "-c:a pcm_f32le", 1e-3},
-                                               {"sine.mp4", 48000, "-c:a aac -b:a 192k", 0.01}}) {
-        SCOPED_TRACE(media.Name);
-        ASSERT_TRUE(Make(media.Name, "sin(2*PI*1000*t)", media.Rate, media.Codec));
+    // Half a sample of phase would be an error of 0.03.
+    for (const auto& [name, rate, codec, error] : {std::tuple("sine.wav", 48000, "-c:a pcm_f32le", RoundingError),
+                                                   {"slow.wav", 44100, "-c:a pcm_f32le", 1e-3},
+                                                   {"sine.mp4", 48000, "-c:a aac -b:a 192k", 0.01}}) {
+        SCOPED_TRACE(name);
+        ASSERT_TRUE(Make(name, "sin(2*PI*1000*t)", rate, codec));
         std::vector<Span> spans;
         for (int pass = 0; pass < 100; ++pass)
             spans.push_back(Moving(pass * 123ms, (pass + 1) * 123ms, 701ms, pass > 0));
         Show({Run(1, spans)});
         Open();
         Hear(12'300ms);
-        EXPECT_LT(Worst(10ms, 12'300ms, [](double t) { return Sine(1000, t); }), media.Error);
+        EXPECT_LT(Worst(10ms, 12'300ms, [](double t) { return Sine(1000, t); }), error);
         EXPECT_EQ(Sounds.Underruns(), 0U);
         Show({});
         Hear(20ms);

@@ -17,7 +17,7 @@ const std::map<std::string, std::string> Encoders = {
 class NumberedStageTest : public StageTest {
 protected:
     static std::filesystem::path Clip(const std::string& name) {
-        static const ZorvicUnit::MediaDirectory directory;
+        static const TemporaryDirectory directory;
         const auto file = directory / name;
         EXPECT_TRUE(std::filesystem::exists(file) || EncodeNumbered(Encoders.at(name), 200, file));
         return file;
@@ -129,7 +129,7 @@ TEST_F(NumberedStageTest, BeginsWhereItWasGotReady) {
 }
 
 TEST_F(NumberedStageTest, BeginsWithTheFileOfTheMomentAndStaysWithIt) {
-    const ZorvicUnit::MediaDirectory directory;
+    const TemporaryDirectory directory;
     std::filesystem::copy_file(Clip("intra.mov"), directory / "a.mov");
     ASSERT_TRUE(EncodeNumbered("-c:v mjpeg -strict unofficial", 5, directory / "short.mov"));
     ASSERT_TRUE(EncodeNumbered("-c:v mjpeg -strict unofficial", 9, directory / "later.mov"));
@@ -146,7 +146,7 @@ TEST_F(NumberedStageTest, BeginsWithTheFileOfTheMomentAndStaysWithIt) {
 }
 
 TEST_F(StageTest, AMissingOrBrokenFileLeavesOthersAlone) {
-    const ZorvicUnit::MediaDirectory directory;
+    const TemporaryDirectory directory;
     ASSERT_TRUE(EncodeNumbered("-c:v mjpeg -strict unofficial", 5, directory / "good.mov"));
     ZorvicUnit::WriteFile(directory / "broken.mov", "no film");
     std::vector<zorvic::render::Layer> layers;

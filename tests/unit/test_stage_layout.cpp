@@ -31,7 +31,7 @@ protected:
     }
 
     static constexpr Rgb Red{255, 0, 0}, Green{0, 255, 0}, Blue{0, 0, 255}, White{255, 255, 255}, Black{0, 0, 0};
-    const ZorvicUnit::MediaDirectory Files;
+    const TemporaryDirectory Files;
     int Presets = 0;  ///< each shows another one
 };
 
