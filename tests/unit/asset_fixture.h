@@ -10,6 +10,8 @@
 
 #include <gmock/gmock.h>
 
+#include <thread>
+
 namespace ZorvicUnit {
 
 inline std::string HashOf(const std::string& bytes) {
@@ -28,7 +30,10 @@ protected:
         Listed.clear();
         Store = std::make_unique<AssetStore>(AssetStore::Options{Disk.Path(), {{"E", Usb.Path()}}, watch, Reader}, Rows,
                                              Time);
-        Store->SetListener([this] { ++Calls; });
+        Store->SetListener([this] {
+            ++Calls;
+            std::this_thread::sleep_for(Pause.load());
+        });
         Store->Start();
     }
     /// Brings the list of assets up to date, as a console does.
@@ -81,6 +86,7 @@ protected:
     FakeClock Time;
     Database Rows{Disk / "zorvic.db"};
     std::atomic<int> Calls = 0;
+    std::atomic<std::chrono::milliseconds> Pause{};  ///< of whoever tells of a change
     std::map<std::string, zorvic::v1::Asset> Listed;
     std::unique_ptr<AssetStore> Store;
     const std::string Clip = Path("clip.wav");
