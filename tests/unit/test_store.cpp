@@ -16,6 +16,10 @@ namespace {
 
 class StoreTest : public ::testing::Test {
 protected:
+    StoreTest() {
+        spdlog::set_default_logger(
+            std::make_shared<spdlog::logger>("log", std::make_shared<spdlog::sinks::ostream_sink_mt>(Log)));
+    }
     std::string File() const { return Directory.Path() + "/zorvic.db"; }
     std::string OpenError() const {
         try {
@@ -42,15 +46,7 @@ protected:
         Database database(File());
         Fill(database, count);
     }
-    void SetUp() override {
-        Before = spdlog::default_logger();
-        spdlog::set_default_logger(
-            std::make_shared<spdlog::logger>("log", std::make_shared<spdlog::sinks::ostream_sink_mt>(Log)));
-    }
-    void TearDown() override { spdlog::set_default_logger(Before); }
-
     TemporaryDirectory Directory;
-    std::shared_ptr<spdlog::logger> Before;
     static inline std::ostringstream Log;
 };
 
@@ -69,8 +65,7 @@ protected:
     /// What the files hold, by the end of their names.
     using Files = std::map<std::string, std::string>;
 
-    void SetUp() override {
-        StoreTest::SetUp();
+    DamagedStoreTest() {
         FillFile(12);
         Database database(File());
         OlderSeal = Read()["-seal"];
@@ -217,28 +212,7 @@ TEST_F(StoreTest, AFullDiskFailsCleanlyLeavesTheRestInTheLogAndLaterWritesWork) 
     EXPECT_EQ(Presets(File()).size(), acknowledged + 66);
 }
 
-TEST_F(StoreTest, KeepsWhatWasAcknowledgedAndNeverGivesAKeyTwice) {
-    std::string guid;
-    {
-        Database database(File());
-        PresetTable table(database);
-        guid = SettingsTable(database).Guid();
-        EXPECT_EQ(table.Insert(PresetWith(0, "a")), 1);
-        EXPECT_EQ(table.Insert(PresetWith(0, "b")), 2);
-        table.Replace(PresetWith(1, "changed"));
-        table.Remove(2);
-        SettingsTable(database).SetSelectedPreset(1);
-    }
-    Database database(File());
-    PresetTable table(database);
-    ASSERT_EQ(table.Load().size(), 1U);
-    EXPECT_EQ(table.Load()[0].SerializeAsString(), PresetWith(1, "changed").SerializeAsString());
-    EXPECT_EQ(table.Insert(PresetWith(0, "c")), 3);
-    EXPECT_EQ(SettingsTable(database).Guid(), guid);
-    EXPECT_EQ(SettingsTable(database).SelectedPreset(), 1);
-}
-
-TEST_F(StoreTest, ADamagedRowCostsThatRowAndTheRestIsKept) {
+TEST_F(StoreTest, ADamagedRowCostsThatRowAndNoKeyIsGivenTwice) {
     const std::string guid = [&] {
         Database database(File());
         Fill(database, 3);
@@ -246,13 +220,9 @@ TEST_F(StoreTest, ADamagedRowCostsThatRowAndTheRestIsKept) {
     }();
     const auto before = Presets(File());
     const std::string older = ReadFile(File() + "-copy1");
-    struct Case {
-        std::string Copy, Says;
-        std::size_t Left;
-    };
-    for (const auto& [copy, says, left] : {Case{"new", "3 presets, all that were acknowledged", 3},
-                                           {"old", "preset 2 may be as it was when", 3},
-                                           {"none", "preset 2 cannot be read, and no copy has it", 2}}) {
+    for (const auto& [copy, says, left] : {std::tuple(std::string("new"), "3 presets, all that were acknowledged", 3U),
+                                           {"old", "preset 2 may be as it was when", 3U},
+                                           {"none", "preset 2 cannot be read, and no copy has it", 2U}}) {
         {
             Database database(File());
             PresetTable(database).Replace(PresetWith(2, copy));
@@ -268,6 +238,7 @@ TEST_F(StoreTest, ADamagedRowCostsThatRowAndTheRestIsKept) {
     }
     Database database(File());
     EXPECT_EQ(SettingsTable(database).Guid(), guid);
+    PresetTable(database).Remove(3);
     EXPECT_EQ(PresetTable(database).Insert(PresetWith(0, "next")), 4);
 }
 
