@@ -22,11 +22,6 @@ TEST(Peers, AreNamedAlikeByTheLibraryAndTheirSockets) {
 }
 
 TEST(Conduct, ToleratesConsolesAndNoFloods) {
-    struct Case {
-        const char* What;
-        const char* Verdict;                   ///< null: goes on for ever
-        std::function<void(Traffic&)> Second;  ///< what one second brings
-    };
     const auto stream = [](std::uint64_t count, std::uint64_t answered, std::uint64_t bytes) {
         return [=](Traffic& traffic) {
             traffic.Started += count;
@@ -40,7 +35,8 @@ TEST(Conduct, ToleratesConsolesAndNoFloods) {
         traffic.MessagesSent += 7;
         traffic.BytesReceived += 100;
     };
-    const std::vector<Case> cases = {
+    // What one second brings, and the verdict; without one it goes on for ever.
+    const std::tuple<const char*, const char*, std::function<void(Traffic&)>> cases[] = {
         {"a console that only watches", nullptr, watching},
         {"a benchmark", nullptr, stream(5'000, 5'000, 5'000'000)},
         {"a restore of large presets", nullptr, stream(50, 50, 50'000'000)},
@@ -50,16 +46,16 @@ TEST(Conduct, ToleratesConsolesAndNoFloods) {
         {"a message without end", "it sends more than its requests may hold", stream(0, 0, 20'000'000)},
         {"half a request", "its requests do not come to an end", [](Traffic& traffic) { traffic.Started = 1; }},
     };
-    for (const Case& expected : cases) {
+    for (const auto& [what, expected, bring] : cases) {
         Conduct conduct;
         Traffic traffic;
         Conduct::TimePoint now{};
         const char* verdict = nullptr;
         for (int second = 0; second < 600 && !verdict; ++second) {
-            expected.Second(traffic);
+            bring(traffic);
             verdict = conduct.Judge(traffic, now += 1s);
         }
-        EXPECT_STREQ(verdict, expected.Verdict) << expected.What;
+        EXPECT_STREQ(verdict, expected) << what;
     }
 }
 

@@ -205,13 +205,9 @@ TEST_F(PlaybackTest, LevelsFollowEnvelopeVolumeAndFades) {
 }
 
 TEST(FadesTest, FadesGoToBlackAndDissolvesToWhatLiesBelow) {
-    struct Case {
-        const char* Fields;
-        bool First, Last;
-        std::int64_t ElapsedMS;
-        double Light, Opacity;
-    };
-    for (const Case& at : std::vector<Case>{
+    // In the first and the last pass, how far into it; light and opacity.
+    using Case = std::tuple<const char*, bool, bool, std::int64_t, double, double>;
+    for (const auto& [fields, first, last, elapsedMS, light, opacity] : std::vector<Case>{
              {"fade_in_ms: 4000", true, true, 2'000, 0.25, 1},
              {"fade_in_ms: 4 dissolve_in_ms: 2000", true, false, 1'001, 0.25, 0.0005},
              {"fade_in_ms: 4000 dissolve_in_ms: 4000", false, true, 1'000, 1, 1},
@@ -221,12 +217,11 @@ TEST(FadesTest, FadesGoToBlackAndDissolvesToWhatLiesBelow) {
              {"fade_in_ms: -1 fade_out_ms: -1", true, true, 11'000, 1, 1},
          }) {
         zorvic::v1::Preset preset;
-        ASSERT_TRUE(google::protobuf::TextFormat::ParseFromString(at.Fields, &preset));
+        ASSERT_TRUE(google::protobuf::TextFormat::ParseFromString(fields, &preset));
         const ZorvicUnit::Trim window{std::chrono::seconds(1), std::chrono::seconds(11)};
-        const auto gains =
-            ZorvicUnit::FadesAt(preset, {window, std::chrono::milliseconds(at.ElapsedMS), at.First, at.Last});
-        EXPECT_NEAR(gains.Light, at.Light, 1e-9) << at.Fields;
-        EXPECT_NEAR(gains.Opacity, at.Opacity, 1e-9) << at.Fields;
+        const auto gains = ZorvicUnit::FadesAt(preset, {window, std::chrono::milliseconds(elapsedMS), first, last});
+        EXPECT_NEAR(gains.Light, light, 1e-9) << fields;
+        EXPECT_NEAR(gains.Opacity, opacity, 1e-9) << fields;
     }
 }
 
