@@ -1,6 +1,5 @@
 #include "application.h"
 #include "fixtures.h"
-#include "mainwindow.h"
 
 #include <QPointer>
 
@@ -16,7 +15,7 @@ protected:
     Shell() {
         Unit.Nickname = "Stage & Hall";
         FakeZorvic::AddUnit("other", "guid-2");
-        FakeZorvic::ClearCalls();
+        FakeZorvic::Calls.clear();
     }
 
     ZorvicView* Connect(const std::string& host) {
@@ -50,9 +49,9 @@ TEST_F(Shell, ATabIsUnregisteredBeforeItDiesReplacedAtTheEndOrClosed) {
     EXPECT_THAT(Labels(), ElementsAre("other", "host:Stage && Hall"));
     EXPECT_EQ(FakeZorvic::Registrations(again), EventTypes);
     bool aliveThroughout = true;
-    FakeZorvic::SetHook([&](const FakeZorvic::Call&) { aliveThroughout = aliveThroughout && again; });
+    FakeZorvic::Hook = [&](const FakeZorvic::Call&) { aliveThroughout = aliveThroughout && again; };
     CloseTab(again);
-    FakeZorvic::SetHook(nullptr);
+    FakeZorvic::Hook = nullptr;
     EXPECT_TRUE(aliveThroughout);
     EXPECT_TRUE(again.isNull());
     EXPECT_EQ(FakeZorvic::Registrations(), EventTypes);
@@ -63,7 +62,7 @@ TEST_F(Shell, ATabIsUnregisteredBeforeItDiesReplacedAtTheEndOrClosed) {
 
 TEST_F(Shell, UnitMenusReachTheUnitOfTheCurrentTabOnly) {
     UseEveryUnitMenu();
-    EXPECT_TRUE(FakeZorvic::Calls().empty()) << "without a tab";
+    EXPECT_TRUE(FakeZorvic::Calls.empty()) << "without a tab";
     EXPECT_FALSE(Window->ShutdownMenuItem->isEnabled());
     auto* first = Connect("host");
     Connect("other");
