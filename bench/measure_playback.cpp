@@ -25,6 +25,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "machinepauses.h"
 #include "support/unitprocess.h"
 #include "support/virtualdisplay.h"
 #include "windowwatch.h"
@@ -631,7 +632,14 @@ int main(int argc, char** argv) {
         {"faults", Deaths}, {"memory", Memory}, {"hostile", Hostile}, {"other", Other}};
     VirtualDisplay display;
     const std::string clips = MakeClips();
+    MachinePauses pauses;
     for (const auto& [name, measure] : measures) {
-        if (argc == 1 || std::find(argv + 1, argv + argc, name) != argv + argc) measure(clips);
+        if (argc > 1 && std::find(argv + 1, argv + argc, name) == argv + argc) continue;
+        pauses.Take();
+        measure(clips);
+        const auto machine = pauses.Take();
+        std::printf("    (the machine itself: %d pauses over 20 ms, longest %.0f ms, %.1f %% taken by its host)\n",
+                    machine.Over20MS, machine.MostMS, machine.TakenPercent);
+        std::fflush(stdout);
     }
 }

@@ -1,0 +1,69 @@
+#include "machinepauses.h"
+
+#include <pthread.h>
+#include <sched.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <fstream>
+#include <string>
+#include <utility>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Milliseconds = std::chrono::duration<double, std::milli>;
+
+/// Seconds that the host took from all processors since the machine began; field "steal" of the first line.
+double TakenSeconds() {
+    std::ifstream stat("/proc/stat");
+    std::string name;
+    double value = 0;
+    stat >> name;
+    for (int field = 1; field <= 8; ++field)
+        stat >> value;
+    return value / static_cast<double>(sysconf(_SC_CLK_TCK));
+}
+
+}  // namespace
+
+MachinePauses::MachinePauses() : TakenBefore(TakenSeconds()) {
+    for (unsigned processor = 0; processor < std::thread::hardware_concurrency(); ++processor)
+        Threads.emplace_back([this, processor] { Watch(processor); });
+}
+
+MachinePauses::~MachinePauses() {
+    Ending = true;
+    for (std::thread& thread : Threads)
+        thread.join();
+}
+
+MachinePauses::Report MachinePauses::Take() {
+    const std::scoped_lock lock(Lock);
+    Report report = std::exchange(Seen, {});
+    const auto now = Clock::now();
+    const double taken = TakenSeconds();
+    const double seconds = std::chrono::duration<double>(now - Since).count() * static_cast<double>(Threads.size());
+    report.TakenPercent = 100 * (taken - TakenBefore) / seconds;
+    Since = now;
+    TakenBefore = taken;
+    return report;
+}
+
+void MachinePauses::Watch(unsigned processor) {
+    cpu_set_t only;
+    CPU_ZERO(&only);
+    CPU_SET(processor, &only);
+    pthread_setaffinity_np(pthread_self(), sizeof only, &only);
+    const sched_param before{.sched_priority = sched_get_priority_max(SCHED_FIFO)};
+    pthread_setschedparam(pthread_self(), SCHED_FIFO, &before);  // without the right to it, the figures are worse
+    constexpr std::chrono::milliseconds period(2);
+    while (!Ending) {
+        const auto asked = Clock::now();
+        std::this_thread::sleep_for(period);
+        const double late = Milliseconds(Clock::now() - asked - period).count();
+        const std::scoped_lock lock(Lock);
+        Seen.MostMS = std::max(Seen.MostMS, late);
+        if (late > 20) ++Seen.Over20MS;
+    }
+}
