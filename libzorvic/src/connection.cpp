@@ -8,8 +8,7 @@
 namespace Zorvic::Internal {
 namespace {
 
-/// What a caller is told about the outcome of a call on the wire.
-StatusCode ToStatusCode(const grpc::Status& status) {
+StatusCode CodeAlone(const grpc::Status& status) {
     switch (status.error_code()) {
         case grpc::StatusCode::OK:
             return ZORVIC_STATUS_OK;
@@ -32,6 +31,28 @@ StatusCode ToStatusCode(const grpc::Status& status) {
             return ZORVIC_STATUS_NETWORKERROR;
         default:
             return ZORVIC_STATUS_INTERNALERROR;
+    }
+}
+
+/// What a caller is told about the outcome of a call on the wire. What the unit says wins over the status code, which
+/// the transport uses for its own troubles, too.
+StatusCode ToStatusCode(const grpc::Status& status) {
+    Wire::Refusal refusal;
+    refusal.ParseFromString(status.error_details());
+    switch (refusal.reason()) {
+        case Wire::REFUSAL_REASON_MISUSED:
+            return ZORVIC_STATUS_MISUSED;
+        case Wire::REFUSAL_REASON_NOT_FOUND:
+        case Wire::REFUSAL_REASON_NOT_NOW:
+        case Wire::REFUSAL_REASON_DISK_FULL:
+        case Wire::REFUSAL_REASON_SLOW:
+            return ZORVIC_STATUS_FAILED;
+        case Wire::REFUSAL_REASON_TOO_LATE:
+            return ZORVIC_STATUS_NETWORKERROR;
+        case Wire::REFUSAL_REASON_INTERNAL:
+            return ZORVIC_STATUS_INTERNALERROR;
+        default:  // of an older unit, or one that only a newer library knows
+            return CodeAlone(status);
     }
 }
 
@@ -75,8 +96,10 @@ void Connection::Stop() {
 
 void Connection::Open() {
     Stub = Wire::Unit::NewStub(OpenChannel(Host, Limit));
+    Wire::WatchRequest request;
+    request.set_api_version(ApiVersion);
     Stream = std::make_unique<StateStream>(
-        [this](auto* context, auto* queue, void* tag) { return Stub->AsyncWatch(context, {}, queue, tag); });
+        [&](auto* context, auto* queue, void* tag) { return Stub->AsyncWatch(context, request, queue, tag); });
     Thread = std::thread([this] { Run(); });
 }
 

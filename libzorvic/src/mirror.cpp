@@ -77,6 +77,7 @@ unsigned Mirror::Apply(const Wire::Frame& frame) {
 void Mirror::StartFrame(const Wire::Frame& frame) {
     if (frame.snapshot() && !InSnapshot) {
         Presets.clear();
+        Unknown.clear();
         Assets.clear();
         const std::uint64_t reached = Next.Revision;
         Next = UnitState{};
@@ -121,16 +122,33 @@ void Mirror::ApplyPiece(const std::string& bytes) {
 
 void Mirror::ApplyIdentity(const Wire::Identity& identity) {
     if (!GUID.empty() && identity.guid() != GUID) throw LinkError("another unit answers: " + identity.guid());
+    if (!SpeaksAlike(identity.api_version())) {
+        throw LinkError("the unit speaks version " + identity.api_version() +
+                        " of the protocol and this library version " + ApiVersion + ": update the older one");
+    }
     Next.GUID = identity.guid();
     Next.Nickname = identity.nickname();
 }
 
 void Mirror::ApplyPresets(const Wire::PresetChange& change) {
-    for (const auto& preset : change.upserted())
+    for (const auto& preset : change.upserted()) {
         Presets[preset.pk()] = std::make_shared<const Preset>(FromWire(preset));
-    for (const std::int32_t pk : change.removed())
+        RememberUnknown(preset);
+    }
+    for (const std::int32_t pk : change.removed()) {
         Presets.erase(pk);
+        Unknown.erase(pk);
+    }
     Changes |= EventBit(ZORVIC_STATE_PRESETS);
+}
+
+// The unit may be newer than this library; most are not.
+void Mirror::RememberUnknown(const Wire::Preset& preset) {
+    if (HoldsUnknownFields(preset)) {
+        Unknown[preset.pk()] = std::make_shared<const Wire::Preset>(preset);
+    } else {
+        Unknown.erase(preset.pk());
+    }
 }
 
 void Mirror::ApplyStates(const Wire::PresetStates& states) {
@@ -156,7 +174,10 @@ unsigned Mirror::Publish() {
     InSnapshot = false;
     GUID = Next.GUID;
     const unsigned changes = std::exchange(Changes, 0);
-    if ((changes & EventBit(ZORVIC_STATE_PRESETS)) != 0) Next.Presets = ListOf<PresetList>(Presets);
+    if ((changes & EventBit(ZORVIC_STATE_PRESETS)) != 0) {
+        Next.Presets = ListOf<PresetList>(Presets);
+        if (!Unknown.empty() || !Next.Unknown->empty()) Next.Unknown = std::make_shared<UnknownFields>(Unknown);
+    }
     if ((changes & EventBit(ZORVIC_STATE_ASSETS)) != 0) Next.Assets = ListOf<AssetList>(Assets);
     auto state = std::make_shared<const UnitState>(Next);
     {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "unknown_fields.h"
 #include "wire.h"
 
 #include <zorvic/types.h>
@@ -41,6 +42,7 @@ struct UnitState {
     KonaHardwareState Hardware;
     std::shared_ptr<const PresetList> Presets = std::make_shared<PresetList>();
     std::shared_ptr<const AssetList> Assets = std::make_shared<AssetList>();
+    std::shared_ptr<const UnknownFields> Unknown = std::make_shared<UnknownFields>();
     std::shared_ptr<const std::vector<PresetState>> PresetStates =
         std::make_shared<std::vector<PresetState>>();  // by PK
     std::shared_ptr<const std::vector<Drive>> Drives = std::make_shared<std::vector<Drive>>();
@@ -76,12 +78,14 @@ private:
     void ApplyPresets(const Wire::PresetChange& change);
     void ApplyStates(const Wire::PresetStates& states);
     void ApplyAssets(const Wire::AssetChange& change);
+    void RememberUnknown(const Wire::Preset& preset);
     unsigned Publish();
 
     // Used by the feeding thread only: the revision in the making.
     std::string GUID;
     std::map<std::int32_t, std::shared_ptr<const Preset>> Presets;
     std::map<std::string, std::shared_ptr<const StoredAsset>> Assets;
+    UnknownFields Unknown;
     UnitState Next;
     unsigned Changes = 0;     // kinds of change in Next that are not published yet
     bool InSnapshot = false;  // its last frame has not come yet

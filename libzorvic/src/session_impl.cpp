@@ -44,10 +44,12 @@ StatusCode Session::Impl::Reconnect(const std::string& host) {
 StatusCode Session::Impl::UpdatePreset(const Preset& preset) {
     const auto state = State();
     if (!state) return ZORVIC_STATUS_NETWORKERROR;
-    const auto request = Edits.Request(preset, Internal::Connection::Clock::now());
+    auto request = Edits.Request(preset, Internal::Connection::Clock::now());
     if (request.fields().paths().empty()) {
         return Settle(Internal::FindPreset(*state->Presets, preset.PK) ? ZORVIC_STATUS_OK : ZORVIC_STATUS_FAILED);
     }
+    const auto unknown = state->Unknown->find(preset.PK);
+    if (unknown != state->Unknown->end()) Internal::KeepUnknownFields(*unknown->second, *request.mutable_preset());
     const StatusCode result = Command(&Internal::Wire::Unit::Stub::UpdatePreset, request);
     if (result == ZORVIC_STATUS_OK) Edits.Written(preset);
     return result;

@@ -110,3 +110,19 @@ TEST(Mirror, BelievesTheCertificateAndNotWhatIsSaid) {
     mirror.Certify("other");
     EXPECT_THROW(mirror.Apply(MakeFrame(1, {IdentityPiece()}, true)), LinkError);
 }
+
+TEST(Mirror, TakesInNoUnitOfAnotherMajorVersion) {
+    const auto told = [](const std::string& version) -> std::string {
+        const auto identity = "identity { guid: 'unit-1' api_version: '" + version + "' }";
+        try {
+            Mirror("").Apply(MakeFrame(1, {Piece(identity)}, true));
+            return "";
+        } catch (const LinkError& error) {
+            return error.what();
+        }
+    };
+    for (const char* version : {"", "1.0", "1.7"})
+        EXPECT_EQ(told(version), "");
+    for (const char* version : {"2.0", "11.0", "nonsense"})
+        EXPECT_THAT(told(version), testing::HasSubstr("speaks version " + std::string(version))) << version;
+}

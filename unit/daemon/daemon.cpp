@@ -16,7 +16,7 @@ namespace ZorvicUnit {
 
 namespace {
 
-constexpr auto ApiVersion = "1.0";
+constexpr auto ApiVersion = "1.1";
 // Both together leave time for the asset store: the process must be gone within two seconds.
 constexpr std::chrono::milliseconds DrainLimit(800);
 constexpr std::chrono::milliseconds GoodbyeLimit(500);

@@ -38,40 +38,60 @@ constexpr std::chrono::milliseconds PreviewHeartbeatPeriod(1000);
 // the console's clock for the call began to run before ours.
 constexpr std::chrono::milliseconds WriteTime(100);
 
-StatusCode ToStatusCode(FaultKind kind) {
+using zorvic::v1::RefusalReason;
+
+std::pair<StatusCode, RefusalReason> OnTheWire(FaultKind kind) {
     switch (kind) {
         case FaultKind::Misused:
-            return StatusCode::INVALID_ARGUMENT;
+            return {StatusCode::INVALID_ARGUMENT, RefusalReason::REFUSAL_REASON_MISUSED};
         case FaultKind::NotFound:
-            return StatusCode::NOT_FOUND;
+            return {StatusCode::NOT_FOUND, RefusalReason::REFUSAL_REASON_NOT_FOUND};
         case FaultKind::Refused:
-            return StatusCode::FAILED_PRECONDITION;
+            return {StatusCode::FAILED_PRECONDITION, RefusalReason::REFUSAL_REASON_NOT_NOW};
         case FaultKind::DiskFull:
-            return StatusCode::RESOURCE_EXHAUSTED;
+            return {StatusCode::RESOURCE_EXHAUSTED, RefusalReason::REFUSAL_REASON_DISK_FULL};
         case FaultKind::Slow:
+            return {StatusCode::DEADLINE_EXCEEDED, RefusalReason::REFUSAL_REASON_SLOW};
         case FaultKind::TooLate:
-            return StatusCode::DEADLINE_EXCEEDED;
+            return {StatusCode::DEADLINE_EXCEEDED, RefusalReason::REFUSAL_REASON_TOO_LATE};
         case FaultKind::Internal:
             break;
     }
-    return StatusCode::INTERNAL;
+    return {StatusCode::INTERNAL, RefusalReason::REFUSAL_REASON_INTERNAL};
+}
+
+Status ToStatus(FaultKind kind, const std::string& why) {
+    const auto [code, reason] = OnTheWire(kind);
+    zorvic::v1::Refusal refusal;
+    refusal.set_reason(reason);
+    return {code, Cut(why), refusal.SerializeAsString()};
+}
+
+// A console that says nothing is one of the first, which spoke this major version.
+void CheckVersion(const std::string& unit, const std::string& console) {
+    const auto major = [](const std::string& version) { return version.substr(0, version.find('.')); };
+    if (console.empty() || unit.empty() || major(unit) == major(console)) return;
+    throw Fault(
+        FaultKind::Refused,
+        fmt::format("this unit speaks version {} of the protocol and the console version {}: update the older one",
+                    unit, console));
 }
 
 // Turns what the action throws into its status; what says what was tried on what, for the log.
 template <typename Action>
 Status Attempt(RequestLog& log, const std::string& what, const Action& action) {
-    const auto refuse = [&](StatusCode code, auto level, const std::exception& error) {
+    const auto refuse = [&](FaultKind kind, auto level, const std::exception& error) {
         log.Write(level, what, error.what(), std::chrono::steady_clock::now());
-        return Status(code, Cut(error.what()));
+        return ToStatus(kind, error.what());
     };
     try {
         action();
         spdlog::debug("{}: done", what);
         return Status::OK;
     } catch (const Fault& fault) {
-        return refuse(ToStatusCode(fault.Kind), spdlog::level::warn, fault);
+        return refuse(fault.Kind, spdlog::level::warn, fault);
     } catch (const std::exception& error) {
-        return refuse(StatusCode::INTERNAL, spdlog::level::err, error);
+        return refuse(FaultKind::Internal, spdlog::level::err, error);
     }
 }
 
@@ -137,10 +157,11 @@ Status UnitService::Answer(const ServerContext& context, const std::string& what
 
 // Holds its thread for as long as the console watches. A console that does not read blocks the write, and with it only
 // this thread, until the limit for writes ends it.
-Status UnitService::Watch(ServerContext* context, const zorvic::v1::WatchRequest* /*request*/,
+Status UnitService::Watch(ServerContext* context, const zorvic::v1::WatchRequest* request,
                           grpc::ServerWriter<zorvic::v1::Frame>* writer) {
     bool over = false;
     const Status status = Attempt(Log, "watch", [&] {
+        CheckVersion(Self.api_version(), request->api_version());
         const Places::Place place(Watching, PeerFromName(context->peer()));
         Feed::Subscription subscription(Updates);
         const auto write = [&](const zorvic::v1::Frame& frame) {
@@ -172,10 +193,10 @@ Status UnitService::WatchPreview(ServerContext* context, const zorvic::v1::Watch
         }
         return Status::OK;
     } catch (const Fault& fault) {  // nothing for the log: a unit without outputs is asked again and again
-        return {ToStatusCode(fault.Kind), Cut(fault.what())};
+        return ToStatus(fault.Kind, fault.what());
     } catch (const std::exception& error) {
         spdlog::error("watch preview: {}", error.what());
-        return {StatusCode::INTERNAL, error.what()};
+        return ToStatus(FaultKind::Internal, error.what());
     }
 }
 
