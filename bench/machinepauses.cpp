@@ -11,7 +11,6 @@
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
 using Milliseconds = std::chrono::duration<double, std::milli>;
 
 /// Seconds that the host took from all processors since the machine began; field "steal" of the first line.
@@ -50,6 +49,12 @@ MachinePauses::Report MachinePauses::Take() {
     return report;
 }
 
+bool MachinePauses::Within(Clock::time_point from, Clock::time_point until) {
+    const std::scoped_lock lock(Lock);
+    return std::any_of(Pauses.begin(), Pauses.end(),
+                       [&](const auto& pause) { return pause.first < until && pause.second > from; });
+}
+
 void MachinePauses::Watch(unsigned processor) {
     cpu_set_t only;
     CPU_ZERO(&only);
@@ -61,8 +66,10 @@ void MachinePauses::Watch(unsigned processor) {
     while (!Ending) {
         const auto asked = Clock::now();
         std::this_thread::sleep_for(period);
-        const double late = Milliseconds(Clock::now() - asked - period).count();
+        const auto woke = Clock::now();
+        const double late = Milliseconds(woke - asked - period).count();
         const std::scoped_lock lock(Lock);
+        if (late > 10) Pauses.emplace_back(asked, woke);
         Seen.MostMS = std::max(Seen.MostMS, late);
         if (late > 20) ++Seen.Over20MS;
     }
