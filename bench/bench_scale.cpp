@@ -49,8 +49,8 @@ struct Unit {
         Model->ApplyAssets({.Upserted = {asset}, .Removed = {}});
     }
     void Read() {
-        const auto batch = Console->Next(std::chrono::milliseconds(0));
-        WriteFrames(*batch, [this](const auto& frame) { return Copy.Apply(frame), true; });
+        auto batch = Console->Next(std::chrono::milliseconds(0));
+        WriteFrames(std::move(*batch), [this](const auto& frame) { return Copy.Apply(frame), true; });
     }
 
     TemporaryDirectory Directory;

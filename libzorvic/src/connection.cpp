@@ -56,6 +56,18 @@ StatusCode ToStatusCode(const grpc::Status& status) {
     }
 }
 
+Wire::WatchRequest WatchRequest(const UnitState* known) {
+    Wire::WatchRequest request;
+    request.set_api_version(ApiVersion);
+    request.add_features(Wire::FEATURE_STATE_CHANGES);
+    request.add_features(Wire::FEATURE_RESUME);
+    if (known && known->Run != 0) {
+        request.mutable_known()->set_run(known->Run);
+        request.mutable_known()->set_revision(known->Revision);
+    }
+    return request;
+}
+
 }  // namespace
 
 Connection::CallInFlight::CallInFlight(Connection& connection, std::chrono::milliseconds limit)
@@ -74,11 +86,11 @@ Connection::CallInFlight::~CallInFlight() {
     Owner.InFlight.erase(Context.get());
 }
 
-Connection::Connection(const std::string& host, const std::string& guid, std::chrono::milliseconds limit,
-                       EventThread& events)
-    : Host(host), Limit(limit), Events(events), Unit(guid) {
+Connection::Connection(const std::string& host, const std::shared_ptr<const UnitState>& known,
+                       std::chrono::milliseconds limit, EventThread& events)
+    : Host(host), Limit(limit), Events(events), Unit(known ? known->GUID : std::string(), known) {
     try {
-        Open();
+        Open(known.get());
     } catch (const std::exception& error) {
         GoDown(error.what());
     }
@@ -94,10 +106,9 @@ void Connection::Stop() {
     if (Thread.joinable()) Thread.join();
 }
 
-void Connection::Open() {
+void Connection::Open(const UnitState* known) {
     Stub = Wire::Unit::NewStub(OpenChannel(Host, Limit));
-    Wire::WatchRequest request;
-    request.set_api_version(ApiVersion);
+    const Wire::WatchRequest request = WatchRequest(known);
     Stream = std::make_unique<StateStream>(
         [&](auto* context, auto* queue, void* tag) { return Stub->AsyncWatch(context, request, queue, tag); });
     Thread = std::thread([this] { Run(); });

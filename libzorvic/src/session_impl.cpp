@@ -19,13 +19,13 @@ Session::Impl::Impl(const std::string& host) : Host(host), Target(host) {
 }
 
 void Session::Impl::Connect(milliseconds limit, milliseconds wait) {
-    if (const auto known = Unit ? Unit->LastState() : nullptr) GUID = known->GUID;
+    if (auto state = Unit ? Unit->LastState() : nullptr) Known = std::move(state);
     if (Unit) {
         Unit->Stop();  // the earlier one must not raise events any more
         // A mirror of thousands of presets takes longer to free than the caller may wait.
         Burial = std::jthread([old = std::move(Unit)]() mutable { old.reset(); });
     }
-    Unit = std::make_unique<Internal::Connection>(Target, GUID, limit, Events);
+    Unit = std::make_unique<Internal::Connection>(Target, Known, limit, Events);
     Unit->WaitWhileConnecting(wait);
 }
 
