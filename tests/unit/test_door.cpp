@@ -8,11 +8,7 @@
 
 #include <sys/resource.h>
 
-#include <atomic>
-#include <functional>
 #include <mutex>
-#include <string>
-#include <vector>
 
 using namespace ZorvicUnit;
 using namespace std::chrono_literals;
@@ -70,12 +66,6 @@ TEST(Conduct, ToleratesConsolesAndNoFloods) {
 /// A door to a room in which nobody serves: who gets in stays.
 class DoorTest : public ::testing::Test {
 protected:
-    void Open(DoorLimits limits) {
-        Entrance.emplace(Socket, limits, [this](int socket) {
-            const std::scoped_lock lock(Lock);
-            Guests.emplace_back(socket);
-        });
-    }
     std::size_t Inside() {
         const std::scoped_lock lock(Lock);
         return Guests.size();
@@ -89,11 +79,13 @@ protected:
     ListeningSocket Socket{"127.0.0.1", 0};
     std::mutex Lock;  // guards Guests
     std::vector<Descriptor> Guests;
-    std::optional<Door> Entrance;
+    Door Entrance{Socket, {.Connections = 8, .PerHost = 4, .Waiting = 8}, [this](int socket) {
+                      const std::scoped_lock lock(Lock);
+                      Guests.emplace_back(socket);
+                  }};
 };
 
 TEST_F(DoorTest, WhoSaysNothingTakesNobodysPlace) {
-    Open({.Connections = 4, .PerHost = 4, .Waiting = 8});
     std::vector<RawClient> mute;
     for (int number = 0; number < 100; ++number)
         mute.emplace_back(Socket.Address());
@@ -105,7 +97,6 @@ TEST_F(DoorTest, WhoSaysNothingTakesNobodysPlace) {
 }
 
 TEST_F(DoorTest, AcceptsAgainAfterDescriptorsRanOut) {
-    Open({.Connections = 8, .PerHost = 4, .Waiting = 8});
     RawClient first(Socket.Address());
     RawClient second(Socket.Address());
     ASSERT_TRUE(GetsIn(first));

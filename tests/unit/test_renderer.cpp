@@ -3,14 +3,11 @@
 #include "unit/media_samples.h"
 #include "unit/unitfakes.h"
 
-#include <gmock/gmock.h>
 #include <zorvic/preview.h>
 #include <zorvic/session.h>
 
 #include <csignal>
-#include <filesystem>
 #include <fstream>
-#include <string>
 
 using namespace Zorvic;
 

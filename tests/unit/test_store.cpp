@@ -1,4 +1,3 @@
-#include "fault.h"
 #include "store/copies.h"
 #include "store/database.h"
 #include "store/preset_table.h"
@@ -6,21 +5,11 @@
 #include "support/childprocess.h"
 #include "unit/unitfakes.h"
 
-#include <gmock/gmock.h>
 #include <spdlog/sinks/ostream_sink.h>
 #include <spdlog/spdlog.h>
 
-#include <algorithm>
-#include <chrono>
 #include <csignal>
-#include <filesystem>
 #include <fstream>
-#include <map>
-#include <memory>
-#include <set>
-#include <sstream>
-#include <string>
-#include <vector>
 
 namespace ZorvicUnit {
 namespace {
@@ -30,8 +19,7 @@ protected:
     std::string File() const { return Directory.Path() + "/zorvic.db"; }
     std::string OpenError() const {
         try {
-            Database database(File());
-            PresetTable(database).Load();
+            Presets(File());
         } catch (const Fault& fault) {
             return fault.what();
         }
@@ -121,12 +109,10 @@ TEST_F(DamagedStoreTest, IsMendedOrRefusedAndLeftAloneAndWhatIsLostIsNamed) {
             Make(end, *bytes);
             const Files before = Read();
             try {
-                if (Presets(File()) == Complete) {
-                    ++outcomes["complete"];
-                    continue;
-                }
+                const bool complete = Presets(File()) == Complete;
+                ++outcomes[complete ? "complete" : "named"];
+                if (complete) continue;
                 EXPECT_THAT(Log.str(), testing::HasSubstr("presets should be there"));
-                ++outcomes["named"];
             } catch (const Fault&) {
                 EXPECT_TRUE(Read() == before);
                 ++outcomes["refused"];
@@ -163,13 +149,10 @@ TEST_F(StoreTest, ALostSealIsReportedAndMadeAgainAndAnOlderStoreGetsOne) {
     std::filesystem::remove(File() + "-seal");
     EXPECT_EQ(Presets(File()).size(), 3U);
     EXPECT_THAT(Log.str(), testing::HasSubstr("-seal is missing"));
-    {
-        Database database(File());
-        database.Execute(
-            "DROP TRIGGER preset_inserted; DROP TRIGGER preset_updated; DROP TRIGGER preset_deleted;"
-            "DROP TRIGGER setting_made; DROP TABLE ledger; DROP TABLE imports; ALTER TABLE presets DROP COLUMN mark;"
-            "CREATE TABLE assets(path); PRAGMA user_version = 1");
-    }
+    Database(File()).Execute(
+        "DROP TRIGGER preset_inserted; DROP TRIGGER preset_updated; DROP TRIGGER preset_deleted;"
+        "DROP TRIGGER setting_made; DROP TABLE ledger; DROP TABLE imports; ALTER TABLE presets DROP COLUMN mark;"
+        "CREATE TABLE assets(path); PRAGMA user_version = 1");
     for (const char* file : {"-copy1", "-copy2"})
         std::filesystem::remove(File() + file);
     EXPECT_THAT(OpenError(), testing::HasSubstr("the end of what was stored is lost"));
@@ -201,9 +184,22 @@ TEST_F(StoreTest, TheFileAloneIsCompleteWhenIdleAndWhenClosed) {
     EXPECT_THROW(PresetTable(database).Load(), Fault);
 }
 
-TEST_F(StoreTest, AFullDiskLeavesEverythingInTheLog) {
+TEST_F(StoreTest, AFullDiskFailsCleanlyLeavesTheRestInTheLogAndLaterWritesWork) {
     Database database(File());
     std::signal(SIGXFSZ, SIG_IGN);
+    Fill(database, 1);
+    std::size_t acknowledged = 1;
+    // From no room at all to room for some of the pages of a commit.
+    for (rlim_t room = 0; room < 40'000; room += 5'000) {
+        const FileSizeLimit limit(std::filesystem::file_size(File() + "-wal") + room);
+        try {
+            PresetTable(database).Insert(PresetWith(0, std::string(30'000, 'x')));
+            ++acknowledged;
+        } catch (const Fault& fault) {
+            EXPECT_EQ(fault.Kind, FaultKind::DiskFull) << fault.what();
+        }
+    }
+    EXPECT_LT(acknowledged, 9U) << "some did fail";
     Fill(database, 60);
     database.CheckpointWhenIdle();
     database.CheckpointWhenIdle();
@@ -218,7 +214,7 @@ TEST_F(StoreTest, AFullDiskLeavesEverythingInTheLog) {
         Fill(database, 1);
     }
     database.Close();
-    EXPECT_EQ(Presets(File()).size(), 66U);
+    EXPECT_EQ(Presets(File()).size(), acknowledged + 66);
 }
 
 TEST_F(StoreTest, KeepsWhatWasAcknowledgedAndNeverGivesAKeyTwice) {
@@ -276,37 +272,11 @@ TEST_F(StoreTest, ADamagedRowCostsThatRowAndTheRestIsKept) {
 }
 
 TEST_F(StoreTest, NewerAndUnreadableStoresAreRefusedWithTheReason) {
-    {
-        Database database(File());
-        database.Execute("PRAGMA user_version = 99");
-    }
+    Database(File()).Execute("PRAGMA user_version = 99");
     EXPECT_THAT(OpenError(), testing::HasSubstr("newer version"));
     std::filesystem::remove(File() + "-copy1");
     std::ofstream(File()) << std::string(10'000, 'z');
     EXPECT_THAT(OpenError(), testing::HasSubstr("not a database"));
-}
-
-TEST_F(StoreTest, AFullDiskFailsCleanlyAndLaterWritesWork) {
-    Database database(File());
-    std::signal(SIGXFSZ, SIG_IGN);
-    PresetTable table(database);
-    std::set<std::int32_t> acknowledged{table.Insert(PresetWith(0, "before"))};
-    // From no room at all to room for some of the pages of a commit.
-    for (rlim_t room = 0; room < 40'000; room += 5'000) {
-        const FileSizeLimit limit(std::filesystem::file_size(File() + "-wal") + room);
-        try {
-            acknowledged.insert(table.Insert(PresetWith(0, std::string(30'000, 'x'))));
-        } catch (const Fault& fault) {
-            EXPECT_EQ(fault.Kind, FaultKind::DiskFull) << fault.what();
-        }
-    }
-    acknowledged.insert(table.Insert(PresetWith(0, "after")));
-    Database reopened(File());
-    std::set<std::int32_t> stored;
-    for (const auto& preset : PresetTable(reopened).Load())
-        stored.insert(preset.pk());
-    EXPECT_EQ(stored, acknowledged);
-    EXPECT_LT(stored.size(), 10U);  // some did fail
 }
 
 // Two units on one store would overwrite each other's presets.
@@ -334,7 +304,7 @@ TEST_F(StoreTest, OfTenUnitsOneRunsAlsoWhenItsLockFileIsRemovedAndItLeavesOneCom
             continue;
         }
         EXPECT_TRUE(WaitUntil([&] { return said().starts_with("listening"); }));
-        units[number]->Signal(SIGTERM);
+        units[number]->Signal(SIGINT);
         EXPECT_EQ(units[number]->Wait(std::chrono::seconds(20)), 0);
     }
     EXPECT_FALSE(std::filesystem::exists(store / "zorvic.db-wal"));
