@@ -8,8 +8,7 @@
 namespace Zorvic::Internal {
 namespace {
 
-/// What a caller is told about the outcome of a call on the wire.
-StatusCode ToStatusCode(const grpc::Status& status) {
+StatusCode CodeAlone(const grpc::Status& status) {
     switch (status.error_code()) {
         case grpc::StatusCode::OK:
             return ZORVIC_STATUS_OK;
@@ -35,6 +34,40 @@ StatusCode ToStatusCode(const grpc::Status& status) {
     }
 }
 
+/// What a caller is told about the outcome of a call on the wire. What the unit says wins over the status code, which
+/// the transport uses for its own troubles, too.
+StatusCode ToStatusCode(const grpc::Status& status) {
+    Wire::Refusal refusal;
+    refusal.ParseFromString(status.error_details());
+    switch (refusal.reason()) {
+        case Wire::REFUSAL_REASON_MISUSED:
+            return ZORVIC_STATUS_MISUSED;
+        case Wire::REFUSAL_REASON_NOT_FOUND:
+        case Wire::REFUSAL_REASON_NOT_NOW:
+        case Wire::REFUSAL_REASON_DISK_FULL:
+        case Wire::REFUSAL_REASON_SLOW:
+            return ZORVIC_STATUS_FAILED;
+        case Wire::REFUSAL_REASON_TOO_LATE:
+            return ZORVIC_STATUS_NETWORKERROR;
+        case Wire::REFUSAL_REASON_INTERNAL:
+            return ZORVIC_STATUS_INTERNALERROR;
+        default:  // of an older unit, or one that only a newer library knows
+            return CodeAlone(status);
+    }
+}
+
+Wire::WatchRequest WatchRequest(const UnitState* known) {
+    Wire::WatchRequest request;
+    request.set_api_version(ApiVersion);
+    request.add_features(Wire::FEATURE_STATE_CHANGES);
+    request.add_features(Wire::FEATURE_RESUME);
+    if (known && known->Run != 0) {
+        request.mutable_known()->set_run(known->Run);
+        request.mutable_known()->set_revision(known->Revision);
+    }
+    return request;
+}
+
 }  // namespace
 
 Connection::CallInFlight::CallInFlight(Connection& connection, std::chrono::milliseconds limit)
@@ -53,11 +86,11 @@ Connection::CallInFlight::~CallInFlight() {
     Owner.InFlight.erase(Context.get());
 }
 
-Connection::Connection(const std::string& host, const std::string& guid, std::chrono::milliseconds limit,
-                       EventThread& events)
-    : Host(host), Limit(limit), Events(events), Unit(guid) {
+Connection::Connection(const std::string& host, const std::shared_ptr<const UnitState>& known,
+                       std::chrono::milliseconds limit, EventThread& events)
+    : Host(host), Limit(limit), Events(events), Unit(known ? known->GUID : std::string(), known) {
     try {
-        Open();
+        Open(known.get());
     } catch (const std::exception& error) {
         GoDown(error.what());
     }
@@ -73,10 +106,11 @@ void Connection::Stop() {
     if (Thread.joinable()) Thread.join();
 }
 
-void Connection::Open() {
+void Connection::Open(const UnitState* known) {
     Stub = Wire::Unit::NewStub(OpenChannel(Host, Limit));
+    const Wire::WatchRequest request = WatchRequest(known);
     Stream = std::make_unique<StateStream>(
-        [this](auto* context, auto* queue, void* tag) { return Stub->AsyncWatch(context, {}, queue, tag); });
+        [&](auto* context, auto* queue, void* tag) { return Stub->AsyncWatch(context, request, queue, tag); });
     Thread = std::thread([this] { Run(); });
 }
 

@@ -31,9 +31,11 @@ public:
     /// Limit of every call but those that name their own.
     static constexpr std::chrono::milliseconds CallLimit{2000};
 
-    /// Starts to connect and returns at once. The try ends when nothing came for `limit`; a unit with another GUID is
-    /// refused unless `guid` is empty. `events` gets what the unit reports and must outlive the connection.
-    Connection(const std::string& host, const std::string& guid, std::chrono::milliseconds limit, EventThread& events);
+    /// Starts to connect and returns at once. The try ends when nothing came for `limit`; a unit other than that of the
+    /// known state is refused, and one that goes on where it was tells only what has changed. Null when none is known.
+    /// `events` gets what the unit reports and must outlive the connection.
+    Connection(const std::string& host, const std::shared_ptr<const UnitState>& known, std::chrono::milliseconds limit,
+               EventThread& events);
     /// Gives the link up without waiting for the unit. No call may be under way.
     ~Connection();
     Connection(const Connection&) = delete;
@@ -78,7 +80,7 @@ private:
         std::unique_ptr<grpc::ClientContext> Context;
     };
 
-    void Open();
+    void Open(const UnitState* known);
     void Run();
     void FollowUnit();
     void ComeUp();

@@ -16,12 +16,15 @@ EventThread::~EventThread() {
 }
 
 void EventThread::Raise(unsigned types) {
-    const std::scoped_lock lock(Lock);
-    for (int type = ZORVIC_STATE_INVALID + 1; type < ZORVIC_STATE_MAX; ++type) {
-        const unsigned bit = EventBit(static_cast<StateEventType>(type));
-        if ((types & bit) != 0 && Registrations.at(static_cast<std::size_t>(type)).Function) Pending |= bit;
+    {
+        const std::scoped_lock lock(Lock);
+        for (int type = ZORVIC_STATE_INVALID + 1; type < ZORVIC_STATE_MAX; ++type) {
+            const unsigned bit = EventBit(static_cast<StateEventType>(type));
+            if ((types & bit) != 0 && Registrations.at(static_cast<std::size_t>(type)).Function) Pending |= bit;
+        }
+        if (Pending == 0) return;
     }
-    if (Pending != 0) Wake.notify_one();
+    Wake.notify_one();  // whoever wakes up does not meet the lock
 }
 
 void EventThread::Register(StateEventType type, StateEventCallback fn, void* user) {

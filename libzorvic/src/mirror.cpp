@@ -6,7 +6,6 @@
 
 #include <google/protobuf/arena.h>
 
-#include <algorithm>
 #include <string>
 #include <utility>
 
@@ -24,42 +23,42 @@ std::shared_ptr<std::vector<Record>> Extended(const std::vector<Record>& before,
     return list;
 }
 
-template <class List, class Map>
-std::shared_ptr<const List> ListOf(const Map& map) {
-    auto list = std::make_shared<List>();
-    list->reserve(map.size());
-    for (const auto& [key, record] : map)
-        list->push_back(record);
-    return list;
-}
-
 }  // namespace
 
 const Preset* FindPreset(const PresetList& presets, std::int32_t pk) {
-    const auto found = std::lower_bound(presets.begin(), presets.end(), pk,
-                                        [](const auto& preset, std::int32_t key) { return preset->PK < key; });
-    return found != presets.end() && (*found)->PK == pk ? found->get() : nullptr;
+    const auto* preset = presets.Find(pk);
+    return preset ? preset->get() : nullptr;
 }
 
 const StoredAsset* FindAsset(const AssetList& assets, const std::string& path) {
-    const auto found =
-        std::lower_bound(assets.begin(), assets.end(), path,
-                         [](const auto& asset, const std::string& key) { return asset->Record.FullPath < key; });
-    return found != assets.end() && (*found)->Record.FullPath == path ? found->get() : nullptr;
+    const auto* asset = assets.Find(path);
+    return asset ? asset->get() : nullptr;
 }
 
 void CopyRecords(const PresetList& from, std::vector<Preset>& to) {
-    to.resize(from.size());
-    std::transform(from.begin(), from.end(), to.begin(), [](const auto& preset) -> const Preset& { return *preset; });
+    to.resize(from.Size());
+    from.ForEach([next = to.begin()](const auto& preset) mutable { *next++ = *preset; });
 }
 
 void CopyRecords(const AssetList& from, std::vector<Asset>& to) {
-    to.resize(from.size());
-    std::transform(from.begin(), from.end(), to.begin(),
-                   [](const auto& asset) -> const Asset& { return asset->Record; });
+    to.resize(from.Size());
+    from.ForEach([next = to.begin()](const auto& asset) mutable { *next++ = asset->Record; });
 }
 
-Mirror::Mirror(std::string guid) : GUID(std::move(guid)) {}
+void CopyRecords(const StateList& from, std::vector<PresetState>& to) {
+    to.resize(from.Size());
+    from.ForEach([next = to.begin()](const auto& state) mutable { *next++ = state; });
+}
+
+Mirror::Mirror(std::string guid, std::shared_ptr<const UnitState> known) : GUID(std::move(guid)) {
+    if (!known) return;
+    Next = *known;
+    Presets = *known->Presets;
+    Assets = *known->Assets;
+    States = *known->PresetStates;
+    Unknown = *known->Unknown;
+    Resumable = true;
+}
 
 void Mirror::Certify(const std::string& guid) {
     if (guid.empty()) throw LinkError("who answers has no certificate of a unit");
@@ -76,14 +75,16 @@ unsigned Mirror::Apply(const Wire::Frame& frame) {
 
 void Mirror::StartFrame(const Wire::Frame& frame) {
     if (frame.snapshot() && !InSnapshot) {
-        Presets.clear();
-        Assets.clear();
-        const std::uint64_t reached = Next.Revision;
+        Presets.Clear();
+        Assets.Clear();
+        States.Clear();
+        Unknown.clear();
+        const std::uint64_t reached = Current() ? Next.Revision : 0;
         Next = UnitState{};
         Next.Revision = reached;
         Changes = AllEvents;
         InSnapshot = true;
-    } else if (!frame.snapshot() && (InSnapshot || !Current())) {
+    } else if (!frame.snapshot() && (InSnapshot || !Resumable)) {
         throw LinkError("a change came before the snapshot was complete");
     }
     if (frame.revision() < Next.Revision) throw LinkError("the revision went back");
@@ -101,6 +102,8 @@ void Mirror::ApplyPiece(const std::string& bytes) {
             return ApplyPresets(piece.presets());
         case Wire::Piece::kStates:
             return ApplyStates(piece.states());
+        case Wire::Piece::kStateChange:
+            return ApplyStateChange(piece.state_change());
         case Wire::Piece::kAssets:
             return ApplyAssets(piece.assets());
         case Wire::Piece::kHardware:
@@ -121,22 +124,48 @@ void Mirror::ApplyPiece(const std::string& bytes) {
 
 void Mirror::ApplyIdentity(const Wire::Identity& identity) {
     if (!GUID.empty() && identity.guid() != GUID) throw LinkError("another unit answers: " + identity.guid());
+    if (!SpeaksAlike(identity.api_version())) {
+        throw LinkError("the unit speaks version " + identity.api_version() +
+                        " of the protocol and this library version " + ApiVersion + ": update the older one");
+    }
     Next.GUID = identity.guid();
     Next.Nickname = identity.nickname();
+    Next.Run = identity.run();
 }
 
 void Mirror::ApplyPresets(const Wire::PresetChange& change) {
-    for (const auto& preset : change.upserted())
-        Presets[preset.pk()] = std::make_shared<const Preset>(FromWire(preset));
-    for (const std::int32_t pk : change.removed())
-        Presets.erase(pk);
+    for (const auto& preset : change.upserted()) {
+        Presets.Set(std::make_shared<const Preset>(FromWire(preset)));
+        RememberUnknown(preset);
+    }
+    for (const std::int32_t pk : change.removed()) {
+        Presets.Erase(pk);
+        Unknown.erase(pk);
+    }
     Changes |= EventBit(ZORVIC_STATE_PRESETS);
 }
 
+// The unit may be newer than this library; most are not.
+void Mirror::RememberUnknown(const Wire::Preset& preset) {
+    if (HoldsUnknownFields(preset)) {
+        Unknown[preset.pk()] = std::make_shared<const Wire::Preset>(preset);
+    } else {
+        Unknown.erase(preset.pk());
+    }
+}
+
 void Mirror::ApplyStates(const Wire::PresetStates& states) {
-    auto list = Extended<PresetState>(*Next.PresetStates, states.states(), InSnapshot);
-    std::sort(list->begin(), list->end(), [](const auto& a, const auto& b) { return a.PK < b.PK; });
-    Next.PresetStates = std::move(list);
+    if (!InSnapshot) States.Clear();
+    for (const auto& state : states.states())
+        States.Set(FromWire(state));
+    Changes |= EventBit(ZORVIC_STATE_PRESETSTATES);
+}
+
+void Mirror::ApplyStateChange(const Wire::PresetStateChange& change) {
+    for (const auto& state : change.upserted())
+        States.Set(FromWire(state));
+    for (const std::int32_t pk : change.removed())
+        States.Erase(pk);
     Changes |= EventBit(ZORVIC_STATE_PRESETSTATES);
 }
 
@@ -144,20 +173,25 @@ void Mirror::ApplyAssets(const Wire::AssetChange& change) {
     for (const auto& from : change.upserted()) {
         StoredAsset asset{FromWire(from), std::nullopt};
         if (from.has_metadata()) asset.Metadata = FromWire(from.metadata());
-        Assets[from.full_path()] = std::make_shared<const StoredAsset>(std::move(asset));
+        Assets.Set(std::make_shared<const StoredAsset>(std::move(asset)));
     }
     for (const std::string& path : change.removed())
-        Assets.erase(path);
+        Assets.Erase(path);
     Changes |= EventBit(ZORVIC_STATE_ASSETS);
 }
 
 unsigned Mirror::Publish() {
     if (InSnapshot && Next.GUID.empty()) throw LinkError("the unit does not say who it is");
     InSnapshot = false;
+    Resumable = true;
     GUID = Next.GUID;
     const unsigned changes = std::exchange(Changes, 0);
-    if ((changes & EventBit(ZORVIC_STATE_PRESETS)) != 0) Next.Presets = ListOf<PresetList>(Presets);
-    if ((changes & EventBit(ZORVIC_STATE_ASSETS)) != 0) Next.Assets = ListOf<AssetList>(Assets);
+    if ((changes & EventBit(ZORVIC_STATE_PRESETS)) != 0) {
+        Next.Presets = Presets.Share();
+        if (!Unknown.empty() || !Next.Unknown->empty()) Next.Unknown = std::make_shared<UnknownFields>(Unknown);
+    }
+    if ((changes & EventBit(ZORVIC_STATE_ASSETS)) != 0) Next.Assets = Assets.Share();
+    if ((changes & EventBit(ZORVIC_STATE_PRESETSTATES)) != 0) Next.PresetStates = States.Share();
     auto state = std::make_shared<const UnitState>(Next);
     {
         const std::scoped_lock lock(Lock);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "record_list.h"
+#include "unknown_fields.h"
 #include "wire.h"
 
 #include <zorvic/types.h>
@@ -7,7 +9,6 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -21,8 +22,21 @@ struct StoredAsset {
     std::optional<AssetMetadata> Metadata;  // absent until the unit has probed the file
 };
 
-using PresetList = std::vector<std::shared_ptr<const Preset>>;      // in order of PK
-using AssetList = std::vector<std::shared_ptr<const StoredAsset>>;  // in order of path
+struct KeyOfPreset {
+    std::int32_t operator()(const std::shared_ptr<const Preset>& preset) const { return preset->PK; }
+};
+struct KeyOfAsset {
+    const std::string& operator()(const std::shared_ptr<const StoredAsset>& asset) const {
+        return asset->Record.FullPath;
+    }
+};
+struct KeyOfState {
+    std::int32_t operator()(const PresetState& state) const { return state.PK; }
+};
+
+using PresetList = RecordList<std::shared_ptr<const Preset>, KeyOfPreset>;
+using AssetList = RecordList<std::shared_ptr<const StoredAsset>, KeyOfAsset>;
+using StateList = RecordList<PresetState, KeyOfState>;
 
 const Preset* FindPreset(const PresetList& presets, std::int32_t pk);
 const StoredAsset* FindAsset(const AssetList& assets, const std::string& path);
@@ -31,18 +45,20 @@ const StoredAsset* FindAsset(const AssetList& assets, const std::string& path);
 // into the same list pays a quarter of what a new list costs.
 void CopyRecords(const PresetList& from, std::vector<Preset>& to);
 void CopyRecords(const AssetList& from, std::vector<Asset>& to);
+void CopyRecords(const StateList& from, std::vector<PresetState>& to);
 
 /// Everything a unit has told at one revision. Never changes once published; what did not change is shared with the
 /// revision before. The lists are never null.
 struct UnitState {
     std::uint64_t Revision = 0;
+    std::uint64_t Run = 0;  // of the unit's program, in which the revision counts; 0 from one that never resumes
     std::string GUID;
     std::string Nickname;
     KonaHardwareState Hardware;
     std::shared_ptr<const PresetList> Presets = std::make_shared<PresetList>();
     std::shared_ptr<const AssetList> Assets = std::make_shared<AssetList>();
-    std::shared_ptr<const std::vector<PresetState>> PresetStates =
-        std::make_shared<std::vector<PresetState>>();  // by PK
+    std::shared_ptr<const UnknownFields> Unknown = std::make_shared<UnknownFields>();
+    std::shared_ptr<const StateList> PresetStates = std::make_shared<StateList>();
     std::shared_ptr<const std::vector<Drive>> Drives = std::make_shared<std::vector<Drive>>();
     std::shared_ptr<const std::vector<TimeCode>> TimeCodes = std::make_shared<std::vector<TimeCode>>();
 };
@@ -50,11 +66,12 @@ struct UnitState {
 /// The unit's state as one state stream tells it. One thread feeds it, any thread reads it.
 class Mirror {
 public:
-    /// Only the unit with this GUID is taken in; any unit when it is empty.
-    explicit Mirror(std::string guid);
+    /// Only the unit with this GUID is taken in; any unit when it is empty. A stream that begins with changes instead
+    /// of a snapshot goes on from the known state; without one it is refused.
+    explicit Mirror(std::string guid, std::shared_ptr<const UnitState> known = nullptr);
 
-    /// The certificate of whoever answers names this unit; throws LinkError when it is not the one that is wanted. To be
-    /// called before the first frame.
+    /// The certificate of whoever answers names this unit; throws LinkError when it is not the one that is wanted. To
+    /// be called before the first frame.
     void Certify(const std::string& guid);
 
     /// Takes in one frame and returns the kinds of change (EventBit) that it made visible; nothing shows while more
@@ -75,16 +92,21 @@ private:
     void ApplyIdentity(const Wire::Identity& identity);
     void ApplyPresets(const Wire::PresetChange& change);
     void ApplyStates(const Wire::PresetStates& states);
+    void ApplyStateChange(const Wire::PresetStateChange& change);
     void ApplyAssets(const Wire::AssetChange& change);
+    void RememberUnknown(const Wire::Preset& preset);
     unsigned Publish();
 
     // Used by the feeding thread only: the revision in the making.
     std::string GUID;
-    std::map<std::int32_t, std::shared_ptr<const Preset>> Presets;
-    std::map<std::string, std::shared_ptr<const StoredAsset>> Assets;
+    PresetList Presets;
+    AssetList Assets;
+    StateList States;
+    UnknownFields Unknown;
     UnitState Next;
     unsigned Changes = 0;     // kinds of change in Next that are not published yet
     bool InSnapshot = false;  // its last frame has not come yet
+    bool Resumable = false;   // what is above is a whole state
 
     mutable std::mutex Lock;  // guards Published and Closed
     mutable std::condition_variable Changed;

@@ -3,7 +3,6 @@
 #include "conversions.h"
 #include "session_impl.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace Zorvic {
@@ -74,7 +73,7 @@ StatusCode Session::GetPresets(std::vector<Preset>& presets) {
 StatusCode Session::GetPresetStates(std::vector<PresetState>& states) {
     const auto state = Pimpl->State();
     if (!state) return ZORVIC_STATUS_NETWORKERROR;
-    states = *state->PresetStates;
+    Internal::CopyRecords(*state->PresetStates, states);
     return ZORVIC_STATUS_OK;
 }
 
@@ -109,9 +108,8 @@ StatusCode Session::Pause(std::int32_t pk) {
     if (!state) return ZORVIC_STATUS_NETWORKERROR;
     Internal::Wire::PauseRequest request;
     request.set_pk(pk);
-    request.set_paused(std::none_of(state->PresetStates->begin(), state->PresetStates->end(), [pk](const auto& shown) {
-        return shown.PK == pk && shown.IsPlaying && shown.IsPaused;
-    }));
+    const PresetState* shown = state->PresetStates->Find(pk);
+    request.set_paused(!(shown && shown->IsPlaying && shown->IsPaused));
     return Pimpl->Command(&Stub::Pause, request);
 }
 

@@ -19,13 +19,13 @@ Session::Impl::Impl(const std::string& host) : Host(host), Target(host) {
 }
 
 void Session::Impl::Connect(milliseconds limit, milliseconds wait) {
-    if (const auto known = Unit ? Unit->LastState() : nullptr) GUID = known->GUID;
+    if (auto state = Unit ? Unit->LastState() : nullptr) Known = std::move(state);
     if (Unit) {
         Unit->Stop();  // the earlier one must not raise events any more
         // A mirror of thousands of presets takes longer to free than the caller may wait.
         Burial = std::jthread([old = std::move(Unit)]() mutable { old.reset(); });
     }
-    Unit = std::make_unique<Internal::Connection>(Target, GUID, limit, Events);
+    Unit = std::make_unique<Internal::Connection>(Target, Known, limit, Events);
     Unit->WaitWhileConnecting(wait);
 }
 
@@ -44,10 +44,12 @@ StatusCode Session::Impl::Reconnect(const std::string& host) {
 StatusCode Session::Impl::UpdatePreset(const Preset& preset) {
     const auto state = State();
     if (!state) return ZORVIC_STATUS_NETWORKERROR;
-    const auto request = Edits.Request(preset, Internal::Connection::Clock::now());
+    auto request = Edits.Request(preset, Internal::Connection::Clock::now());
     if (request.fields().paths().empty()) {
         return Settle(Internal::FindPreset(*state->Presets, preset.PK) ? ZORVIC_STATUS_OK : ZORVIC_STATUS_FAILED);
     }
+    const auto unknown = state->Unknown->find(preset.PK);
+    if (unknown != state->Unknown->end()) Internal::KeepUnknownFields(*unknown->second, *request.mutable_preset());
     const StatusCode result = Command(&Internal::Wire::Unit::Stub::UpdatePreset, request);
     if (result == ZORVIC_STATUS_OK) Edits.Written(preset);
     return result;

@@ -45,7 +45,8 @@ struct Session::Impl {
 
     const std::string Host;  // as the session was opened
     std::string Target;      // of the latest try
-    std::string GUID;        // of the first unit reached: the only one this session ever talks to
+    // The latest state of the first unit reached, the only one this session ever talks to; null before.
+    std::shared_ptr<const Internal::UnitState> Known;
     Internal::PresetEdits Edits;
     Internal::RequestKeys Keys;
     Internal::EventThread Events;

@@ -1,6 +1,7 @@
 #include "wire.h"
 
 #include <algorithm>
+#include <string_view>
 #include <vector>
 
 namespace Zorvic::Internal {
@@ -22,6 +23,11 @@ bool ElementHasValidText(const Message& message, const FieldDescriptor* field, i
 }
 
 }  // namespace
+
+bool SpeaksAlike(const std::string& version) {
+    const auto major = [](std::string_view text) { return text.substr(0, text.find('.')); };
+    return version.empty() || major(version) == major(ApiVersion);
+}
 
 bool HasValidText(const Message& message) {
     const auto& reflection = *message.GetReflection();

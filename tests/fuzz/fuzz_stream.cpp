@@ -4,16 +4,22 @@
 #include "link_error.h"
 #include "mirror.h"
 
+#include <algorithm>
+#include <functional>
+#include <vector>
+
 using namespace Zorvic::Internal;
 
 namespace {
 
 /// Lists are in order and name everything once.
 void RequireOrder(const UnitState& state) {
-    for (std::size_t at = 1; at < state.Presets->size(); ++at)
-        Require((*state.Presets)[at - 1]->PK < (*state.Presets)[at]->PK);
-    for (std::size_t at = 1; at < state.Assets->size(); ++at)
-        Require((*state.Assets)[at - 1]->Record.FullPath < (*state.Assets)[at]->Record.FullPath);
+    std::vector<Zorvic::Preset> presets;
+    CopyRecords(*state.Presets, presets);
+    Require(std::ranges::adjacent_find(presets, std::ranges::greater_equal(), &Zorvic::Preset::PK) == presets.end());
+    std::vector<Zorvic::Asset> assets;
+    CopyRecords(*state.Assets, assets);
+    Require(std::ranges::adjacent_find(assets, std::ranges::greater_equal(), &Zorvic::Asset::FullPath) == assets.end());
 }
 
 }  // namespace

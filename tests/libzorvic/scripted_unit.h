@@ -90,6 +90,7 @@ public:
     std::atomic<bool> LastPause = false;
     /// What every update is answered with.
     std::atomic<grpc::StatusCode> UpdateOutcome = grpc::StatusCode::OK;
+    std::atomic<Wire::RefusalReason> UpdateReason{};
     int Port = 0;
 
 private:
@@ -137,7 +138,9 @@ private:
             Received.push_back(*request);
         }
         if (UpdateOutcome == grpc::StatusCode::OK) reply->set_revision(Store(request->preset()));
-        return {UpdateOutcome, ""};
+        Wire::Refusal refusal;
+        refusal.set_reason(UpdateReason);
+        return {UpdateOutcome, "", refusal.SerializeAsString()};
     }
     grpc::Status Pause(grpc::ServerContext*, const Wire::PauseRequest* request, Wire::CommandReply*) override {
         LastPause = request->paused();

@@ -62,7 +62,9 @@ TEST(PictureValues, EverySliderPositionReadsBackAsItWasSet) {
 class PresetEditing : public testing::Test {
 protected:
     void HandOut(const Preset& version) {
-        Edits.HandedOut(std::make_shared<PresetList>(PresetList{std::make_shared<Preset>(version)}), Now);
+        PresetList list;
+        list.Set(std::make_shared<Preset>(version));
+        Edits.HandedOut(list.Share(), Now);
     }
     auto Sent(const Preset& edited) { return Edits.Request(edited, Now).fields().paths(); }
 

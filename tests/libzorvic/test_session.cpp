@@ -94,6 +94,37 @@ TEST_F(Linked, AnEditSendsWhatDiffersAndUndoesNobodysEdit) {
     EXPECT_EQ(Unit.Updates()[0].preset().name(), "") << "what did not change does not travel";
 }
 
+TEST_F(Linked, AnEditKeepsWhatOnlyANewerLibraryKnows) {
+    auto stored = FromText<Wire::Preset>(
+        "pk: 1 canvases { assets { full_path: 'a' } assets { full_path: 'a' } assets { full_path: 'b' } } "
+        "gotos { id: 1 time_ms: 100 } gotos { id: 2 time_ms: 200 }");
+    const auto mark = [](google::protobuf::Message& part, std::uint64_t value) {
+        part.GetReflection()->MutableUnknownFields(&part)->AddVarint(1'000, value);
+    };
+    const auto marked = [](const google::protobuf::Message& part) -> std::uint64_t {
+        const auto& unknown = part.GetReflection()->GetUnknownFields(part);
+        return unknown.empty() ? 0 : unknown.field(0).varint();
+    };
+    mark(*stored.mutable_canvases(0), 1);
+    mark(*stored.mutable_canvases(0)->mutable_assets(1), 2);
+    mark(*stored.mutable_canvases(0)->mutable_assets(2), 3);
+    mark(*stored.mutable_gotos(1), 4);
+    Unit.Store(stored);
+    ASSERT_TRUE(WaitUntil([&] { return OnlyPreset().Gotos.size() == 2; }));
+    Preset edited = OnlyPreset();
+    auto& assets = edited.Canvases.at(0).Assets;
+    std::swap(assets.at(0), assets.at(2));
+    assets.at(0).PinnedCoords.X = 5;
+    edited.Gotos.erase(1);
+    ASSERT_EQ(Client.UpdatePreset(edited), ZORVIC_STATUS_OK);
+    const auto sent = Unit.Updates().at(0).preset();
+    EXPECT_EQ(marked(sent.canvases(0)), 1U);
+    EXPECT_EQ(marked(sent.canvases(0).assets(0)), 3U) << "moved, and brought to the front";
+    EXPECT_EQ(marked(sent.canvases(0).assets(1)), 0U);
+    EXPECT_EQ(marked(sent.canvases(0).assets(2)), 2U) << "the second one of the same file";
+    EXPECT_EQ(marked(sent.gotos(0)), 4U);
+}
+
 TEST_F(Linked, ALongSnapshotOnASlowLinkGetsItsTime) {
     Unit.SlowFrames = 4;
     const Session slow(Unit.Host(), 1);
@@ -126,6 +157,15 @@ TEST_F(Linked, ARefusedCommandAsksThisConsoleToLookAgain) {
     for (const auto& [wire, expected] : answers) {
         Unit.UpdateOutcome = wire;
         EXPECT_EQ(Client.UpdatePreset(copy), expected);
+    }
+    const std::pair<Wire::RefusalReason, StatusCode> reasons[] = {
+        {Wire::REFUSAL_REASON_SLOW, ZORVIC_STATUS_FAILED},
+        {Wire::REFUSAL_REASON_MISUSED, ZORVIC_STATUS_MISUSED},
+        {Wire::RefusalReason(99), ZORVIC_STATUS_NETWORKERROR}};
+    Unit.UpdateOutcome = grpc::DEADLINE_EXCEEDED;
+    for (const auto& [reason, expected] : reasons) {
+        Unit.UpdateReason = reason;
+        EXPECT_EQ(Client.UpdatePreset(copy), expected) << "the reason wins over the status code";
     }
     EXPECT_EQ(Client.InstallAsset("E:\\clip.mov"), ZORVIC_STATUS_UNIMPLEMENTED);
     EXPECT_EQ(Client.DeleteAsset("\xff"), ZORVIC_STATUS_MISUSED) << "text that the protocol cannot carry";

@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 using testing::ElementsAre;
@@ -68,6 +69,28 @@ TEST(Feed, GonePartsAreToldOnceAndLeaveSnapshots) {
     EXPECT_THAT(Texts(old.Next(NoWait)), ElementsAre("a2"));
 }
 
+TEST(Feed, WhoComesBackIsToldWhatHasChangedUnlessSomethingIsForgotten) {
+    Feed feed;
+    feed.Publish({Change("a", "a0"), Change("b", "b0")});
+    const std::uint64_t left = feed.Revision();
+    feed.Publish({Change("a", "no a", true), Change("c", "c0")});
+    const auto told = [&](std::uint64_t run, std::uint64_t revision) {
+        Feed::Subscription back(feed, {.KnownRun = run, .KnownRevision = revision});
+        const auto batch = back.Next(NoWait);
+        return std::pair(batch->Snapshot, Texts(batch));
+    };
+    EXPECT_EQ(told(feed.Run(), left), std::pair(false, std::vector<std::string>{"no a", "c0"}));
+    const std::pair snapshot(true, std::vector<std::string>{"b0", "c0"});
+    EXPECT_EQ(told(feed.Run() + 1, left), snapshot) << "the revision of another life of the unit";
+    EXPECT_EQ(told(feed.Run(), feed.Revision() + 1), snapshot);
+    for (int number = 0; number < 2'000; ++number) {
+        feed.Publish({Change("d", "there")});
+        feed.Publish({Change(std::to_string(number), "there")});
+        feed.Publish({Change(std::to_string(number), "gone", true)});
+    }
+    EXPECT_TRUE(told(feed.Run(), left).first) << "who knows which parts of its state are gone";
+}
+
 TEST(Feed, ASubscriberThatNeverReadsIsEndedBeforeNoticesPileUp) {
     Feed feed;
     Feed::Subscription stuck(feed);
@@ -107,14 +130,14 @@ TEST(Frames, StayBelowOneMebibyteAndShowTheirEnd) {
         frames.push_back(frame);
         return true;
     };
-    EXPECT_TRUE(WriteFrames(*subscription.Next(NoWait), keep));
+    EXPECT_TRUE(WriteFrames(subscription.Next(NoWait).value(), keep));
     ASSERT_EQ(frames.size(), 3U);
     for (const auto& frame : frames) {
         EXPECT_LT(frame.ByteSizeLong(), 1024U * 1024U);
         EXPECT_TRUE(frame.snapshot() && frame.more() == (&frame != &frames.back()));
     }
     EXPECT_THAT(frames.back().pieces(), ElementsAre("c", "d"));
-    EXPECT_TRUE(WriteFrames(*subscription.Next(NoWait), keep));  // the heartbeat
+    EXPECT_TRUE(WriteFrames(subscription.Next(NoWait).value(), keep));  // the heartbeat
     EXPECT_TRUE(frames.back().pieces().empty());
     EXPECT_FALSE(frames.back().snapshot());
 }

@@ -223,7 +223,7 @@ TEST_F(LinkTest, AnObserverThatStopsReadingHoldsUpNobodyAndFindsEverythingLater)
     for (int number = 0; number < 100; ++number)
         ASSERT_EQ(console.CreatePreset(PresetOf("a", std::string(60'000, 'n'))), ZORVIC_STATUS_OK);
     proxy.Freeze(false);
-    while (mirror.Current()->Presets->size() < 100) {
+    while (mirror.Current()->Presets->Size() < 100) {
         ASSERT_TRUE(stuck->Read(&frame));
         mirror.Apply(frame);
     }

@@ -56,6 +56,7 @@ TEST_F(StrangersTest, LongAndManyRefusalsCostNeitherLinkNorDisk) {
         ASSERT_EQ(Console.DeleteAsset(number % 10 == 0 ? path : path.substr(0, 3'012)), ZORVIC_STATUS_MISUSED);
     EXPECT_EQ(Console.DeleteAsset(path + path), ZORVIC_STATUS_MISUSED) << "too large to be sent";
     EXPECT_TRUE(Console.Connected());
+    EXPECT_THAT(Log(), HasSubstr("not larger than 16384 bytes"));
     const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - start;
     EXPECT_THAT(Log(), HasSubstr("delete asset C:\\Assets\\é?é?"));
     EXPECT_LT(double(Log().size()), (110 + 10 * passed.count()) * 2'200);

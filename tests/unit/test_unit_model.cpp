@@ -7,6 +7,8 @@
 #include "support/childprocess.h"
 #include "unit/unitfakes.h"
 
+#include <random>
+
 using testing::ElementsAre;
 using testing::IsEmpty;
 using zorvic::v1::Preset;
@@ -21,12 +23,14 @@ constexpr auto Clip = "C:\\Assets\\clip.mov";
 
 /// A console that applies what was sent when the test says so.
 struct Watcher {
-    explicit Watcher(Feed& feed) : Source(feed) {}
+    explicit Watcher(Feed& feed, const Feed::Subscription::Wishes& wishes = {},
+                     std::shared_ptr<const Zorvic::Internal::UnitState> known = nullptr)
+        : Copy("", std::move(known)), Source(feed, wishes) {}
 
     void Read() {
-        const auto batch = Source.Next(std::chrono::milliseconds(0));
+        auto batch = Source.Next(std::chrono::milliseconds(0));
         ASSERT_TRUE(batch);
-        WriteFrames(*batch, [this](const auto& frame) { return Copy.Apply(frame), true; });
+        WriteFrames(std::move(*batch), [this](const auto& frame) { return Copy.Apply(frame), true; });
         State = Copy.Current();
     }
     Preset PresetOf(std::int32_t pk) const {
@@ -34,15 +38,29 @@ struct Watcher {
     }
     std::set<std::int32_t> Selected() const {
         std::set<std::int32_t> keys;
-        for (const auto& state : *State->PresetStates)
+        for (const auto& state : States())
             if (state.IsSelected) keys.insert(state.PK);
         return keys;
+    }
+    std::vector<Zorvic::PresetState> States() const {
+        std::vector<Zorvic::PresetState> states;
+        CopyRecords(*State->PresetStates, states);
+        return states;
+    }
+
+    /// Everything that tells states apart.
+    auto Shown() const {
+        std::vector<std::tuple<std::int32_t, std::int32_t, std::uint32_t, bool, bool, bool>> shown;
+        for (const auto& state : States())
+            shown.emplace_back(state.PK, state.TRT, state.CurrentLoop, state.IsPlaying, state.IsPaused,
+                               state.IsSelected);
+        return shown;
     }
 
     std::shared_ptr<const Zorvic::Internal::UnitState> State;
 
 private:
-    Zorvic::Internal::Mirror Copy{""};
+    Zorvic::Internal::Mirror Copy;
     Feed::Subscription Source;
 };
 
@@ -66,7 +84,7 @@ protected:
     std::int32_t Create() {
         Model->CreatePreset(PresetWith(0, Clip));
         Console->Read();
-        return Console->State->Presets->back()->PK;
+        return Console->States().back().PK;
     }
     std::uint64_t Update(const Preset& preset, const char* field) {
         google::protobuf::FieldMask mask;
@@ -136,8 +154,8 @@ TEST_F(UnitModelTest, APlayingPresetIsNotDeletedAndASelectedOneLeavesNoSelection
     EXPECT_TRUE(Console->State->TimeCodes->empty());
     Model->DeletePreset(pk);
     Console->Read();
-    EXPECT_TRUE(Console->State->Presets->empty());
-    EXPECT_TRUE(Console->State->PresetStates->empty());
+    EXPECT_EQ(Console->State->Presets->Size(), 0U);
+    EXPECT_EQ(Console->State->PresetStates->Size(), 0U);
     EXPECT_EQ(FaultOf([&] { Model->SelectPreset(pk); }), FaultKind::NotFound);
     EXPECT_EQ(Create(), pk + 1);
 }
@@ -187,11 +205,52 @@ TEST_F(UnitModelTest, AReloadEndsPlaybackAndKeepsTheSelection) {
     Model->Reload();
     Console->Read();
     EXPECT_TRUE(Console->State->TimeCodes->empty());
-    EXPECT_EQ(Console->State->Presets->size(), 1U);
+    EXPECT_EQ(Console->State->Presets->Size(), 1U);
     EXPECT_THAT(Console->Selected(), testing::ElementsAre(pk));
     Model->SaveSelection();
     Start();
     EXPECT_THAT(Console->Selected(), testing::ElementsAre(pk));
+}
+
+TEST_F(UnitModelTest, OldConsolesAndThoseThatComeBackSeeTheSameStates) {
+    const unsigned seed = std::random_device{}();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    const auto below = [&](int limit) { return std::uniform_int_distribution(0, limit - 1)(random); };
+    Watcher old(*Updates, {.StateChanges = false});
+    for (int step = 0; step < 300; ++step) {
+        const auto left = Console->State;
+        for (int changes = below(4); changes >= 0; --changes) {
+            const int pk = below(step / 10 + 2) + 1;
+            const auto attempt = [&](const auto& command) { FaultOf([&] { command(); }); };
+            switch (below(6)) {
+                case 0:
+                    Create();
+                    break;
+                case 1:
+                    attempt([&] { Model->DeletePreset(pk); });
+                    break;
+                case 2:
+                    attempt([&] { Model->SelectPreset(pk); });
+                    break;
+                case 3:
+                    attempt([&] { Model->End(pk); });
+                    break;
+                default:
+                    attempt([&] { Model->Take(pk); });
+            }
+            Time.Pass(below(9'000));
+        }
+        Model->Tick();
+        Watcher back(*Updates, {.KnownRun = Updates->Run(), .KnownRevision = left->Revision}, left);
+        for (Watcher* watcher : {&old, &back, &*Console})
+            watcher->Read();
+        Watcher fresh(*Updates);
+        fresh.Read();
+        const auto shown = fresh.Shown();
+        for (const Watcher* watcher : {&old, &back, &*Console})
+            ASSERT_EQ(watcher->Shown(), shown) << "step " << step;
+    }
 }
 
 TEST_F(UnitModelTest, WhatIsLikelyToBeTakenNextStandsAtItsStart) {

@@ -43,6 +43,12 @@ UnitModel::Profile NamedProfile() {
     return profile;
 }
 
+zorvic::v1::Identity FromVersionOne() {
+    zorvic::v1::Identity identity;
+    identity.set_api_version("1.1");
+    return identity;
+}
+
 std::vector<Zorvic::Preset> PresetsOf(Session& session) {
     std::vector<Zorvic::Preset> presets;
     EXPECT_EQ(session.GetPresets(presets), Zorvic::ZORVIC_STATUS_OK);
@@ -81,7 +87,8 @@ protected:
     AssetStore Assets{{.StoreDirectory = Directory.Path(), .Drives = {}, .Watch = false}, Store, Time};
     AssetLink Link{Assets, Model};
     Previews Pictures;
-    UnitService Service{{}, Model, Assets, Link, Updates, Pictures, [](auto) {}, std::chrono::milliseconds(400)};
+    UnitService Service{FromVersionOne(), Model,    Assets,      Link,
+                        Updates,          Pictures, [](auto) {}, std::chrono::milliseconds(400)};
     Server Requests{Service, "127.0.0.1", 0};
     Session Client{Requests.Address(), 1};
 };
@@ -225,6 +232,19 @@ TEST_F(ServedUnitTest, WatchersGetTheirShareOfPlacesAndLoseThemWhenTheyDoNotRead
         return stub->Watch(&context, {})->Read(&frame);
     })) << "a place is free again";
     EXPECT_TRUE(Client.Connected());
+}
+
+TEST_F(ServedUnitTest, AConsoleOfAnotherMajorVersionIsToldWhatToDo) {
+    const auto stub =
+        zorvic::v1::Unit::NewStub(grpc::CreateChannel(Requests.Address(), grpc::InsecureChannelCredentials()));
+    zorvic::v1::WatchRequest request;
+    request.set_api_version("2.0");
+    grpc::ClientContext context;
+    const grpc::Status refused = stub->Watch(&context, request)->Finish();
+    EXPECT_THAT(refused.error_message(), testing::HasSubstr("version 1.1 of the protocol and the console version 2.0"));
+    zorvic::v1::Refusal refusal;
+    EXPECT_TRUE(refusal.ParseFromString(refused.error_details()));
+    EXPECT_EQ(refusal.reason(), zorvic::v1::REFUSAL_REASON_NOT_NOW);
 }
 
 }  // namespace

@@ -16,7 +16,7 @@ namespace ZorvicUnit {
 
 namespace {
 
-constexpr auto ApiVersion = "1.0";
+constexpr auto ApiVersion = "1.1";
 // Both together leave time for the asset store: the process must be gone within two seconds.
 constexpr std::chrono::milliseconds DrainLimit(800);
 constexpr std::chrono::milliseconds GoodbyeLimit(500);
@@ -29,11 +29,6 @@ constexpr std::uint32_t OutputCount = 4;
 bool IsShown(const Options& options, std::uint32_t number) {
     return options.Outputs.empty() || std::any_of(options.Outputs.begin(), options.Outputs.end(),
                                                   [&](const auto& output) { return output.number() == number; });
-}
-
-std::shared_ptr<grpc::ServerCredentials> CredentialsOf(const Options& options, const std::string& guid) {
-    if (options.TlsDirectory.empty()) return grpc::InsecureServerCredentials();
-    return UnitCredentials(options.TlsDirectory, guid);
 }
 
 }  // namespace
@@ -54,7 +49,7 @@ Daemon::Daemon(const Options& options, PowerSwitch& power)
         Ticking.emplace(Model);
         Keeping.emplace(Model, *Assets, Rows, Updates);
         StartRenderer(options);
-        Requests.emplace(Service, options.Listen, options.Port, CredentialsOf(options, Profile.Identity.guid()));
+        Requests.emplace(Service, options.Listen, options.Port, SetUpAccess(options.TlsDirectory));
         Announcing.emplace(MakeAnnouncement(options));
     } catch (...) {
         // The destructor does not run for an object that did not come to be.
@@ -109,11 +104,22 @@ UnitModel::Profile Daemon::MakeProfile(const Options& options) {
     identity.set_type(options.Type);
     identity.set_api_version(ApiVersion);
     identity.set_communicator_version(ZORVIC_UNIT_VERSION);
+    identity.add_features(zorvic::v1::FEATURE_STATE_CHANGES);
+    identity.add_features(zorvic::v1::FEATURE_RESUME);
     for (std::uint32_t number = 1; number <= OutputCount; ++number)
         profile.Hardware.add_resolutions(IsShown(options, number) ? options.VideoMode : Zorvic::ZORVIC_RES_INVALID);
     profile.Hardware.set_refresh_rate(options.Refresh);
     profile.Hardware.set_audio_config(Zorvic::ZORVIC_KAC_SDI1);
     return profile;
+}
+
+std::shared_ptr<grpc::ServerCredentials> Daemon::SetUpAccess(const std::filesystem::path& directory) {
+    if (directory.empty()) return grpc::InsecureServerCredentials();
+    const UnitAccess access = UnitCredentials(directory, Profile.Identity.guid());
+    Service.SetAdmission([list = access.List](const grpc::AuthContext& context) {
+        return list->Refusal("/Watch", CertificateEntries(context));
+    });
+    return access.Credentials;
 }
 
 void Daemon::StartRenderer(const Options& options) {

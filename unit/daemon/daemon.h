@@ -20,6 +20,7 @@
 #include <zorvic/v1/unit.pb.h>
 
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <optional>
 
@@ -45,6 +46,7 @@ public:
 
 private:
     UnitModel::Profile MakeProfile(const Options& options);
+    std::shared_ptr<grpc::ServerCredentials> SetUpAccess(const std::filesystem::path& directory);
     void StartRenderer(const Options& options);
     AnnouncerConfig MakeAnnouncement(const Options& options) const;
     void SoftReboot();

@@ -3,20 +3,34 @@
 #include "fault.h"
 
 #include <algorithm>
+#include <random>
 #include <utility>
 
 namespace ZorvicUnit {
 
+namespace {
+
+std::uint64_t RandomNumber() {
+    std::random_device random;
+    return (std::uint64_t{random()} << 32U | random()) | 1U;  // 0 stands for none
+}
+
+}  // namespace
+
+Feed::Feed() : RunNumber(RandomNumber()) {}
+
 std::uint64_t Feed::Publish(std::vector<FeedChange> changes) {
-    const std::scoped_lock lock(Mutex);
     bool any = false;
-    for (FeedChange& change : changes)
-        any = Apply(change) || any;
-    if (any) {
-        DropTombstones();
-        Changed.notify_all();
+    std::uint64_t revision = 0;
+    {
+        const std::scoped_lock lock(Mutex);
+        for (FeedChange& change : changes)
+            any = Apply(change) || any;
+        if (any) DropTombstones();
+        revision = Last;
     }
-    return Last;
+    if (any) Changed.notify_all();  // whoever wakes up does not meet the lock
+    return revision;
 }
 
 std::uint64_t Feed::Revision() const {
@@ -44,13 +58,18 @@ bool Feed::Apply(FeedChange& change) {
     return true;
 }
 
-// A part that is gone is kept until every subscriber has been told.
+// A part that is gone is kept until every subscriber has been told, and the latest ones for who comes back.
 void Feed::DropTombstones() {
     std::uint64_t told = Last;
     for (const Subscription* subscriber : Subscribers)
         if (subscriber->Started && !subscriber->Over) told = std::min(told, subscriber->Sent);
-    while (!Tombstones.empty() && (*Tombstones.begin() <= told || Tombstones.size() > MaxTombstones)) {
+    const auto tooMany = [&] {
+        return !Tombstones.empty() &&
+               Tombstones.size() > (*Tombstones.begin() <= told ? KeptTombstones : MaxTombstones);
+    };
+    while (tooMany()) {
         const std::uint64_t number = *Tombstones.begin();
+        Forgotten = number;
         for (Subscription* subscriber : Subscribers)
             subscriber->Over = subscriber->Over || (subscriber->Started && subscriber->Sent < number);
         const auto part = ByNumber.find(number);
@@ -74,10 +93,17 @@ void Feed::Close() {
     Changed.notify_all();
 }
 
-Feed::Subscription::Subscription(Feed& feed) : Source(feed) {
+Feed::Subscription::Subscription(Feed& feed, const Wishes& wishes) : Source(feed), StateChanges(wishes.StateChanges) {
     const std::scoped_lock lock(Source.Mutex);
     if (Source.Subscribers.size() >= MaxSubscribers) throw Fault(FaultKind::Refused, "too many consoles");
     Source.Subscribers.insert(this);
+    Started = CanResume(wishes);
+    if (Started) Sent = wishes.KnownRevision;
+}
+
+bool Feed::Subscription::CanResume(const Wishes& wishes) const {
+    return wishes.KnownRun == Source.RunNumber && wishes.KnownRevision >= Source.Forgotten &&
+           wishes.KnownRevision <= Source.Last;
 }
 
 Feed::Subscription::~Subscription() {
@@ -95,21 +121,35 @@ std::optional<Feed::Subscription::Batch> Feed::Subscription::Next(std::chrono::m
 }
 
 Feed::Subscription::Batch Feed::Subscription::TakeSnapshot() {
-    Batch batch{.Revision = Source.Last, .Pieces = {}, .Snapshot = true};
+    Batch batch{.Revision = Source.Last, .Pieces = {}, .Snapshot = true, .AllStates = {}};
     batch.Pieces.reserve(Source.Slots.size());
     for (const auto& [key, slot] : Source.Slots)
-        if (!slot.Gone) batch.Pieces.push_back(slot.Piece);
+        if (!slot.Gone && (StateChanges || key.Kind != FeedKind::States)) batch.Pieces.push_back(slot.Piece);
+    if (!StateChanges) batch.AllStates = AllStates();
     Started = true;
     Sent = batch.Revision;
     return batch;
 }
 
 Feed::Subscription::Batch Feed::Subscription::TakeChanges() {
-    Batch batch{.Revision = Source.Last, .Pieces = {}, .Snapshot = false};
-    for (auto part = Source.ByNumber.upper_bound(Sent); part != Source.ByNumber.end(); ++part)
-        batch.Pieces.push_back(Source.Slots.at(part->second).Piece);
+    Batch batch{.Revision = Source.Last, .Pieces = {}, .Snapshot = false, .AllStates = {}};
+    for (auto part = Source.ByNumber.upper_bound(Sent); part != Source.ByNumber.end(); ++part) {
+        if (StateChanges || part->second.Kind != FeedKind::States) {
+            batch.Pieces.push_back(Source.Slots.at(part->second).Piece);
+        } else if (!batch.AllStates) {
+            batch.AllStates = AllStates();
+        }
+    }
     Sent = batch.Revision;
     return batch;
+}
+
+std::vector<PieceBytes> Feed::Subscription::AllStates() const {
+    std::vector<PieceBytes> states;
+    for (auto part = Source.Slots.lower_bound({FeedKind::States, {}});
+         part != Source.Slots.end() && part->first.Kind == FeedKind::States; ++part)
+        if (!part->second.Gone) states.push_back(part->second.Piece);
+    return states;
 }
 
 }  // namespace ZorvicUnit

@@ -44,10 +44,14 @@ class Feed {
 public:
     class Subscription;
 
+    Feed();
+
     /// Publishes the changes in one step and gives the revision at which they show. What is the same as before is no
     /// change; with no change at all the revision stays.
     std::uint64_t Publish(std::vector<FeedChange> changes);
     std::uint64_t Revision() const;
+    /// Random; tells the revisions of this feed from those of the unit's earlier lives.
+    std::uint64_t Run() const { return RunNumber; }
 
     /// The source of the changes says that it is alive, however little changes. From the first time on it has to.
     void Beat() { LastBeat = std::chrono::steady_clock::now().time_since_epoch().count(); }
@@ -68,10 +72,13 @@ private:
     };
     // A subscriber that would keep more notices of gone parts alive is ended; it comes back with a snapshot.
     static constexpr std::size_t MaxTombstones = 20'000;
+    // So many are kept for those who lost their link and may come back.
+    static constexpr std::size_t KeptTombstones = 1'000;
 
     bool Apply(FeedChange& change);
     void DropTombstones();
 
+    const std::uint64_t RunNumber;
     std::atomic<std::chrono::steady_clock::rep> LastBeat = 0;
     mutable std::mutex Mutex;  ///< guards everything below
     std::condition_variable Changed;
@@ -80,6 +87,7 @@ private:
     std::set<std::uint64_t> Tombstones;         ///< numbers of the slots that are gone
     std::set<Subscription*> Subscribers;
     std::uint64_t Last = 0;
+    std::uint64_t Forgotten = 0;  ///< number of the latest tombstone that is no more
     bool Closed = false;
 };
 
@@ -90,27 +98,40 @@ public:
         std::uint64_t Revision = 0;      ///< reached once all pieces are applied
         std::vector<PieceBytes> Pieces;  ///< empty: nothing has changed
         bool Snapshot = false;
+        /// The states of all presets instead of those that changed, for who does not take them one by one.
+        std::optional<std::vector<PieceBytes>> AllStates;
+    };
+    /// What a console has said that it has and understands.
+    struct Wishes {
+        bool StateChanges = true;  ///< otherwise a change of one preset state brings them all, in one piece
+        std::uint64_t KnownRun = 0;
+        std::uint64_t KnownRevision = 0;
     };
     static constexpr std::size_t MaxSubscribers = 256;
 
     /// Throws Fault Refused when there are too many subscribers already.
-    explicit Subscription(Feed& feed);
+    explicit Subscription(Feed& feed) : Subscription(feed, Wishes()) {}
+    Subscription(Feed& feed, const Wishes& wishes);
     ~Subscription();
     Subscription(const Subscription&) = delete;
     Subscription& operator=(const Subscription&) = delete;
 
-    /// The snapshot at the first call, then everything that changed since the last one, waiting for a change no longer
-    /// than the limit. Nothing when the subscription is over.
+    /// The snapshot at the first call (or what changed since the known revision, when that is still known), then
+    /// everything that changed since the last one, waiting for a change no longer than the limit. Nothing when the
+    /// subscription is over.
     std::optional<Batch> Next(std::chrono::milliseconds limit);
 
 private:
     friend class Feed;
+    bool CanResume(const Wishes& wishes) const;
     Batch TakeSnapshot();
     Batch TakeChanges();
+    std::vector<PieceBytes> AllStates() const;
 
     Feed& Source;
+    const bool StateChanges;
     std::uint64_t Sent = 0;  ///< guarded by the feed's mutex, as are the flags
-    bool Started = false;
+    bool Started = false;    ///< has the state of the revision sent
     bool Over = false;
 };
 

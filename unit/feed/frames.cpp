@@ -1,22 +1,25 @@
 #include "feed/frames.h"
 
+#include "feed/pieces.h"
+
 namespace ZorvicUnit {
 
-bool WriteFrames(const Feed::Subscription::Batch& batch, const std::function<bool(const zorvic::v1::Frame&)>& write) {
-    auto piece = batch.Pieces.begin();
+bool WriteFrames(Feed::Subscription::Batch batch, const std::function<bool(const zorvic::v1::Frame&)>& write) {
+    if (batch.AllStates) batch.Pieces.push_back(WholeStates(*batch.AllStates));
+    auto piece = batch.Pieces.cbegin();
     do {
         zorvic::v1::Frame frame;
         frame.set_revision(batch.Revision);
         frame.set_snapshot(batch.Snapshot);
         std::size_t bytes = 0;
-        while (piece != batch.Pieces.end() && (bytes == 0 || bytes + (*piece)->size() <= FrameBytes)) {
+        while (piece != batch.Pieces.cend() && (bytes == 0 || bytes + (*piece)->size() <= FrameBytes)) {
             bytes += (*piece)->size();
             frame.add_pieces(**piece);
             ++piece;
         }
-        frame.set_more(piece != batch.Pieces.end());
+        frame.set_more(piece != batch.Pieces.cend());
         if (!write(frame)) return false;
-    } while (piece != batch.Pieces.end());
+    } while (piece != batch.Pieces.cend());
     return true;
 }
 

@@ -50,10 +50,16 @@ FeedChange AssetGone(const std::string& path) {
     return MakeChange(FeedKind::Assets, path, piece, true);
 }
 
-FeedChange StatesChange(zorvic::v1::PresetStates states) {
+FeedChange StateChanged(const zorvic::v1::PresetState& state) {
     Piece piece;
-    *piece.mutable_states() = std::move(states);
-    return MakeChange(FeedKind::States, {}, piece);
+    *piece.mutable_state_change()->add_upserted() = state;
+    return MakeChange(FeedKind::States, std::to_string(state.pk()), piece);
+}
+
+FeedChange StateGone(std::int32_t pk) {
+    Piece piece;
+    piece.mutable_state_change()->add_removed(pk);
+    return MakeChange(FeedKind::States, std::to_string(pk), piece, true);
 }
 
 FeedChange DrivesChange(const std::vector<zorvic::v1::Drive>& drives) {
@@ -66,6 +72,17 @@ FeedChange TimeCodesChange(zorvic::v1::TimeCodes timeCodes) {
     Piece piece;
     *piece.mutable_timecodes() = std::move(timeCodes);
     return MakeChange(FeedKind::TimeCodes, {}, piece);
+}
+
+PieceBytes WholeStates(const std::vector<PieceBytes>& single) {
+    Piece whole;
+    auto& states = *whole.mutable_states();
+    Piece piece;
+    for (const PieceBytes& bytes : single) {
+        piece.ParseFromString(*bytes);
+        states.mutable_states()->MergeFrom(piece.state_change().upserted());
+    }
+    return std::make_shared<const std::string>(whole.SerializeAsString());
 }
 
 }  // namespace ZorvicUnit

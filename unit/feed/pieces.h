@@ -17,8 +17,12 @@ FeedChange PresetChanged(const zorvic::v1::Preset& preset);
 FeedChange PresetGone(std::int32_t pk);
 FeedChange AssetChanged(const zorvic::v1::Asset& asset);
 FeedChange AssetGone(const std::string& path);
-FeedChange StatesChange(zorvic::v1::PresetStates states);
+FeedChange StateChanged(const zorvic::v1::PresetState& state);
+FeedChange StateGone(std::int32_t pk);
 FeedChange DrivesChange(const std::vector<zorvic::v1::Drive>& drives);
 FeedChange TimeCodesChange(zorvic::v1::TimeCodes timeCodes);
+
+/// One piece that tells all of these states, each from a piece of StateChanged().
+PieceBytes WholeStates(const std::vector<PieceBytes>& single);
 
 }  // namespace ZorvicUnit

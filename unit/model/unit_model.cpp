@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <set>
 #include <utility>
 
 namespace ZorvicUnit {
@@ -26,7 +25,9 @@ UnitModel::UnitModel(const Profile& profile, Database& database, const Clock& cl
       Updates(feed) {
     SavedSelection = Settings.SelectedPreset();
     Selected = TriedSelection = SavedSelection;
-    Updates.Publish({IdentityChange(profile.Identity), HardwareChange(profile.Hardware)});
+    auto identity = profile.Identity;
+    identity.set_run(feed.Run());
+    Updates.Publish({IdentityChange(identity), HardwareChange(profile.Hardware)});
     Reload();
 }
 
@@ -81,8 +82,7 @@ std::uint64_t UnitModel::DeletePreset(std::int32_t pk, const Caller& caller) {
         }
         const std::scoped_lock lock(ModelLock);
         Playing.Remove(pk);
-        StoredBytes -= BytesOf(*Presets.at(pk));
-        Presets.erase(pk);
+        Forget(pk);
         if (Selected == pk) Selected = 0;
         return Publish({PresetGone(pk)});
     });
@@ -157,12 +157,10 @@ void UnitModel::Reload() {
     std::vector<FeedChange> changes;
     const auto before = std::exchange(Presets, {});
     Playing.Clear();
+    Places.clear();
     StoredBytes = 0;
     for (const Preset& preset : stored) {
-        StoredBytes += BytesOf(preset);
-        const auto shared = std::make_shared<const Preset>(preset);
-        Presets.emplace(preset.pk(), shared);
-        Playing.Put(shared);
+        Keep(std::make_shared<const Preset>(preset));
         changes.push_back(PresetChanged(preset));
     }
     for (const auto& [pk, preset] : before)
@@ -178,10 +176,25 @@ PresetPtr UnitModel::Find(std::int32_t pk) {
     return found->second;
 }
 
+// Called with both locks held, as the next one.
+void UnitModel::Keep(PresetPtr preset) {
+    Forget(preset->pk());
+    StoredBytes += BytesOf(*preset);
+    Places.emplace(FirstTab(*preset)->index(), preset->pk());
+    Presets[preset->pk()] = preset;
+    Playing.Put(std::move(preset));
+}
+
+void UnitModel::Forget(std::int32_t pk) {
+    const auto known = Presets.find(pk);
+    if (known == Presets.end()) return;
+    StoredBytes -= BytesOf(*known->second);
+    Places.erase({FirstTab(*known->second)->index(), pk});
+    Presets.erase(known);
+}
+
 std::int32_t UnitModel::NextTabIndex() const {
-    std::int64_t last = -1;
-    for (const auto& [pk, preset] : Presets)
-        last = std::max<std::int64_t>(last, FirstTab(*preset)->index());
+    const std::int64_t last = Places.empty() ? -1 : std::max(-1, Places.rbegin()->first);
     return static_cast<std::int32_t>(std::min<std::int64_t>(last + 1, std::numeric_limits<std::int32_t>::max()));
 }
 
@@ -206,10 +219,7 @@ std::uint64_t UnitModel::ShowPreset(const Preset& preset) {
     auto shared = std::make_shared<const Preset>(preset);
     FeedChange change = PresetChanged(preset);
     const std::scoped_lock lock(ModelLock);
-    PresetPtr& known = Presets[preset.pk()];
-    StoredBytes += BytesOf(preset) - (known ? BytesOf(*known) : 0);
-    known = shared;
-    Playing.Put(std::move(shared));
+    Keep(std::move(shared));
     return Publish({std::move(change)});
 }
 

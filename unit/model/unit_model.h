@@ -19,6 +19,7 @@
 #include <map>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <stop_token>
 #include <string>
 #include <utility>
@@ -108,11 +109,14 @@ public:
 
 private:
     PresetPtr Find(std::int32_t pk);
+    void Keep(PresetPtr preset);
+    void Forget(std::int32_t pk);
     std::int32_t NextTabIndex() const;
     std::uint64_t Store(zorvic::v1::Preset edited, const zorvic::v1::Preset& stored);
     void ReserveRoom(const zorvic::v1::Preset& preset, std::size_t before);
     std::uint64_t ShowPreset(const zorvic::v1::Preset& preset);
     std::uint64_t Publish(std::vector<FeedChange> changes);
+    FeedChange StateNow(std::int32_t pk) const;
     void TellPlayListener();
     std::vector<std::int32_t> LikelyNext() const;
     template <typename Command>
@@ -136,8 +140,9 @@ private:
     Playback Playing;
     std::map<std::int32_t, PresetPtr> Presets;
     std::int32_t Selected = 0;
-    std::int32_t TriedSelection = 0;                       ///< the last one that was to be saved
-    std::pair<std::uint64_t, std::int32_t> ShownStates{};  ///< version and selection of the states last published
+    std::int32_t TriedSelection = 0;                         ///< the last one that was to be saved
+    std::set<std::pair<std::int32_t, std::int32_t>> Places;  ///< tab index and key of each preset: the list's order
+    std::int32_t ShownSelection = 0;                         ///< of the states last published
     std::function<void()> PlayListener;
     std::pair<std::uint64_t, std::int32_t> ToldOutlook{};  ///< version and selection that the listener was told of
     Feed& Updates;

@@ -22,17 +22,11 @@ Outlook UnitModel::LookAhead(std::chrono::nanoseconds length) {
 std::vector<std::int32_t> UnitModel::LikelyNext() const {
     const auto selected = Presets.find(Selected);
     if (selected == Presets.end()) return {};
-    const auto placeOf = [](const auto& entry) { return std::pair(FirstTab(*entry.second)->index(), entry.first); };
-    const auto place = placeOf(*selected);
-    std::optional<std::pair<std::int32_t, std::int32_t>> below;
-    for (const auto& entry : Presets) {
-        const auto other = placeOf(entry);
-        if (other > place && (!below || other < *below)) below = other;
-    }
+    const auto below = Places.upper_bound({FirstTab(*selected->second)->index(), Selected});
 
     std::vector<std::int32_t> likely;
     if (!Playing.StateOf(Selected).Playing) likely.push_back(Selected);
-    for (const std::int32_t pk : {selected->second->link(), below ? below->second : 0})
+    for (const std::int32_t pk : {selected->second->link(), below != Places.end() ? below->second : 0})
         if (pk != Selected && std::ranges::find(likely, pk) == likely.end()) likely.push_back(pk);
     return likely;
 }

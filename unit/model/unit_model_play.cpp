@@ -9,23 +9,6 @@ namespace ZorvicUnit {
 
 namespace {
 
-zorvic::v1::PresetStates StatesOf(const std::map<std::int32_t, PresetPtr>& presets, const Playback& playing,
-                                  std::int32_t selected) {
-    zorvic::v1::PresetStates states;
-    states.mutable_states()->Reserve(static_cast<int>(presets.size()));
-    for (const auto& [pk, preset] : presets) {
-        const PlayState from = playing.StateOf(pk);
-        auto& state = *states.add_states();
-        state.set_pk(pk);
-        state.set_trt(from.TRT);
-        state.set_current_loop(from.CurrentLoop);
-        state.set_playing(from.Playing);
-        state.set_paused(from.Paused);
-        state.set_selected(pk == selected);
-    }
-    return states;
-}
-
 zorvic::v1::TimeCodes TimeCodesOf(const std::vector<PlayPosition>& positions) {
     zorvic::v1::TimeCodes codes;
     for (const PlayPosition& position : positions) {
@@ -118,13 +101,28 @@ void UnitModel::WaitForPlay(const std::stop_token& stop, std::chrono::millisecon
 // Called with ModelLock held, so that changes come to the feed in the order in which they happened. States and
 // positions follow from the model; the feed leaves out what has not changed.
 std::uint64_t UnitModel::Publish(std::vector<FeedChange> changes) {
-    const std::pair shown(Playing.StatesVersion(), Selected);
-    if (shown != ShownStates) changes.push_back(StatesChange(StatesOf(Presets, Playing, Selected)));
-    ShownStates = shown;
+    auto changed = Playing.TakeChangedStates();
+    if (Selected != ShownSelection) changed.merge(std::set{Selected, ShownSelection});
+    ShownSelection = Selected;
+    for (const std::int32_t pk : changed)
+        changes.push_back(StateNow(pk));
     changes.push_back(TimeCodesChange(TimeCodesOf(Playing.Positions())));
     if (Playing.Rolling()) PlayStarted.notify_all();
     TellPlayListener();
     return Updates.Publish(std::move(changes));
+}
+
+FeedChange UnitModel::StateNow(std::int32_t pk) const {
+    if (!Presets.contains(pk)) return StateGone(pk);
+    const PlayState now = Playing.StateOf(pk);
+    zorvic::v1::PresetState state;
+    state.set_pk(pk);
+    state.set_trt(now.TRT);
+    state.set_current_loop(now.CurrentLoop);
+    state.set_playing(now.Playing);
+    state.set_paused(now.Paused);
+    state.set_selected(pk == Selected);
+    return StateChanged(state);
 }
 
 }  // namespace ZorvicUnit

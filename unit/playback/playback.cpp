@@ -39,7 +39,7 @@ void Playback::Put(PresetPtr preset) {
     NoteUses(entry, true);
     RefreshLength(entry);
     SetOff(entry, Now);
-    if (isNew) ++Version;
+    if (isNew) NoteChange(entry);
     ++Plans;
     Advance();
 }
@@ -50,16 +50,17 @@ void Playback::Remove(std::int32_t pk) {
         NoteUses(entry->second, false);
         Entries.erase(entry);
     }
-    ++Version;
+    ChangedStates.insert(pk);
     ++Plans;
 }
 
 void Playback::Clear() {
+    for (const auto& [pk, entry] : Entries)
+        ChangedStates.insert(pk);
     Active.clear();
     Entries.clear();
     Users.clear();
     Primed.clear();
-    ++Version;
     ++Plans;
 }
 
@@ -86,7 +87,7 @@ void Playback::Pause(std::int32_t pk, std::optional<bool> wanted) {
     } else {
         Rebase(entry);
         entry.Playing->Paused = true;
-        ++Version;
+        NoteChange(entry);
     }
     ++Plans;
     Advance();
@@ -254,7 +255,7 @@ void Playback::RefreshLength(PlayEntry& entry) {
     }
     // An edit to files that are not probed yet must not end a run.
     if (!longest && entry.Playing && !entry.Playing->Waiting) return;
-    if (entry.TRT != longest.value_or(0)) ++Version;
+    if (entry.TRT != longest.value_or(0)) NoteChange(entry);
     entry.TRT = longest.value_or(0);
     entry.LengthKnown = longest.has_value();
 }
@@ -278,7 +279,7 @@ void Playback::Begin(PlayEntry& entry, Clock::TimePoint at, std::uint64_t place,
     RefreshLength(entry);
     SetOff(entry, at);
     Active.insert(entry.Preset->pk());
-    ++Version;
+    NoteChange(entry);
 }
 
 void Playback::Resume(PlayEntry& entry, Clock::TimePoint at) {
@@ -287,7 +288,7 @@ void Playback::Resume(PlayEntry& entry, Clock::TimePoint at) {
     run.Anchor = at;
     // A limit that passed during the pause must not let it begin in the past.
     if (run.ColdUntil) run.ColdUntil = std::max(*run.ColdUntil, at);
-    ++Version;
+    NoteChange(entry);
 }
 
 void Playback::Stop(PlayEntry& entry) {
@@ -296,7 +297,7 @@ void Playback::Stop(PlayEntry& entry) {
     if (!entry.Playing) return;
     entry.Playing.reset();
     RefreshLength(entry);
-    ++Version;
+    NoteChange(entry);
 }
 
 // Passes that have begun and ended until then are left out: they concern nobody else.
@@ -309,13 +310,13 @@ std::int32_t Playback::FinishPass(PlayEntry& entry, Clock::TimePoint at, Clock::
         run.Pass += static_cast<std::uint32_t>(1 + passed);
         run.Base = window.Start;
         run.Anchor = at + passed * window.Length();
-        ++Version;
+        NoteChange(entry);
         return 0;
     }
     if (entry.Preset->freeze_at_end()) {
         run.Base = window.End;
         run.Paused = true;
-        ++Version;
+        NoteChange(entry);
         return 0;
     }
     const std::int32_t link = entry.Preset->link();
@@ -343,6 +344,10 @@ std::int32_t Playback::FollowLink(std::int32_t pk, Clock::TimePoint at, std::uin
         pk = entry->Preset->link();
     }
     return 0;
+}
+
+void Playback::NoteChange(const PlayEntry& entry) {
+    ChangedStates.insert(entry.Preset->pk());
 }
 
 void Playback::NoteUses(const PlayEntry& entry, bool uses) {

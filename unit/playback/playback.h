@@ -16,6 +16,7 @@
 #include <span>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace ZorvicUnit {
@@ -82,8 +83,8 @@ public:
     void Advance();
     Clock::TimePoint ShownAt() const { return Now; }
 
-    /// Counts up whenever a PlayState may have changed.
-    std::uint64_t StatesVersion() const { return Version; }
+    /// Keys of all presets whose PlayState may have changed since the last call, also of those that are gone.
+    std::set<std::int32_t> TakeChangedStates() { return std::exchange(ChangedStates, {}); }
     /// A stopped state for an unknown preset.
     PlayState StateOf(std::int32_t pk) const;
     /// Every preset that plays, is paused or is cued, by key.
@@ -122,6 +123,7 @@ private:
     std::int32_t FinishPass(PlayEntry& entry, Clock::TimePoint at, Clock::TimePoint until);
     std::int32_t FollowLink(std::int32_t pk, Clock::TimePoint at, std::uint64_t place);
     void Rebase(PlayEntry& entry) const;
+    void NoteChange(const PlayEntry& entry);
     void NoteUses(const PlayEntry& entry, bool uses);
     bool IsPrimed(const PlayEntry& entry) const;
     template <typename Wanted>
@@ -139,7 +141,7 @@ private:
     bool ColdTakesHeld = false;
     std::uint64_t Takes = 0;  ///< those that began a run: the place of the last one in the stack
     Clock::TimePoint Now;
-    std::uint64_t Version = 1;
+    std::set<std::int32_t> ChangedStates;
     std::uint64_t Plans = 1;
 };
 

@@ -2,6 +2,7 @@
 
 #include "assets/asset_store.h"
 #include "caller.h"
+#include "door/conduct.h"
 #include "door/peer.h"
 #include "fault.h"
 #include "feed/feed.h"
@@ -38,40 +39,80 @@ constexpr std::chrono::milliseconds PreviewHeartbeatPeriod(1000);
 // the console's clock for the call began to run before ours.
 constexpr std::chrono::milliseconds WriteTime(100);
 
-StatusCode ToStatusCode(FaultKind kind) {
+// The longest path or name is far below, and a newer console finds room for what it has to say beside it.
+template <typename Request>
+constexpr std::size_t MostBytes = 16UL * 1024;
+template <>
+constexpr std::size_t MostBytes<zorvic::v1::CreatePresetRequest> = MaxRequestBytes;
+template <>
+constexpr std::size_t MostBytes<zorvic::v1::UpdatePresetRequest> = MaxRequestBytes;
+
+using zorvic::v1::RefusalReason;
+
+std::pair<StatusCode, RefusalReason> OnTheWire(FaultKind kind) {
     switch (kind) {
         case FaultKind::Misused:
-            return StatusCode::INVALID_ARGUMENT;
+            return {StatusCode::INVALID_ARGUMENT, RefusalReason::REFUSAL_REASON_MISUSED};
         case FaultKind::NotFound:
-            return StatusCode::NOT_FOUND;
+            return {StatusCode::NOT_FOUND, RefusalReason::REFUSAL_REASON_NOT_FOUND};
         case FaultKind::Refused:
-            return StatusCode::FAILED_PRECONDITION;
+            return {StatusCode::FAILED_PRECONDITION, RefusalReason::REFUSAL_REASON_NOT_NOW};
         case FaultKind::DiskFull:
-            return StatusCode::RESOURCE_EXHAUSTED;
+            return {StatusCode::RESOURCE_EXHAUSTED, RefusalReason::REFUSAL_REASON_DISK_FULL};
         case FaultKind::Slow:
+            return {StatusCode::DEADLINE_EXCEEDED, RefusalReason::REFUSAL_REASON_SLOW};
         case FaultKind::TooLate:
-            return StatusCode::DEADLINE_EXCEEDED;
+            return {StatusCode::DEADLINE_EXCEEDED, RefusalReason::REFUSAL_REASON_TOO_LATE};
         case FaultKind::Internal:
             break;
     }
-    return StatusCode::INTERNAL;
+    return {StatusCode::INTERNAL, RefusalReason::REFUSAL_REASON_INTERNAL};
+}
+
+Status ToStatus(FaultKind kind, const std::string& why) {
+    const auto [code, reason] = OnTheWire(kind);
+    zorvic::v1::Refusal refusal;
+    refusal.set_reason(reason);
+    return {code, Cut(why), refusal.SerializeAsString()};
+}
+
+// A console that says nothing is one of the first, which spoke this major version.
+void CheckVersion(const std::string& unit, const std::string& console) {
+    const auto major = [](const std::string& version) { return version.substr(0, version.find('.')); };
+    if (console.empty() || unit.empty() || major(unit) == major(console)) return;
+    throw Fault(
+        FaultKind::Refused,
+        fmt::format("this unit speaks version {} of the protocol and the console version {}: update the older one",
+                    unit, console));
+}
+
+Feed::Subscription::Wishes WishesOf(const zorvic::v1::WatchRequest& request) {
+    const auto understands = [&](zorvic::v1::Feature feature) {
+        return std::ranges::find(request.features(), feature) != request.features().end();
+    };
+    Feed::Subscription::Wishes wishes{.StateChanges = understands(zorvic::v1::FEATURE_STATE_CHANGES)};
+    if (understands(zorvic::v1::FEATURE_RESUME)) {
+        wishes.KnownRun = request.known().run();
+        wishes.KnownRevision = request.known().revision();
+    }
+    return wishes;
 }
 
 // Turns what the action throws into its status; what says what was tried on what, for the log.
 template <typename Action>
 Status Attempt(RequestLog& log, const std::string& what, const Action& action) {
-    const auto refuse = [&](StatusCode code, auto level, const std::exception& error) {
+    const auto refuse = [&](FaultKind kind, auto level, const std::exception& error) {
         log.Write(level, what, error.what(), std::chrono::steady_clock::now());
-        return Status(code, Cut(error.what()));
+        return ToStatus(kind, error.what());
     };
     try {
         action();
         spdlog::debug("{}: done", what);
         return Status::OK;
     } catch (const Fault& fault) {
-        return refuse(ToStatusCode(fault.Kind), spdlog::level::warn, fault);
+        return refuse(fault.Kind, spdlog::level::warn, fault);
     } catch (const std::exception& error) {
-        return refuse(StatusCode::INTERNAL, spdlog::level::err, error);
+        return refuse(FaultKind::Internal, spdlog::level::err, error);
     }
 }
 
@@ -127,32 +168,46 @@ UnitService::UnitService(zorvic::v1::Identity identity, UnitModel& model, AssetS
       Writes(writeLimit) {}
 
 // Carries out one request, unless the unit is ending. A command whose console has given up is not carried out late.
-template <typename Action>
-Status UnitService::Answer(const ServerContext& context, const std::string& what, const Action& action) {
+template <typename Request, typename Action>
+Status UnitService::Answer(const ServerContext& context, const Request& request, const std::string& what,
+                           const Action& action) {
     const RequestGate::Pass pass(Gate);
     if (!pass.Granted()) return {StatusCode::UNAVAILABLE, "the unit is ending"};
     if (context.IsCancelled()) return {StatusCode::CANCELLED, "given up by the caller"};
-    return Attempt(Log, what, action);
+    return Attempt(Log, what, [&] {
+        if (request.ByteSizeLong() > MostBytes<Request>)
+            throw Fault(FaultKind::Misused,
+                        fmt::format("a request of this kind is not larger than {} bytes", MostBytes<Request>));
+        action();
+    });
+}
+
+void UnitService::CheckAdmission(const ServerContext& context) const {
+    if (!Admitted) return;
+    const std::string refusal = Admitted(*context.auth_context());
+    if (!refusal.empty()) throw Fault(FaultKind::Refused, refusal);
 }
 
 // Holds its thread for as long as the console watches. A console that does not read blocks the write, and with it only
 // this thread, until the limit for writes ends it.
-Status UnitService::Watch(ServerContext* context, const zorvic::v1::WatchRequest* /*request*/,
+Status UnitService::Watch(ServerContext* context, const zorvic::v1::WatchRequest* request,
                           grpc::ServerWriter<zorvic::v1::Frame>* writer) {
     bool over = false;
     const Status status = Attempt(Log, "watch", [&] {
+        CheckVersion(Self.api_version(), request->api_version());
         const Places::Place place(Watching, PeerFromName(context->peer()));
-        Feed::Subscription subscription(Updates);
+        Feed::Subscription subscription(Updates, WishesOf(*request));
         const auto write = [&](const zorvic::v1::Frame& frame) {
             const WriteLimit::Pending pending(Writes, *context);
             return writer->Write(frame);
         };
         while (!context->IsCancelled()) {
-            const auto batch = subscription.Next(HeartbeatPeriod);
+            CheckAdmission(*context);
+            auto batch = subscription.Next(HeartbeatPeriod);
             over = !batch;
             // A heartbeat says that playback moves, not that this thread does.
             if (batch && batch->Pieces.empty() && !Updates.Beats()) continue;
-            if (over || !WriteFrames(*batch, write)) return;
+            if (over || !WriteFrames(std::move(*batch), write)) return;
         }
     });
     return over && status.ok() ? Status(StatusCode::UNAVAILABLE, "the unit ends the session") : status;
@@ -165,6 +220,7 @@ Status UnitService::WatchPreview(ServerContext* context, const zorvic::v1::Watch
         const Places::Place place(Watching, PeerFromName(context->peer()));
         Previews::Watcher watcher(Pictures);
         while (!context->IsCancelled()) {
+            CheckAdmission(*context);
             const auto pictures = watcher.Next(PreviewHeartbeatPeriod);
             if (!pictures) return {StatusCode::UNAVAILABLE, "the unit is ending"};
             const WriteLimit::Pending pending(Writes, *context);
@@ -172,10 +228,10 @@ Status UnitService::WatchPreview(ServerContext* context, const zorvic::v1::Watch
         }
         return Status::OK;
     } catch (const Fault& fault) {  // nothing for the log: a unit without outputs is asked again and again
-        return {ToStatusCode(fault.Kind), Cut(fault.what())};
+        return ToStatus(fault.Kind, fault.what());
     } catch (const std::exception& error) {
         spdlog::error("watch preview: {}", error.what());
-        return {StatusCode::INTERNAL, error.what()};
+        return ToStatus(FaultKind::Internal, error.what());
     }
 }
 
@@ -188,76 +244,78 @@ Status UnitService::Identify(ServerContext* /*context*/, const zorvic::v1::Ident
 Status UnitService::CreatePreset(ServerContext* context, const zorvic::v1::CreatePresetRequest* request,
                                  CommandReply* reply) {
     const Caller caller = CallerOf(*context, request->request_key());
-    return Answer(*context, "create preset",
+    return Answer(*context, *request, "create preset",
                   [&] { reply->set_revision(Model.CreatePreset(request->preset(), caller)); });
 }
 
 Status UnitService::UpdatePreset(ServerContext* context, const zorvic::v1::UpdatePresetRequest* request,
                                  CommandReply* reply) {
     const Caller caller = CallerOf(*context);
-    return Answer(*context, OnPreset("update", request->preset().pk()),
+    return Answer(*context, *request, OnPreset("update", request->preset().pk()),
                   [&] { reply->set_revision(Model.UpdatePreset(request->preset(), request->fields(), caller)); });
 }
 
 Status UnitService::DeletePreset(ServerContext* context, const zorvic::v1::PresetRequest* request,
                                  CommandReply* reply) {
-    return Answer(*context, OnPreset("delete", request->pk()),
+    return Answer(*context, *request, OnPreset("delete", request->pk()),
                   [&] { reply->set_revision(Model.DeletePreset(request->pk(), CallerOf(*context))); });
 }
 
 Status UnitService::SelectPreset(ServerContext* context, const zorvic::v1::PresetRequest* request,
                                  CommandReply* reply) {
-    return Answer(*context, OnPreset("select", request->pk()),
+    return Answer(*context, *request, OnPreset("select", request->pk()),
                   [&] { reply->set_revision(Model.SelectPreset(request->pk())); });
 }
 
 Status UnitService::Take(ServerContext* context, const zorvic::v1::PresetRequest* request, CommandReply* reply) {
-    return Answer(*context, OnPreset("take", request->pk()), [&] { reply->set_revision(Model.Take(request->pk())); });
+    return Answer(*context, *request, OnPreset("take", request->pk()),
+                  [&] { reply->set_revision(Model.Take(request->pk())); });
 }
 
 Status UnitService::Pause(ServerContext* context, const zorvic::v1::PauseRequest* request, CommandReply* reply) {
     const auto wanted = request->has_paused() ? std::optional(request->paused()) : std::nullopt;
-    return Answer(*context, OnPreset("pause", request->pk()),
+    return Answer(*context, *request, OnPreset("pause", request->pk()),
                   [&] { reply->set_revision(Model.Pause(request->pk(), wanted)); });
 }
 
 Status UnitService::End(ServerContext* context, const zorvic::v1::PresetRequest* request, CommandReply* reply) {
-    return Answer(*context, OnPreset("end", request->pk()), [&] { reply->set_revision(Model.End(request->pk())); });
+    return Answer(*context, *request, OnPreset("end", request->pk()),
+                  [&] { reply->set_revision(Model.End(request->pk())); });
 }
 
 Status UnitService::SeekTo(ServerContext* context, const zorvic::v1::SeekRequest* request, CommandReply* reply) {
-    return Answer(*context, OnPreset("seek", request->pk()),
+    return Answer(*context, *request, OnPreset("seek", request->pk()),
                   [&] { reply->set_revision(Model.SeekTo(request->pk(), request->time_ms())); });
 }
 
 Status UnitService::CreateMark(ServerContext* context, const zorvic::v1::MarkRequest* request, CommandReply* reply) {
     const Caller caller = CallerOf(*context, request->request_key());
-    return Answer(*context, OnMark("create", *request),
+    return Answer(*context, *request, OnMark("create", *request),
                   [&] { reply->set_revision(Model.CreateMark(*request, caller)); });
 }
 
 Status UnitService::RenameMark(ServerContext* context, const zorvic::v1::MarkRequest* request, CommandReply* reply) {
-    return Answer(*context, OnMark("rename", *request),
+    return Answer(*context, *request, OnMark("rename", *request),
                   [&] { reply->set_revision(Model.RenameMark(*request, CallerOf(*context))); });
 }
 
 Status UnitService::DeleteMark(ServerContext* context, const zorvic::v1::MarkRequest* request, CommandReply* reply) {
-    return Answer(*context, OnMark("delete", *request),
+    return Answer(*context, *request, OnMark("delete", *request),
                   [&] { reply->set_revision(Model.DeleteMark(*request, CallerOf(*context))); });
 }
 
 Status UnitService::DeleteAsset(ServerContext* context, const zorvic::v1::AssetRequest* request, CommandReply* reply) {
-    return Answer(*context, "delete asset " + request->path(),
+    return Answer(*context, *request, "delete asset " + request->path(),
                   [&] { reply->set_revision(Link.Delete(request->path())); });
 }
 
 Status UnitService::InstallAsset(ServerContext* context, const zorvic::v1::AssetRequest* request, CommandReply* reply) {
-    return Answer(*context, "install asset " + request->path(),
+    return Answer(*context, *request, "install asset " + request->path(),
                   [&] { reply->set_revision(Link.Install(request->path(), CallerOf(*context))); });
 }
 
 Status UnitService::Power(ServerContext* context, const zorvic::v1::PowerRequest* request, CommandReply* reply) {
-    return Answer(*context, fmt::format("power action {}", static_cast<int>(request->action())), [&] {
+    return Answer(*context, *request, fmt::format("power action {}", static_cast<int>(request->action())), [&] {
         if (!zorvic::v1::PowerAction_IsValid(request->action()) ||
             request->action() == zorvic::v1::POWER_ACTION_UNSPECIFIED)
             throw Fault(FaultKind::Misused, "no such power action");
@@ -268,13 +326,13 @@ Status UnitService::Power(ServerContext* context, const zorvic::v1::PowerRequest
 
 Status UnitService::ReadAssetMetadata(ServerContext* context, const zorvic::v1::AssetRequest* request,
                                       zorvic::v1::AssetMetadata* reply) {
-    return Answer(*context, "read metadata of " + request->path(),
+    return Answer(*context, *request, "read metadata of " + request->path(),
                   [&] { *reply = Assets.ReadMetadata(request->path()); });
 }
 
 Status UnitService::ListDirectory(ServerContext* context, const zorvic::v1::ListDirectoryRequest* request,
                                   zorvic::v1::ListDirectoryReply* reply) {
-    return Answer(*context, fmt::format("list {} of drive {}", request->path(), request->drive()), [&] {
+    return Answer(*context, *request, fmt::format("list {} of drive {}", request->path(), request->drive()), [&] {
         const auto entries = Assets.ListDirectory(request->drive(), request->path());
         reply->mutable_entries()->Assign(entries.begin(), entries.end());
     });

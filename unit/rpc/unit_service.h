@@ -10,6 +10,7 @@
 #include <chrono>
 #include <functional>
 #include <string>
+#include <utility>
 
 namespace ZorvicUnit {
 
@@ -25,6 +26,9 @@ class UnitService final : public zorvic::v1::Unit::Service {
 public:
     using PowerHandler = std::function<void(zorvic::v1::PowerAction)>;
 
+    /// Why the holder of a certificate may not be here (any more); empty when it may.
+    using Admission = std::function<std::string(const grpc::AuthContext&)>;
+
     /// Who takes longer to take what it asked for is let go.
     static constexpr std::chrono::milliseconds LongestWrite{10'000};
 
@@ -32,6 +36,9 @@ public:
     /// must only take note.
     UnitService(zorvic::v1::Identity identity, UnitModel& model, AssetStore& assets, AssetLink& link, Feed& updates,
                 Previews& pictures, PowerHandler power, std::chrono::milliseconds writeLimit = LongestWrite);
+
+    /// Asked again and again while a console watches: one call may last for weeks. To be set before the first request.
+    void SetAdmission(Admission admission) { Admitted = std::move(admission); }
 
     /// Turns further requests away and waits for those being carried out, no longer than the limit.
     void Drain(std::chrono::milliseconds limit) { Gate.Close(limit); }
@@ -77,8 +84,10 @@ public:
                                zorvic::v1::ListDirectoryReply* reply) override;
 
 private:
-    template <typename Action>
-    grpc::Status Answer(const grpc::ServerContext& context, const std::string& what, const Action& action);
+    void CheckAdmission(const grpc::ServerContext& context) const;
+    template <typename Request, typename Action>
+    grpc::Status Answer(const grpc::ServerContext& context, const Request& request, const std::string& what,
+                        const Action& action);
 
     const zorvic::v1::Identity Self;
     UnitModel& Model;
@@ -87,6 +96,7 @@ private:
     Feed& Updates;
     Previews& Pictures;
     const PowerHandler OnPower;
+    Admission Admitted;
     RequestGate Gate;
     RequestLog Log;
     Places Watching;

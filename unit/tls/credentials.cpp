@@ -1,7 +1,6 @@
 #include "tls/credentials.h"
 
 #include "fault.h"
-#include "tls/access.h"
 #include "tls/certificate_maker.h"
 
 #include <grpcpp/security/auth_metadata_processor.h>
@@ -11,7 +10,6 @@
 #include <fstream>
 #include <iterator>
 #include <utility>
-#include <vector>
 
 namespace ZorvicUnit {
 
@@ -26,23 +24,21 @@ std::string ReadText(const std::filesystem::path& path) {
 // Asked for each call, before anything of it is carried out.
 class Doorkeeper final : public grpc::AuthMetadataProcessor {
 public:
-    explicit Doorkeeper(std::filesystem::path revoked) : List(std::move(revoked)) {}
+    explicit Doorkeeper(std::shared_ptr<AccessList> list) : List(std::move(list)) {}
 
     bool IsBlocking() const override { return false; }
     grpc::Status Process(const InputMetadata& metadata, grpc::AuthContext* context, OutputMetadata* /*consumed*/,
                          OutputMetadata* /*response*/) override {
         const auto path = metadata.find(":path");
         if (path == metadata.end()) return {grpc::StatusCode::UNAUTHENTICATED, "a call without a method"};
-        std::vector<std::string> entries;
-        for (const auto& entry : context->FindPropertyValues(GRPC_X509_SAN_PROPERTY_NAME))
-            entries.emplace_back(entry.data(), entry.size());
-        const std::string refusal = List.Refusal({path->second.data(), path->second.size()}, entries);
+        const std::string refusal =
+            List->Refusal({path->second.data(), path->second.size()}, CertificateEntries(*context));
         if (refusal.empty()) return grpc::Status::OK;
         return {grpc::StatusCode::PERMISSION_DENIED, refusal};
     }
 
 private:
-    AccessList List;
+    const std::shared_ptr<AccessList> List;
 };
 
 bool IsMadeFor(const X509& certificate, const std::string& guid) {
@@ -78,15 +74,21 @@ void Check(const std::filesystem::path& directory, const std::string& guid) {
 
 }  // namespace
 
-std::shared_ptr<grpc::ServerCredentials> UnitCredentials(const std::filesystem::path& directory,
-                                                         const std::string& guid) {
+UnitAccess UnitCredentials(const std::filesystem::path& directory, const std::string& guid) {
     Check(directory, guid);
     grpc::SslServerCredentialsOptions options(GRPC_SSL_REQUEST_AND_REQUIRE_CLIENT_CERTIFICATE_AND_VERIFY);
     options.pem_root_certs = ReadText(directory / "ca.pem");
     options.pem_key_cert_pairs.push_back({ReadText(directory / "unit.key"), ReadText(directory / "unit.pem")});
-    auto credentials = grpc::SslServerCredentials(options);
-    credentials->SetAuthMetadataProcessor(std::make_shared<Doorkeeper>(directory / "revoked"));
-    return credentials;
+    UnitAccess access{grpc::SslServerCredentials(options), std::make_shared<AccessList>(directory / "revoked")};
+    access.Credentials->SetAuthMetadataProcessor(std::make_shared<Doorkeeper>(access.List));
+    return access;
+}
+
+std::vector<std::string> CertificateEntries(const grpc::AuthContext& context) {
+    std::vector<std::string> entries;
+    for (const auto& entry : context.FindPropertyValues(GRPC_X509_SAN_PROPERTY_NAME))
+        entries.emplace_back(entry.data(), entry.size());
+    return entries;
 }
 
 }  // namespace ZorvicUnit
