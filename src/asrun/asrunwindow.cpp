@@ -6,6 +6,7 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QDir>
 #include <QFileDialog>
 #include <QLocale>
 #include <QPointer>
@@ -55,12 +56,9 @@ void AsRunWindow::SetUpTable() {
     EntriesView->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     EntriesView->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 8);
     const std::pair<AsRunModel::Column, const char*> widths[] = {
-        {AsRunModel::TIME, "2026-01-01 00:00:00.000"},
-        {AsRunModel::WHAT, "Unit started"},
-        {AsRunModel::PRESET, "1000  A preset's name"},
-        {AsRunModel::POSITION, "00:00:00.000"},
-        {AsRunModel::ASKED_BY, "zorvic-control on host, 192.168.100.100:50000"},
-        {AsRunModel::SHOWN, "1, 2 after 100 ms, 10 dropped"}};
+        {AsRunModel::TIME, "2026-01-01 00:00:00.000"},         {AsRunModel::WHAT, "Unit started"},
+        {AsRunModel::PRESET, "1000  A preset's name"},         {AsRunModel::POSITION, "00:00:00.000"},
+        {AsRunModel::ASKED_BY, "zorvic-control on host, 192"}, {AsRunModel::SHOWN, "1, 2 after 100 ms"}};
     for (const auto& [column, sample] : widths)
         EntriesView->setColumnWidth(column, fontMetrics().horizontalAdvance(QString::fromLatin1(sample)) + 16);
     EntriesView->horizontalHeader()->setStretchLastSection(true);
@@ -107,7 +105,8 @@ void AsRunWindow::ShowState() {
     if (state == State::Connecting) text = tr("No answer from the unit, trying again");
     if (state == State::Reading) text = tr("Reading older entries");
     if (state == State::Live) text = tr("Live");
-    StateLabel->setText(LastSave.isEmpty() ? tr("%1 - %2").arg(text, count) : LastSave);
+    text = tr("%1 - %2").arg(text, count);
+    StateLabel->setText(LastSave.isEmpty() ? text : tr("%1 - %2").arg(text, LastSave));
 }
 
 void AsRunWindow::OnFilterChanged(const QString& text) {
@@ -131,11 +130,13 @@ void AsRunWindow::OnCopyClicked() {
     QApplication::clipboard()->setText(text);
 }
 
-// The dialog runs the event loop, in which the window may be closed.
+// The dialog runs the event loop, in which the window may be closed. It does not begin in the program's own directory,
+// which holds nothing else.
 void AsRunWindow::OnSaveClicked() {
     const QPointer<AsRunWindow> self(this);
-    const QString file = QFileDialog::getSaveFileName(this, tr("Save as CSV"), QStringLiteral("as-run.csv"),
-                                                      tr("CSV files (*.csv);;All files (*)"));
+    const QString file =
+        QFileDialog::getSaveFileName(this, tr("Save as CSV"), QDir::home().filePath(QStringLiteral("as-run.csv")),
+                                     tr("CSV files (*.csv);;All files (*)"));
     if (self && !file.isEmpty()) SaveTo(file);
 }
 

@@ -46,5 +46,5 @@ private:
     AsRunFilter* Shown;
     QTimer Round;
     const QString Unit;
-    QString LastSave;  ///< what became of it, until something else happens
+    QString LastSave;  ///< what became of it, until the filter changes
 };
