@@ -80,6 +80,8 @@ void Daemon::Stop() {
 zorvic::v1::PowerAction Daemon::Run() {
     for (;;) {
         const auto action = Power.Wait();
+        // Whoever has asked for it is told first: the end of the state stream would cancel the call.
+        std::this_thread::sleep_for(ReplyTime);
         if (action != zorvic::v1::POWER_ACTION_SOFT_REBOOT) return action;
         SoftReboot();
     }
@@ -87,7 +89,6 @@ zorvic::v1::PowerAction Daemon::Run() {
 
 void Daemon::SoftReboot() {
     spdlog::info("soft reboot: playback ends, the store is read again, all sessions end");
-    std::this_thread::sleep_for(ReplyTime);
     try {
         Model.Reload();
     } catch (const Fault& fault) {
