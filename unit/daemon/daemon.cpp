@@ -2,6 +2,7 @@
 
 #include "daemon/video_modes.h"
 #include "fault.h"
+#include "outputs/figures.h"
 #include "tls/credentials.h"
 
 #include <spdlog/spdlog.h>
@@ -146,6 +147,7 @@ void Daemon::StartRenderer(const Options& options) {
     Showing.emplace(
         setup, Model, Pictures, [this](const std::string& path) { return Assets->HostFile(path); },
         [this](const std::string& path, const std::string& reason) { Assets->Condemn(path, reason); }, Record);
+    Service.SetFiguresReader([this] { return FiguresOf(Showing->Figures()); });
 }
 
 AnnouncerConfig Daemon::MakeAnnouncement(const Options& options) const {
