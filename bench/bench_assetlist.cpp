@@ -57,7 +57,7 @@ void BenchFirstScan(benchmark::State& state) {
     const PeakMemory memory(state);
     for (auto _ : state) {
         state.PauseTiming();
-        FakeZorvic::ClearCalls();
+        FakeZorvic::Calls.clear();
         bench.Unit.Assets.clear();
         bench.View = std::make_unique<ZorvicView>("guid", "host");
         bench.Unit.Assets = assets;

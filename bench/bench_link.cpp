@@ -4,8 +4,11 @@
 
 #include <zorvic/zorvic.h>
 
+#include <atomic>
+#include <chrono>
 #include <filesystem>
 #include <memory>
+#include <vector>
 
 #include "support/unitprocess.h"
 
@@ -39,13 +42,57 @@ public:
 
 private:
     Link() : Unit(Directory.Path(), {"--announce", "off"}), Client(std::make_unique<Zorvic::Session>(Unit.Host(), 1)) {
-        FillUpTo(1);
+        FillUpTo(2);
     }
 
     TemporaryDirectory Directory;
     UnitProcess Unit;
     std::unique_ptr<Zorvic::Session> Client;
 };
+
+/// A question and its answer alone, what everything else is compared with.
+void PlainCall(benchmark::State& state) {
+    Zorvic::Session& session = Link::Instance().Session();
+    Zorvic::AssetMetadata metadata;
+    for (auto _ : state) {
+        if (session.ReadAssetMetadata("none", metadata) != Zorvic::ZORVIC_STATUS_FAILED)
+            state.SkipWithError("no answer");
+    }
+}
+BENCHMARK(PlainCall)->Unit(benchmark::kMicrosecond)->UseRealTime()->Repetitions(9)->ReportAggregatesOnly();
+
+/// When the latest event came.
+struct Heard {
+    std::atomic<int> Count = 0;
+    std::atomic<std::chrono::steady_clock::time_point> At;
+};
+
+/// From a command to the event in the callback of another console.
+void CommandToEvent(benchmark::State& state) {
+    using Clock = std::chrono::steady_clock;
+    Zorvic::Session& session = Link::Instance().Session();
+    Zorvic::Session other(session.GetHost(), 1);
+    Heard heard;
+    const auto hear = [](Zorvic::StateEventType /*type*/, void* user) {
+        auto& events = *static_cast<Heard*>(user);
+        events.At = Clock::now();
+        ++events.Count;
+        events.Count.notify_one();
+    };
+    other.SetStateEventCallback(Zorvic::ZORVIC_STATE_PRESETSTATES, hear, &heard);
+    heard.Count.wait(0);               // the answer to the registration
+    static std::int32_t selected = 1;  // the unit keeps it over repetitions
+    for (auto _ : state) {
+        selected = 3 - selected;
+        const int before = heard.Count;
+        const auto begun = Clock::now();
+        session.SelectPreset(selected);
+        heard.Count.wait(before);
+        state.SetIterationTime(std::chrono::duration<double>(heard.At.load() - begun).count());
+    }
+    other.SetStateEventCallback(Zorvic::ZORVIC_STATE_PRESETSTATES, nullptr, nullptr);
+}
+BENCHMARK(CommandToEvent)->Unit(benchmark::kMicrosecond)->UseManualTime()->Repetitions(9)->ReportAggregatesOnly();
 
 /// A command that leads to a state change, a write and an event: the call returns when a read shows the effect.
 void CommandRoundTrip(benchmark::State& state) {

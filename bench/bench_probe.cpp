@@ -55,7 +55,7 @@ double Time(const Action& action) {
 }  // namespace
 
 int main() {
-    const ZorvicUnit::MediaDirectory directory;
+    const TemporaryDirectory directory;
     ZorvicUnit::MediaReader reader(ZorvicUnit::MediaProgram(), ZorvicUnit::Manners::Normal);
     double ours = 0;
     double bare = 0;

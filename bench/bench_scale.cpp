@@ -39,8 +39,18 @@ struct Unit {
         profile.Identity.set_guid("unit-1");
         Model.emplace(profile, Store, Time, Catalog, Updates);
         Model->ApplyAssets(all);
-        Console.emplace(Updates);
+        Connect();
         Read();
+    }
+    void Connect() {
+        Console.emplace(Updates);
+        Copy.emplace("");
+    }
+    void Reconnect() {
+        const auto known = Copy->Current();
+        Console.emplace(Updates,
+                        Feed::Subscription::Wishes{.KnownRun = Updates.Run(), .KnownRevision = known->Revision});
+        Copy.emplace("", known);
     }
     void Probe(int number) {
         zorvic::v1::Asset asset;
@@ -50,7 +60,7 @@ struct Unit {
     }
     void Read() {
         auto batch = Console->Next(std::chrono::milliseconds(0));
-        WriteFrames(std::move(*batch), [this](const auto& frame) { return Copy.Apply(frame), true; });
+        WriteFrames(std::move(*batch), [this](const auto& frame) { return Copy->Apply(frame), true; });
     }
 
     TemporaryDirectory Directory;
@@ -60,7 +70,7 @@ struct Unit {
     Feed Updates;
     std::optional<UnitModel> Model;
     std::optional<Feed::Subscription> Console;
-    Zorvic::Internal::Mirror Copy{""};
+    std::optional<Zorvic::Internal::Mirror> Copy;
     std::int64_t Sizes = 0;
 };
 
@@ -90,13 +100,17 @@ void Edit(benchmark::State& state) {
 void ProbeResult(benchmark::State& state) {
     Measure(state, [](Unit& unit) { unit.Probe(1); });
 }
+void Connect(benchmark::State& state) {
+    Measure(state, [](Unit& unit) { unit.Connect(); });
+}
 void Reconnect(benchmark::State& state) {
-    Measure(state, [](Unit& unit) { unit.Console.emplace(unit.Updates); });
+    Measure(state, [](Unit& unit) { unit.Reconnect(); });
 }
 
 BENCHMARK(Take)->Arg(100)->Arg(10'000)->Unit(benchmark::kMicrosecond);
 BENCHMARK(Edit)->Arg(100)->Arg(10'000)->Unit(benchmark::kMicrosecond);
 BENCHMARK(ProbeResult)->Arg(100)->Arg(10'000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(Connect)->Arg(100)->Arg(10'000)->Unit(benchmark::kMicrosecond);
 BENCHMARK(Reconnect)->Arg(100)->Arg(10'000)->Unit(benchmark::kMicrosecond);
 
 }  // namespace

@@ -2,8 +2,16 @@
 
 #include <cstdint>
 #include <functional>
+#include <string>
 
 namespace ZorvicUnit {
+
+/// The console that asks for something; nobody when it has no address.
+struct Asker {
+    std::string Address;     ///< "192.0.2.1:50000"
+    std::string Client;      ///< what it calls itself, or its certificate does
+    bool Certified = false;  ///< the latter
+};
 
 /// What a command knows of the call that brought it.
 struct Caller {
@@ -12,6 +20,7 @@ struct Caller {
     std::function<bool()> Waits = [] { return true; };
     /// The same for every repetition of one request; 0 for a request that does no harm twice.
     std::uint64_t RequestKey = 0;
+    Asker Who = {};
 };
 
 }  // namespace ZorvicUnit

@@ -1,5 +1,6 @@
 #include "channel.h"
 
+#include "client_name.h"
 #include "credentials.h"
 #include "link_error.h"
 
@@ -66,6 +67,8 @@ grpc::ChannelArguments Arguments(std::chrono::milliseconds connectLimit) {
     arguments.SetInt(GRPC_ARG_ENABLE_HTTP_PROXY, 0);
     arguments.SetInt(GRPC_ARG_ENABLE_RETRIES, 0);  // a command takes effect once or fails
     arguments.SetInt(GRPC_ARG_SERVICE_CONFIG_DISABLE_RESOLUTION, 1);
+    // Every call carries it; empty, only the RPC library's own name is there.
+    if (const std::string name = ClientName(); !name.empty()) arguments.SetUserAgentPrefix(name);
     arguments.SetMaxReceiveMessageSize(MaxMessageBytes);
     arguments.SetInt(GRPC_ARG_MAX_METADATA_SIZE, MaxHeaderBytes);
     return arguments;

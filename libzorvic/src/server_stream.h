@@ -15,6 +15,14 @@
 
 namespace Zorvic::Internal {
 
+/// The unit has ended a stream, or refused it.
+class StreamEnd : public LinkError {
+public:
+    explicit StreamEnd(const grpc::Status& status)
+        : LinkError("the stream ended: " + status.error_message()), Outcome(status) {}
+    const grpc::Status Outcome;
+};
+
 /// A stream from the unit, read with a limit on silence: a frozen unit keeps its connection open for ever, so only time
 /// tells. One thread reads; Cancel may come from any other.
 template <class Frame>
@@ -28,7 +36,7 @@ public:
     ServerStream(const ServerStream&) = delete;
     ServerStream& operator=(const ServerStream&) = delete;
 
-    // Both throw LinkError when the stream is over or the time is; the stream is of no further use then.
+    // Both throw LinkError (StreamEnd) when the stream is over or the time is; the stream is of no further use then.
 
     /// Waits for the connection. To be called once, before the first Read.
     void Start(std::chrono::milliseconds limit) {
@@ -87,7 +95,7 @@ void ServerStream<Frame>::ThrowOutcome() {
     bool succeeded = false;
     Reader->Finish(&outcome, this);
     Queue.Next(&tag, &succeeded);
-    throw LinkError("the stream ended: " + outcome.error_message());
+    throw StreamEnd(outcome);
 }
 
 }  // namespace Zorvic::Internal

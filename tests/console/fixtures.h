@@ -2,30 +2,17 @@
 
 #include "metadata_cache.h"
 #include "playheadwidget.h"
-#include "sessionmanager.h"
+#include "support/consolewindows.h"
 #include "support/fakezorvic.h"
 #include "zorvicview.h"
 
 #include <gmock/gmock.h>
 
-#include <QApplication>
 #include <QScrollBar>
-#include <QTest>
 #include <QTimer>
-
-#include <memory>
-#include <string>
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-/// The first window of this kind, or null.
-template <typename Window>
-Window* TopLevel() {
-    for (QWidget* const window : QApplication::topLevelWidgets())
-        if (auto* const found = qobject_cast<Window*>(window)) return found;
-    return nullptr;
-}
 
 inline std::vector<std::string> Column(const QTreeWidget* tree, int column) {
     std::vector<std::string> texts;
@@ -51,7 +38,7 @@ protected:
     /// The commands since it was last asked for them.
     static std::vector<std::string> Sent() {
         auto commands = FakeZorvic::Commands();
-        FakeZorvic::ClearCalls();
+        FakeZorvic::Calls.clear();
         return commands;
     }
     Zorvic::Asset& AddAsset(const std::string& path, const Zorvic::Size2D& resolution = {1920, 1080}) {
@@ -78,7 +65,7 @@ protected:
         AddPreset("Finale", 100000);
         SelectOnUnit(1);
     }
-    ~ViewTest() override { FakeZorvic::SetHook(nullptr); }
+    ~ViewTest() override { FakeZorvic::Hook = nullptr; }
 
     void AddPreset(const char* name, int trtMS) {
         Zorvic::Preset preset;
@@ -123,7 +110,7 @@ protected:
         window.show();
         QApplication::setActiveWindow(&window);
         ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
-        FakeZorvic::ClearCalls();
+        FakeZorvic::Calls.clear();
     }
     void Close() { View.reset(); }
 

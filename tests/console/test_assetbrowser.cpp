@@ -20,7 +20,7 @@ protected:
         SetFolder("E", "\\Sub", {"Sub"});
         Browser.RefreshAll();
         Browser.DriveChoice->setCurrentText(QStringLiteral("E"));
-        FakeZorvic::ClearCalls();
+        FakeZorvic::Calls.clear();
     }
 
     void SetDrives(const std::vector<std::string>& mountpoints) {
@@ -44,7 +44,7 @@ protected:
     }
     std::string SelectedPaths() const { return Browser.GetSelectedPaths().join(QLatin1Char(' ')).toStdString(); }
     int ListingsOfATimerTick() const {
-        FakeZorvic::ClearCalls();
+        FakeZorvic::Calls.clear();
         QMetaObject::invokeMethod(Browser.findChild<QTimer*>(), "timeout");
         return FakeZorvic::Counts()["GetDiskAssets"];
     }
@@ -145,9 +145,9 @@ TEST_F(AssetBrowserTest, ImportGoesOnAfterAFailureAndShowsItsProgress) {
 
 TEST_F(AssetBrowserTest, HiddenBrowserIsRefreshedUnlessItsDriveIsSlowOrTheSessionGone) {
     EXPECT_EQ(ListingsOfATimerTick(), 1);
-    FakeZorvic::SetHook([](const FakeZorvic::Call& call) {
+    FakeZorvic::Hook = [](const FakeZorvic::Call& call) {
         if (call.Operation == "GetDiskAssets") std::this_thread::sleep_for(60ms);  // what is measured
-    });
+    };
     EXPECT_EQ(ListingsOfATimerTick(), 1);
     EXPECT_EQ(ListingsOfATimerTick(), 0);
     Browser.show();

@@ -1,6 +1,4 @@
 #include "fixtures.h"
-#include "mainwindow.h"
-#include "zorvicchooser.h"
 
 namespace {
 
@@ -20,15 +18,15 @@ Zorvic::LANZorvic MakeUnit(const std::string& ip, const std::string& nickname = 
 class Chooser : public UnitTest {
 protected:
     Chooser() {
-        FakeZorvic::ClearCalls();
+        FakeZorvic::Calls.clear();
         Window.RefreshLANZorvics();
-        EXPECT_TRUE(FakeZorvic::Calls().empty()) << "no search while hidden";
+        EXPECT_TRUE(FakeZorvic::Calls.empty()) << "no search while hidden";
         ShowActive();
     }
 
     /// What the list holds from now on, as the next periodic refresh finds it.
     void Find(const std::vector<Zorvic::LANZorvic>& units) {
-        FakeZorvic::SetLANZorvics(units);
+        FakeZorvic::LANUnits = units;
         Window.RefreshLANZorvics();
     }
     void ShowActive() {
@@ -46,18 +44,14 @@ protected:
     QTreeWidget* List = Window.ZorvicFinderList;
 };
 
-TEST_F(Chooser, ShowsWhatIsKnownOfAUnit) {
+TEST_F(Chooser, ShowsWhatIsKnownOfUnitsAndOffersTheFirstWhenNothingIsTyped) {
     auto newer = MakeUnit("10.0.0.2", "guid-10.0.0.2");
     newer.Type = static_cast<Zorvic::UnitType>(17);
     newer.CurrentRole = Zorvic::ZORVIC_ROLE_MAX;
+    Window.ZorvicIPBox->setText(QStringLiteral("192.168.7"));
     Find({MakeUnit("10.0.0.1"), newer});
     EXPECT_EQ(Row(List, 0), "10.0.0.1,Stage,Lumen,guid-10.0.0.1,Primary,7.1,3");
     EXPECT_EQ(Row(List, 1), "10.0.0.2,(none),,guid-10.0.0.2,,7.1,3");
-}
-
-TEST_F(Chooser, OffersTheFirstUnitOnlyWhenNothingIsTypedOrSelected) {
-    Window.ZorvicIPBox->setText(QStringLiteral("192.168.7"));
-    Find({MakeUnit("10.0.0.1"), MakeUnit("10.0.0.2")});
     EXPECT_EQ(Address(), "192.168.7");
     Window.ZorvicIPBox->clear();
     Window.RefreshLANZorvics();
@@ -88,23 +82,20 @@ TEST_F(Chooser, ReturnAnywhereAndADoubleClickConnectOnceWhereAUnitAnswers) {
     EXPECT_EQ(Window.ResultLabel->text(), QStringLiteral("No unit answers at 10.0.0.9."));
     Window.ZorvicIPBox->clear();
     EXPECT_TRUE(Window.ResultLabel->text().isEmpty());
-    const auto keyOn = [this](QWidget* focused, Qt::Key key) {
-        Window.ZorvicIPBox->setText(QStringLiteral("  host "));
-        focused->setFocus();
-        QTest::keyClick(focused, key);
-    };
     const std::vector<std::function<void()>> ways = {
-        [&] { keyOn(List, Qt::Key_Return); }, [&] { keyOn(Window.ZorvicIPBox, Qt::Key_Enter); },
-        [&] {
+        [this] { QTest::keyClick(List, Qt::Key_Return); },
+        [this] { QTest::keyClick(Window.ZorvicIPBox, Qt::Key_Enter); },
+        [this] {
             Find({MakeUnit("10.0.0.2"), MakeUnit("host")});
             Press(List->topLevelItem(1));
             const auto place = List->visualItemRect(List->topLevelItem(1)).center();
             QTest::mouseDClick(List->viewport(), Qt::LeftButton, {}, place);
         }};
     for (const auto& connect : ways) {
-        FakeZorvic::ClearCalls();
+        FakeZorvic::Calls.clear();
         Main.NewMenuItem->trigger();
         ShowActive();
+        Window.ZorvicIPBox->setText(QStringLiteral("  host "));
         connect();
         EXPECT_EQ(FakeZorvic::Counts()["Session"], 1);
         EXPECT_EQ(FakeZorvic::LastCall("Session").Host, "host");
@@ -115,13 +106,13 @@ TEST_F(Chooser, ReturnAnywhereAndADoubleClickConnectOnceWhereAUnitAnswers) {
 
 TEST_F(Chooser, ConnectingAgainWhileATabIsBuiltDoesNothing) {
     Window.ZorvicIPBox->setText(QStringLiteral("host"));
-    FakeZorvic::SetHook([this](const FakeZorvic::Call& call) {
+    FakeZorvic::Hook = [this](const FakeZorvic::Call& call) {
         if (call.Operation != "GetAssets") return;
-        FakeZorvic::SetHook(nullptr);
+        FakeZorvic::Hook = nullptr;
         Window.RefreshLANZorvics();
         Window.ConnectButton->click();
         QTest::keyClick(&Window, Qt::Key_Return);
-    });
+    };
     Window.OnConnectClicked();
     EXPECT_EQ(FakeZorvic::Counts()["Session"], 1);
     EXPECT_EQ(Main.ZorvicTabs->count(), 1);

@@ -2,7 +2,6 @@
 // change things in between. ZORVIC_GESTURES sets how many gestures are made, ZORVIC_SEED where they begin.
 
 #include "fixtures.h"
-#include "mainwindow.h"
 #include "support/environment.h"
 
 #include <QMenu>
@@ -33,9 +32,9 @@ struct GesturesTest : ViewTest {
 
     void Refresh() {
         // A unit does what it is told.
-        for (const auto& call : FakeZorvic::Calls())
+        for (const auto& call : FakeZorvic::Calls)
             if (call.Operation == "SelectPreset" && Unit.FindState(call.PK)) SelectOnUnit(call.PK);
-        FakeZorvic::ClearCalls();
+        FakeZorvic::Calls.clear();
         Pump(ZORVIC_STATE_PRESETS, ZORVIC_STATE_PRESETSTATES, ZORVIC_STATE_TIMECODE);
         for (const auto& command : Sent())
             EXPECT_TRUE(command.starts_with("UpdatePreset")) << command << " by a refresh";
@@ -148,7 +147,7 @@ struct GesturesTest : ViewTest {
     /// What was sent since the last refresh went to the unit shown and to what was shown selected, and is what the
     /// gesture asks for.
     testing::AssertionResult SentOnly(const Asked& asked, const std::set<int>& selected, int current) {
-        for (const auto& call : FakeZorvic::Calls()) {
+        for (const auto& call : FakeZorvic::Calls) {
             if (call.Operation.starts_with("Get") || call.Operation == "ReadAssetMetadata") continue;
             const bool isMeant = call.Operation == "SelectPreset" ? call.PK == Current()
                                  : asked.OnAllSelected            ? selected.contains(call.PK)

@@ -1,7 +1,6 @@
 #include "application.h"
 #include "comparewindow.h"
 #include "fixtures.h"
-#include "mainwindow.h"
 
 #include <QPointer>
 
@@ -17,7 +16,7 @@ protected:
     Shell() {
         Unit.Nickname = "Stage & Hall";
         FakeZorvic::AddUnit("other", "guid-2");
-        FakeZorvic::ClearCalls();
+        FakeZorvic::Calls.clear();
     }
 
     ZorvicView* Connect(const std::string& host) {
@@ -51,9 +50,9 @@ TEST_F(Shell, ATabIsUnregisteredBeforeItDiesReplacedAtTheEndOrClosed) {
     EXPECT_THAT(Labels(), ElementsAre("other", "host:Stage && Hall"));
     EXPECT_EQ(FakeZorvic::Registrations(again), EventTypes);
     bool aliveThroughout = true;
-    FakeZorvic::SetHook([&](const FakeZorvic::Call&) { aliveThroughout = aliveThroughout && again; });
+    FakeZorvic::Hook = [&](const FakeZorvic::Call&) { aliveThroughout = aliveThroughout && again; };
     CloseTab(again);
-    FakeZorvic::SetHook(nullptr);
+    FakeZorvic::Hook = nullptr;
     EXPECT_TRUE(aliveThroughout);
     EXPECT_TRUE(again.isNull());
     EXPECT_EQ(FakeZorvic::Registrations(), EventTypes);
@@ -91,7 +90,7 @@ TEST_F(Shell, TwoUnitsAreComparedWhenItIsAskedForAndNotBefore) {
 
 TEST_F(Shell, UnitMenusReachTheUnitOfTheCurrentTabOnly) {
     UseEveryUnitMenu();
-    EXPECT_TRUE(FakeZorvic::Calls().empty()) << "without a tab";
+    EXPECT_TRUE(FakeZorvic::Calls.empty()) << "without a tab";
     EXPECT_FALSE(Window->ShutdownMenuItem->isEnabled());
     auto* first = Connect("host");
     Connect("other");

@@ -51,7 +51,7 @@ TEST_F(MixTest, PictureSlidersAdjustTheChosenPlayersAsset) {
     View->HueSel->setValue(-55);
     EXPECT_FLOAT_EQ(Hue(1), -0.55F);
     EXPECT_FLOAT_EQ(Hue(0), 0.3F);
-    FakeZorvic::ClearCalls();
+    FakeZorvic::Calls.clear();
     Preset(1).Canvases.push_back(Canvas(2));
     Pump(ZORVIC_STATE_PRESETS);
     EXPECT_THAT(FakeZorvic::Commands(), IsEmpty());
@@ -67,7 +67,7 @@ TEST_F(MixTest, PictureSlidersAdjustTheChosenPlayersAsset) {
     EXPECT_EQ(View->ActivePlayerSel->currentText(), QStringLiteral("Player 1"));
     EXPECT_EQ(View->HueSel->value(), 30);
     Preset(1).Canvases[0].Assets.resize(2);
-    FakeZorvic::ClearCalls();
+    FakeZorvic::Calls.clear();
     View->HueSel->setValue(9);
     EXPECT_THAT(FakeZorvic::Commands(), IsEmpty());
 }

@@ -2,8 +2,6 @@
 #include "view/outputmonitors.h"
 #include "widgets/outputmonitor.h"
 
-#include <QTabWidget>
-
 using namespace std::chrono_literals;
 
 namespace {
@@ -46,30 +44,30 @@ TEST_F(MonitorsTest, AMonitorTellsWhatIsNotLive) {
 
 TEST_F(MonitorsTest, OnlyMonitorsOnTheScreenOfAUnitThatAnswersAskForPictures) {
     Notices();
-    EXPECT_EQ(FakeZorvic::LivePreviews(), 1);
+    EXPECT_EQ(FakeZorvic::LivePreviews, 1);
     View->SimulatorCheckBox->setChecked(false);
     EXPECT_FALSE(Strip().isVisible());
-    EXPECT_EQ(FakeZorvic::LivePreviews(), 0);
+    EXPECT_EQ(FakeZorvic::LivePreviews, 0);
     View->SimulatorCheckBox->setChecked(true);
     QTabWidget tabs;
     tabs.addTab(View.get(), QString());
     tabs.addTab(new QWidget, QString());
     tabs.show();
-    EXPECT_EQ(FakeZorvic::LivePreviews(), 1);
+    EXPECT_EQ(FakeZorvic::LivePreviews, 1);
     tabs.setCurrentIndex(1);
-    EXPECT_EQ(FakeZorvic::LivePreviews(), 0) << "in the background";
+    EXPECT_EQ(FakeZorvic::LivePreviews, 0) << "in the background";
     tabs.setCurrentIndex(0);
     Unit.Reachable = false;
     View->UpdateStatus();
-    EXPECT_EQ(FakeZorvic::LivePreviews(), 0) << "no answer";
+    EXPECT_EQ(FakeZorvic::LivePreviews, 0) << "no answer";
     Unit.Pictures.clear();
     EXPECT_EQ(Notices().size(), 2U) << "what came last stays";
     Unit.Reachable = true;
     View->UpdateStatus();
-    EXPECT_EQ(FakeZorvic::LivePreviews(), 1);
+    EXPECT_EQ(FakeZorvic::LivePreviews, 1);
     View->setParent(nullptr);
     Close();
-    EXPECT_EQ(FakeZorvic::LivePreviews(), 0);
+    EXPECT_EQ(FakeZorvic::LivePreviews, 0);
 }
 
 }  // namespace

@@ -64,15 +64,14 @@ TEST_F(AssetMetadataCache, ProbesAnAssetAgainOnlyWhenContentOrStatusChanged) {
 }
 
 TEST_F(AssetMetadataCache, RefusesUnfinishedAssetsByRecordAndProbesThemByPathEveryTime) {
-    Clip.Status = Zorvic::ZORVIC_ASSETSTATE_INGESTING;
-    EXPECT_EQ(Look(Clip), 0);
-    Clip.Status = Zorvic::ZORVIC_ASSETSTATE_READY;
     Clip.Checksum.clear();
     EXPECT_EQ(Look(Clip), 0);
     Unit.Assets = {Clip};
-    EXPECT_EQ(Look(Path), 1000);
-    Duration = 2000;
-    EXPECT_EQ(Look(Path), 2000);
+    for (Duration = 1000; Duration < 3000; Duration += 1000)
+        EXPECT_EQ(Look(Path), Duration);
+    Clip.Checksum = "one";
+    Clip.Status = Zorvic::ZORVIC_ASSETSTATE_INGESTING;
+    EXPECT_EQ(Look(Clip), 0);
 }
 
 TEST_F(AssetMetadataCache, HasNothingAfterAFailureButKeepsWhatItKnew) {
@@ -80,13 +79,11 @@ TEST_F(AssetMetadataCache, HasNothingAfterAFailureButKeepsWhatItKnew) {
     auto changed = Clip;
     changed.Checksum = "two";
     Unit.Fail("ReadAssetMetadata", Zorvic::ZORVIC_STATUS_FAILED);
-    EXPECT_EQ(Look(changed), 0);
-    EXPECT_EQ(Look(changed), 0);
+    EXPECT_EQ(Look(changed) + Look(changed), 0);
     EXPECT_EQ(FakeZorvic::Counts()["ReadAssetMetadata"], 2) << "a failure is asked for once";
     EXPECT_EQ(Look(Clip), 1000);
     Disconnect();
-    EXPECT_EQ(Look(Path), 0);
-    EXPECT_EQ(Look(changed), 0);
+    EXPECT_EQ(Look(Path) + Look(changed), 0);
 }
 
 }  // namespace

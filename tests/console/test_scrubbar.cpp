@@ -1,18 +1,9 @@
-#include "playheadwidget.h"
+#include "fixtures.h"
 
-#include <gmock/gmock.h>
-
-#include <QApplication>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QPointer>
 #include <QSignalSpy>
-#include <QTest>
-#include <QTimer>
-
-#include <limits>
-
-using testing::ElementsAre;
 
 namespace {
 
@@ -76,7 +67,7 @@ TEST_F(ScrubBarTest, ClicksSeekWithoutRegardToTheTrimButNotOnItsGrabbers) {
     EXPECT_THAT(Sent(Moved), ElementsAre(97000, 80000, 40000, 21000, 4000));
 }
 
-TEST_F(ScrubBarTest, DragIsHeldInsideTheTrimAndPausesOffTheBar) {
+TEST_F(ScrubBarTest, DragIsHeldInsideTheTrimPausesOffTheBarAndEndsWhenItsReleaseCannotArrive) {
     Bar->SetShowPlayHead(false);  // hidden, the play head still catches presses
     Press(50);
     EXPECT_TRUE(Bar->isSliderDown());
@@ -88,9 +79,6 @@ TEST_F(ScrubBarTest, DragIsHeldInsideTheTrimAndPausesOffTheBar) {
     Release(0);
     Move(60);
     EXPECT_EQ(Moved.size(), 3);
-}
-
-TEST_F(ScrubBarTest, DragEndsWhenItsReleaseCannotArrive) {
     for (const auto type : {QEvent::WindowBlocked, QEvent::Hide}) {
         Press(50);
         QEvent event(type);

@@ -33,11 +33,10 @@ TEST_F(FrameTest, ARoundRefreshesPresetsFirstAndTimecodesLast) {
     Open();
     Play(2, 5000);
     Pump(ZORVIC_STATE_TIMECODE, ZORVIC_STATE_ASSETS, ZORVIC_STATE_PRESETSTATES);
-    const auto calls = FakeZorvic::Calls();
+    const auto calls = std::exchange(FakeZorvic::Calls, {});
     EXPECT_EQ(calls.front().Operation, "GetPresets");
     EXPECT_EQ(calls[calls.size() - 3].Operation, "GetAssets");
     EXPECT_EQ(calls[calls.size() - 2].ToString(), "GetTimeCode 2");
-    FakeZorvic::ClearCalls();
     Unit.Fail("GetPresets", ZORVIC_STATUS_FAILED);
     Pump(ZORVIC_STATE_PRESETS, ZORVIC_STATE_ASSETS, ZORVIC_STATE_HWSTATE);
     EXPECT_EQ(FakeZorvic::Counts()["GetAssets"], 0) << "a failed list ends the round";
@@ -92,7 +91,7 @@ TEST_F(FrameTest, ARoundAndAGestureReadTheListsOnceAndLookTheSessionUpAnew) {
     Open();
     Play(2, 5000);
     const auto reads = [](const std::function<void()>& act) {
-        FakeZorvic::ClearCalls();
+        FakeZorvic::Calls.clear();
         act();
         auto counts = FakeZorvic::Counts();
         return std::pair(counts["GetPresets"], counts["GetPresetStates"]);
@@ -134,14 +133,14 @@ TEST_F(FrameTest, TheFirstScanCountsAndSurvivesTheEndOfItsDialogAndSession) {
     for (const char* path : {"C:\\a.mov", "C:\\b.mov", "C:\\c.mov"})
         AddAsset(path);
     std::vector<std::string> counts;
-    FakeZorvic::SetHook([&](const FakeZorvic::Call& call) {
+    FakeZorvic::Hook = [&](const FakeZorvic::Call& call) {
         auto* const dialog = TopLevel<AssetsLoadingDialog>();
         if (call.Operation != "ReadAssetMetadata" || !dialog || !dialog->isVisible()) return;
         counts.push_back(dialog->PBar->text().toStdString());
         if (counts.size() < 2) return;
         QTimer::singleShot(0, dialog, &QWidget::close);
         QTimer::singleShot(0, qApp, [this] { Disconnect(); });
-    });
+    };
     Open();
     EXPECT_THAT(counts, ElementsAre("Asset 1 of 3 (33%)", "Asset 2 of 3 (66%)"));
     EXPECT_EQ(FakeZorvic::LiveSessions(), 0);

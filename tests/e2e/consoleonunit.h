@@ -12,10 +12,7 @@ protected:
     static bool Becomes(Condition condition) {
         return QTest::qWaitFor(condition, 30000);
     }
-    template <typename Button = QPushButton>
-    void Click(const char* name) const {
-        QTest::mouseClick(Console.Find<Button>(name), Qt::LeftButton);
-    }
+    void Click(const char* name) const { QTest::mouseClick(Console.Find<QPushButton>(name), Qt::LeftButton); }
 
     UnitWithClip Unit;
     ConsoleWindows Console;

@@ -3,21 +3,9 @@
 #include "presetbuilder.h"
 #include "simulatorpane.h"
 
-#include <QApplication>
 #include <QTreeWidget>
 
 namespace {
-
-/// A visible window when there is one.
-template <typename Widget>
-Widget* TopLevel() {
-    Widget* best = nullptr;
-    for (QWidget* const window : QApplication::topLevelWidgets()) {
-        auto* const found = qobject_cast<Widget*>(window);
-        if (found && (!best || found->isVisible())) best = found;
-    }
-    return best;
-}
 
 void ChooseClipFor(int column) {
     const auto panes = TopLevel<PresetBuilder>()->findChildren<Simulator::SimulatorPaneWidget*>();

@@ -3,8 +3,6 @@
 #include <QElapsedTimer>
 #include <QSlider>
 
-#include <algorithm>
-#include <array>
 #include <cmath>
 #include <fstream>
 

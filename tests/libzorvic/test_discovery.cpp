@@ -7,10 +7,6 @@
 #include <gmock/gmock.h>
 #include <zorvic/discovery.h>
 
-#include <algorithm>
-#include <atomic>
-#include <cstdlib>
-
 using namespace Zorvic;
 using namespace Zorvic::Internal;
 using namespace std::chrono_literals;
@@ -39,11 +35,11 @@ auto HasGUID(const char* guid) {
     return testing::Field(&LANZorvic::GUID, guid);
 }
 
-/// A browser that a test speaks for through the listener. Counts itself.
+/// A browser that a test speaks for through the listener.
 struct FakeBrowser final : ServiceBrowser {
-    explicit FakeBrowser(std::atomic<int>& running) : Running(running) { ++Running; }
+    FakeBrowser() { ++Running; }
     ~FakeBrowser() override { --Running; }
-    std::atomic<int>& Running;
+    static inline std::atomic<int> Running = 0;
 };
 
 class Tracker : public testing::Test {
@@ -135,24 +131,23 @@ TEST(Service, ListsWhoAnswersAndRestsWhenNobodyAsks) {
     const std::vector<AnnouncedUnit> announced = {
         Announced("1", "127.0.0.1", first->Port), Announced("2", "127.0.0.1", second.Port),
         Announced("dead", "127.0.0.1", 1), Announced("garbage", "not a host", 1)};
-    std::atomic<int> running{0};
     std::atomic<ServiceListener*> listener{nullptr};
     DiscoveryService service(
         [&](ServiceListener& given) {
             listener = &given;
             for (const auto& unit : announced)
                 given.OnAnnounced(unit);
-            return std::make_unique<FakeBrowser>(running);
+            return std::make_unique<FakeBrowser>();
         },
         MakeUnitProber(), 1s);
-    EXPECT_EQ(running, 0);
+    EXPECT_EQ(FakeBrowser::Running, 0);
     ASSERT_TRUE(WaitUntil([&] { return service.Units().size() == 2; }));
-    EXPECT_EQ(running, 1);
+    EXPECT_EQ(FakeBrowser::Running, 1);
     listener.load()->OnWithdrawn("2");
     EXPECT_THAT(service.Units(), ElementsAre(HasGUID("unit-1")));
     first.reset();
     EXPECT_TRUE(WaitUntil([&] { return service.Units().empty(); }));
-    EXPECT_TRUE(WaitUntil([&] { return running == 0; }));
+    EXPECT_TRUE(WaitUntil([&] { return FakeBrowser::Running == 0; }));
 }
 
 TEST(Service, SaysOnceWhyItCannotSearchAndStaysUsable) {

@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 
 #include <limits>
-#include <memory>
 
 using namespace Zorvic;
 
@@ -52,12 +51,7 @@ TEST(Attach, PlacesEveryAlignmentAndKeepsAbsurdSizesInRange) {
     const Size2D hd{1920, 1080};
     const Size2D vga{640, 480};
     const Size2D wide{2560, 1080};
-    const struct {
-        EasyCanvasAlignment Alignment;
-        Size2D Asset;
-        Size2D Canvas;
-        Rect Place;
-    } cases[] = {
+    const std::tuple<EasyCanvasAlignment, Size2D, Size2D, Rect> cases[] = {
         {ZORVIC_ECALIGN_TOPCENTER, vga, hd, {{640, 480}, {640, 0}}},
         {ZORVIC_ECALIGN_TOPRIGHT, vga, hd, {{640, 480}, {1280, 0}}},
         {ZORVIC_ECALIGN_BOTTOMCENTER, vga, hd, {{640, 480}, {640, 600}}},
@@ -88,13 +82,10 @@ TEST(Attach, PlacesEveryAlignmentAndKeepsAbsurdSizesInRange) {
 
 TEST(Attach, RefusesNonsenseAndLeavesTheCanvasAlone) {
     CanvasInfo canvas;
-    const struct {
-        EasyCanvasAlignment Alignment;
-        const char* Path;
-        Size2D Size;
-    } nonsense[] = {{ZORVIC_ECALIGN_INVALID, "a", {1, 1}},  {ZORVIC_ECALIGN_MAX, "a", {1, 1}},
-                    {ZORVIC_ECALIGN_CENTERED, "", {1, 1}},  {ZORVIC_ECALIGN_CENTERED, "a", {0, 1}},
-                    {ZORVIC_ECALIGN_CENTERED, "a", {1, 0}}, {ZORVIC_ECALIGN_CENTERED, "a", {-1, -1}}};
+    const std::tuple<EasyCanvasAlignment, const char*, Size2D> nonsense[] = {
+        {ZORVIC_ECALIGN_INVALID, "a", {1, 1}},  {ZORVIC_ECALIGN_MAX, "a", {1, 1}},
+        {ZORVIC_ECALIGN_CENTERED, "", {1, 1}},  {ZORVIC_ECALIGN_CENTERED, "a", {0, 1}},
+        {ZORVIC_ECALIGN_CENTERED, "a", {1, 0}}, {ZORVIC_ECALIGN_CENTERED, "a", {-1, -1}}};
     for (const auto& [alignment, path, size] : nonsense)
         EXPECT_EQ(AttachAssetToCanvas(alignment, path, size, canvas), ZORVIC_STATUS_MISUSED);
     EXPECT_TRUE(canvas.Assets.empty());

@@ -53,6 +53,7 @@ public:
     TemporaryDirectory(const TemporaryDirectory&) = delete;
     TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
     const std::string& Path() const { return Directory; }
+    std::filesystem::path operator/(const std::string& name) const { return std::filesystem::path(Directory) / name; }
 
 private:
     std::string Directory;

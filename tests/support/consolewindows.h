@@ -4,12 +4,22 @@
 #include "sessionmanager.h"
 #include "zorvicchooser.h"
 
+#include <QApplication>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTest>
 
-#include <string>
+/// A window of this kind, a visible one when there is one; null when there is none.
+template <typename Widget>
+Widget* TopLevel() {
+    Widget* best = nullptr;
+    for (QWidget* const window : QApplication::topLevelWidgets()) {
+        auto* const found = qobject_cast<Widget*>(window);
+        if (found && (!best || found->isVisible())) best = found;
+    }
+    return best;
+}
 
 /// The console's windows in this process, on whichever library the program links.
 class ConsoleWindows {

@@ -1,9 +1,6 @@
 #include "support/fakezorvic.h"
 
-#include <algorithm>
-#include <memory>
 #include <set>
-#include <stdexcept>
 
 using FakeZorvic::Call;
 using FakeZorvic::Unit;
@@ -11,36 +8,21 @@ using FakeZorvic::Unit;
 namespace FakeZorvic {
 namespace {
 
-struct Globals {
-    std::map<std::string, std::shared_ptr<Unit>> Units;
-    std::vector<Zorvic::LANZorvic> LANUnits;
-    std::vector<Call> Calls;
-    std::function<void(const Call&)> Hook;
-};
-Globals Global;
-
 // Of the sessions alive now, whatever is reset.
 std::map<const Zorvic::Session*, std::string> Hosts;
 std::map<std::pair<const Zorvic::Session*, Zorvic::StateEventType>, void*> Users;
-int Previews = 0;
 
 /// How every operation starts.
 void Begin(const Call& call) {
-    Global.Calls.push_back(call);
+    Calls.push_back(call);
     // A copy, because a hook may set another one.
-    if (const auto hook = Global.Hook) hook(call);
+    if (const auto hook = Hook) hook(call);
 }
 
 bool IsCommand(const Call& call) {
     static const std::set<std::string> Silent = {"Session", "Connected", "Reconnect", "ReadAssetMetadata",
                                                  "SetStateEventCallback"};
     return !call.Operation.starts_with("Get") && !Silent.contains(call.Operation);
-}
-
-template <typename Record>
-Record* FindByPK(std::vector<Record>& records, std::int32_t pk) {
-    const auto found = std::ranges::find(records, pk, &Record::PK);
-    return found == records.end() ? nullptr : &*found;
 }
 
 }  // namespace
@@ -64,57 +46,36 @@ std::int32_t Unit::AddPreset(Zorvic::Preset preset, std::int32_t trtMS) {
     return state.PK;
 }
 
-Zorvic::Preset* Unit::FindPreset(std::int32_t pk) {
-    return FindByPK(Presets, pk);
-}
-
-Zorvic::PresetState* Unit::FindState(std::int32_t pk) {
-    return FindByPK(States, pk);
-}
-
 void Reset() {
-    Global = {};
+    Units.clear();
+    LANUnits.clear();
+    Calls.clear();
+    Hook = nullptr;
 }
 
 Unit& AddUnit(const std::string& host, const std::string& guid) {
-    return *(Global.Units[host] = std::make_shared<Unit>(Unit{guid, guid}));
-}
-
-void SetLANZorvics(std::vector<Zorvic::LANZorvic> units) {
-    Global.LANUnits = std::move(units);
-}
-
-void SetHook(std::function<void(const Call&)> hook) {
-    Global.Hook = std::move(hook);
-}
-
-std::vector<Call> Calls() {
-    return Global.Calls;
+    return *(Units[host] = std::make_shared<Unit>(Unit{guid, guid}));
 }
 
 std::map<std::string, int> Counts() {
     std::map<std::string, int> counts;
-    for (const auto& call : Global.Calls)
+    for (const auto& call : Calls)
         ++counts[call.Operation];
     return counts;
 }
 
 std::vector<std::string> Commands() {
     std::vector<std::string> commands;
-    for (const auto& call : Global.Calls)
+    for (const auto& call : Calls)
         if (IsCommand(call)) commands.push_back(call.ToString());
     return commands;
 }
 
 Call LastCall(const std::string& operation) {
-    const auto last = std::find_if(Global.Calls.rbegin(), Global.Calls.rend(),
-                                   [&](const auto& call) { return call.Operation == operation; });
-    if (last == Global.Calls.rend()) throw std::out_of_range("no call of " + operation);
+    const auto last =
+        std::find_if(Calls.rbegin(), Calls.rend(), [&](const auto& call) { return call.Operation == operation; });
+    if (last == Calls.rend()) throw std::out_of_range("no call of " + operation);
     return *last;
-}
-
-void ClearCalls() {
-    Global.Calls.clear();
 }
 
 std::ptrdiff_t Registrations(const void* user) {
@@ -125,10 +86,6 @@ std::ptrdiff_t LiveSessions(const std::string& host) {
     return std::ranges::count_if(Hosts, [&](const auto& entry) { return host.empty() || entry.second == host; });
 }
 
-int LivePreviews() {
-    return Previews;
-}
-
 }  // namespace FakeZorvic
 
 namespace Zorvic {
@@ -137,11 +94,11 @@ struct OutputPreview::Impl {
     std::shared_ptr<Unit> Peer;
 };
 OutputPreview::OutputPreview(const std::string& host)
-    : Pimpl(std::make_unique<Impl>(Impl{FakeZorvic::Global.Units.at(host)})) {
-    ++FakeZorvic::Previews;
+    : Pimpl(std::make_unique<Impl>(Impl{FakeZorvic::Units.at(host)})) {
+    ++FakeZorvic::LivePreviews;
 }
 OutputPreview::~OutputPreview() {
-    --FakeZorvic::Previews;
+    --FakeZorvic::LivePreviews;
 }
 std::vector<OutputPicture> OutputPreview::Latest() const {
     return Pimpl->Peer->Pictures;
@@ -149,7 +106,7 @@ std::vector<OutputPicture> OutputPreview::Latest() const {
 
 std::vector<LANZorvic> GetLANZorvics() {
     FakeZorvic::Begin({.Operation = "GetLANZorvics"});
-    return FakeZorvic::Global.LANUnits;
+    return FakeZorvic::LANUnits;
 }
 
 struct Session::Impl {
@@ -209,8 +166,8 @@ struct Session::Impl {
 };
 
 Session::Session(const std::string& host, int) : Pimpl(std::make_unique<Impl>()) {
-    const auto found = FakeZorvic::Global.Units.find(host);
-    *Pimpl = {host, found == FakeZorvic::Global.Units.end() ? nullptr : found->second};
+    const auto found = FakeZorvic::Units.find(host);
+    *Pimpl = {host, found == FakeZorvic::Units.end() ? nullptr : found->second};
     FakeZorvic::Hosts[this] = host;
     FakeZorvic::Begin({.Operation = "Session", .Host = host});
 }

@@ -1,13 +1,10 @@
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include <algorithm>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include <zorvic/preview.h>
 #include <zorvic/zorvic.h>
@@ -50,8 +47,14 @@ struct Unit {
 
     /// Adds a preset with its state, as if stored long ago. A PK of 0 becomes the next free one. Returns the PK.
     std::int32_t AddPreset(Zorvic::Preset preset, std::int32_t trtMS);
-    Zorvic::Preset* FindPreset(std::int32_t pk);
-    Zorvic::PresetState* FindState(std::int32_t pk);
+    // Null when there is none.
+    Zorvic::Preset* FindPreset(std::int32_t pk) { return Find(Presets, pk); }
+    Zorvic::PresetState* FindState(std::int32_t pk) { return Find(States, pk); }
+    template <typename Record>
+    static Record* Find(std::vector<Record>& records, std::int32_t pk) {
+        const auto found = std::ranges::find(records, pk, &Record::PK);
+        return found == records.end() ? nullptr : &*found;
+    }
     /// The next `times` calls of the operation return `status` and do nothing; without `times` all calls do.
     void Fail(const std::string& operation, Zorvic::StatusCode status, std::optional<int> times = std::nullopt) {
         Failures[operation] = {status, times};
@@ -59,21 +62,20 @@ struct Unit {
     std::map<std::string, std::pair<Zorvic::StatusCode, std::optional<int>>> Failures = {};
 };
 
+inline std::map<std::string, std::shared_ptr<Unit>> Units;  ///< by the host text that they answer under
+inline std::vector<Zorvic::LANZorvic> LANUnits;             ///< what GetLANZorvics() answers
+inline std::vector<Call> Calls;                             ///< everything called so far, in order
+inline int LivePreviews = 0;                                ///< how many watch the outputs of units now
+/// Runs at the start of every operation, after it was recorded and before it takes effect. It may do what an event
+/// loop inside the operation could do.
+inline std::function<void(const Call&)> Hook;
+
 /// Removes all units, the LAN list, the hook and the record. Sessions that still live keep their unit.
 void Reset();
 
 /// A unit that answers under this host text. The reference stays good until Reset().
 Unit& AddUnit(const std::string& host, const std::string& guid);
 
-/// What GetLANZorvics() answers.
-void SetLANZorvics(std::vector<Zorvic::LANZorvic> units);
-
-/// Runs at the start of every operation, after it was recorded and before it takes effect. It may do what an event
-/// loop inside the operation could do. Null removes it.
-void SetHook(std::function<void(const Call&)> hook);
-
-/// Everything called so far, in order.
-std::vector<Call> Calls();
 /// How often each operation was called: what one gesture or one round of refreshes reads, when the calls were cleared
 /// before it.
 std::map<std::string, int> Counts();
@@ -81,7 +83,6 @@ std::map<std::string, int> Counts();
 std::vector<std::string> Commands();
 /// The last call of the operation. Throws std::out_of_range when there was none.
 Call LastCall(const std::string& operation);
-void ClearCalls();
 
 /// How many event callbacks are registered now, with this user pointer or with any. None may be left when the view that
 /// it points to is gone.
@@ -89,8 +90,5 @@ std::ptrdiff_t Registrations(const void* user = nullptr);
 
 /// Session objects alive now; with a host, those opened with that text. Reset() does not change it.
 std::ptrdiff_t LiveSessions(const std::string& host = {});
-
-/// How many watch the outputs of units now.
-int LivePreviews();
 
 }  // namespace FakeZorvic

@@ -10,6 +10,8 @@
 
 #include <gmock/gmock.h>
 
+#include <thread>
+
 namespace ZorvicUnit {
 
 inline std::string HashOf(const std::string& bytes) {
@@ -26,9 +28,12 @@ protected:
     void Open(bool watch = false) {
         Store.reset();
         Listed.clear();
-        Store =
-            std::make_unique<AssetStore>(AssetStore::Options{Disk.Path, {{"E", Usb.Path}}, watch, Reader}, Rows, Time);
-        Store->SetListener([this] { ++Calls; });
+        Store = std::make_unique<AssetStore>(AssetStore::Options{Disk.Path(), {{"E", Usb.Path()}}, watch, Reader}, Rows,
+                                             Time);
+        Store->SetListener([this] {
+            ++Calls;
+            std::this_thread::sleep_for(Pause.load());
+        });
         Store->Start();
     }
     /// Brings the list of assets up to date, as a console does.
@@ -63,6 +68,10 @@ protected:
     bool WaitForStatus(const std::string& path, int status) {
         return WaitUntil([&] { return StatusOf(path) == status; });
     }
+    std::int64_t Count(int status) {
+        Take();
+        return std::ranges::count_if(Listed, [=](const auto& entry) { return entry.second.status() == status; });
+    }
     bool WaitForLevels(const std::string& path) const {
         return WaitUntil([&] { return Store->Levels(path) != nullptr; });
     }
@@ -71,12 +80,13 @@ protected:
     std::filesystem::path Asset(const std::string& name) const { return Disk / "Assets" / name; }
     static std::string Path(const std::string& name) { return "C:\\Assets\\" + name; }
 
-    MediaDirectory Disk;
-    MediaDirectory Usb;
+    TemporaryDirectory Disk;
+    TemporaryDirectory Usb;
     std::filesystem::path Reader = MediaProgram();
     FakeClock Time;
     Database Rows{Disk / "zorvic.db"};
     std::atomic<int> Calls = 0;
+    std::atomic<std::chrono::milliseconds> Pause{};  ///< of whoever tells of a change
     std::map<std::string, zorvic::v1::Asset> Listed;
     std::unique_ptr<AssetStore> Store;
     const std::string Clip = Path("clip.wav");

@@ -8,18 +8,6 @@
 
 namespace ZorvicUnit {
 
-/// A temporary directory whose files are named with a slash.
-class MediaDirectory {
-public:
-    std::filesystem::path operator/(const std::string& name) const { return Path / name; }
-
-private:
-    const TemporaryDirectory Owner;
-
-public:
-    const std::filesystem::path Path = Owner.Path();
-};
-
 void WriteFile(const std::filesystem::path& file, const std::string& bytes);
 
 /// Runs the ffmpeg program with these arguments (a shell's words) and the file as its output. False when this ffmpeg

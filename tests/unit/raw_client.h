@@ -1,13 +1,10 @@
 #pragma once
 
+#include "files/descriptor.h"
+
 #include <arpa/inet.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <array>
-#include <cstddef>
-#include <cstdint>
-#include <cstring>
 #include <string>
 
 /// A connection to a unit that speaks HTTP/2 by hand, as badly as the test wants.
@@ -18,17 +15,12 @@ public:
         address.sin_family = AF_INET;
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         address.sin_port = htons(static_cast<std::uint16_t>(std::stoi(host.substr(host.rfind(':') + 1))));
-        Open = connect(Socket, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
-    }
-    RawClient(RawClient&& other) noexcept : Socket(other.Socket), Open(other.Open) { other.Socket = -1; }
-    RawClient& operator=(RawClient&&) = delete;
-    ~RawClient() {
-        if (Socket >= 0) close(Socket);
+        Open = connect(Socket.Get(), reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
     }
 
     bool Greet() { return Send("PRI * HTTP/2.0\r\n\r\nSM\r\n\r\n" + Frame(4, 0, 0, "")); }
     bool Send(const std::string& bytes) {
-        Open = Open && send(Socket, bytes.data(), bytes.size(), MSG_NOSIGNAL) == ssize_t(bytes.size());
+        Open = Open && send(Socket.Get(), bytes.data(), bytes.size(), MSG_NOSIGNAL) == ssize_t(bytes.size());
         return Open;
     }
     static std::string Frame(char type, char flags, std::uint32_t stream, const std::string& content) {
@@ -51,7 +43,7 @@ public:
     bool Read() {
         std::array<char, 65536> buffer{};
         ssize_t size = 0;
-        while ((size = recv(Socket, buffer.data(), buffer.size(), MSG_DONTWAIT)) > 0)
+        while ((size = recv(Socket.Get(), buffer.data(), buffer.size(), MSG_DONTWAIT)) > 0)
             Received.append(buffer.data(), std::size_t(size));
         Open = Open && size != 0 && (errno == EAGAIN || errno == EINTR);
         while (Received.size() >= 9 && Received.size() >= 9 + Number(0, 3))
@@ -74,7 +66,7 @@ private:
         Received.erase(0, 9 + Number(0, 3));
     }
 
-    int Socket;
+    ZorvicUnit::Descriptor Socket;
     bool Open = false;
     std::string Received;
 };

@@ -8,14 +8,9 @@
 #include <gmock/gmock.h>
 #include <google/protobuf/text_format.h>
 
-#include <array>
-#include <chrono>
+#include <algorithm>
 #include <map>
-#include <memory>
-#include <mutex>
-#include <string>
 #include <thread>
-#include <vector>
 
 namespace ZorvicRender {
 
@@ -41,11 +36,12 @@ class StageTest : public ::testing::Test {
 protected:
     using Rgb = std::array<int, 3>;
 
-    /// One layer that shows the file, whole on output 1 unless the preset says otherwise.
+    static constexpr auto WholeOutput =
+        "canvases { num_outputs: 1 width: 160 height: 90 assets { full_path: 'a' width: 160 height: 90 } }";
+    /// One layer that shows the file.
     struct Shown {
         std::filesystem::path File;
-        std::string Preset =
-            "canvases { num_outputs: 1 width: 160 height: 90 assets { full_path: 'a' width: 160 height: 90 } }";
+        std::string Preset = WholeOutput;
     };
 
     static TimePoint At(Nanoseconds sinceStart) { return TimePoint(std::chrono::hours(1) + sinceStart); }
@@ -86,11 +82,9 @@ protected:
         for (int attempt = 0; attempt < 5000; ++attempt) {
             const auto before = Stagehand.Counted().Repeated;
             Stagehand.Follow(Playing, At(moment), Tick);
-            bool complete = Stagehand.Counted().Repeated == before;
-            for (const auto& layer : Playing.Layers)
-                complete = complete && (layer->At(At(moment)) == nullptr || !Stagehand.Shown(0).empty() ||
-                                        !Stagehand.Shown(1).empty());
-            if (complete) return;
+            const bool shows = std::ranges::any_of(Playing.Layers, [&](const auto& l) { return l->At(At(moment)); });
+            const bool black = Stagehand.Shown(0).empty() && Stagehand.Shown(1).empty();
+            if (Stagehand.Counted().Repeated == before && !(shows && black)) return;
             std::this_thread::sleep_for(milliseconds(1));
         }
         FAIL() << "no picture came";

@@ -8,11 +8,7 @@
 
 #include <sys/resource.h>
 
-#include <atomic>
-#include <functional>
 #include <mutex>
-#include <string>
-#include <vector>
 
 using namespace ZorvicUnit;
 using namespace std::chrono_literals;
@@ -26,11 +22,6 @@ TEST(Peers, AreNamedAlikeByTheLibraryAndTheirSockets) {
 }
 
 TEST(Conduct, ToleratesConsolesAndNoFloods) {
-    struct Case {
-        const char* What;
-        const char* Verdict;                   ///< null: goes on for ever
-        std::function<void(Traffic&)> Second;  ///< what one second brings
-    };
     const auto stream = [](std::uint64_t count, std::uint64_t answered, std::uint64_t bytes) {
         return [=](Traffic& traffic) {
             traffic.Started += count;
@@ -44,7 +35,8 @@ TEST(Conduct, ToleratesConsolesAndNoFloods) {
         traffic.MessagesSent += 7;
         traffic.BytesReceived += 100;
     };
-    const std::vector<Case> cases = {
+    // What one second brings, and the verdict; without one it goes on for ever.
+    const std::tuple<const char*, const char*, std::function<void(Traffic&)>> cases[] = {
         {"a console that only watches", nullptr, watching},
         {"a benchmark", nullptr, stream(5'000, 5'000, 5'000'000)},
         {"a restore of large presets", nullptr, stream(50, 50, 50'000'000)},
@@ -54,28 +46,22 @@ TEST(Conduct, ToleratesConsolesAndNoFloods) {
         {"a message without end", "it sends more than its requests may hold", stream(0, 0, 20'000'000)},
         {"half a request", "its requests do not come to an end", [](Traffic& traffic) { traffic.Started = 1; }},
     };
-    for (const Case& expected : cases) {
+    for (const auto& [what, expected, bring] : cases) {
         Conduct conduct;
         Traffic traffic;
         Conduct::TimePoint now{};
         const char* verdict = nullptr;
         for (int second = 0; second < 600 && !verdict; ++second) {
-            expected.Second(traffic);
+            bring(traffic);
             verdict = conduct.Judge(traffic, now += 1s);
         }
-        EXPECT_STREQ(verdict, expected.Verdict) << expected.What;
+        EXPECT_STREQ(verdict, expected) << what;
     }
 }
 
 /// A door to a room in which nobody serves: who gets in stays.
 class DoorTest : public ::testing::Test {
 protected:
-    void Open(DoorLimits limits) {
-        Entrance.emplace(Socket, limits, [this](int socket) {
-            const std::scoped_lock lock(Lock);
-            Guests.emplace_back(socket);
-        });
-    }
     std::size_t Inside() {
         const std::scoped_lock lock(Lock);
         return Guests.size();
@@ -89,11 +75,13 @@ protected:
     ListeningSocket Socket{"127.0.0.1", 0};
     std::mutex Lock;  // guards Guests
     std::vector<Descriptor> Guests;
-    std::optional<Door> Entrance;
+    Door Entrance{Socket, {.Connections = 8, .PerHost = 4, .Waiting = 8}, [this](int socket) {
+                      const std::scoped_lock lock(Lock);
+                      Guests.emplace_back(socket);
+                  }};
 };
 
 TEST_F(DoorTest, WhoSaysNothingTakesNobodysPlace) {
-    Open({.Connections = 4, .PerHost = 4, .Waiting = 8});
     std::vector<RawClient> mute;
     for (int number = 0; number < 100; ++number)
         mute.emplace_back(Socket.Address());
@@ -105,7 +93,6 @@ TEST_F(DoorTest, WhoSaysNothingTakesNobodysPlace) {
 }
 
 TEST_F(DoorTest, AcceptsAgainAfterDescriptorsRanOut) {
-    Open({.Connections = 8, .PerHost = 4, .Waiting = 8});
     RawClient first(Socket.Address());
     RawClient second(Socket.Address());
     ASSERT_TRUE(GetsIn(first));

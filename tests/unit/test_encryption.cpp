@@ -4,8 +4,6 @@
 
 #include <zorvic/session.h>
 
-#include <cstdlib>
-#include <fstream>
 #include <regex>
 
 using namespace Zorvic;

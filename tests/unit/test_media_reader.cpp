@@ -86,15 +86,8 @@ TEST_F(MediaReaderTest, TwoHundredDamagedFilesEndInAStateAndTheUnitGoesOn) {
         WriteFile(Asset("film" + std::to_string(i) + ".mp4"), bytes);
     }
     ASSERT_TRUE(Bring("clip.wav"));
-    std::map<int, int> counts;
-    ASSERT_TRUE(WaitUntil([&] {
-        Take();
-        counts.clear();
-        for (const auto& [path, asset] : Listed)
-            ++counts[asset.status()];
-        return counts[ZORVIC_ASSETSTATE_PROCESSING] == 0;
-    }));
-    EXPECT_EQ(counts[ZORVIC_ASSETSTATE_ERROR], 0) << "our own part of reading stumbles over none";
+    ASSERT_TRUE(WaitUntil([&] { return Count(ZORVIC_ASSETSTATE_PROCESSING) == 0; }));
+    EXPECT_EQ(Count(ZORVIC_ASSETSTATE_ERROR), 0) << "our own part of reading stumbles over none";
     ASSERT_TRUE(WaitForLevels(Clip));
 }
 

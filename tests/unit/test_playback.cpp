@@ -29,6 +29,12 @@ protected:
         Time.Pass(milliseconds);
         Play.Advance();
     }
+    /// Another file of that length, or of one that is not known yet.
+    void Replace(std::int32_t length) {
+        Catalog.Durations.erase(Clip);
+        if (length > 0) Catalog.Durations[Clip] = length;
+        Play.AssetsChanged(std::vector<std::string>{Clip});
+    }
     /// Remaining time; -1 when it neither plays nor is cued.
     std::int32_t Remaining(std::int32_t pk) {
         const auto positions = Play.Positions();
@@ -56,12 +62,7 @@ protected:
              [&](auto value) {
                  Play.SetPrimed({{1, 1, std::chrono::milliseconds(value)}});
              }},
-            {"length",
-             [&](auto value) {
-                 Catalog.Durations.erase(Clip);
-                 if (value) Catalog.Durations[Clip] = static_cast<std::int32_t>(value);
-                 Play.AssetsChanged(std::vector<std::string>{Clip});
-             }},
+            {"length", [&](auto value) { Replace(static_cast<std::int32_t>(value)); }},
         };
         std::istringstream words(script);
         for (std::string word; words >> word;) {
@@ -112,6 +113,10 @@ TEST_F(PlaybackTest, PlaysByItsFieldsAndCommands) {
         {"out_position: 2000", "seek=4000 left=4000 pass=0 take left=4000 seek=999999 left=10000 seek=-50 left=-1"},
         {"out_position: 2000", "seek=-50 left=0 take left=10000 end seek=3000 end left=-1 take left=10000"},
         {"", "seek=999999 left=10000 seek=3000 wait=5000 left=3000 take end left=-1 take left=10000"},
+        // An asset of unknown length waits, and then plays from the in point.
+        {"in_position: 8000",
+         "length=0 take wait=60000 left=0 rolling=0 length=9000 wait=1000 left=7000 end seek=5000 length=4000 "
+         "left=4000 length=0 left=0 length=10000"},
     };
     RunAll(cases);
     Play.End(1);
@@ -160,39 +165,29 @@ TEST_F(PlaybackTest, EditsTakeEffectWhilePlaying) {
     Run("left=-1 linked=10000");
 }
 
-TEST_F(PlaybackTest, AnAssetOfUnknownLengthWaitsAndThenPlaysFromTheInPoint) {
-    RunAll({{"in_position: 8000",
-             "length=0 take wait=60000 left=0 rolling=0 length=9000 wait=1000 left=7000 end seek=5000 length=4000 "
-             "left=4000 length=0 left=0"}});
-}
-
 TEST_F(PlaybackTest, AFileReplacedWhileItPlaysCountsFromTheNextTakeOn) {
     const auto envelope = [](std::uint8_t level) {
         return std::make_shared<Envelope>(Envelope{{200, {level, level}}});
     };
-    for (const std::optional<std::int32_t> replaced : {std::optional(4'000), std::optional(19'000), {}}) {
-        Catalog.Durations[Clip] = ClipMS;
+    for (const std::int32_t replaced : {4'000, 19'000, 0}) {
+        Replace(ClipMS);
         Catalog.Envelopes[Clip] = envelope(80);
         Put("loop: 1");
         Run("take wait=3000 left=7000");
-        Catalog.Durations.erase(Clip);
-        if (replaced) Catalog.Durations[Clip] = *replaced;
         Catalog.Envelopes[Clip] = envelope(20);
-        Play.AssetsChanged(std::vector<std::string>{Clip});
+        Replace(replaced);
         Put("loop: 1 name: 'edited'");
         Run("left=7000 pause take wait=10000 pass=2 left=7000");
         EXPECT_EQ(Play.StateOf(1).TRT, ClipMS);
         EXPECT_EQ(Play.Positions().at(0).Levels[0], 80);
-        Run("take left=" + std::to_string(replaced.value_or(0)));
-        EXPECT_EQ(Play.StateOf(1).TRT, replaced.value_or(0));
+        Run("take left=" + std::to_string(replaced));
+        EXPECT_EQ(Play.StateOf(1).TRT, replaced);
         Run("end");
     }
 }
 
 TEST_F(PlaybackTest, LevelsFollowEnvelopeVolumeAndFades) {
-    auto envelope = std::make_shared<Envelope>();
-    envelope->Levels.assign(static_cast<std::size_t>(ClipMS / Envelope::StepMS), {80, 40});
-    Catalog.Envelopes[Clip] = envelope;
+    Catalog.Envelopes[Clip] = std::make_shared<Envelope>(Envelope{{200, {80, 40}}});
     Put("volume: 65535 volume: 32768 fade_in_ms: 2000 dissolve_out_ms: 1000 loop: 1");
     const auto levels = [this](std::int64_t after) {
         Pass(after);
@@ -210,13 +205,9 @@ TEST_F(PlaybackTest, LevelsFollowEnvelopeVolumeAndFades) {
 }
 
 TEST(FadesTest, FadesGoToBlackAndDissolvesToWhatLiesBelow) {
-    struct Case {
-        const char* Fields;
-        bool First, Last;
-        std::int64_t ElapsedMS;
-        double Light, Opacity;
-    };
-    for (const Case& at : std::vector<Case>{
+    // In the first and the last pass, how far into it; light and opacity.
+    using Case = std::tuple<const char*, bool, bool, std::int64_t, double, double>;
+    for (const auto& [fields, first, last, elapsedMS, light, opacity] : std::vector<Case>{
              {"fade_in_ms: 4000", true, true, 2'000, 0.25, 1},
              {"fade_in_ms: 4 dissolve_in_ms: 2000", true, false, 1'001, 0.25, 0.0005},
              {"fade_in_ms: 4000 dissolve_in_ms: 4000", false, true, 1'000, 1, 1},
@@ -226,12 +217,11 @@ TEST(FadesTest, FadesGoToBlackAndDissolvesToWhatLiesBelow) {
              {"fade_in_ms: -1 fade_out_ms: -1", true, true, 11'000, 1, 1},
          }) {
         zorvic::v1::Preset preset;
-        ASSERT_TRUE(google::protobuf::TextFormat::ParseFromString(at.Fields, &preset));
+        ASSERT_TRUE(google::protobuf::TextFormat::ParseFromString(fields, &preset));
         const ZorvicUnit::Trim window{std::chrono::seconds(1), std::chrono::seconds(11)};
-        const auto gains =
-            ZorvicUnit::FadesAt(preset, {window, std::chrono::milliseconds(at.ElapsedMS), at.First, at.Last});
-        EXPECT_NEAR(gains.Light, at.Light, 1e-9) << at.Fields;
-        EXPECT_NEAR(gains.Opacity, at.Opacity, 1e-9) << at.Fields;
+        const auto gains = ZorvicUnit::FadesAt(preset, {window, std::chrono::milliseconds(elapsedMS), first, last});
+        EXPECT_NEAR(gains.Light, light, 1e-9) << fields;
+        EXPECT_NEAR(gains.Opacity, opacity, 1e-9) << fields;
     }
 }
 

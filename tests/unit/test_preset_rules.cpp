@@ -2,8 +2,7 @@
 #include "model/preset_rules.h"
 #include "unit/unitfakes.h"
 
-#include <cmath>
-#include <limits>
+#include <google/protobuf/text_format.h>
 
 using zorvic::v1::Preset;
 
@@ -20,84 +19,52 @@ std::string Verdict(Preset preset) {
     return "stored";
 }
 
-void AddMark(Preset& preset, int id, int time) {
-    auto* mark = preset.add_gotos();
-    mark->set_id(id);
-    mark->set_time_ms(time);
+/// The text as often as that, with the numbers from 0 on for each hash.
+std::string Times(int count, const std::string& text) {
+    std::string all;
+    for (int number = 0; number < count; ++number)
+        for (const char letter : text)
+            all += letter == '#' ? std::to_string(number) : std::string(1, letter);
+    return all;
 }
 
 TEST(PresetRules, HoldTheLimitsToTheLastUnit) {
-    struct Case {
-        const char* Verdict;
-        std::function<void(Preset&)> Edit;
+    const auto pinned = [](const std::string& assets) { return "canvases { " + assets + " }"; };
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"stored", "name: '" + Times(256, "x") + "'"},
+        {"the name of more than 256", "name: '" + Times(257, "x") + "'"},
+        {"the name is not valid UTF-8", "name: '\\xC3('"},
+        {"not valid UTF-8", "notes: 'cut \\xE2\\x82'"},
+        {"not valid UTF-8", pinned("assets { full_path: '\\xC0\\x80' }")},
+        {"stored", "notes: '" + Times(65'536, "x") + "'"},
+        {"the notes of more than 65536", "notes: '" + Times(65'537, "x") + "'"},
+        {"stored", Times(15, "canvases { index: # } ") + "canvases { index: 15 num_outputs: 4 }"},
+        {"more than 16 canvases", Times(17, "canvases { index: # } ")},
+        {"need 4294967296 players", "canvases { num_outputs: 4294967295 } canvases { index: 1 num_outputs: 1 }"},
+        {"order of their index", Times(2, "canvases { index: 3 } ")},
+        {"not a finite number", pinned("assets { full_path: 'a' hue: nan }")},
+        {"stored", Times(1'000, "gotos { id: -# time_ms: # } ")},
+        {"more than 1000 gotos", Times(1'001, "gotos { id: -# time_ms: # } ")},
+        {"two gotos with id 1", "gotos { id: 1 time_ms: 5 } gotos { id: 1 time_ms: 6 }"},
+        {"two gotos at 5 ms", "gotos { id: 1 time_ms: 5 } gotos { id: 2 time_ms: 5 }"},
+        {"stored", "volume: 65535"},
+        {"a volume of 65536", "volume: 65536"},
+        {"stored", Times(64, "volume: 1 ")},
+        {"volumes of more than 64", Times(65, "volume: 1 ")},
+        {"an asset without a path", pinned("assets {}")},
+        {"stored", pinned(Times(64, "assets { full_path: 'a' } "))},
+        {"more than 64 assets", pinned(Times(65, "assets { full_path: 'a' } "))},
+        {"stored", Times(256, "tab_order { tab_id: # } ")},
+        {"more than 256 tabs", Times(257, "tab_order { tab_id: # } ")},
+        {"two places in tab 0", Times(2, "tab_order {} ")},
+        {"stored", pinned("assets { full_path: '" + Times(500'000, "x") + "' }")},
+        {"larger than 524288", pinned("assets { full_path: '" + Times(524'280, "x") + "' }")},
     };
-    const auto canvases = [](int count, std::uint32_t outputs) {
-        return [=](Preset& preset) {
-            preset.clear_canvases();
-            for (int index = 0; index < count; ++index) {
-                preset.add_canvases()->set_index(static_cast<std::uint32_t>(index));
-                preset.mutable_canvases(0)->set_num_outputs(outputs);
-            }
-        };
-    };
-    const auto marks = [](int count) {
-        return [=](Preset& preset) {
-            for (int id = count; id > 0; --id)
-                AddMark(preset, id, -id);
-        };
-    };
-    const auto paths = [](std::size_t bytes) {
-        return [=](Preset& preset) {
-            preset.mutable_canvases(0)->mutable_assets(0)->set_full_path(std::string(bytes, 'x'));
-        };
-    };
-    const auto pinned = [](int count) {
-        return [=](Preset& preset) {
-            while (preset.canvases(0).assets_size() < count)
-                preset.mutable_canvases(0)->add_assets()->set_full_path("b");
-        };
-    };
-    const auto tabs = [](int count) {
-        return [=](Preset& preset) {
-            for (int id = 0; id < count; ++id)
-                preset.add_tab_order()->set_tab_id(id);
-        };
-    };
-    const std::vector<Case> cases = {
-        {"stored", [](Preset& p) { p.set_name(std::string(256, 'x')); }},
-        {"the name of more than 256", [](Preset& p) { p.set_name(std::string(257, 'x')); }},
-        {"the name is not valid UTF-8", [](Preset& p) { p.set_name("\xC3("); }},
-        {"not valid UTF-8", [](Preset& p) { p.set_notes("cut \xE2\x82"); }},
-        {"not valid UTF-8", [](Preset& p) { p.mutable_canvases(0)->mutable_assets(0)->set_full_path("\xC0\x80"); }},
-        {"stored", [](Preset& p) { p.set_notes(std::string(65'536, 'x')); }},
-        {"the notes of more than 65536", [](Preset& p) { p.set_notes(std::string(65'537, 'x')); }},
-        {"stored", canvases(16, 4)},
-        {"more than 16 canvases", canvases(17, 0)},
-        {"need 4294967295 players", canvases(2, std::numeric_limits<std::uint32_t>::max())},
-        {"order of their index", [](Preset& p) { p.add_canvases(); }},
-        {"not a finite number", [](Preset& p) { p.mutable_canvases(0)->mutable_assets(0)->set_hue(std::nanf("")); }},
-        {"stored", marks(1'000)},
-        {"more than 1000 gotos", marks(1'001)},
-        {"two gotos with id 1", [](Preset& p) { AddMark(p, 1, 5), AddMark(p, 1, 6); }},
-        {"two gotos at 5 ms", [](Preset& p) { AddMark(p, 1, 5), AddMark(p, 2, 5); }},
-        {"stored", [](Preset& p) { p.add_volume(65'535); }},
-        {"a volume of 65536", [](Preset& p) { p.add_volume(65'536); }},
-        {"stored", [](Preset& p) { p.mutable_volume()->Resize(64, 1); }},
-        {"volumes of more than 64", [](Preset& p) { p.mutable_volume()->Resize(65, 1); }},
-        {"an asset without a path", paths(0)},
-        {"stored", pinned(64)},
-        {"more than 64 assets", pinned(65)},
-        {"stored", tabs(256)},
-        {"more than 256 tabs", tabs(257)},
-        {"two places in tab 0", [](Preset& p) { p.add_tab_order(), p.add_tab_order(); }},
-        {"stored", paths(500'000)},
-        {"larger than 524288", paths(524'280)},
-    };
-    for (const Case& expected : cases) {
-        SCOPED_TRACE(expected.Verdict);
-        Preset preset = PresetWith(1, "a");
-        expected.Edit(preset);
-        EXPECT_THAT(Verdict(preset), testing::HasSubstr(expected.Verdict));
+    for (const auto& [verdict, fields] : cases) {
+        SCOPED_TRACE(verdict);
+        Preset preset;
+        ASSERT_TRUE(google::protobuf::TextFormat::ParseFromString(fields, &preset));
+        EXPECT_THAT(Verdict(preset), testing::HasSubstr(verdict));
     }
 }
 
@@ -124,12 +91,10 @@ TEST(PresetRules, AMaskWritesItsFieldsAndNoOthers) {
     Preset sent = PresetWith(9, "b");
     sent.set_link(5);
     google::protobuf::FieldMask mask;
-    mask.add_paths("loop");
-    mask.add_paths("volume");
-    mask.add_paths("canvases");
+    for (const char* name : {"loop", "volume", "canvases"})
+        mask.add_paths(name);
     ZorvicUnit::MergeFields(stored, sent, mask);
-    Preset expected = PresetWith(1, "b");
-    EXPECT_EQ(stored.SerializeAsString(), expected.SerializeAsString());
+    EXPECT_EQ(stored.SerializeAsString(), PresetWith(1, "b").SerializeAsString());
     for (const char* name : {"pk", "canvases.index", "nonsense", ""}) {
         mask.clear_paths();
         mask.add_paths(name);

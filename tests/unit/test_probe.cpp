@@ -26,7 +26,7 @@ protected:
     std::optional<Envelope> Levels(const std::string& name) const {
         return ReadEnvelope(OpenRegularFile(Directory / name), name, ReadLimit::Within(seconds(10)));
     }
-    MediaDirectory Directory;
+    TemporaryDirectory Directory;
 };
 
 // The names of formats and codecs are the decoder library's; what is read out of its answers is ours.
@@ -124,42 +124,34 @@ TEST_F(ProbeTest, RefusesAPictureTooLargeToBeShownWithItsSize) {
                 testing::ThrowsMessage<Fault>(testing::HasSubstr("a picture too large")));
 }
 
-TEST(MeterLevel, CountsDecibelsAboveMinusSixty) {
-    const std::map<float, int> levels = {{0, 0}, {0.001F, 0}, {0.0316228F, 50}, {0.5F, 90}, {1, 100}, {3, 100}};
-    for (const auto& [peak, level] : levels)
-        EXPECT_EQ(MeterLevel(peak), level) << peak;
-}
-
 TEST_F(ProbeTest, LevelsFollowTheSoundOfTheFirstTwoChannels) {
     // Left: silent, from 0.5 s on at half of full scale; right: a tenth throughout.
     const std::string halves = "if(gte(t,0.5),0.5,0)*sin(2*PI*1000*t)|0.1*sin(2*PI*1000*t)";
     const std::string surround = "0.5*sin(2000*t)|0|1*sin(2000*t)|0|0|0:c=5.1";
-    struct Case {
-        const char* File;
-        std::string Arguments;
-        std::size_t Steps;                        ///< 0: no levels at all
-        std::array<std::uint8_t, 2> Early, Late;  ///< at 0.2 s and at 0.8 s
+    const auto sound = [](const std::string& formula) {
+        return "-f lavfi -i \"aevalsrc=" + formula + ":s=48000:d=1\" ";
     };
-    const std::vector<Case> cases = {
-        {"stereo.wav", "-f lavfi -i \"aevalsrc='" + halves + "':s=48000:d=1\"", 20, {0, 67}, {90, 67}},
-        {"mono.wav", Tone + "-af volume=12.0412dB", 20, {90, 90}, {90, 90}},
-        {"surround.flac", "-f lavfi -i \"aevalsrc=" + surround + ":s=48000:d=1\" -c:a flac", 20, {90, 0}, {90, 0}},
+    const std::string half = Tone + "-af volume=12.0412dB ";
+    using Channels = std::array<std::uint8_t, 2>;
+    // How many steps there are, and what they show at 0.2 s and at 0.8 s.
+    const std::vector<std::tuple<const char*, std::string, std::size_t, Channels, Channels>> cases = {
+        {"stereo.wav", sound("'" + halves + "'"), 20, {0, 67}, {90, 67}},
+        // Louder than full scale, and below the meter.
+        {"loud.wav", sound("3*sin(2000*t)|0.0009*sin(2000*t)") + "-c:a pcm_f32le", 20, {100, 0}, {100, 0}},
+        {"mono.wav", half, 20, {90, 90}, {90, 90}},
+        {"surround.flac", sound(surround) + "-c:a flac", 20, {90, 0}, {90, 0}},
         // Sound that starts after the picture, whose packets come first.
-        {"late.mov",
-         Picture + "-itsoffset 0.5 " + Tone + "-af volume=12.0412dB -c:v mpeg4 -c:a pcm_s16le",
-         30,
-         {0, 0},
-         {90, 90}},
+        {"late.mov", Picture + "-itsoffset 0.5 " + half + "-c:v mpeg4 -c:a pcm_s16le", 30, {0, 0}, {90, 90}},
         {"mute.mp4", Picture + "-c:v mpeg4", 0, {}, {}},
     };
-    for (const Case& expected : cases) {
-        SCOPED_TRACE(expected.File);
-        ASSERT_TRUE(Encode(expected.Arguments, Directory / expected.File));
-        const auto levels = Levels(expected.File).value_or(Envelope()).Levels;
-        ASSERT_EQ(levels.size(), expected.Steps);
+    for (const auto& [file, arguments, steps, early, late] : cases) {
+        SCOPED_TRACE(file);
+        ASSERT_TRUE(Encode(arguments, Directory / file));
+        const auto levels = Levels(file).value_or(Envelope()).Levels;
+        ASSERT_EQ(levels.size(), steps);
         if (levels.empty()) continue;
-        EXPECT_EQ(levels[4], expected.Early);
-        EXPECT_EQ(levels[16], expected.Late);
+        EXPECT_EQ(levels[4], early);
+        EXPECT_EQ(levels[16], late);
     }
 }
 

@@ -3,14 +3,12 @@
 #include "unit/media_samples.h"
 #include "unit/unitfakes.h"
 
-#include <gmock/gmock.h>
+#include <zorvic/asrun.h>
 #include <zorvic/preview.h>
 #include <zorvic/session.h>
 
 #include <csignal>
-#include <filesystem>
 #include <fstream>
-#include <string>
 
 using namespace Zorvic;
 
@@ -97,6 +95,15 @@ TEST_F(RendererTest, ComesBackWithItsPictureAndDisturbsNoClock) {
     ASSERT_EQ(Console->End(1), ZORVIC_STATUS_OK);
     const auto dark = [&] { return !Preview->Latest().empty() && !Preview->Latest()[0].Signal; };
     EXPECT_TRUE(WaitUntil(dark, Watchdog));
+    const auto sheetTells = [&] {
+        std::vector<AsRunEntry> entries;
+        std::string problem;
+        ReadAsRun(Unit->Host(), {}, entries, problem);
+        const auto isLit = [](const AsRunEntry& entry) { return entry.Shown == ZORVIC_SHOWN_LIT; };
+        return std::ranges::count(entries, ZORVIC_ASRUN_FAULT, &AsRunEntry::Kind) >= 3 &&
+               std::ranges::count_if(entries, isLit) == 1;
+    };
+    EXPECT_TRUE(WaitUntil(sheetTells, Watchdog));
 }
 
 }  // namespace

@@ -3,29 +3,19 @@
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
-#include <chrono>
 #include <cmath>
-#include <functional>
 #include <numbers>
 #include <numeric>
-#include <stdexcept>
-#include <string>
-#include <vector>
 
 namespace ZorvicRender {
 namespace {
 
 using std::chrono::milliseconds;
-using ZorvicUnit::Encode;
+using namespace std::chrono_literals;
 
 const TimePoint Zero = TimePoint(std::chrono::hours(30));
 constexpr float Level = 0.5F;
 constexpr double RoundingError = 1e-6;
-
-std::string Sound(const std::string& formula, int rate) {
-    return "-f lavfi -i 'aevalsrc=0.5*(" + formula + "):s=" + std::to_string(rate) + ":d=3' ";
-}
 
 double Sine(double hertz, double seconds) {
     return 0.5 * std::sin(2 * std::numbers::pi * hertz * seconds);
@@ -48,6 +38,13 @@ Span Standing(milliseconds from, milliseconds until, milliseconds position) {
 /// A mixer over one file with a clock that waits for the readers, and what was heard on both sides.
 class SoundTest : public testing::Test {
 protected:
+    /// False when this ffmpeg lacks the encoder.
+    bool Make(const char* name, const std::string& formula, int rate = 48000,
+              const std::string& codec = "-c:a pcm_f32le") {
+        File = Directory / name;
+        return ZorvicUnit::Encode(
+            "-f lavfi -i 'aevalsrc=0.5*(" + formula + "):s=" + std::to_string(rate) + ":d=3' " + codec, File);
+    }
     std::shared_ptr<Layer> Run(std::uint64_t run, std::vector<Span> spans, bool endsByItself = false) const {
         auto layer = std::make_shared<Layer>();
         layer->Id = {1, run};
@@ -72,7 +69,7 @@ protected:
     // A block in which the readers open, before anything is to be heard.
     void Open() {
         At = SampleAt(Zero) - BlockFrames;
-        Hear(milliseconds(10));
+        Hear(10ms);
         Left.clear();
         Right.clear();
     }
@@ -90,7 +87,7 @@ protected:
     }
     float HeardAt(milliseconds time) const { return Left.at(static_cast<std::size_t>(SampleAt(time))); }
 
-    ZorvicUnit::MediaDirectory Directory;
+    TemporaryDirectory Directory;
     std::filesystem::path File;
     zorvic::v1::Preset Preset;
     Scene Shown;
@@ -100,37 +97,28 @@ protected:
 };
 
 TEST_F(SoundTest, LoopsWithoutAMissingOrDoubledSample) {
-    struct Case {
-        const char* Name;
-        int Rate;
-        const char* Codec;
-        double Error;  // half a sample of phase would be 0.03
-    };
-    for (const Case& media : std::vector<Case>{{"sine.wav", 48000, "-c:a pcm_f32le", RoundingError},
-                                               {"slow.wav", 44100, "-c:a pcm_f32le", 1e-3},
-                                               {"sine.mp4", 48000, "-c:a aac -b:a 192k", 0.01}}) {
-        SCOPED_TRACE(media.Name);
-        File = Directory / media.Name;
-        ASSERT_TRUE(Encode(Sound("sin(2*PI*1000*t)", media.Rate) + media.Codec, File));
+    // Half a sample of phase would be an error of 0.03.
+    for (const auto& [name, rate, codec, error] : {std::tuple("sine.wav", 48000, "-c:a pcm_f32le", RoundingError),
+                                                   {"slow.wav", 44100, "-c:a pcm_f32le", 1e-3},
+                                                   {"sine.mp4", 48000, "-c:a aac -b:a 192k", 0.01}}) {
+        SCOPED_TRACE(name);
+        ASSERT_TRUE(Make(name, "sin(2*PI*1000*t)", rate, codec));
         std::vector<Span> spans;
         for (int pass = 0; pass < 100; ++pass)
-            spans.push_back(
-                Moving(pass * milliseconds(123), (pass + 1) * milliseconds(123), milliseconds(701), pass > 0));
+            spans.push_back(Moving(pass * 123ms, (pass + 1) * 123ms, 701ms, pass > 0));
         Show({Run(1, spans)});
-        Left.clear();
         Open();
-        Hear(milliseconds(12'300));
-        EXPECT_LT(Worst(milliseconds(10), milliseconds(12'300), [](double t) { return Sine(1000, t); }), media.Error);
+        Hear(12'300ms);
+        EXPECT_LT(Worst(10ms, 12'300ms, [](double t) { return Sine(1000, t); }), error);
         EXPECT_EQ(Sounds.Underruns(), 0U);
         Show({});
-        Hear(milliseconds(20));
+        Hear(20ms);
     }
 }
 
 TEST_F(SoundTest, LinksHalvesOfASineWithoutAStep) {
-    File = Directory / "sine.wav";
-    ASSERT_TRUE(Encode(Sound("sin(2*PI*331*t)", 48000) + "-c:a pcm_f32le", File));
-    const milliseconds half(500);
+    ASSERT_TRUE(Make("sine.wav", "sin(2*PI*331*t)"));
+    constexpr auto half = 500ms;
     // As the unit sends it: what plays and what follows.
     std::vector<std::shared_ptr<Layer>> runs;
     for (int i = 0; i < 21; ++i)
@@ -141,7 +129,7 @@ TEST_F(SoundTest, LinksHalvesOfASineWithoutAStep) {
         Show({runs[i], runs[i + 1]});
         Hear(half);
     }
-    EXPECT_LT(Worst(milliseconds(0), 20 * half, [](double t) { return Sine(331, t); }), RoundingError);
+    EXPECT_LT(Worst(0ms, 20 * half, [](double t) { return Sine(331, t); }), RoundingError);
 }
 
 // By how many samples the sound at this time differs from what the file was made from.
@@ -181,82 +169,78 @@ TEST_F(SoundTest, SeeksToTheSampleInEveryKindOfFile) {
                                                {"clip.ogg", 44100, "-c:a libvorbis"},
                                                {"hurt.mp4", 48000, "-c:a aac", 0, true}}) {
         SCOPED_TRACE(media.Name);
-        File = Directory / media.Name;
-        if (!Encode(Sound(MotleyFormula, media.Rate) + media.Codec, File)) continue;
+        if (!Make(media.Name, MotleyFormula, media.Rate, media.Codec)) continue;
         std::string bytes = ReadFile(File);
         if (media.Damaged) bytes.replace(bytes.size() / 2, 400, 400, '\x55');
         ZorvicUnit::WriteFile(File, bytes);
-        Show({Run(1, {Moving(milliseconds(0), milliseconds(2000), milliseconds(1234))})});
+        Show({Run(1, {Moving(0ms, 2000ms, 1234ms)})});
         Open();
-        Hear(milliseconds(1500));
+        Hear(1500ms);
         EXPECT_NEAR(media.Damaged ? 0 : LagOf(Left, SampleRate / 20, 1.284), media.Padding, 1);
         EXPECT_NEAR(LagOf(Left, SampleRate, 2.234), media.Padding, 1);
         Show({});
-        Hear(milliseconds(20));
+        Hear(20ms);
     }
 }
 
 TEST_F(SoundTest, NothingClicksAtPauseResumeJumpAndEnd) {
-    File = Directory / "level.wav";
-    ASSERT_TRUE(Encode(Sound("1", 48000) + "-c:a pcm_f32le", File));
-    const auto ms = [](int count) { return milliseconds(count); };
-    const Span first = Moving(ms(0), ms(100), ms(300));
-    const Span paused = Standing(ms(100), ms(200), ms(400));
-    const Span resumed = Moving(ms(200), ms(300), ms(400));
-    const Span jumped = Moving(ms(303), ms(2'000), ms(1'500));
+    ASSERT_TRUE(Make("level.wav", "1"));
+    const Span first = Moving(0ms, 100ms, 300ms);
+    const Span paused = Standing(100ms, 200ms, 400ms);
+    const Span resumed = Moving(200ms, 300ms, 400ms);
+    const Span jumped = Moving(303ms, 2'000ms, 1'500ms);
     // Commands become known when their time has come, or when it has passed already.
     Show({Run(1, {first})});
     Open();
-    Hear(ms(100));
+    Hear(100ms);
     EXPECT_EQ(Left.front(), Level / RampFrames);
     Show({Run(1, {first, paused})});
-    Hear(ms(100));
-    EXPECT_EQ(HeardAt(ms(104)), Level / RampFrames * 47);
-    EXPECT_EQ(HeardAt(ms(106)), 0);
+    Hear(100ms);
+    EXPECT_EQ(HeardAt(104ms), Level / RampFrames * 47);
+    EXPECT_EQ(HeardAt(106ms), 0);
     Show({Run(1, {first, paused, resumed})});
-    Hear(ms(110));
-    EXPECT_EQ(HeardAt(ms(206)), Level);
+    Hear(110ms);
+    EXPECT_EQ(HeardAt(206ms), Level);
     Show({Run(1, {first, paused, resumed, jumped})});
-    Hear(ms(90));
-    EXPECT_EQ(HeardAt(ms(399)), Level);
+    Hear(90ms);
+    EXPECT_EQ(HeardAt(399ms), Level);
     Show({});
-    Hear(ms(100));
-    EXPECT_EQ(HeardAt(ms(406)), 0);
+    Hear(100ms);
+    EXPECT_EQ(HeardAt(406ms), 0);
     // Ends by itself, and freezes: the ramp lies before the end.
-    Show({Run(2, {Moving(ms(550), ms(650), ms(0))}, true)});
-    Hear(ms(200));
-    EXPECT_EQ(HeardAt(ms(644)), Level);
-    EXPECT_EQ(HeardAt(ms(650)), 0);
+    Show({Run(2, {Moving(550ms, 650ms, 0ms)}, true)});
+    Hear(200ms);
+    EXPECT_EQ(HeardAt(644ms), Level);
+    EXPECT_EQ(HeardAt(650ms), 0);
     const auto step = LargestStep();
-    EXPECT_EQ(HeardAt(ms(550)), Level) << "what begins with its media begins at once";
+    EXPECT_EQ(HeardAt(550ms), Level) << "what begins with its media begins at once";
     EXPECT_EQ(step, Level);
-    Left.assign(Left.begin(), Left.begin() + SampleAt(ms(500)));
+    Left.assign(Left.begin(), Left.begin() + SampleAt(500ms));
     EXPECT_LT(LargestStep(), Level / RampFrames * 1.01F);
     EXPECT_EQ(Sounds.Underruns(), 0U);
 }
 
 TEST_F(SoundTest, FollowsVolumeAndFadesWithoutSteps) {
-    File = Directory / "level.wav";
-    ASSERT_TRUE(Encode(Sound("1", 48000) + "-c:a pcm_f32le", File));
+    ASSERT_TRUE(Make("level.wav", "1"));
     Preset.set_fade_in_ms(100);
     Preset.set_dissolve_in_ms(200);
     Preset.set_fade_out_ms(1);  // second
     Preset.add_volume(65535);
     Preset.add_volume(32768);
-    Span span = Moving(milliseconds(0), milliseconds(2000), milliseconds(0));
-    span.WindowEnd = milliseconds(2000);
+    Span span = Moving(0ms, 2000ms, 0ms);
+    span.WindowEnd = 2000ms;
     span.FirstPass = span.LastPass = true;
     Show({Run(1, {span}, true)});
     Open();
-    Hear(milliseconds(1600));
-    EXPECT_NEAR(HeardAt(milliseconds(50)), Level * 0.5 * 0.25, 2e-3);
-    EXPECT_NEAR(HeardAt(milliseconds(150)), Level * 0.75, 2e-3);
-    EXPECT_NEAR(HeardAt(milliseconds(1500)), Level * 0.5, 2e-3);
+    Hear(1600ms);
+    EXPECT_NEAR(HeardAt(50ms), Level * 0.5 * 0.25, 2e-3);
+    EXPECT_NEAR(HeardAt(150ms), Level * 0.75, 2e-3);
+    EXPECT_NEAR(HeardAt(1500ms), Level * 0.5, 2e-3);
     EXPECT_NEAR(Right.at(SampleRate / 2), Level * 0.5, 1e-3);
     Preset.set_volume(0, 0);
     Show({Run(1, {span}, true)});
-    Hear(milliseconds(400));
-    EXPECT_EQ(HeardAt(milliseconds(1610)), 0);
+    Hear(400ms);
+    EXPECT_EQ(HeardAt(1610ms), 0);
     EXPECT_LT(LargestStep(), Level / BlockFrames * 1.5F);
 }
 

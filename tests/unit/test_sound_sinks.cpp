@@ -1,20 +1,15 @@
-#include "fault.h"
 #include "files/regular_file.h"
 #include "media/envelope.h"
 #include "render/sound/device_sink.h"
-#include "render/sound/sound_engine.h"
 #include "render/sound/wav_sink.h"
 #include "support/childprocess.h"
+#include "unit/unitfakes.h"
 
-#include <gmock/gmock.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 
-#include <algorithm>
 #include <cmath>
 #include <csignal>
 #include <cstring>
-#include <filesystem>
 #include <random>
 
 namespace ZorvicRender {
@@ -45,19 +40,13 @@ TEST(DriftControl, HoldsADeviceOfAnyCrystalOnTheClockForTwentyMinutes) {
     }
 }
 
-class ManualClock final : public ZorvicUnit::Clock {
-public:
-    TimePoint Now() const override { return Time; }
-    TimePoint Time = TimePoint(std::chrono::hours(1));
-};
-
 /// A device with a crystal of its own that plays while time goes by, and can be unplugged.
 class FakeDevice final : public PcmDevice {
 public:
-    explicit FakeDevice(ManualClock& clock) : Time(clock) {}
-    void Pass(milliseconds time) {
-        Time.Time += time;
-        Queued -= SampleRate * Crystal * std::chrono::duration<double>(time).count();
+    explicit FakeDevice(FakeClock& clock) : Time(clock) {}
+    void Pass(std::int64_t ms) {
+        Time.Pass(ms);
+        Queued -= SampleRate * Crystal * static_cast<double>(ms) / 1000;
     }
     void Open() override {
         ++Opened;
@@ -67,7 +56,7 @@ public:
     void Close() override {}
     State WaitForRoom(milliseconds limit, bool& room) override {
         for (milliseconds waited(0); Queued > 2400 && waited < limit; ++waited)
-            Pass(milliseconds(1));
+            Pass(1);
         room = Queued <= 2400;
         return Now();
     }
@@ -83,7 +72,7 @@ public:
     }
     std::string Name() const override { return "fake"; }
 
-    ManualClock& Time;
+    FakeClock& Time;
     double Crystal = 1.0002;
     double Queued = 0;
     bool Unplugged = false;
@@ -95,7 +84,7 @@ private:
 };
 
 TEST(DeviceSink, StaysOnTheClockThroughStallsAndComesBackAfterLoss) {
-    ManualClock clock;
+    FakeClock clock;
     auto owned = std::make_unique<FakeDevice>(clock);
     FakeDevice& device = *owned;
     DeviceSink sink(std::move(owned), clock);
@@ -105,7 +94,7 @@ TEST(DeviceSink, StaysOnTheClockThroughStallsAndComesBackAfterLoss) {
         std::fill_n(out, static_cast<std::size_t>(frames) * Channels, 0.5F);
     };
     // How much later than its time what was mixed last will have sounded.
-    const auto offset = [&] { return static_cast<double>(SampleAt(clock.Time) - next) + device.Queued; };
+    const auto offset = [&] { return static_cast<double>(SampleAt(clock.Now()) - next) + device.Queued; };
     const auto play = [&](int turns) {
         for (int i = 0; i < turns; ++i)
             sink.Turn(mix);
@@ -114,7 +103,7 @@ TEST(DeviceSink, StaysOnTheClockThroughStallsAndComesBackAfterLoss) {
     EXPECT_LT(std::abs(offset()), 240);
     EXPECT_EQ(sink.Figures().Underruns, 0U);
 
-    device.Pass(milliseconds(500));  // the whole program stood still
+    device.Pass(500);  // the whole program stood still
     play(100);
     EXPECT_EQ(sink.Figures().Underruns, 1U);
     EXPECT_LT(std::abs(offset()), 240);
@@ -133,13 +122,13 @@ TEST(DeviceSink, StaysOnTheClockThroughStallsAndComesBackAfterLoss) {
     sink.Turn(mix);
     const std::int64_t lost = next;
     for (int i = 0; i < 250; ++i) {
-        clock.Time += milliseconds(10);
+        clock.Pass(10);
         sink.Turn(mix);
     }
     EXPECT_EQ(device.Opened, 3);
     EXPECT_GT(next, lost + 2 * SampleRate) << "the show goes on unheard";
     device.Unplugged = false;
-    clock.Time += std::chrono::seconds(1);
+    clock.Pass(1'000);
     play(100);
     EXPECT_LT(std::abs(offset()), 240);
 }
@@ -149,8 +138,7 @@ pid_t StartWriter(const std::string& file, rlim_t limit) {
     const pid_t child = fork();
     if (child != 0) return child;
     std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit most = {limit, limit};
-    setrlimit(RLIMIT_FSIZE, &most);
+    const FileSizeLimit most(limit);
     WavSink sink(file);
     for (;;) {
         sink.Turn([](std::int64_t, int frames, float* out) {
@@ -181,24 +169,6 @@ TEST(WavSink, LeavesAReadableFileWhenKilledAndSurvivesAFullDisk) {
         EXPECT_GT(heard->Levels.size(), limit == RLIM_INFINITY ? 15U : 8U);
         EXPECT_GT(heard->Levels.at(3)[0], 85);
     }
-}
-
-TEST(SoundEngine, SaysWhichOptionCannotBeOpened) {
-    using ZorvicUnit::FaultKind;
-    const auto refusal = [](const std::string& audio) {
-        try {
-            zorvic::render::Setup setup;
-            setup.set_audio(audio);
-            SoundEngine::Open(setup);
-        } catch (const ZorvicUnit::Fault& fault) {
-            EXPECT_THAT(fault.what(), testing::StartsWith("--audio " + audio));
-            return fault.Kind;
-        }
-        return FaultKind::Internal;
-    };
-    EXPECT_EQ(refusal("loud"), FaultKind::Misused);
-    EXPECT_EQ(refusal("file:/nowhere/heard.wav"), FaultKind::NotFound);
-    EXPECT_EQ(refusal("alsa:no-such-device"), FaultKind::NotFound);
 }
 
 }  // namespace

@@ -1,24 +1,14 @@
 #include "unit/stage_fixture.h"
 
-#include <algorithm>
 #include <random>
-
-using std::chrono::milliseconds;
-using ZorvicRender::Nanoseconds;
-using ZorvicRender::Tick;
 
 namespace ZorvicRender {
 namespace {
 
 constexpr Nanoseconds PictureTime = milliseconds(40);
 
-struct Format {
-    std::string Name;
-    std::string Encoder;
-};
-
 // With reordered pictures and far key frames; and with key frames only.
-const std::vector<Format> Formats = {
+const std::map<std::string, std::string> Encoders = {
     {"long.mp4", "-c:v libx264 -preset veryfast -g 150 -bf 2 -qp 20"},
     {"stream.ts", "-c:v libx264 -preset veryfast -g 50 -bf 2 -qp 20"},
     {"intra.mov", "-c:v mjpeg -q:v 2 -strict unofficial"},
@@ -26,24 +16,31 @@ const std::vector<Format> Formats = {
 
 class NumberedStageTest : public StageTest {
 protected:
-    static const std::filesystem::path& Clip(const Format& format) {
-        static ZorvicUnit::MediaDirectory directory;
-        static std::map<std::string, std::filesystem::path> made;
-        auto& file = made[format.Name];
-        if (file.empty()) {
-            file = directory / format.Name;
-            EXPECT_TRUE(EncodeNumbered(format.Encoder, 200, file));
-        }
+    static std::filesystem::path Clip(const std::string& name) {
+        static const TemporaryDirectory directory;
+        const auto file = directory / name;
+        EXPECT_TRUE(std::filesystem::exists(file) || EncodeNumbered(Encoders.at(name), 200, file));
         return file;
+    }
+    void Prime(const zorvic::render::Layer& layer) {
+        zorvic::render::Outlook outlook;
+        outlook.set_until(At(std::chrono::hours(1)).time_since_epoch().count());
+        *outlook.add_primed() = layer;
+        Playing = NextScene(Playing, outlook);
+        EXPECT_TRUE(WaitUntil([&] {
+            Stagehand.Follow(Playing, At(milliseconds(0)), Tick);
+            EXPECT_TRUE(Stagehand.Shown(0).empty());
+            return !Stagehand.ReadyLayers(Playing).empty();
+        }));
     }
 };
 
 TEST_F(NumberedStageTest, ShowsEachPictureForItsTimeWhateverTheMomentOfTheTake) {
     int pk = 0;
-    for (const Format& format : Formats) {
+    for (const auto& [name, encoder] : Encoders) {
         for (const auto begin : {milliseconds(0), milliseconds(1), milliseconds(11), milliseconds(19)}) {
-            SCOPED_TRACE(format.Name + " taken " + std::to_string(begin.count()) + " ms after a tick");
-            auto layer = Layer(++pk, {Clip(format)});
+            SCOPED_TRACE(name + " taken " + std::to_string(begin.count()) + " ms after a tick");
+            auto layer = Layer(++pk, {Clip(name)});
             AddSpan(layer, begin, milliseconds(5000), {}, true);
             Show({layer});
             std::vector<int> numbers;
@@ -58,13 +55,13 @@ TEST_F(NumberedStageTest, ShowsEachPictureForItsTimeWhateverTheMomentOfTheTake) 
 
 TEST_F(NumberedStageTest, LoopsWithoutAMissingOrRepeatedPicture) {
     int pk = 0;
-    for (const Format& format : Formats) {
-        SCOPED_TRACE(format.Name);
+    for (const auto& [name, encoder] : Encoders) {
+        SCOPED_TRACE(name);
         constexpr int First = 30;
         constexpr int Pictures = 25;
         const Nanoseconds start = First * PictureTime;
         const Nanoseconds length = Pictures * PictureTime;
-        auto layer = Layer(++pk, {Clip(format)});
+        auto layer = Layer(++pk, {Clip(name)});
         for (int pass = 0; pass < 4; ++pass)
             AddSpan(layer, pass * length, (pass + 1) * length, start, true, start, start + length);
         Show({layer});
@@ -77,14 +74,14 @@ TEST_F(NumberedStageTest, LoopsWithoutAMissingOrRepeatedPicture) {
 TEST_F(NumberedStageTest, SeeksToTheExactPictureAndKeepsTheOldOneUntilThen) {
     std::minstd_rand random(20261122);
     int pk = 0;
-    for (const Format& format : Formats) {
-        SCOPED_TRACE(format.Name);
+    for (const auto& [name, encoder] : Encoders) {
+        SCOPED_TRACE(name);
         ++pk;
         Nanoseconds now{0};
         for (int jump = 0; jump < 25; ++jump) {
             const int wanted = static_cast<int>(random() % 200);
             const bool moves = jump % 3 == 0;
-            auto layer = Layer(pk, {Clip(format)});
+            auto layer = Layer(pk, {Clip(name)});
             AddSpan(layer, now, now + std::chrono::minutes(1),
                     wanted * PictureTime + milliseconds(moves ? 0 : random() % 40), moves);
             Show({layer});
@@ -98,7 +95,7 @@ TEST_F(NumberedStageTest, SeeksToTheExactPictureAndKeepsTheOldOneUntilThen) {
 
 TEST_F(NumberedStageTest, StaysWithinItsWindowAndHoldsTheLastPicture) {
     const Nanoseconds end = 100 * PictureTime;
-    auto layer = Layer(1, {Clip(Formats[0])});
+    auto layer = Layer(1, {Clip("long.mp4")});
     AddSpan(layer, milliseconds(0), milliseconds(110), end - milliseconds(110), true, {}, end);
     AddSpan(layer, milliseconds(110), std::chrono::minutes(1), end, false, {}, end);
     Show({layer});
@@ -107,32 +104,23 @@ TEST_F(NumberedStageTest, StaysWithinItsWindowAndHoldsTheLastPicture) {
     EXPECT_EQ(NumberAt(milliseconds(500)), 99);
 
     // Brought back by a new renderer in this state.
-    auto again = Layer(2, {Clip(Formats[0])});
+    auto again = Layer(2, {Clip("long.mp4")});
     AddSpan(again, milliseconds(0), std::chrono::minutes(1), end, false, {}, end);
     Show({again});
     EXPECT_EQ(NumberAt(milliseconds(20)), 99);
 
     // A file shorter than the preset holds its last picture.
-    auto beyond = Layer(3, {Clip(Formats[0])});
+    auto beyond = Layer(3, {Clip("long.mp4")});
     AddSpan(beyond, milliseconds(0), std::chrono::minutes(1), std::chrono::seconds(9), true);
     Show({beyond});
     EXPECT_EQ(NumberAt(milliseconds(20)), 199);
 }
 
 TEST_F(NumberedStageTest, BeginsWhereItWasGotReady) {
-    zorvic::render::Outlook outlook;
-    outlook.set_until(At(std::chrono::hours(1)).time_since_epoch().count());
-    auto primed = Layer(1, {Clip(Formats[0])});
+    auto primed = Layer(1, {Clip("long.mp4")});
     AddSpan(primed, milliseconds(0), std::chrono::hours(1), 40 * PictureTime, false);
-    *outlook.add_primed() = primed;
-    Playing = NextScene(Playing, outlook);
-    for (int i = 0; i < 5000 && Stagehand.ReadyLayers(Playing).empty(); ++i) {
-        Stagehand.Follow(Playing, At(milliseconds(0)), Tick);
-        EXPECT_TRUE(Stagehand.Shown(0).empty());
-        std::this_thread::sleep_for(milliseconds(1));
-    }
-    ASSERT_EQ(Stagehand.ReadyLayers(Playing).size(), 1U);
-    auto taken = Layer(1, {Clip(Formats[0])});
+    Prime(primed);
+    auto taken = Layer(1, {Clip("long.mp4")});
     AddSpan(taken, milliseconds(1005), std::chrono::hours(1), 40 * PictureTime, true);
     Show({taken});
     Stagehand.Follow(Playing, At(milliseconds(1020)), Tick);
@@ -141,24 +129,15 @@ TEST_F(NumberedStageTest, BeginsWhereItWasGotReady) {
 }
 
 TEST_F(NumberedStageTest, BeginsWithTheFileOfTheMomentAndStaysWithIt) {
-    const ZorvicUnit::MediaDirectory directory;
-    std::filesystem::copy_file(Clip(Formats[2]), directory / "a.mov");
+    const TemporaryDirectory directory;
+    std::filesystem::copy_file(Clip("intra.mov"), directory / "a.mov");
     ASSERT_TRUE(EncodeNumbered("-c:v mjpeg -strict unofficial", 5, directory / "short.mov"));
     ASSERT_TRUE(EncodeNumbered("-c:v mjpeg -strict unofficial", 9, directory / "later.mov"));
     auto layer = Layer(1, {directory / "a.mov"});
     AddSpan(layer, milliseconds(0), std::chrono::hours(1), 40 * PictureTime, false);
-    zorvic::render::Outlook outlook;
-    *outlook.add_primed() = layer;
-    const auto prime = [&] {
-        Playing = NextScene(Playing, outlook);
-        EXPECT_TRUE(WaitUntil([&] {
-            Stagehand.Follow(Playing, At(milliseconds(0)), Tick);
-            return !Stagehand.ReadyLayers(Playing).empty();
-        }));
-    };
-    prime();
+    Prime(layer);
     std::filesystem::rename(directory / "short.mov", directory / "a.mov");
-    prime();
+    Prime(layer);
     Show({layer});
     EXPECT_EQ(NumberAt(milliseconds(20)), 4) << "the last picture of the new one";
     std::filesystem::rename(directory / "later.mov", directory / "a.mov");
@@ -167,7 +146,7 @@ TEST_F(NumberedStageTest, BeginsWithTheFileOfTheMomentAndStaysWithIt) {
 }
 
 TEST_F(StageTest, AMissingOrBrokenFileLeavesOthersAlone) {
-    const ZorvicUnit::MediaDirectory directory;
+    const TemporaryDirectory directory;
     ASSERT_TRUE(EncodeNumbered("-c:v mjpeg -strict unofficial", 5, directory / "good.mov"));
     ZorvicUnit::WriteFile(directory / "broken.mov", "no film");
     std::vector<zorvic::render::Layer> layers;
@@ -176,10 +155,10 @@ TEST_F(StageTest, AMissingOrBrokenFileLeavesOthersAlone) {
         AddSpan(layers.back(), milliseconds(0), milliseconds(1000), {}, true);
     }
     Show(layers);
-    for (int i = 0; i < 3000 && Troubles.size() < 2; ++i) {
+    WaitUntil([&] {
         Stagehand.Follow(Playing, At(milliseconds(60)), Tick);
-        std::this_thread::sleep_for(milliseconds(1));
-    }
+        return Troubles.size() >= 2;
+    });
     EXPECT_EQ(NumberAt(milliseconds(80)), 2);
     EXPECT_EQ(Troubles.size(), 2U);
 }

@@ -1,62 +1,57 @@
 #include "unit/stage_fixture.h"
 
-#include <cmath>
-
-using ::testing::Each;
-using ::testing::Le;
-
 namespace ZorvicRender {
 namespace {
 
 class LayoutTest : public StageTest {
 protected:
-    /// A still of these colours in equal columns, or rows when the filter turns it.
-    std::filesystem::path Still(const std::string& name, const std::string& source, const std::string& more = "") {
-        const auto file = Files / name;
-        EXPECT_TRUE(ZorvicUnit::Encode("-f lavfi -i \"" + source + "\" -frames:v 1 " + more, file)) << name;
-        return file;
+    void ShowStill(const std::filesystem::path& file, const std::string& preset = WholeOutput) {
+        ShowStills({{file, preset}});
     }
-    void ShowStill(const std::filesystem::path& file, const std::string& preset, int pk = 1) {
-        ShowStills({{file, preset}}, pk);
-    }
-    void ShowStills(const std::vector<Shown>& stills, int pk = 1) {
+    void ShowStills(const std::vector<Shown>& stills) {
         std::vector<zorvic::render::Layer> layers;
         for (const Shown& still : stills) {
-            layers.push_back(Layer(pk++, still));
+            layers.push_back(Layer(++Presets, still));
             AddSpan(layers.back(), {}, std::chrono::hours(1), {}, false);
         }
         Show(std::move(layers));
         FollowAt(milliseconds(0));
-        // Each source has its picture.
-        for (int i = 0; i < 3000; ++i) {
-            std::size_t complete = 0;
-            for (const auto* layer : Stagehand.ReadyLayers(Playing))
-                complete += layer == nullptr ? 0 : 1;
-            if (complete == stills.size()) break;
-            std::this_thread::sleep_for(milliseconds(1));
-        }
+        EXPECT_TRUE(WaitUntil([&] { return Stagehand.ReadyLayers(Playing).size() == stills.size(); }));
         FollowAt(milliseconds(20));
     }
-    /// Columns of red, green, blue and white.
-    std::filesystem::path Columns() {
-        return Still(
-            "columns.png",
-            "color=s=160x90,format=rgb24,geq=r='255*(lt(X,40)+gte(X,120))':g='255*(gte(X,40)*lt(X,80)+gte(X,120))':"
-            "b='255*gte(X,80)'");
+    /// A preset of one canvas on the first output.
+    static std::string Canvas(const std::string& pins) {
+        return "canvases { num_outputs: 1 width: 160 height: 90 " + pins + " }";
     }
     Rgb On(std::size_t output, int x, int y) { return PixelAt(Draw(output), x, y); }
+    void ExpectNear(const Rgb& colour, int x) {
+        const Rgb shown = On(0, x, 45);
+        for (std::size_t channel = 0; channel < 3; ++channel)
+            EXPECT_NEAR(shown[channel], colour[channel], 2);
+    }
 
-    const ZorvicUnit::MediaDirectory Files;
+    static constexpr Rgb Red{255, 0, 0}, Green{0, 255, 0}, Blue{0, 0, 255}, White{255, 255, 255}, Black{0, 0, 0};
+    const TemporaryDirectory Files;
+    int Presets = 0;  ///< each shows another one
 };
 
-constexpr std::array<int, 3> Red{255, 0, 0};
-constexpr std::array<int, 3> Green{0, 255, 0};
-constexpr std::array<int, 3> Blue{0, 0, 255};
-constexpr std::array<int, 3> White{255, 255, 255};
-constexpr std::array<int, 3> Black{0, 0, 0};
+/// Four columns of flat colours, for ffmpeg.
+std::string Columns(const std::array<std::array<int, 3>, 4>& colours) {
+    std::string source = "-f lavfi -i \"color=s=160x90:r=25:d=0.2,format=gbrp,geq=";
+    for (std::size_t channel = 0; channel < 3; ++channel) {
+        source += std::string(1, "rgb"[channel]) + "='0";
+        for (std::size_t column = 0; column < 4; ++column)
+            source +=
+                "+" + std::to_string(colours[column][channel]) + "*eq(floor(X/40)," + std::to_string(column) + ")";
+        source += "':";
+    }
+    source.back() = '"';
+    return source;
+}
 
 TEST_F(LayoutTest, CanvasesTakeOutputsInOrderAndAreCutByOrientation) {
-    const auto columns = Columns();
+    const auto columns = Files / "columns.png";
+    ASSERT_TRUE(ZorvicUnit::Encode(Columns({Red, Green, Blue, White}) + " -frames:v 1", columns));
     const std::string pin = "assets { full_path: 'a' width: 320 height: 90 } ";
     ShowStill(columns, "canvases { orientation: 4 num_outputs: 2 width: 320 height: 90 " + pin + "}");
     EXPECT_EQ(On(0, 20, 45), Red);
@@ -65,51 +60,33 @@ TEST_F(LayoutTest, CanvasesTakeOutputsInOrderAndAreCutByOrientation) {
     EXPECT_EQ(On(1, 140, 45), White);
 
     const std::string tall = "assets { full_path: 'a' width: 160 height: 180 } ";
-    ShowStill(columns, "canvases { orientation: 5 num_outputs: 2 width: 160 height: 180 " + tall + "}", 2);
+    ShowStill(columns, "canvases { orientation: 5 num_outputs: 2 width: 160 height: 180 " + tall + "}");
     EXPECT_EQ(On(0, 20, 45), Red);
     EXPECT_EQ(On(1, 140, 45), White);
 
     // The canvas with the lower index comes first, wherever it stands in the list.
-    const std::string whole = "assets { full_path: 'a' width: 160 height: 90 } ";
-    ShowStill(columns,
-              "canvases { index: 7 num_outputs: 1 width: 160 height: 90 } "
-              "canvases { index: 2 num_outputs: 1 width: 160 height: 90 " +
-                  whole + "}",
-              3);
+    ShowStill(columns, Canvas("index: 7") + Canvas("index: 2 assets { full_path: 'a' width: 160 height: 90 }"));
     EXPECT_EQ(On(0, 20, 45), Red);
     EXPECT_EQ(On(1, 20, 45), Black);
-}
 
-TEST_F(LayoutTest, PlacesClipsAndStacks) {
-    const auto columns = Columns();
-    const auto glass = Still("glass.png", "color=c=0x0000FF@0.5:s=160x90,format=rgba");
     // Half of it hangs over the left edge; the place has two pixels for each of the picture.
-    ShowStill(columns,
-              "canvases { num_outputs: 1 width: 160 height: 90 "
-              "assets { full_path: 'a' x: -160 y: 45 width: 320 height: 45 } }");
+    ShowStill(columns, Canvas("assets { full_path: 'a' x: -160 y: 45 width: 320 height: 45 }"));
     EXPECT_EQ(On(0, 40, 70), Blue);
     EXPECT_EQ(On(0, 120, 70), White);
     EXPECT_EQ(On(0, 40, 20), Black);
 
     // The layer on top covers the one below, half of it with alpha one half.
-    ShowStills({{columns,
-                 "canvases { num_outputs: 1 width: 160 height: 90 "
-                 "assets { full_path: 'a' width: 160 height: 90 } }"},
-                {glass,
-                 "canvases { num_outputs: 1 width: 160 height: 90 "
-                 "assets { full_path: 'a' width: 160 height: 45 } }"}},
-               10);
+    const auto glass = Files / "glass.png";
+    ASSERT_TRUE(ZorvicUnit::Encode("-f lavfi -i color=c=0x0000FF@0.5:s=160x90,format=rgba -frames:v 1", glass));
+    ShowStills({{columns}, {glass, Canvas("assets { full_path: 'a' width: 160 height: 45 }")}});
     const Rgb mixed = On(0, 20, 20);
     EXPECT_NEAR(mixed[0], 127, 2);
     EXPECT_NEAR(mixed[2], 128, 2);
     EXPECT_EQ(On(0, 20, 70), Red);
 
     // Within a preset: Z, then the order of pinning.
-    ShowStill(columns,
-              "canvases { num_outputs: 1 width: 160 height: 90 "
-              "assets { full_path: 'a' width: 160 height: 90 z: 1 } "
-              "assets { full_path: 'a' x: 80 width: 160 height: 90 } }",
-              20);
+    ShowStill(columns, Canvas("assets { full_path: 'a' width: 160 height: 90 z: 1 } "
+                              "assets { full_path: 'a' x: 80 width: 160 height: 90 }"));
     EXPECT_EQ(On(0, 140, 45), White) << "the higher one was pinned first";
 }
 
@@ -119,65 +96,41 @@ TEST_F(LayoutTest, TurnsAsTheFileAsks) {
         ZorvicUnit::Encode("-f lavfi -i color=c=white:s=64x64:r=25:d=0.2 -vf "
                            "\"format=yuv444p,geq=lum='if(lt(Y,32),235,16)':cb=128:cr=128\" -c:v libx264 -qp 1",
                            flat));
-    const std::string preset =
-        "canvases { num_outputs: 1 width: 160 height: 90 assets { full_path: 'a' width: 160 height: 90 } }";
-    int pk = 0;
     // Degrees against the clock in the file; where the white half comes to lie.
     for (const auto& [degrees, x, y] : {std::tuple{"0", 80, 20}, {"90", 20, 45}, {"180", 80, 70}, {"270", 140, 45}}) {
         SCOPED_TRACE(degrees);
         const auto turned = Files / (std::string("turned") + degrees + ".mp4");
         ASSERT_TRUE(ZorvicUnit::Encode("-i " + flat.string() + " -c copy -metadata:s:v rotate=" + degrees, turned));
-        ShowStill(turned, preset, ++pk);
+        ShowStill(turned);
         EXPECT_GT(On(0, x, y)[0], 200);
         EXPECT_LT(On(0, 160 - x, 90 - y)[0], 50);
     }
 }
 
-TEST_F(LayoutTest, ColoursOfFlatPatchesComeOutAsTagged) {
-    struct Coding {
-        const char* Name;
-        const char* Filter;
-        const char* Encoder;
-    };
-    const std::vector<Coding> codings = {
-        {"601.mp4", "scale=out_color_matrix=bt601:out_range=tv:flags=accurate_rnd,format=yuv444p",
-         "-colorspace smpte170m -color_range tv -c:v libx264 -qp 0"},
-        {"709.mp4", "scale=out_color_matrix=bt709:out_range=tv:flags=accurate_rnd,format=yuv444p",
-         "-colorspace bt709 -color_range tv -c:v libx264 -qp 0"},
-        {"709full.mp4", "scale=out_color_matrix=bt709:out_range=pc:flags=accurate_rnd,format=yuv444p",
-         "-colorspace bt709 -color_range pc -c:v libx264 -qp 0"},
-        {"601full.mp4", "scale=out_color_matrix=bt601:out_range=pc:flags=accurate_rnd,format=yuv420p",
-         "-colorspace smpte170m -color_range pc -c:v libx264 -qp 0"},
-        {"709ten.mp4", "scale=out_color_matrix=bt709:out_range=tv:flags=accurate_rnd,format=yuv420p10le",
-         "-colorspace bt709 -color_range tv -c:v libx264 -qp 0"},
-        {"untagged.mp4", "scale=out_color_matrix=bt601:out_range=tv:flags=accurate_rnd,format=yuv444p",
-         "-c:v libx264 -qp 0"},
-    };
-    int pk = 0;
-    for (const Coding& coding : codings) {
-        for (const auto& [text, colour] : {std::pair{"0xC08040", Rgb{192, 128, 64}},
-                                           {"0x2050D0", Rgb{32, 80, 208}},
-                                           {"0xFFFFFF", White},
-                                           {"0x101010", Rgb{16, 16, 16}}}) {
-            SCOPED_TRACE(std::string(coding.Name) + " " + text);
-            const auto file = Files / (std::to_string(++pk) + coding.Name);
-            if (!ZorvicUnit::Encode("-f lavfi -i color=c=" + std::string(text) +
-                                        ":s=160x90:r=25:d=0.2,format=gbrp -vf " + coding.Filter + " " + coding.Encoder,
-                                    file))
-                continue;
-            ShowStill(
-                file,
-                "canvases { num_outputs: 1 width: 160 height: 90 assets { full_path: 'a' width: 160 height: 90 } }",
-                pk);
-            const Rgb shown = On(0, 80, 45);
-            for (std::size_t channel = 0; channel < 3; ++channel)
-                EXPECT_NEAR(shown[channel], colour[channel], 2);
-        }
+TEST_F(LayoutTest, FlatColoursComeOutAsTagged) {
+    const std::array<Rgb, 4> colours{Rgb{192, 128, 64}, {32, 80, 208}, White, {16, 16, 16}};
+    // How colours become luma and chroma, and what the file says of that.
+    for (const auto& [matrix, range, format, tags] :
+         {std::tuple{"bt601", "tv", "yuv444p", "-colorspace smpte170m -color_range tv"},
+          {"bt709", "tv", "yuv444p", "-colorspace bt709 -color_range tv"},
+          {"bt709", "pc", "yuv444p", "-colorspace bt709 -color_range pc"},
+          {"bt601", "pc", "yuv420p", "-colorspace smpte170m -color_range pc"},
+          {"bt709", "tv", "yuv420p10le", "-colorspace bt709 -color_range tv"},
+          {"bt601", "tv", "yuv444p", ""}}) {
+        SCOPED_TRACE(std::string(matrix) + range + format + tags);
+        const auto file = Files / (std::to_string(Presets) + ".mp4");
+        const std::string scale = std::string(" -vf scale=out_color_matrix=") + matrix + ":out_range=" + range +
+                                  ":flags=accurate_rnd,format=" + format + " ";
+        if (!ZorvicUnit::Encode(Columns(colours) + scale + tags + " -c:v libx264 -qp 0", file)) continue;
+        ShowStill(file);
+        for (std::size_t column = 0; column < colours.size(); ++column)
+            ExpectNear(colours[column], 20 + 40 * static_cast<int>(column));
     }
 }
 
 TEST_F(LayoutTest, PictureControlsTurnColoursAsPromised) {
-    const auto file = Still("grey.png", "color=c=0x806040:s=160x90,format=rgb24");
+    const auto file = Files / "brown.png";
+    ASSERT_TRUE(ZorvicUnit::Encode("-f lavfi -i color=c=0x806040:s=160x90,format=rgb24 -frames:v 1", file));
     // Luma of the colour by BT.709 is 0.2126 * 128 + 0.7152 * 96 + 0.0722 * 64 = 100.5.
     const std::vector<std::pair<std::string, Rgb>> cases = {
         {"", {128, 96, 64}},
@@ -189,16 +142,10 @@ TEST_F(LayoutTest, PictureControlsTurnColoursAsPromised) {
         {"saturation: 1", {156, 92, 28}},  // luma + 2 * (c - luma)
         {"hue: 1", {73, 105, 137}},        // luma - (c - luma)
     };
-    int pk = 0;
     for (const auto& [controls, colour] : cases) {
         SCOPED_TRACE(controls);
-        ShowStill(file,
-                  "canvases { num_outputs: 1 width: 160 height: 90 assets { full_path: 'a' width: 160 height: 90 " +
-                      controls + " } }",
-                  ++pk);
-        const Rgb shown = On(0, 80, 45);
-        for (std::size_t channel = 0; channel < 3; ++channel)
-            EXPECT_NEAR(shown[channel], colour[channel], 2);
+        ShowStill(file, Canvas("assets { full_path: 'a' width: 160 height: 90 " + controls + " }"));
+        ExpectNear(colour, 80);
     }
 }
 

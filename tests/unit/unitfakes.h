@@ -9,15 +9,8 @@
 
 #include <sys/resource.h>
 
-#include <algorithm>
 #include <atomic>
-#include <chrono>
-#include <cstdint>
 #include <map>
-#include <memory>
-#include <optional>
-#include <string>
-#include <vector>
 
 /// Time that stands still until the test moves it.
 class FakeClock final : public ZorvicUnit::Clock {

@@ -149,9 +149,10 @@ void Importer::Fail(const Order& order, const std::string& reason) {
 // The thread that copies gives way to everything: it must not hold the database's lock while it does. A failure is
 // logged only: at worst a restart does once more what was done.
 void Importer::Keep(const std::function<void()>& change) {
-    const auto task = std::make_shared<std::packaged_task<void()>>(change);
+    auto task = std::make_shared<std::packaged_task<void()>>(change);
     auto done = task->get_future();
-    Writer.Post(0, [task] { (*task)(); });
+    // The job alone holds the task: when the writer drops it, the wait ends.
+    Writer.Post(0, [task = std::move(task)] { (*task)(); });
     try {
         done.get();
     } catch (const std::exception& error) {

@@ -37,14 +37,17 @@ bool IsShown(const Options& options, std::uint32_t number) {
 Daemon::Daemon(const Options& options, PowerSwitch& power)
     : Power(power),
       Directory(options.Store),
-      Rows(Directory.DatabaseFile()),
+      Pages(Directory.Path() / "asrun.db", options.AsRun),
+      Rows(Directory.DatabaseFile(), [this](const std::string& what) { Record.Fault(what); }),
       Assets(std::make_unique<AssetStore>(
           AssetStore::Options{.StoreDirectory = Directory.Path(), .Drives = options.Drives}, Rows, Time)),
       Profile(MakeProfile(options)),
-      Model(Profile, Rows, Time, *Assets, Updates),
-      Link(*Assets, Model),
+      Model(Profile, Rows, Time, *Assets, Updates, Record),
+      Link(*Assets, Model, Record),
       Service(Profile.Identity, Model, *Assets, Link, Updates, Pictures,
               [this](auto action) { Power.Request(action); }) {
+    Record.Note(Zorvic::ZORVIC_ASRUN_STARTED, std::string("version ") + ZORVIC_UNIT_VERSION);
+    Service.KeepSheet(Pages, Record);
     try {
         Assets->Start();
         Ticking.emplace(Model);
@@ -67,6 +70,7 @@ void Daemon::Stop() {
     Announcing.reset();
     Updates.Close();
     Pictures.Close();
+    Pages.EndReading();
     Service.Drain(DrainLimit);
     if (Requests) Requests->Stop(GoodbyeLimit);
     Requests.reset();
@@ -75,6 +79,8 @@ void Daemon::Stop() {
     Keeping.reset();
     Assets.reset();
     Rows.Close();
+    Record.Note(Zorvic::ZORVIC_ASRUN_STOPPED, "");
+    Pages.Close();
 }
 
 zorvic::v1::PowerAction Daemon::Run() {
@@ -141,7 +147,7 @@ void Daemon::StartRenderer(const Options& options) {
     }
     Showing.emplace(
         setup, Model, Pictures, [this](const std::string& path) { return Assets->HostFile(path); },
-        [this](const std::string& path, const std::string& reason) { Assets->Condemn(path, reason); });
+        [this](const std::string& path, const std::string& reason) { Assets->Condemn(path, reason); }, Record);
     Service.SetFiguresReader([this] { return FiguresOf(Showing->Figures()); });
 }
 

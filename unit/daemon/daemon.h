@@ -1,6 +1,8 @@
 #pragma once
 
 #include "announce/announcer.h"
+#include "asrun/recorder.h"
+#include "asrun/sheet.h"
 #include "assets/asset_store.h"
 #include "clock.h"
 #include "daemon/housekeeper.h"
@@ -41,7 +43,7 @@ public:
     zorvic::v1::PowerAction Run();
     /// Shutdown, in this order: nobody finds the unit; sessions end; commands in flight finish; the threads that
     /// change state stop; the asset store joins its workers, while what they report to is still there; the
-    /// database is closed, complete without its log.
+    /// database is closed, complete without its log; at last the as-run sheet, in which all of them write.
     void Stop();
 
 private:
@@ -53,6 +55,8 @@ private:
 
     PowerSwitch& Power;
     StoreDirectory Directory;
+    Sheet Pages;
+    Recorder Record{Pages};
     Database Rows;
     SteadyClock Time;
     Feed Updates;

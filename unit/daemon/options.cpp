@@ -123,6 +123,8 @@ std::optional<ExitStatus> ParseOptions(int argc, const char* const* argv, Option
     std::vector<std::string> drives;
     std::vector<std::string> outputs;
     bool insecure = false;
+    std::uint32_t sheetDays = 400;
+    std::uint32_t sheetMB = 256;
     Choice role{"--role", "Role in a group of units", Roles(), "single", options.Role};
     Choice type{"--type", "Type of the unit", Types(), "t4x", options.Type};
     Choice mode{"--video-mode", "Video mode of the outputs", VideoModes(), "1080p", options.VideoMode};
@@ -143,6 +145,12 @@ std::optional<ExitStatus> ParseOptions(int argc, const char* const* argv, Option
     app.add_option("--tls-dir", options.TlsDirectory,
                    "Encrypts links: directory of the unit's certificate, made by \"zorvic-unit certificates\"")
         ->type_name("DIR");
+    app.add_option("--as-run-days", sheetDays, "How long the as-run sheet keeps entries; 0 keeps no sheet")
+        ->check(CLI::Range(0, 36'500))
+        ->capture_default_str();
+    app.add_option("--as-run-mb", sheetMB, "How large the as-run sheet grows before the oldest entries go")
+        ->check(CLI::Range(1, 100'000))
+        ->capture_default_str();
     app.add_flag("--insecure", insecure, "Listen without encryption on other than loopback addresses");
     for (Choice* choice : {&role, &type, &mode, &refresh})
         AddChoice(app, *choice);
@@ -157,6 +165,8 @@ std::optional<ExitStatus> ParseOptions(int argc, const char* const* argv, Option
     }
     for (const Choice* choice : {&role, &type, &mode, &refresh})
         choice->Target = choice->Table.at(choice->Word);
+    options.AsRun.Age = std::chrono::hours(24) * sheetDays;
+    options.AsRun.Bytes = sheetDays == 0 ? 0 : std::uint64_t{sheetMB} << 20U;
     return std::nullopt;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "asrun/sheet_file.h"
 #include "files/drive_place.h"
 
 #include <render.pb.h>
@@ -27,6 +28,7 @@ struct Options {
     std::string Announce;                         ///< interface or "off"; empty: not given
     std::vector<zorvic::render::Output> Outputs;  ///< those that are not off
     std::string Audio = "off";
+    SheetLimits AsRun;
 };
 
 /// How parsing ended when there is nothing to run: help asked for (0), or a bad option (2), which has been named on the

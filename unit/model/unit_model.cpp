@@ -16,13 +16,14 @@ using zorvic::v1::MarkRequest;
 using zorvic::v1::Preset;
 
 UnitModel::UnitModel(const Profile& profile, Database& database, const Clock& clock, const AssetCatalog& catalog,
-                     Feed& feed)
+                     Feed& feed, Recorder& record)
     : MostBytes(profile.MostBytes),
       Rows(database),
       Table(database),
       Settings(database),
       Playing(clock, catalog),
-      Updates(feed) {
+      Updates(feed),
+      Record(record) {
     SavedSelection = Settings.SelectedPreset();
     Selected = TriedSelection = SavedSelection;
     auto identity = profile.Identity;
@@ -58,6 +59,7 @@ std::uint64_t UnitModel::CreatePreset(const Preset& sent, const Caller& caller, 
         ReserveRoom(preset, 0);
         preset.set_pk(Table.Insert(preset));
         if (made) *made = preset.pk();
+        Record.Edited(preset, "created", caller.Who);
         return ShowPreset(preset);
     };
     return Write(caller, create, made);
@@ -69,7 +71,7 @@ std::uint64_t UnitModel::UpdatePreset(const Preset& sent, const google::protobuf
         const PresetPtr stored = Find(sent.pk());
         Preset edited = *stored;
         MergeFields(edited, sent, fields);
-        return Store(std::move(edited), *stored);
+        return Store(std::move(edited), *stored, caller.Who);
     });
 }
 
@@ -88,6 +90,7 @@ std::uint64_t UnitModel::DeletePreset(std::int32_t pk, const Caller& caller) {
         }
         const std::scoped_lock lock(ModelLock);
         Playing.Remove(pk);
+        Record.Deleted(*Presets.at(pk), caller.Who);
         Forget(pk);
         if (Selected == pk) Selected = 0;
         return Publish({PresetGone(pk)});
@@ -109,7 +112,7 @@ std::uint64_t UnitModel::EditMarks(const MarkRequest& request, const Caller& cal
         Preset edited = *stored;
         Marks& marks = MarksOf(edited, request.kind());
         edit(marks, FindMark(marks, request.time_ms()));
-        return Store(std::move(edited), *stored);
+        return Store(std::move(edited), *stored, caller.Who);
     });
 }
 
@@ -205,12 +208,13 @@ std::int32_t UnitModel::NextTabIndex() const {
 }
 
 // Called with the database's lock held; stored is the preset as it is.
-std::uint64_t UnitModel::Store(Preset edited, const Preset& stored) {
+std::uint64_t UnitModel::Store(Preset edited, const Preset& stored, const Asker& who) {
     Normalise(edited, FirstTab(stored)->index());
     CheckPreset(edited);
     if (edited.SerializeAsString() == stored.SerializeAsString()) return Updates.Revision();
     ReserveRoom(edited, BytesOf(stored));
     Table.Replace(edited);
+    Record.Edited(edited, DifferingFields(stored, edited), who);
     return ShowPreset(edited);
 }
 

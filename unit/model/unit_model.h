@@ -1,5 +1,6 @@
 #pragma once
 
+#include "asrun/recorder.h"
 #include "caller.h"
 #include "feed/feed.h"
 #include "model/preset_rules.h"
@@ -47,7 +48,8 @@ public:
 
     /// Loads the presets and publishes everything. All references must outlive the object. Throws Fault when a stored
     /// preset is damaged.
-    UnitModel(const Profile& profile, Database& database, const Clock& clock, const AssetCatalog& catalog, Feed& feed);
+    UnitModel(const Profile& profile, Database& database, const Clock& clock, const AssetCatalog& catalog, Feed& feed,
+              Recorder& record = Recorder::None());
 
     // Commands that write: Fault TooLate when the caller had given up before its turn to write came; a repetition of a
     // request that was carried out lately only gives its revision again. `made` is told the key of the new preset.
@@ -61,10 +63,10 @@ public:
 
     /// Does not wait for the disk: whoever calls WaitForSelection() saves it.
     std::uint64_t SelectPreset(std::int32_t pk);
-    std::uint64_t Take(std::int32_t pk);
-    std::uint64_t Pause(std::int32_t pk, std::optional<bool> wanted = std::nullopt);
-    std::uint64_t End(std::int32_t pk);
-    std::uint64_t SeekTo(std::int32_t pk, std::uint32_t timeMS);
+    std::uint64_t Take(std::int32_t pk, const Asker& who = {});
+    std::uint64_t Pause(std::int32_t pk, std::optional<bool> wanted = std::nullopt, const Asker& who = {});
+    std::uint64_t End(std::int32_t pk, const Asker& who = {});
+    std::uint64_t SeekTo(std::int32_t pk, std::uint32_t timeMS, const Asker& who = {});
 
     // For whoever shows what plays; see Playback.
     std::uint64_t HoldColdTakes(bool on);
@@ -112,15 +114,15 @@ private:
     void Keep(PresetPtr preset);
     void Forget(std::int32_t pk);
     std::int32_t NextTabIndex() const;
-    std::uint64_t Store(zorvic::v1::Preset edited, const zorvic::v1::Preset& stored);
+    std::uint64_t Store(zorvic::v1::Preset edited, const zorvic::v1::Preset& stored, const Asker& who);
     void ReserveRoom(const zorvic::v1::Preset& preset, std::size_t before);
     std::uint64_t ShowPreset(const zorvic::v1::Preset& preset);
-    std::uint64_t Publish(std::vector<FeedChange> changes);
+    std::uint64_t Publish(std::vector<FeedChange> changes, const Asker& who = {});
     FeedChange StateNow(std::int32_t pk) const;
     void TellPlayListener();
     std::vector<std::int32_t> LikelyNext() const;
     template <typename Command>
-    std::uint64_t Play(const Command& command);
+    std::uint64_t Play(const Command& command, const Asker& who = {});
     template <typename Command>
     std::uint64_t Write(const Caller& caller, const Command& command, std::int32_t* made = nullptr);
     template <typename Edit>
@@ -146,6 +148,7 @@ private:
     std::function<void()> PlayListener;
     std::pair<std::uint64_t, std::int32_t> ToldOutlook{};  ///< version and selection that the listener was told of
     Feed& Updates;
+    Recorder& Record;
 };
 
 }  // namespace ZorvicUnit

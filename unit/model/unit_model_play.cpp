@@ -23,26 +23,26 @@ zorvic::v1::TimeCodes TimeCodesOf(const std::vector<PlayPosition>& positions) {
 }  // namespace
 
 template <typename Command>
-std::uint64_t UnitModel::Play(const Command& command) {
+std::uint64_t UnitModel::Play(const Command& command, const Asker& who) {
     const std::scoped_lock lock(ModelLock);
     command();
-    return Publish({});
+    return Publish({}, who);
 }
 
-std::uint64_t UnitModel::Take(std::int32_t pk) {
-    return Play([&] { Playing.Take(pk); });
+std::uint64_t UnitModel::Take(std::int32_t pk, const Asker& who) {
+    return Play([&] { Playing.Take(pk); }, who);
 }
 
-std::uint64_t UnitModel::Pause(std::int32_t pk, std::optional<bool> wanted) {
-    return Play([&] { Playing.Pause(pk, wanted); });
+std::uint64_t UnitModel::Pause(std::int32_t pk, std::optional<bool> wanted, const Asker& who) {
+    return Play([&] { Playing.Pause(pk, wanted); }, who);
 }
 
-std::uint64_t UnitModel::End(std::int32_t pk) {
-    return Play([&] { Playing.End(pk); });
+std::uint64_t UnitModel::End(std::int32_t pk, const Asker& who) {
+    return Play([&] { Playing.End(pk); }, who);
 }
 
-std::uint64_t UnitModel::SeekTo(std::int32_t pk, std::uint32_t timeMS) {
-    return Play([&] { Playing.Seek(pk, timeMS); });
+std::uint64_t UnitModel::SeekTo(std::int32_t pk, std::uint32_t timeMS, const Asker& who) {
+    return Play([&] { Playing.Seek(pk, timeMS); }, who);
 }
 
 std::uint64_t UnitModel::HoldColdTakes(bool on) {
@@ -100,7 +100,8 @@ void UnitModel::WaitForPlay(const std::stop_token& stop, std::chrono::millisecon
 
 // Called with ModelLock held, so that changes come to the feed in the order in which they happened. States and
 // positions follow from the model; the feed leaves out what has not changed.
-std::uint64_t UnitModel::Publish(std::vector<FeedChange> changes) {
+std::uint64_t UnitModel::Publish(std::vector<FeedChange> changes, const Asker& who) {
+    if (const auto events = Playing.TakeEvents(); !events.empty()) Record.Played(events, who);
     auto changed = Playing.TakeChangedStates();
     if (Selected != ShownSelection) changed.merge(std::set{Selected, ShownSelection});
     ShownSelection = Selected;

@@ -35,13 +35,19 @@ constexpr int DeathsToCondemn = 2;
 }  // namespace
 
 Renderer::Renderer(const zorvic::render::Setup& setup, UnitModel& model, Previews& pictures, FileOf fileOf,
-                   Condemn condemn)
-    : Setup(setup), Model(model), Pictures(pictures), HostFile(std::move(fileOf)), CondemnFile(std::move(condemn)) {
+                   Condemn condemn, Recorder& record)
+    : Setup(setup),
+      Model(model),
+      Pictures(pictures),
+      Record(record),
+      HostFile(std::move(fileOf)),
+      CondemnFile(std::move(condemn)) {
     Setup.set_since(steady_clock::now().time_since_epoch().count());
     auto started = FirstStart.get_future();
     Thread = std::jthread([this](const std::stop_token& stop) { Run(stop); });
     started.get();
     Model.SetPlayListener([this] { Kick(); });
+    Record.SetOutputs(Setup.outputs_size() > 0);
     if (Setup.outputs_size() > 0) Pictures.SetListener([this] { Kick(); });
 }
 
@@ -88,7 +94,9 @@ void Renderer::Run(const std::stop_token& stop) {
 
 // Once for all attempts that end alike.
 void Renderer::Fail(const std::string& text) {
-    if (std::exchange(LastFailure, text) != text) spdlog::error("outputs: {}; trying again", text);
+    if (std::exchange(LastFailure, text) == text) return;
+    spdlog::error("outputs: {}; trying again", text);
+    Record.Fault("outputs: " + text);
 }
 
 bool Renderer::Begin(RendererProcess& process) {
@@ -112,6 +120,7 @@ bool Renderer::Begin(RendererProcess& process) {
     if (!Setup.again()) FirstStart.set_value();
     Setup.set_again(true);
     LastFailure.clear();
+    Record.RendererBegins();
     Model.HoldColdTakes(true);
     return answer.has_ready();
 }
@@ -136,6 +145,7 @@ void Renderer::Serve(const std::stop_token& stop, RendererProcess& process) {
             if (stop.stop_requested() || Lost) break;
             if (IsFrozen(process)) {
                 spdlog::error("the renderer does not answer");
+                Record.Fault("the renderer does not answer");
                 break;
             }
             if (!std::exchange(Kicked, false) && steady_clock::now() < sent + OutlookPeriod) continue;
@@ -177,9 +187,14 @@ void Renderer::NameMissing(const zorvic::render::Outlook& outlook) {
         }
     }
     for (const Missing& one : missing) {
-        if (!NamedMissing.contains(one)) spdlog::warn("not shown: {} cannot be read", std::get<std::string>(one));
+        if (!NamedMissing.contains(one)) NameTrouble(std::get<std::string>(one) + " cannot be read");
     }
     NamedMissing = std::move(missing);
+}
+
+void Renderer::NameTrouble(const std::string& text) {
+    spdlog::warn("not shown: {}", text);
+    Record.Fault("not shown: " + text);
 }
 
 bool Renderer::SendWish(RendererProcess& process, bool wanted) {
@@ -193,7 +208,8 @@ void Renderer::Take(zorvic::render::FromRenderer& message) {
     if (message.has_preview()) Pictures.Put(std::move(*message.mutable_preview()));
     if (message.has_first_frames()) TakeFirstFrames(message.first_frames());
     if (message.has_beat()) TakeBeat(message.beat());
-    if (message.has_trouble()) spdlog::warn("not shown: {}", message.trouble().text());
+    if (message.has_trouble()) NameTrouble(message.trouble().text());
+    if (message.has_runs()) Record.Shown(message.runs());
     if (!message.has_opening()) return;
     const std::scoped_lock lock(Lock);
     if (message.opening().done()) {
@@ -230,6 +246,7 @@ void Renderer::Bury(RendererProcess& process) {
     Model.SetPrimed({});
     Model.HoldColdTakes(false);
     spdlog::error("the renderer ended ({}); starting another", ending.Text);
+    Record.Fault("the renderer ended (" + ending.Text + ")");
     // Whoever kills it, or keeps it from running, says nothing about the files.
     if (!ending.Crashed) return;
     for (const std::string& path : CountDeaths())

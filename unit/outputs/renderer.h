@@ -1,5 +1,6 @@
 #pragma once
 
+#include "asrun/recorder.h"
 #include "outputs/renderer_process.h"
 
 #include <render.pb.h>
@@ -35,7 +36,8 @@ public:
 
     /// Returns when all outputs are open. The model and the previews must outlive the object. Throws Fault: Misused
     /// when an output or a device that was asked for does not exist, Internal when it can not be opened.
-    Renderer(const zorvic::render::Setup& setup, UnitModel& model, Previews& pictures, FileOf fileOf, Condemn condemn);
+    Renderer(const zorvic::render::Setup& setup, UnitModel& model, Previews& pictures, FileOf fileOf, Condemn condemn,
+             Recorder& record = Recorder::None());
     ~Renderer();
     Renderer(const Renderer&) = delete;
     Renderer& operator=(const Renderer&) = delete;
@@ -57,6 +59,7 @@ private:
     void TakeBeat(const zorvic::render::Beat& beat);
     bool SendOutlook(RendererProcess& process);
     void NameMissing(const zorvic::render::Outlook& outlook);
+    void NameTrouble(const std::string& text);
     bool IsFrozen(const RendererProcess& process);
     bool SendWish(RendererProcess& process, bool wanted);
     void Bury(RendererProcess& process);
@@ -66,6 +69,7 @@ private:
     zorvic::render::Setup Setup;
     UnitModel& Model;
     Previews& Pictures;
+    Recorder& Record;
     const FileOf HostFile;
     const Condemn CondemnFile;
     std::promise<void> FirstStart;

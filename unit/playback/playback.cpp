@@ -13,6 +13,7 @@ namespace ZorvicUnit {
 using std::chrono::duration_cast;
 using std::chrono::milliseconds;
 using std::chrono::nanoseconds;
+using What = PlayEvent::What;
 
 namespace {
 
@@ -20,6 +21,11 @@ namespace {
 std::int64_t PassesUntil(const PlayEntry& entry, std::int64_t passed) {
     if (entry.Endless()) return passed;
     return std::min(passed, entry.Preset->loop() - std::int64_t{entry.Playing->Pass});
+}
+
+std::int32_t RemainingMS(const PlayEntry& entry, nanoseconds elapsed) {
+    const auto remaining = entry.TRT - duration_cast<milliseconds>(elapsed).count();
+    return static_cast<std::int32_t>(std::clamp<std::int64_t>(remaining, 0, entry.TRT));
 }
 
 }  // namespace
@@ -55,6 +61,8 @@ void Playback::Remove(std::int32_t pk) {
 }
 
 void Playback::Clear() {
+    for (const std::int32_t pk : Active)
+        if (Entries.at(pk).Playing) Tell(Entries.at(pk), {.Kind = What::Ended, .Asked = true, .At = Now});
     for (const auto& [pk, entry] : Entries)
         ChangedStates.insert(pk);
     Active.clear();
@@ -69,10 +77,12 @@ void Playback::Take(std::int32_t pk) {
     PlayEntry& entry = Find(pk);
     if (entry.Retired) throw Fault(FaultKind::Refused, "it is being deleted");
     if (UsesHeldAsset(entry)) throw Fault(FaultKind::Refused, "an asset of it is being deleted");
-    if (entry.Resumes())
+    const bool resumes = entry.Resumes();
+    if (resumes)
         Resume(entry, Now);
     else
         Begin(entry, Now, ++Takes, ColdTakesHeld && !entry.Assets.empty());
+    Tell(entry, {.Kind = resumes ? What::Resumed : What::Taken, .Asked = true, .At = Now});
     ++Plans;
     Advance();
 }
@@ -89,13 +99,16 @@ void Playback::Pause(std::int32_t pk, std::optional<bool> wanted) {
         entry.Playing->Paused = true;
         NoteChange(entry);
     }
+    Tell(entry, {.Kind = entry.Playing->Paused ? What::Paused : What::Resumed, .Asked = true, .At = Now});
     ++Plans;
     Advance();
 }
 
 void Playback::End(std::int32_t pk) {
     Advance();
-    Stop(Find(pk));
+    PlayEntry& entry = Find(pk);
+    if (entry.Playing) Tell(entry, {.Kind = What::Ended, .Asked = true, .At = Now});
+    Stop(entry);
     ++Plans;
 }
 
@@ -108,10 +121,13 @@ void Playback::Seek(std::int32_t pk, std::uint32_t timeMS) {
     if (!entry.Playing || entry.Playing->Waiting) {
         entry.Cue = remaining;
         Active.insert(pk);
+        Tell(entry, {.Kind = What::Cued, .Asked = true, .At = Now, .RemainingMS = remaining});
         return;
     }
+    const std::int32_t before = RemainingMS(entry, entry.Playing->Elapsed(Now));
     entry.Playing->Base = milliseconds(entry.TRT - std::min(remaining, entry.TRT));
     entry.Playing->Anchor = Now;
+    Tell(entry, {.Kind = What::Sought, .Asked = true, .At = Now, .From = before});
     Advance();
 }
 
@@ -196,9 +212,7 @@ std::vector<PlayPosition> Playback::Positions() {
         PlayEntry& entry = Entries.at(pk);
         const auto& run = entry.Playing;
         const nanoseconds elapsed = run ? run->Elapsed(Now) : entry.CuedElapsed();
-        const auto remaining =
-            std::clamp<std::int64_t>(entry.TRT - duration_cast<milliseconds>(elapsed).count(), 0, entry.TRT);
-        PlayPosition position{.PK = pk, .RemainingMS = static_cast<std::int32_t>(remaining)};
+        PlayPosition position{.PK = pk, .RemainingMS = RemainingMS(entry, elapsed)};
         if (run && run->Moves()) position.Levels = LevelsOf(entry, elapsed);
         positions.push_back(position);
     }
@@ -310,23 +324,26 @@ std::int32_t Playback::FinishPass(PlayEntry& entry, Clock::TimePoint at, Clock::
         run.Pass += static_cast<std::uint32_t>(1 + passed);
         run.Base = window.Start;
         run.Anchor = at + passed * window.Length();
+        Tell(entry, {.Kind = What::Looped, .At = run.Anchor, .Pass = run.Pass});
         NoteChange(entry);
         return 0;
     }
     if (entry.Preset->freeze_at_end()) {
         run.Base = window.End;
         run.Paused = true;
+        Tell(entry, {.Kind = What::Held, .At = at});
         NoteChange(entry);
         return 0;
     }
-    const std::int32_t link = entry.Preset->link();
     const std::uint64_t place = run.Place;
+    Tell(entry, {.Kind = What::Ended, .At = at});
     Stop(entry);
-    return FollowLink(link, at, place);
+    return FollowLink(entry, at, place);
 }
 
 // Walks over linked presets without length until one plays or the walk comes back to where it has been.
-std::int32_t Playback::FollowLink(std::int32_t pk, Clock::TimePoint at, std::uint64_t place) {
+std::int32_t Playback::FollowLink(const PlayEntry& ended, Clock::TimePoint at, std::uint64_t place) {
+    std::int32_t pk = ended.Preset->link();
     std::set<std::int32_t> passed;
     while (pk > 0 && passed.insert(pk).second) {
         PlayEntry* const entry = FindLinked(pk);
@@ -335,15 +352,27 @@ std::int32_t Playback::FollowLink(std::int32_t pk, Clock::TimePoint at, std::uin
             return 0;
         }
         if (!entry->Instant()) {
-            if (entry->Resumes())
+            const bool resumes = entry->Resumes();
+            if (resumes)
                 Resume(*entry, at);
             else
                 Begin(*entry, at, place, false);
+            Tell(*entry, {.Kind = resumes ? What::Resumed : What::Linked, .At = at, .From = ended.Preset->pk()});
             return pk;
         }
         pk = entry->Preset->link();
     }
     return 0;
+}
+
+// A look-ahead tells nothing: it may not come to that.
+void Playback::Tell(const PlayEntry& entry, PlayEvent event) {
+    if (Origin) return;
+    event.Preset = entry.Preset;
+    event.Run = entry.Runs;
+    if (entry.Playing && !event.RemainingMS && entry.LengthKnown)
+        event.RemainingMS = RemainingMS(entry, entry.Playing->Elapsed(event.At));
+    Events.push_back(std::move(event));
 }
 
 void Playback::NoteChange(const PlayEntry& entry) {

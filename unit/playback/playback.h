@@ -3,6 +3,7 @@
 #include "asset_catalog.h"
 #include "clock.h"
 #include "playback/outlook.h"
+#include "playback/play_event.h"
 #include "playback/play_state.h"
 
 #include <zorvic/v1/unit.pb.h>
@@ -83,6 +84,9 @@ public:
     void Advance();
     Clock::TimePoint ShownAt() const { return Now; }
 
+    /// What has happened since the last call, in its order.
+    std::vector<PlayEvent> TakeEvents() { return std::exchange(Events, {}); }
+
     /// Keys of all presets whose PlayState may have changed since the last call, also of those that are gone.
     std::set<std::int32_t> TakeChangedStates() { return std::exchange(ChangedStates, {}); }
     /// A stopped state for an unknown preset.
@@ -121,8 +125,9 @@ private:
     std::optional<Due> NextDue(Clock::TimePoint until) const;
     std::int32_t CarryOut(const Due& due, Clock::TimePoint until);
     std::int32_t FinishPass(PlayEntry& entry, Clock::TimePoint at, Clock::TimePoint until);
-    std::int32_t FollowLink(std::int32_t pk, Clock::TimePoint at, std::uint64_t place);
+    std::int32_t FollowLink(const PlayEntry& ended, Clock::TimePoint at, std::uint64_t place);
     void Rebase(PlayEntry& entry) const;
+    void Tell(const PlayEntry& entry, PlayEvent event);
     void NoteChange(const PlayEntry& entry);
     void NoteUses(const PlayEntry& entry, bool uses);
     bool IsPrimed(const PlayEntry& entry) const;
@@ -140,6 +145,7 @@ private:
     std::vector<RunStart> Primed;
     bool ColdTakesHeld = false;
     std::uint64_t Takes = 0;  ///< those that began a run: the place of the last one in the stack
+    std::vector<PlayEvent> Events;
     Clock::TimePoint Now;
     std::set<std::int32_t> ChangedStates;
     std::uint64_t Plans = 1;

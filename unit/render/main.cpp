@@ -8,6 +8,7 @@
 #include <spdlog/sinks/stdout_sinks.h>
 #include <spdlog/spdlog.h>
 
+#include <malloc.h>
 #include <sys/prctl.h>
 
 #include <csignal>
@@ -33,6 +34,12 @@ void SendReady(ZorvicRender::Wire& unit) {
     unit.Send(std::move(message));
 }
 
+// Pictures come and go by the megabyte. Left to itself the allocator would soon take them from its heaps, which only
+// grow.
+void KeepPicturesOutOfHeaps() {
+    mallopt(M_MMAP_THRESHOLD, 256 * 1024);
+}
+
 zorvic::render::AudioFigures FiguresOf(const ZorvicRender::SoundEngine* sound) {
     zorvic::render::AudioFigures message;
     if (sound == nullptr) return message;
@@ -49,6 +56,7 @@ int main() {
     spdlog::set_default_logger(spdlog::stderr_logger_mt("zorvic-render"));
     spdlog::cfg::load_env_levels();
     prctl(PR_SET_PDEATHSIG, SIGKILL);
+    KeepPicturesOutOfHeaps();
     // The terminal sends them to the whole group; the unit decides.
     std::signal(SIGINT, SIG_IGN);
     std::signal(SIGTERM, SIG_IGN);

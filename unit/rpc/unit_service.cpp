@@ -10,6 +10,7 @@
 #include "model/asset_link.h"
 #include "model/unit_model.h"
 #include "outputs/previews.h"
+#include "rpc/asker.h"
 #include "rpc/request_log.h"
 
 #include <spdlog/spdlog.h>
@@ -34,6 +35,7 @@ namespace {
 // Below the promised 250 ms, so that a heartbeat is in time also on a busy machine.
 constexpr std::chrono::milliseconds HeartbeatPeriod(150);
 constexpr std::chrono::milliseconds PreviewHeartbeatPeriod(1000);
+constexpr std::chrono::milliseconds SheetHeartbeatPeriod(1000);
 
 // What is left of a call's time when its turn to write comes must do for the write and for the way of the answer, too:
 // the console's clock for the call began to run before ours.
@@ -120,8 +122,23 @@ Caller CallerOf(const ServerContext& context, std::uint64_t requestKey = 0) {
     const auto waits = [&context] {
         return !context.IsCancelled() && std::chrono::system_clock::now() + WriteTime < context.deadline();
     };
-    return {.Waits = waits, .RequestKey = requestKey};
+    return {.Waits = waits, .RequestKey = requestKey, .Who = AskerOf(context)};
 }
+
+/// A console that watches, in the as-run sheet.
+class Visit {
+public:
+    Visit(Recorder& record, const ServerContext& context) : Record(record), Who(AskerOf(context)) {
+        Record.Note(Zorvic::ZORVIC_ASRUN_CONNECT, "", Who);
+    }
+    ~Visit() { Record.Note(Zorvic::ZORVIC_ASRUN_LEAVE, "", Who); }
+    Visit(const Visit&) = delete;
+    Visit& operator=(const Visit&) = delete;
+
+private:
+    Recorder& Record;
+    const Asker Who;
+};
 
 zorvic::v1::PreviewFrame ToFrame(const Previews::Picture& picture) {
     zorvic::v1::PreviewFrame frame;
@@ -146,6 +163,11 @@ bool WritePictures(const std::vector<Previews::Picture>& pictures,
     return std::ranges::all_of(pictures, [&](const auto& picture) { return writer.Write(ToFrame(picture)); });
 }
 
+std::string PowerText(zorvic::v1::PowerAction action) {
+    if (action == zorvic::v1::POWER_ACTION_SOFT_REBOOT) return "soft reboot";
+    return action == zorvic::v1::POWER_ACTION_REBOOT ? "reboot" : "shutdown";
+}
+
 std::string OnPreset(const char* what, std::int32_t pk) {
     return fmt::format("{} preset {}", what, pk);
 }
@@ -167,6 +189,11 @@ UnitService::UnitService(zorvic::v1::Identity identity, UnitModel& model, AssetS
       OnPower(std::move(power)),
       Writes(writeLimit) {}
 
+void UnitService::KeepSheet(Sheet& sheet, Recorder& record) {
+    Pages = &sheet;
+    Record = &record;
+}
+
 // Carries out one request, unless the unit is ending. A command whose console has given up is not carried out late.
 template <typename Request, typename Action>
 Status UnitService::Answer(const ServerContext& context, const Request& request, const std::string& what,
@@ -174,12 +201,14 @@ Status UnitService::Answer(const ServerContext& context, const Request& request,
     const RequestGate::Pass pass(Gate);
     if (!pass.Granted()) return {StatusCode::UNAVAILABLE, "the unit is ending"};
     if (context.IsCancelled()) return {StatusCode::CANCELLED, "given up by the caller"};
-    return Attempt(Log, what, [&] {
+    const Status status = Attempt(Log, what, [&] {
         if (request.ByteSizeLong() > MostBytes<Request>)
             throw Fault(FaultKind::Misused,
                         fmt::format("a request of this kind is not larger than {} bytes", MostBytes<Request>));
         action();
     });
+    if (status.error_code() == StatusCode::RESOURCE_EXHAUSTED) Record->Fault(what + ": " + status.error_message());
+    return status;
 }
 
 void UnitService::CheckAdmission(const ServerContext& context) const {
@@ -197,6 +226,7 @@ Status UnitService::Watch(ServerContext* context, const zorvic::v1::WatchRequest
         CheckVersion(Self.api_version(), request->api_version());
         const Places::Place place(Watching, PeerFromName(context->peer()));
         Feed::Subscription subscription(Updates, WishesOf(*request));
+        const Visit visit(*Record, *context);
         const auto write = [&](const zorvic::v1::Frame& frame) {
             const WriteLimit::Pending pending(Writes, *context);
             return writer->Write(frame);
@@ -233,6 +263,26 @@ Status UnitService::WatchPreview(ServerContext* context, const zorvic::v1::Watch
         spdlog::error("watch preview: {}", error.what());
         return ToStatus(FaultKind::Internal, error.what());
     }
+}
+
+// Holds its thread, as Watch does.
+Status UnitService::ReadAsRun(ServerContext* context, const zorvic::v1::AsRunRequest* request,
+                              grpc::ServerWriter<zorvic::v1::AsRunEntries>* writer) {
+    bool over = false;
+    const Status status = Attempt(Log, "read the as-run sheet", [&] {
+        if (Pages == nullptr) throw Fault(FaultKind::Refused, "this unit keeps no as-run sheet");
+        const Places::Place place(Watching, PeerFromName(context->peer()));
+        Sheet::Reader reader(*Pages, *request);
+        while (!context->IsCancelled()) {
+            CheckAdmission(*context);
+            const auto entries = reader.Next(SheetHeartbeatPeriod);
+            over = !entries;
+            if (over) return;
+            const WriteLimit::Pending pending(Writes, *context);
+            if (!writer->Write(*entries) || (entries->caught_up() && !request->follow())) return;
+        }
+    });
+    return over && status.ok() ? Status(StatusCode::UNAVAILABLE, "the unit is ending") : status;
 }
 
 Status UnitService::Identify(ServerContext* /*context*/, const zorvic::v1::IdentifyRequest* /*request*/,
@@ -278,23 +328,23 @@ Status UnitService::SelectPreset(ServerContext* context, const zorvic::v1::Prese
 
 Status UnitService::Take(ServerContext* context, const zorvic::v1::PresetRequest* request, CommandReply* reply) {
     return Answer(*context, *request, OnPreset("take", request->pk()),
-                  [&] { reply->set_revision(Model.Take(request->pk())); });
+                  [&] { reply->set_revision(Model.Take(request->pk(), AskerOf(*context))); });
 }
 
 Status UnitService::Pause(ServerContext* context, const zorvic::v1::PauseRequest* request, CommandReply* reply) {
     const auto wanted = request->has_paused() ? std::optional(request->paused()) : std::nullopt;
     return Answer(*context, *request, OnPreset("pause", request->pk()),
-                  [&] { reply->set_revision(Model.Pause(request->pk(), wanted)); });
+                  [&] { reply->set_revision(Model.Pause(request->pk(), wanted, AskerOf(*context))); });
 }
 
 Status UnitService::End(ServerContext* context, const zorvic::v1::PresetRequest* request, CommandReply* reply) {
     return Answer(*context, *request, OnPreset("end", request->pk()),
-                  [&] { reply->set_revision(Model.End(request->pk())); });
+                  [&] { reply->set_revision(Model.End(request->pk(), AskerOf(*context))); });
 }
 
 Status UnitService::SeekTo(ServerContext* context, const zorvic::v1::SeekRequest* request, CommandReply* reply) {
     return Answer(*context, *request, OnPreset("seek", request->pk()),
-                  [&] { reply->set_revision(Model.SeekTo(request->pk(), request->time_ms())); });
+                  [&] { reply->set_revision(Model.SeekTo(request->pk(), request->time_ms(), AskerOf(*context))); });
 }
 
 Status UnitService::CreateMark(ServerContext* context, const zorvic::v1::MarkRequest* request, CommandReply* reply) {
@@ -315,7 +365,7 @@ Status UnitService::DeleteMark(ServerContext* context, const zorvic::v1::MarkReq
 
 Status UnitService::DeleteAsset(ServerContext* context, const zorvic::v1::AssetRequest* request, CommandReply* reply) {
     return Answer(*context, *request, "delete asset " + request->path(),
-                  [&] { reply->set_revision(Link.Delete(request->path())); });
+                  [&] { reply->set_revision(Link.Delete(request->path(), CallerOf(*context))); });
 }
 
 Status UnitService::InstallAsset(ServerContext* context, const zorvic::v1::AssetRequest* request, CommandReply* reply) {
@@ -329,6 +379,7 @@ Status UnitService::Power(ServerContext* context, const zorvic::v1::PowerRequest
             request->action() == zorvic::v1::POWER_ACTION_UNSPECIFIED)
             throw Fault(FaultKind::Misused, "no such power action");
         reply->set_revision(Model.Revision());
+        Record->Note(Zorvic::ZORVIC_ASRUN_POWER, PowerText(request->action()), AskerOf(*context));
         OnPower(request->action());
     });
 }

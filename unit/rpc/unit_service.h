@@ -1,5 +1,7 @@
 #pragma once
 
+#include "asrun/recorder.h"
+#include "asrun/sheet.h"
 #include "rpc/places.h"
 #include "rpc/request_gate.h"
 #include "rpc/request_log.h"
@@ -38,6 +40,8 @@ public:
     UnitService(zorvic::v1::Identity identity, UnitModel& model, AssetStore& assets, AssetLink& link, Feed& updates,
                 Previews& pictures, PowerHandler power, std::chrono::milliseconds writeLimit = LongestWrite);
 
+    /// Before the first request. Both must outlive the object; without them no sheet can be read.
+    void KeepSheet(Sheet& sheet, Recorder& record);
     /// Asked again and again while a console watches: one call may last for weeks. To be set before the first request.
     void SetAdmission(Admission admission) { Admitted = std::move(admission); }
 
@@ -51,6 +55,8 @@ public:
                        grpc::ServerWriter<zorvic::v1::Frame>* writer) override;
     grpc::Status WatchPreview(grpc::ServerContext* context, const zorvic::v1::WatchPreviewRequest* request,
                               grpc::ServerWriter<zorvic::v1::PreviewFrame>* writer) override;
+    grpc::Status ReadAsRun(grpc::ServerContext* context, const zorvic::v1::AsRunRequest* request,
+                           grpc::ServerWriter<zorvic::v1::AsRunEntries>* writer) override;
     grpc::Status Identify(grpc::ServerContext* context, const zorvic::v1::IdentifyRequest* request,
                           zorvic::v1::Identity* reply) override;
     grpc::Status ReadFigures(grpc::ServerContext* context, const zorvic::v1::ReadFiguresRequest* request,
@@ -101,6 +107,8 @@ private:
     AssetLink& Link;     ///< for commands on assets
     Feed& Updates;
     Previews& Pictures;
+    Sheet* Pages = nullptr;
+    Recorder* Record = &Recorder::None();
     const PowerHandler OnPower;
     Admission Admitted;
     FiguresReader ReadRenderer;

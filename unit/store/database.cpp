@@ -23,8 +23,9 @@ constexpr int CopyCostShare = 100;
 constexpr std::uintmax_t LargestAtEnd = std::uintmax_t{16} << 20U;
 constexpr std::int64_t MostFreePages = 4096;
 
-const std::filesystem::path& Fit(const std::filesystem::path& file) {
-    MakeFit(file);
+const std::filesystem::path& Fit(const std::filesystem::path& file,
+                                 const std::function<void(const std::string&)>& tell) {
+    MakeFit(file, tell);
     return file;
 }
 
@@ -36,8 +37,8 @@ std::uint64_t NumberOf(const std::filesystem::path& file) {
 
 }  // namespace
 
-Database::Database(const std::filesystem::path& file)
-    : Connection(Fit(file), Access::Make),
+Database::Database(const std::filesystem::path& file, const std::function<void(const std::string&)>& mended)
+    : Connection(Fit(file, mended), Access::Make),
       Acknowledged(file.string() + "-seal"),
       Kept(file),
       Place(NumberOf(file)),

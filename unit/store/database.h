@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <string>
 
 namespace ZorvicUnit {
 
@@ -16,9 +17,9 @@ class Database : public Connection {
 public:
     /// Opens the file (write-ahead log, every commit synchronised to disk), brings its schema up to date and the log's
     /// content into it. Makes a file only for a store that has never been used. A damaged one is mended as far as that
-    /// loses nothing without naming it. Throws Fault, with the files as they were, when it is gone, not ours, written
-    /// by a newer version, or older than what was acknowledged.
-    explicit Database(const std::filesystem::path& file);
+    /// loses nothing without naming it, and `mended` hears of it. Throws Fault, with the files as they were, when it is
+    /// gone, not ours, written by a newer version, or older than what was acknowledged.
+    explicit Database(const std::filesystem::path& file, const std::function<void(const std::string&)>& mended = {});
     /// Closes.
     ~Database();
 

@@ -71,7 +71,7 @@ void Examine(const std::filesystem::path& file, const Seal& seal) {
 
 }  // namespace
 
-void MakeFit(const std::filesystem::path& file) {
+void MakeFit(const std::filesystem::path& file, const std::function<void(const std::string&)>& tell) {
     FinishMending(file);
     const Seal seal(file.string() + "-seal");
     try {
@@ -79,6 +79,7 @@ void MakeFit(const std::filesystem::path& file) {
         return;
     } catch (const StoreDamage& damage) {
         Mend({file, seal.File(), AcknowledgedIn(file, seal), damage.what()});
+        if (tell) tell(std::string("the store was mended: ") + damage.what());
     }
     Examine(file, seal);
 }

@@ -122,6 +122,7 @@ void RenderLoop::Show(std::size_t number, TimePoint lightUp) {
     target.Bind();
     Painter->Draw(list, size, place);
     target.Present();
+    Pictures.NoteShown(number, std::max(lightUp, steady_clock::now()));
     output.Shown = list;
     ++output.Presented;
     if (steady_clock::now() > lightUp + Tick / 2) ++output.Late;
@@ -130,6 +131,7 @@ void RenderLoop::Show(std::size_t number, TimePoint lightUp) {
 void RenderLoop::Report(const Scene& scene, TimePoint lightUp, const SoundIsReady& soundIsReady,
                         const SoundFigures& soundFigures) {
     SendFirstFrames(scene, soundIsReady);
+    SendRunFigures(lightUp);
     if (lightUp - LastBeat >= BeatPeriod) {
         LastBeat = lightUp;
         SendBeat(soundFigures);
@@ -157,6 +159,26 @@ void RenderLoop::SendFirstFrames(const Scene& scene, const SoundIsReady& soundIs
         run.set_position(position.count());
     }
     message.mutable_first_frames();
+    Unit.Send(std::move(message));
+}
+
+void RenderLoop::SendRunFigures(TimePoint lightUp) {
+    const auto runs = Pictures.TakeRunFigures(lightUp);
+    if (runs.empty()) return;
+    zorvic::render::FromRenderer message;
+    for (const RunFigures& run : runs) {
+        auto& figures = *message.mutable_runs()->add_runs();
+        figures.set_pk(run.Id.PK);
+        figures.set_run(run.Id.Number);
+        figures.set_pictures(run.Pictures);
+        figures.set_dropped(run.Dropped);
+        figures.set_over(run.Over);
+        for (const auto& [output, at] : run.Lit) {
+            auto& lit = *figures.add_lit();
+            lit.set_output(output);
+            lit.set_at(at.time_since_epoch().count());
+        }
+    }
     Unit.Send(std::move(message));
 }
 

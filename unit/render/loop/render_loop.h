@@ -42,6 +42,7 @@ private:
     void Report(const Scene& scene, TimePoint lightUp, const SoundIsReady& soundIsReady,
                 const SoundFigures& soundFigures);
     void SendFirstFrames(const Scene& scene, const SoundIsReady& soundIsReady);
+    void SendRunFigures(TimePoint lightUp);
     void SendBeat(const SoundFigures& soundFigures);
     void SendPreview(TimePoint lightUp);
     std::vector<StageOutput> StageOutputs() const;

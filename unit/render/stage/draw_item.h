@@ -1,6 +1,7 @@
 #pragma once
 
 #include "render/pictures/picture.h"
+#include "render/scene.h"
 #include "render/stage/canvas_layout.h"
 #include "render/stage/picture_controls.h"
 
@@ -12,6 +13,7 @@ namespace ZorvicRender {
 /// One picture as it lies on an output.
 struct DrawItem {
     const void* Source = nullptr;  ///< whose picture it is: one texture per source
+    RunId Run{};
     PicturePtr Shown;
     Area Place;  ///< the output is 1 wide and 1 high
     ColourMap Colours;

@@ -115,7 +115,9 @@ void Stage::Follow(const Scene& scene, TimePoint lightUp, Nanoseconds tick) {
     for (const auto& layer : scene.Layers) {
         Run& run = Get(layer);
         FollowSources(run, *layer, lightUp, tick);
-        if (layer->At(lightUp) != nullptr) List(run, *layer, lightUp);
+        if (layer->At(lightUp) == nullptr) continue;
+        Ledger.NoteRuns(layer->Id, !run.Pins.empty());
+        List(run, *layer, lightUp);
     }
     for (const auto& layer : scene.Primed) {
         for (auto& [path, entry] : Get(layer).Sources)
@@ -140,7 +142,9 @@ void Stage::FollowSources(Run& run, const Layer& layer, TimePoint lightUp, Nanos
         if (coming) source.Prime(layer);
         source.Follow(layer, lightUp, tick);
         const auto& counts = source.Counted();
-        Counts.Dropped += counts.Dropped - std::exchange(entry.Dropped, counts.Dropped);
+        const auto dropped = counts.Dropped - std::exchange(entry.Dropped, counts.Dropped);
+        Counts.Dropped += dropped;
+        Ledger.NoteDropped(layer.Id, dropped);
         const auto repeated = counts.Repeated - std::exchange(entry.Repeated, counts.Repeated);
         Counts.Repeated += repeated;
         if (counts.JumpTime) (std::exchange(run.HasShown, true) ? Counts.Seek : Counts.FirstPicture) = *counts.JumpTime;
@@ -157,6 +161,7 @@ void Stage::List(const Run& run, const Layer& layer, TimePoint lightUp) {
         const auto found = run.Sources.find(pin.Path);
         if (found == run.Sources.end() || !found->second.Source->Shown()) continue;
         Lists[pin.Output].push_back({.Source = found->second.Source.get(),
+                                     .Run = layer.Id,
                                      .Shown = found->second.Source->Shown(),
                                      .Place = pin.Place,
                                      .Colours = pin.Colours,
@@ -165,12 +170,19 @@ void Stage::List(const Run& run, const Layer& layer, TimePoint lightUp) {
     }
 }
 
+void Stage::NoteShown(std::size_t output, TimePoint at) {
+    for (const DrawItem& item : Lists[output])
+        Ledger.NoteLit(item.Run, Outputs[output].Number, at);
+}
+
 void Stage::DropOthers(const Scene& scene) {
     std::set<RunId> wanted;
     for (const auto* layers : {&scene.Layers, &scene.Primed}) {
         for (const auto& layer : *layers)
             wanted.insert(layer->Id);
     }
+    for (const auto& [id, run] : Runs)
+        if (!wanted.contains(id)) Ledger.NoteOver(id);
     std::erase_if(Runs, [&](const auto& run) { return !wanted.contains(run.first); });
 }
 

@@ -4,6 +4,7 @@
 #include "render/reaper.h"
 #include "render/scene.h"
 #include "render/stage/draw_item.h"
+#include "render/stage/run_ledger.h"
 
 #include <cstdint>
 #include <functional>
@@ -46,6 +47,11 @@ public:
     /// True when something moves, or something that is wanted is not there yet.
     bool IsBusy() const { return Busy; }
 
+    /// The output has really shown its list now.
+    void NoteShown(std::size_t output, TimePoint at);
+    /// What is new of what outputs have shown of runs.
+    std::vector<RunFigures> TakeRunFigures(TimePoint now) { return Ledger.Take(now); }
+
     struct Figures {
         std::uint64_t Dropped = 0;
         std::uint64_t Repeated = 0;
@@ -72,6 +78,7 @@ private:
     std::map<RunId, std::unique_ptr<Run>> Runs;
     bool Busy = false;
     Figures Counts;
+    RunLedger Ledger;
 };
 
 }  // namespace ZorvicRender
