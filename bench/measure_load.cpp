@@ -2,8 +2,8 @@
 // them in turn at a fixed rate. Prints the gaps between timecodes at every client, how long commands take, and the
 // unit's memory and descriptors before, meanwhile (once a minute) and after.
 //
-// Arguments: clients (50), presets that play (20), commands a second (50), seconds (20), and how many more clients
-// stop to read at once and stay (0).
+// Arguments: clients (50), presets that play (20), commands a second (50), seconds (20), how many more clients
+// stop to read at once and stay (0), and one more option for the unit, such as --as-run-days=0.
 
 #include <atomic>
 #include <cstdio>
@@ -33,6 +33,7 @@ struct Options {
     int CommandsASecond = 50;
     int Seconds = 20;
     std::size_t Stopped = 0;
+    std::string UnitOption = "--audio=off";
 };
 
 /// A console that notes when timecodes arrive.
@@ -153,7 +154,7 @@ void Measure(const Options& wanted) {
     const TemporaryDirectory directory;
     std::filesystem::create_directories(directory.Path() + "/store/Assets");
     ZorvicUnit::WriteFile(directory.Path() + "/store/Assets/clip.wav", ZorvicUnit::ToneFile());
-    UnitProcess unit(directory.Path() + "/store", {"--announce", "off"});
+    UnitProcess unit(directory.Path() + "/store", {"--announce", "off", wanted.UnitOption});
     const pid_t process = unit.Process().Id();
     MakeShow(unit.Host(), wanted.Playing);
     PrintUse("without", unit, process);
@@ -202,6 +203,7 @@ int main(int argc, char** argv) {
     wanted.CommandsASecond = argument(3, wanted.CommandsASecond);
     wanted.Seconds = argument(4, wanted.Seconds);
     wanted.Stopped = static_cast<std::size_t>(argument(5, 0));
+    if (argc > 6) wanted.UnitOption = argv[6];
     std::printf("%zu clients, %d presets playing, %d commands a second, %d s, %zu stopped observers\n", wanted.Clients,
                 wanted.Playing, wanted.CommandsASecond, wanted.Seconds, wanted.Stopped);
     Measure(wanted);

@@ -4,6 +4,12 @@
 #include "style.h"
 #include "zorvicchooser.h"
 
+#ifdef ZORVIC_ASRUN
+#include <zorvic/asrun.h>
+#endif
+
+#include <QSysInfo>
+
 #include <iostream>
 #include <optional>
 #include <string_view>
@@ -41,6 +47,9 @@ int main(int argc, char** argv) {
     QApplication::setFont(font);
     if (*useCustomStyle) TryLoadStyle(application);
 
+#ifdef ZORVIC_ASRUN
+    Zorvic::SetClientName("zorvic-control on " + QSysInfo::machineHostName().toStdString());
+#endif
     // Destroyed in reverse order: the windows still reach their sessions while they close.
     SessionManager sessions;
     MainWindow window;

@@ -8,12 +8,17 @@
 #include "zorvicchooser.h"
 #include "zorvicview.h"
 
+#ifdef ZORVIC_ASRUN
+#include "asrun/asrunmenu.h"
+#endif
+
 #include <QCloseEvent>
 #include <QIcon>
 
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -44,6 +49,7 @@ MainWindow::MainWindow() {
     setWindowIcon(QIcon(QStringLiteral(":icons/icon.png")));
     PlaceOverMainWindow(*this);
     WireMenus();
+    SetUpAsRun();
     // Return opens the menu that Alt or F10 chose; it must not start what is selected in the tab.
     KeepKeys(*menuBar());
     connect(ZorvicTabs, &QTabWidget::tabCloseRequested, this, &MainWindow::OnTabCloseClick);
@@ -73,6 +79,18 @@ void MainWindow::WireMenus() {
     for (const auto& [item, method] : powerItems) {
         connect(item, &QAction::triggered, this, [this, method = method] { CallPowerMethod(method); });
     }
+}
+
+void MainWindow::SetUpAsRun() {
+#ifdef ZORVIC_ASRUN
+    AddAsRunAction(*ToolsMenu, [this]() -> std::optional<AsRunUnit> {
+        const auto* view = CurrentView();
+        if (!view) return std::nullopt;
+        const SessionHandle handle = view->GetSessionHandle();
+        QString label = ZorvicTabs->tabText(ZorvicTabs->currentIndex());
+        return AsRunUnit{handle.GetSession()->GetHost(), label.replace(QLatin1String("&&"), QLatin1String("&"))};
+    });
+#endif
 }
 
 ZorvicView* MainWindow::AddView(Zorvic::Session* session) {

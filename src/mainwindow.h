@@ -52,6 +52,7 @@ private slots:
 
 private:
     void WireMenus();
+    void SetUpAsRun();
     /// The current tab's view, if its unit has a session.
     ZorvicView* CurrentView() const;
     std::unique_ptr<ZorvicView> BuildView(const std::string& guid, Zorvic::Session* session) const;

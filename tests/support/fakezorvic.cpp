@@ -1,6 +1,7 @@
 #include "support/fakezorvic.h"
 
 #include <set>
+#include <utility>
 
 using FakeZorvic::Call;
 using FakeZorvic::Unit;
@@ -102,6 +103,22 @@ OutputPreview::~OutputPreview() {
 }
 std::vector<OutputPicture> OutputPreview::Latest() const {
     return Pimpl->Peer->Pictures;
+}
+
+struct AsRunSheet::Impl {
+    std::shared_ptr<Unit> Peer;
+};
+AsRunSheet::AsRunSheet(const std::string& host, const Range& /*range*/)
+    : Pimpl(std::make_unique<Impl>(Impl{FakeZorvic::Units.at(host)})) {}
+AsRunSheet::~AsRunSheet() = default;
+AsRunSheet::News AsRunSheet::Take() {
+    return {std::exchange(Pimpl->Peer->AsRun, {}), std::exchange(Pimpl->Peer->AsRunAnew, false)};
+}
+AsRunSheet::State AsRunSheet::Now() const {
+    return Pimpl->Peer->AsRunState;
+}
+std::string AsRunSheet::Problem() const {
+    return "no sheet here";
 }
 
 std::vector<LANZorvic> GetLANZorvics() {

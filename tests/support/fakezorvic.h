@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 
+#include <zorvic/asrun.h>
 #include <zorvic/preview.h>
 #include <zorvic/zorvic.h>
 
@@ -43,7 +44,10 @@ struct Unit {
     std::map<std::int32_t, Zorvic::TimeCode> TimeCodes = {};  ///< by PK; without an entry the read fails
     Zorvic::KonaHardwareState Hardware = {};
     std::vector<Zorvic::OutputPicture> Pictures = {};  ///< what its outputs show
-    bool Reachable = true;                             ///< off: sessions have no link
+    std::vector<Zorvic::AsRunEntry> AsRun = {};        ///< news of its sheet; whoever takes them empties it
+    bool AsRunAnew = false;
+    Zorvic::AsRunSheet::State AsRunState = Zorvic::AsRunSheet::State::Live;
+    bool Reachable = true;  ///< off: sessions have no link
 
     /// Adds a preset with its state, as if stored long ago. A PK of 0 becomes the next free one. Returns the PK.
     std::int32_t AddPreset(Zorvic::Preset preset, std::int32_t trtMS);

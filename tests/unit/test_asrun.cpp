@@ -220,11 +220,10 @@ TEST_F(RecorderTest, TellsWhatWasAskedForFromWhatFollowed) {
     Pass(20'000);
     Model.End(2, Console);
     Model.DeletePreset(2, {.Who = Console});
-    EXPECT_THAT(Happened(),
-                ElementsAre(">1 edit: created", ">2 edit: created", ">1 edit: link", ">1 seek 9500: for the next take",
-                            ">1 take 9500", ">1 goto 4000: Verse, from 8500 ms", ">1 pause 4000", ">1 resume 4000",
-                            "1 end 0: at its end", "2 link 10000: after preset 1", "2 loop 10000: pass 2 begins",
-                            "2 hold 0", ">2 end 0", ">2 delete"));
+    EXPECT_THAT(Happened(), ElementsAre(">1 edit: created", ">2 edit: created", ">1 edit: link", ">1 seek 9500: cued",
+                                        ">1 take 9500", ">1 goto 4000: Verse, from 8500 ms", ">1 pause 4000",
+                                        ">1 resume 4000", "1 end 0: at its end", "2 link 10000: after preset 1",
+                                        "2 loop 10000: pass 2 begins", "2 hold 0", ">2 end 0", ">2 delete"));
 }
 
 TEST_F(RecorderTest, ARunHasInItsEntryWhatTheOutputsShowedOfIt) {

@@ -73,7 +73,7 @@ std::string TextOf(const PlayEvent& event) {
         case What::Sought:
             return fmt::format("{}from {} ms", GotoAt(event) ? *GotoAt(event) + ", " : "", event.From);
         case What::Cued:
-            return fmt::format("{}for the next take", GotoAt(event) ? *GotoAt(event) + ", " : "");
+            return fmt::format("{}cued", GotoAt(event) ? *GotoAt(event) + ", " : "");
         case What::Ended:
             return event.Asked ? "" : "at its end";
         case What::Linked:
