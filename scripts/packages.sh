@@ -5,7 +5,7 @@ BUILD_PACKAGES=(
     qtbase5-dev libqt5svg5
     libgrpc++-dev protobuf-compiler-grpc protobuf-compiler libprotobuf-dev libssl-dev
     libavahi-core-dev libavahi-common-dev
-    libsqlite3-dev libxxhash-dev libcli11-dev libspdlog-dev
+    libsqlite3-dev libxxhash-dev libcli11-dev libspdlog-dev nlohmann-json3-dev
     libavformat-dev libavcodec-dev libavutil-dev libswresample-dev libswscale-dev libseccomp-dev
     libsdl2-dev libegl-dev libgles-dev libegl-mesa0 libgl1-mesa-dri libasound2-dev
 )

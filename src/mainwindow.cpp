@@ -1,6 +1,7 @@
 #include "mainwindow.h"
 
 #include "aboutdialog.h"
+#include "comparewindow.h"
 #include "sessionmanager.h"
 #include "widgets/placement.h"
 #include "widgets/popupkeys.h"
@@ -66,6 +67,7 @@ void MainWindow::WireMenus() {
     connect(NewMenuItem, &QAction::triggered, this, &MainWindow::OnConnectMenuClicked);
     connect(actionQuit, &QAction::triggered, this, &MainWindow::OnQuitClicked);
     connect(AboutMenuItem, &QAction::triggered, this, &MainWindow::OnAboutClicked);
+    connect(CompareMenuItem, &QAction::triggered, this, &MainWindow::OnCompareClicked);
     connect(CreatePresetMenuItem, &QAction::triggered, this, &MainWindow::OnCreatePresetClicked);
     connect(EditPresetMenuItem, &QAction::triggered, this, &MainWindow::OnEditPresetClicked);
     connect(ClonePresetMenuItem, &QAction::triggered, this, &MainWindow::OnClonePresetClicked);
@@ -201,6 +203,18 @@ void MainWindow::OnTabsChanged() {
 void MainWindow::OnAboutClicked() {
     auto* dialog = new AboutDialog;  // deletes itself
     dialog->show();
+}
+
+void MainWindow::OnCompareClicked() {
+    std::vector<CompareWindow::Unit> units;
+    for (int index = 0; index < ZorvicTabs->count(); ++index) {
+        const auto* view = qobject_cast<ZorvicView*>(ZorvicTabs->widget(index));
+        if (view)
+            units.push_back(
+                {view->GetGUID(), ZorvicTabs->tabText(index).replace(QLatin1String("&&"), QLatin1String("&"))});
+    }
+    auto* window = new CompareWindow(std::move(units));  // deletes itself
+    window->show();
 }
 
 void MainWindow::OnConnectMenuClicked() {

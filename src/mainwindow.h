@@ -46,6 +46,7 @@ protected:
 private slots:
     void OnTabsChanged();
     void OnAboutClicked();
+    void OnCompareClicked();
     void OnConnectMenuClicked();
     void OnQuitClicked();
 

@@ -39,6 +39,9 @@ struct Session::Impl {
     StatusCode Ask(Internal::Connection::Method<Request, Reply> method, const Request& request, Reply& reply,
                    std::chrono::milliseconds limit = Internal::Connection::CallLimit);
     StatusCode Power(Internal::Wire::PowerAction action);
+    // The given header has no room for what extensions of the interface need, so they come in by this door: ImplOf().
+    static Impl& Of(const Session& session) { return *session.Pimpl; }
+    friend auto& ImplOf(const Session& session) { return Of(session); }
     /// Passes the result of a command on. After a refusal the caller's display may show what it tried to do instead of
     /// the unit's truth, so this session is told to look again.
     StatusCode Settle(StatusCode result);
@@ -47,6 +50,8 @@ struct Session::Impl {
     std::string Target;      // of the latest try
     // The latest state of the first unit reached, the only one this session ever talks to; null before.
     std::shared_ptr<const Internal::UnitState> Known;
+    std::string Reason;        // of the latest refusal; empty when the command after it succeeded
+    std::int32_t Created = 0;  // the preset that the latest command made
     Internal::PresetEdits Edits;
     Internal::RequestKeys Keys;
     Internal::EventThread Events;
@@ -58,13 +63,22 @@ private:
     std::jthread Burial;  // of the connection before
 };
 
+auto& ImplOf(const Session& session);
+
 template <class Request, class Reply>
 StatusCode Session::Impl::Ask(Internal::Connection::Method<Request, Reply> method, const Request& request, Reply& reply,
                               std::chrono::milliseconds limit) {
+    Reason.clear();
     if (!Connected()) return ZORVIC_STATUS_NETWORKERROR;
-    if (request.ByteSizeLong() > Internal::MaxRequestBytes || !Internal::HasValidText(request))
+    if (request.ByteSizeLong() > Internal::MaxRequestBytes || !Internal::HasValidText(request)) {
+        Reason = "the text is too long, or not UTF-8";
         return ZORVIC_STATUS_MISUSED;
-    return Unit->Outcome(Unit->Call(method, request, reply, limit));
+    }
+    const grpc::Status outcome = Unit->Call(method, request, reply, limit);
+    const StatusCode result = Unit->Outcome(outcome);
+    // What broke the link is no word of the unit's.
+    if (result != ZORVIC_STATUS_NETWORKERROR) Reason = outcome.error_message();
+    return result;
 }
 
 template <class Request>
@@ -73,6 +87,7 @@ StatusCode Session::Impl::Command(Internal::Connection::Method<Request, Internal
     const auto deadline = Internal::Connection::Clock::now() + Internal::Connection::CallLimit;
     Internal::Wire::CommandReply reply;
     StatusCode result = Ask(method, request, reply);
+    Created = reply.pk();
     if (result == ZORVIC_STATUS_OK) result = Unit->AwaitEffect(reply.revision(), deadline);
     return Settle(result);
 }

@@ -50,7 +50,7 @@ bool HoldsUnknownFields(const Wire::Preset& preset) {
     const auto any = [](const auto& parts, const auto& unknown) {
         return std::any_of(parts.begin(), parts.end(), unknown);
     };
-    return any(preset.canvases(), CanvasHoldsUnknown) || any(preset.gotos(), Unknown<Wire::Mark>) ||
+    return Unknown(preset) || any(preset.canvases(), CanvasHoldsUnknown) || any(preset.gotos(), Unknown<Wire::Mark>) ||
            any(preset.countdowns(), Unknown<Wire::Mark>) || any(preset.tab_order(), Unknown<Wire::TabOrdering>);
 }
 

@@ -1,4 +1,5 @@
 #include "application.h"
+#include "comparewindow.h"
 #include "fixtures.h"
 
 #include <QPointer>
@@ -58,6 +59,33 @@ TEST_F(Shell, ATabIsUnregisteredBeforeItDiesReplacedAtTheEndOrClosed) {
     EXPECT_EQ(FakeZorvic::LiveSessions("host"), 1) << "the session stays";
     Window.reset();
     EXPECT_EQ(FakeZorvic::Registrations(), 0);
+}
+
+TEST_F(Shell, TwoUnitsAreComparedWhenItIsAskedForAndNotBefore) {
+    auto& other = FakeZorvic::AddUnit("other", "guid-2");
+    for (auto* unit : {&Unit, &other}) {
+        Zorvic::Preset storm;
+        storm.Name = "Storm";
+        storm.TabDisplayOrder[0] = {};
+        storm.Loop = unit == &Unit ? 0 : 3;
+        unit->AddPreset(storm, 1000);
+    }
+    Connect("host");
+    Connect("other");
+    EXPECT_EQ(TopLevel<CompareWindow>(), nullptr);
+    Window->CompareMenuItem->trigger();
+    const QPointer<CompareWindow> shown = TopLevel<CompareWindow>();
+    ASSERT_TRUE(shown);
+    EXPECT_EQ(Row(shown->Differences, 0), "Storm,Loop,0,3");
+    EXPECT_EQ(shown->Differences->topLevelItemCount(), 1);
+    other.Presets[0].Loop = 0;
+    EXPECT_EQ(shown->Differences->topLevelItemCount(), 1) << "nothing changes unasked";
+    shown->CompareButton->click();
+    EXPECT_EQ(shown->SummaryLabel->text(), QStringLiteral("No differences."));
+    Disconnect();
+    shown->CompareButton->click();
+    EXPECT_TRUE(shown->SummaryLabel->text().endsWith(QStringLiteral("does not answer.")));
+    shown->close();
 }
 
 TEST_F(Shell, UnitMenusReachTheUnitOfTheCurrentTabOnly) {

@@ -13,6 +13,7 @@
 #include "unit/unitfakes.h"
 
 #include <grpcpp/create_channel.h>
+#include <zorvic/extras.h>
 #include <zorvic/preview.h>
 #include <zorvic/session.h>
 
@@ -167,6 +168,7 @@ TEST_F(ServedUnitTest, ACreationWhoseAnswerIsLostIsDoneOnceHoweverOftenItIsTried
     EXPECT_EQ(Client.CreatePreset(preset), Zorvic::ZORVIC_STATUS_NETWORKERROR);
     Catalog.Slow = false;
     EXPECT_EQ(Client.CreatePreset(preset), Zorvic::ZORVIC_STATUS_OK);
+    EXPECT_EQ(LastCreatedPreset(Client), 2) << "which was made by the first one";
     EXPECT_EQ(PresetsOf(Client).size(), 2U);
     EXPECT_EQ(Client.CreatePreset(preset), Zorvic::ZORVIC_STATUS_OK);
     EXPECT_EQ(PresetsOf(Client).size(), 3U) << "a clone of the clone, asked for after the answer";

@@ -2,6 +2,7 @@
 
 #include "daemon/video_modes.h"
 #include "fault.h"
+#include "outputs/figures.h"
 #include "tls/credentials.h"
 
 #include <spdlog/spdlog.h>
@@ -85,6 +86,8 @@ void Daemon::Stop() {
 zorvic::v1::PowerAction Daemon::Run() {
     for (;;) {
         const auto action = Power.Wait();
+        // Whoever has asked for it is told first: the end of the state stream would cancel the call.
+        std::this_thread::sleep_for(ReplyTime);
         if (action != zorvic::v1::POWER_ACTION_SOFT_REBOOT) return action;
         SoftReboot();
     }
@@ -92,7 +95,6 @@ zorvic::v1::PowerAction Daemon::Run() {
 
 void Daemon::SoftReboot() {
     spdlog::info("soft reboot: playback ends, the store is read again, all sessions end");
-    std::this_thread::sleep_for(ReplyTime);
     try {
         Model.Reload();
     } catch (const Fault& fault) {
@@ -146,6 +148,7 @@ void Daemon::StartRenderer(const Options& options) {
     Showing.emplace(
         setup, Model, Pictures, [this](const std::string& path) { return Assets->HostFile(path); },
         [this](const std::string& path, const std::string& reason) { Assets->Condemn(path, reason); }, Record);
+    Service.SetFiguresReader([this] { return FiguresOf(Showing->Figures()); });
 }
 
 AnnouncerConfig Daemon::MakeAnnouncement(const Options& options) const {

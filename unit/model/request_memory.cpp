@@ -2,16 +2,16 @@
 
 namespace ZorvicUnit {
 
-std::optional<std::uint64_t> RequestMemory::Find(std::uint64_t key) const {
-    const auto found = Revisions.find(key);
-    return found == Revisions.end() ? std::nullopt : std::optional(found->second);
+std::optional<RequestMemory::Outcome> RequestMemory::Find(std::uint64_t key) const {
+    const auto found = Outcomes.find(key);
+    return found == Outcomes.end() ? std::nullopt : std::optional(found->second);
 }
 
-void RequestMemory::Add(std::uint64_t key, std::uint64_t revision) {
-    if (key == 0 || !Revisions.emplace(key, revision).second) return;
+void RequestMemory::Add(std::uint64_t key, Outcome outcome) {
+    if (key == 0 || !Outcomes.emplace(key, outcome).second) return;
     Keys.push_back(key);
     if (Keys.size() <= MaxKeys) return;
-    Revisions.erase(Keys.front());
+    Outcomes.erase(Keys.front());
     Keys.pop_front();
 }
 

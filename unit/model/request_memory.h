@@ -15,13 +15,18 @@ public:
     /// Many times what all consoles can have sent within the minute for which they repeat a request.
     static constexpr std::size_t MaxKeys = 1'000;
 
-    /// The revision that holds the effect; nothing for a request that is not known, and for the key 0.
-    std::optional<std::uint64_t> Find(std::uint64_t key) const;
+    struct Outcome {
+        std::uint64_t Revision = 0;  ///< that holds the effect
+        std::int32_t PK = 0;         ///< of the preset that it made
+    };
+
+    /// Nothing for a request that is not known, and for the key 0.
+    std::optional<Outcome> Find(std::uint64_t key) const;
     /// Forgets the oldest one when there are too many.
-    void Add(std::uint64_t key, std::uint64_t revision);
+    void Add(std::uint64_t key, Outcome outcome);
 
 private:
-    std::unordered_map<std::uint64_t, std::uint64_t> Revisions;
+    std::unordered_map<std::uint64_t, Outcome> Outcomes;
     std::deque<std::uint64_t> Keys;  ///< oldest first
 };
 

@@ -32,17 +32,21 @@ UnitModel::UnitModel(const Profile& profile, Database& database, const Clock& cl
     Reload();
 }
 
+// The command tells in `made` which preset it makes.
 template <typename Command>
-std::uint64_t UnitModel::Write(const Caller& caller, const Command& command) {
+std::uint64_t UnitModel::Write(const Caller& caller, const Command& command, std::int32_t* made) {
     const auto turn = Rows.WaitForTurn(caller.Waits);
-    if (const auto revision = Recent.Find(caller.RequestKey)) return *revision;
+    if (const auto done = Recent.Find(caller.RequestKey)) {
+        if (made) *made = done->PK;
+        return done->Revision;
+    }
     const std::uint64_t revision = command();
-    Recent.Add(caller.RequestKey, revision);
+    Recent.Add(caller.RequestKey, {revision, made ? *made : 0});
     return revision;
 }
 
-std::uint64_t UnitModel::CreatePreset(const Preset& sent, const Caller& caller) {
-    return Write(caller, [&] {
+std::uint64_t UnitModel::CreatePreset(const Preset& sent, const Caller& caller, std::int32_t* made) {
+    const auto create = [&] {
         Preset preset = sent;
         preset.clear_pk();
         {
@@ -54,9 +58,11 @@ std::uint64_t UnitModel::CreatePreset(const Preset& sent, const Caller& caller) 
         CheckPreset(preset);
         ReserveRoom(preset, 0);
         preset.set_pk(Table.Insert(preset));
+        if (made) *made = preset.pk();
         Record.Edited(preset, "created", caller.Who);
         return ShowPreset(preset);
-    });
+    };
+    return Write(caller, create, made);
 }
 
 std::uint64_t UnitModel::UpdatePreset(const Preset& sent, const google::protobuf::FieldMask& fields,

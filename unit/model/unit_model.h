@@ -52,8 +52,8 @@ public:
               Recorder& record = Recorder::None());
 
     // Commands that write: Fault TooLate when the caller had given up before its turn to write came; a repetition of a
-    // request that was carried out lately only gives its revision again.
-    std::uint64_t CreatePreset(const zorvic::v1::Preset& sent, const Caller& caller = {});
+    // request that was carried out lately only gives its revision again. `made` is told the key of the new preset.
+    std::uint64_t CreatePreset(const zorvic::v1::Preset& sent, const Caller& caller = {}, std::int32_t* made = nullptr);
     std::uint64_t UpdatePreset(const zorvic::v1::Preset& sent, const google::protobuf::FieldMask& fields,
                                const Caller& caller = {});
     std::uint64_t DeletePreset(std::int32_t pk, const Caller& caller = {});
@@ -124,7 +124,7 @@ private:
     template <typename Command>
     std::uint64_t Play(const Command& command, const Asker& who = {});
     template <typename Command>
-    std::uint64_t Write(const Caller& caller, const Command& command);
+    std::uint64_t Write(const Caller& caller, const Command& command, std::int32_t* made = nullptr);
     template <typename Edit>
     std::uint64_t EditMarks(const zorvic::v1::MarkRequest& request, const Caller& caller, const Edit& edit);
 

@@ -291,11 +291,20 @@ Status UnitService::Identify(ServerContext* /*context*/, const zorvic::v1::Ident
     return Status::OK;
 }
 
+Status UnitService::ReadFigures(ServerContext* /*context*/, const zorvic::v1::ReadFiguresRequest* /*request*/,
+                                zorvic::v1::Figures* reply) {
+    if (ReadRenderer) *reply = ReadRenderer();
+    return Status::OK;
+}
+
 Status UnitService::CreatePreset(ServerContext* context, const zorvic::v1::CreatePresetRequest* request,
                                  CommandReply* reply) {
     const Caller caller = CallerOf(*context, request->request_key());
-    return Answer(*context, *request, "create preset",
-                  [&] { reply->set_revision(Model.CreatePreset(request->preset(), caller)); });
+    return Answer(*context, *request, "create preset", [&] {
+        std::int32_t made = 0;
+        reply->set_revision(Model.CreatePreset(request->preset(), caller, &made));
+        reply->set_pk(made);
+    });
 }
 
 Status UnitService::UpdatePreset(ServerContext* context, const zorvic::v1::UpdatePresetRequest* request,

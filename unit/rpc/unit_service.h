@@ -27,6 +27,7 @@ class UnitModel;
 class UnitService final : public zorvic::v1::Unit::Service {
 public:
     using PowerHandler = std::function<void(zorvic::v1::PowerAction)>;
+    using FiguresReader = std::function<zorvic::v1::Figures()>;
 
     /// Why the holder of a certificate may not be here (any more); empty when it may.
     using Admission = std::function<std::string(const grpc::AuthContext&)>;
@@ -44,6 +45,9 @@ public:
     /// Asked again and again while a console watches: one call may last for weeks. To be set before the first request.
     void SetAdmission(Admission admission) { Admitted = std::move(admission); }
 
+    /// Where the figures of what is shown come from; there are none without it. To be called before the first request.
+    void SetFiguresReader(FiguresReader read) { ReadRenderer = std::move(read); }
+
     /// Turns further requests away and waits for those being carried out, no longer than the limit.
     void Drain(std::chrono::milliseconds limit) { Gate.Close(limit); }
 
@@ -55,6 +59,8 @@ public:
                            grpc::ServerWriter<zorvic::v1::AsRunEntries>* writer) override;
     grpc::Status Identify(grpc::ServerContext* context, const zorvic::v1::IdentifyRequest* request,
                           zorvic::v1::Identity* reply) override;
+    grpc::Status ReadFigures(grpc::ServerContext* context, const zorvic::v1::ReadFiguresRequest* request,
+                             zorvic::v1::Figures* reply) override;
 
     grpc::Status CreatePreset(grpc::ServerContext* context, const zorvic::v1::CreatePresetRequest* request,
                               zorvic::v1::CommandReply* reply) override;
@@ -105,6 +111,7 @@ private:
     Recorder* Record = &Recorder::None();
     const PowerHandler OnPower;
     Admission Admitted;
+    FiguresReader ReadRenderer;
     RequestGate Gate;
     RequestLog Log;
     Places Watching;

@@ -1,0 +1,68 @@
+#include "comparewindow.h"
+
+#include "sessionmanager.h"
+#include "widgets/placement.h"
+
+#include <QIcon>
+#include <QTreeWidgetItem>
+
+#include <utility>
+
+CompareWindow::CompareWindow(std::vector<Unit> units) : Units(std::move(units)) {
+    setupUi(this);
+    setAttribute(Qt::WA_DeleteOnClose);
+    PlaceOverMainWindow(*this);
+    setWindowIcon(QIcon(QStringLiteral(":icons/icon.png")));
+    for (const Unit& unit : Units) {
+        FirstUnit->addItem(unit.Name);
+        SecondUnit->addItem(unit.Name);
+    }
+    SecondUnit->setCurrentIndex(Units.size() > 1 ? 1 : 0);
+    connect(CompareButton, &QPushButton::clicked, this, &CompareWindow::OnCompareClicked);
+    OnCompareClicked();
+}
+
+std::optional<CompareWindow::Contents> CompareWindow::Read(const std::string& guid) {
+    const auto handle = FindSession(guid);
+    Contents contents;
+    if (!handle || handle->GetSession()->GetPresets(contents.Presets) != Zorvic::ZORVIC_STATUS_OK ||
+        handle->GetSession()->GetAssets(contents.Assets) != Zorvic::ZORVIC_STATUS_OK)
+        return std::nullopt;
+    return contents;
+}
+
+void CompareWindow::OnCompareClicked() {
+    Differences->clear();
+    const auto first = static_cast<std::size_t>(FirstUnit->currentIndex());
+    const auto second = static_cast<std::size_t>(SecondUnit->currentIndex());
+    if (Units.size() < 2 || first == second) return SummaryLabel->setText(tr("Choose two units that are connected."));
+    const auto one = Read(Units.at(first).GUID);
+    const auto other = Read(Units.at(second).GUID);
+    if (!one || !other)
+        return SummaryLabel->setText(tr("%1 does not answer.").arg(Units.at(one ? second : first).Name));
+    for (const auto& difference : Zorvic::ComparePresets(one->Presets, other->Presets))
+        AddPreset(difference);
+    for (const auto& media : Zorvic::CompareMedia(one->Assets, other->Assets))
+        AddRow(QString::fromStdString(media.Path), WhereText(media.InFirst, media.InSecond));
+    const int count = Differences->topLevelItemCount();
+    SummaryLabel->setText(count == 0 ? tr("No differences.") : tr("%n difference(s).", nullptr, count));
+}
+
+void CompareWindow::AddPreset(const Zorvic::PresetDifference& difference) {
+    const QString name = QString::fromStdString(difference.Name);
+    const bool inBoth = difference.FirstPK != 0 && difference.SecondPK != 0;
+    if (!inBoth) AddRow(name, WhereText(difference.FirstPK != 0, difference.SecondPK != 0));
+    for (const auto& field : difference.Fields)
+        AddRow(name, QString::fromStdString(field.Field), QString::fromStdString(field.First),
+               QString::fromStdString(field.Second));
+}
+
+void CompareWindow::AddRow(const QString& what, const QString& difference, const QString& first,
+                           const QString& second) {
+    new QTreeWidgetItem(Differences, {what, difference, first, second});
+}
+
+QString CompareWindow::WhereText(bool inFirst, bool inSecond) {
+    if (inFirst && inSecond) return tr("other content");
+    return inFirst ? tr("only in the first") : tr("only in the second");
+}
