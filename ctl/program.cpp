@@ -67,6 +67,11 @@ Syntax& Syntax::Choice(const char* name, std::string& value, const char* help,
     return *this;
 }
 
+Syntax& Syntax::Text(const char* name, std::string& value, const char* help) {
+    Command.add_option(name, value, help)->type_name("");
+    return *this;
+}
+
 Syntax& Syntax::Flag(const char* name, bool& value, const char* help) {
     Command.add_flag(name, value, help);
     return *this;
@@ -114,6 +119,7 @@ int RunProgram(int argc, char** argv) {
     AddPlayCommands(line);
     AddMediaCommands(line);
     AddWatchCommand(line);
+    AddLogCommand(line);
     AddPowerCommands(line);
     AddBackupCommands(line);
     AddDiffCommand(line);

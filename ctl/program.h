@@ -21,6 +21,9 @@ struct Arguments {
     std::string Shell;
     std::string File;
     std::vector<std::string> Words;
+    std::string Since;
+    int Newest = 0;      ///< how many; 0: all
+    bool Csv = false;    ///< print for spreadsheets
     bool Json = false;   ///< print for programs
     bool Yes = false;    ///< do not ask
     bool Apply = false;  ///< do what is shown
@@ -44,6 +47,8 @@ public:
     /// All that follows "--".
     Syntax& Rest(const char* name, std::vector<std::string>& values, const char* help);
     Syntax& Choice(const char* name, std::string& value, const char* help, const std::vector<std::string>& choices);
+    /// May be left out.
+    Syntax& Text(const char* name, std::string& value, const char* help);
     Syntax& Flag(const char* name, bool& value, const char* help);
     Syntax& Seconds(const char* name, double& value, const char* help);
     Syntax& Count(const char* name, int& value, const char* help, int most);
@@ -76,6 +81,7 @@ void AddLookCommands(CommandLine& line);
 void AddPlayCommands(CommandLine& line);
 void AddMediaCommands(CommandLine& line);
 void AddWatchCommand(CommandLine& line);
+void AddLogCommand(CommandLine& line);
 void AddPowerCommands(CommandLine& line);
 void AddBackupCommands(CommandLine& line);
 void AddDiffCommand(CommandLine& line);

@@ -102,6 +102,18 @@ TEST_F(Commands, PrintForProgramsWhatTheyPrintForPeople) {
     }
 }
 
+TEST_F(Commands, TellWhatHasHappenedOnTheUnit) {
+    Run({"take", "UNIT", "Storm"});
+    const auto isTold = [&] {
+        return Run({"log", "UNIT", "--since", "1h", "--csv"}).Text.find(",take,2,Storm,") != std::string::npos;
+    };
+    EXPECT_TRUE(WaitUntil(isTold));
+    EXPECT_TRUE(Run({"log", "UNIT", "--json", "--newest", "1"}).Json().contains("number"));
+    Run({{{"log", "UNIT"}, 0, {"TIME (UTC)", "unit started", "2 Storm"}},
+         {{"log", "UNIT", "--since", "soon"}, 2, {"\"soon\" is no time"}},
+         {{"log", "UNIT", "--json", "--csv"}, 2, {"not both"}}});
+}
+
 TEST_F(Commands, LeaveNothingBehindInTheUnitAndDoNotDisturbAConsole) {
     const auto process = "/proc/" + std::to_string(Unit.Process->Process().Id());
     const auto held = [&] {
