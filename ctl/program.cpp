@@ -2,11 +2,16 @@
 
 #include "failure.h"
 
+#include <zorvic/asrun.h>
 #include <CLI/CLI.hpp>
 
+#include <unistd.h>
+
+#include <array>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
+#include <string>
 #include <utility>
 
 namespace ZorvicCtl {
@@ -36,6 +41,13 @@ int Parse(CLI::App& app, int argc, char** argv) {
     } catch (const std::exception& error) {
         return Complain(error.what(), ExitStatus::Refused);
     }
+}
+
+// Units note in their as-run sheets who asked.
+void Introduce() {
+    std::array<char, 256> host{};
+    if (gethostname(host.data(), host.size() - 1) == 0)
+        Zorvic::SetClientName(std::string("zorvicctl on ") + host.data());
 }
 
 }  // namespace
@@ -125,6 +137,7 @@ int RunProgram(int argc, char** argv) {
     AddDiffCommand(line);
     AddFleetCommand(line);
     AddCompletionCommand(line);
+    Introduce();
     if (argc == 1) return Complain(app.help(), ExitStatus::Usage);
     return Parse(app, argc, argv);
 }

@@ -109,7 +109,7 @@ TEST_F(Commands, TellWhatHasHappenedOnTheUnit) {
     };
     EXPECT_TRUE(WaitUntil(isTold));
     EXPECT_TRUE(Run({"log", "UNIT", "--json", "--newest", "1"}).Json().contains("number"));
-    Run({{{"log", "UNIT"}, 0, {"TIME (UTC)", "unit started", "2 Storm"}},
+    Run({{{"log", "UNIT"}, 0, {"TIME (UTC)", "unit started", "2 Storm", "zorvicctl on"}},
          {{"log", "UNIT", "--since", "soon"}, 2, {"\"soon\" is no time"}},
          {{"log", "UNIT", "--json", "--csv"}, 2, {"not both"}}});
 }
