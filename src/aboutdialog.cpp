@@ -4,10 +4,12 @@
 
 #include <QIcon>
 #include <QPixmap>
+#include <QShortcut>
 
 AboutDialog::AboutDialog() {
     setupUi(this);
     setAttribute(Qt::WA_DeleteOnClose);
+    connect(new QShortcut(Qt::Key_Escape, this), &QShortcut::activated, this, &QWidget::close);
     PlaceOverMainWindow(*this);
     setWindowIcon(QIcon(QStringLiteral(":icons/icon.png")));
     LogoLabel->setPixmap(QPixmap(QStringLiteral(":icons/aboutlogo.png")));

@@ -76,6 +76,16 @@ void AssetBrowser::WireKeys() {
     connect(selectKey, &QShortcut::activated, this, &AssetBrowser::OnSelectClicked);
     auto* const closeKey = new QShortcut(QKeySequence(Qt::Key_Escape), this);
     connect(closeKey, &QShortcut::activated, this, &AssetBrowser::OnCloseClicked);
+    connect(new QShortcut(QKeySequence::Find, this), &QShortcut::activated, FilterBox,
+            [this] { FilterBox->setFocus(Qt::ShortcutFocusReason); });
+    // Return chooses files; so the folders have other keys.
+    const auto onList = [this](Qt::Key key, void (AssetBrowser::*act)()) {
+        auto* const shortcut = new QShortcut(key, AssetBrowserList);
+        shortcut->setContext(Qt::WidgetShortcut);
+        connect(shortcut, &QShortcut::activated, this, act);
+    };
+    onList(Qt::Key_Backspace, &AssetBrowser::OnUpClicked);
+    onList(Qt::Key_Right, &AssetBrowser::OnFolderKey);
     PathChoice->installEventFilter(this);
     KeepKeysInPopup(*DriveChoice);
 }
@@ -218,6 +228,11 @@ void AssetBrowser::OnItemDoubleClicked(QListWidgetItem* item) {
         if (ListShowsChosenFolder()) PathChoice->setText(PathChoice->text() + Separator + item->text());
         UpdateAssetsList();
     }
+}
+
+void AssetBrowser::OnFolderKey() {
+    auto* const item = AssetBrowserList->currentItem();
+    if (item && item->type() == FolderType) OnItemDoubleClicked(item);
 }
 
 bool AssetBrowser::ListShowsChosenFolder() const {

@@ -58,6 +58,7 @@ private:
     void WireKeys();
     void StartRefreshing();
     void OnRefreshDue();
+    void OnFolderKey();
     void OnDriveChanged(const QString& drive);
 
     /// Which drives are offered: all of them. The place to leave some out.

@@ -4,6 +4,7 @@
 #include "widgets/placement.h"
 
 #include <QIcon>
+#include <QShortcut>
 #include <QTreeWidgetItem>
 
 #include <utility>
@@ -11,6 +12,7 @@
 CompareWindow::CompareWindow(std::vector<Unit> units) : Units(std::move(units)) {
     setupUi(this);
     setAttribute(Qt::WA_DeleteOnClose);
+    connect(new QShortcut(Qt::Key_Escape, this), &QShortcut::activated, this, &QWidget::close);
     PlaceOverMainWindow(*this);
     setWindowIcon(QIcon(QStringLiteral(":icons/icon.png")));
     for (const Unit& unit : Units) {

@@ -3,6 +3,8 @@
 #include "aboutdialog.h"
 #include "comparewindow.h"
 #include "sessionmanager.h"
+#include "shortcutsheet.h"
+#include "widgets/menuletters.h"
 #include "widgets/placement.h"
 #include "widgets/popupkeys.h"
 #include "zorvicchooser.h"
@@ -14,6 +16,7 @@
 
 #include <QCloseEvent>
 #include <QIcon>
+#include <QShortcut>
 
 #include <cstdio>
 #include <cstdlib>
@@ -50,6 +53,7 @@ MainWindow::MainWindow() {
     PlaceOverMainWindow(*this);
     WireMenus();
     SetUpAsRun();
+    WireKeys();
     // Return opens the menu that Alt or F10 chose; it must not start what is selected in the tab.
     KeepKeys(*menuBar());
     connect(ZorvicTabs, &QTabWidget::tabCloseRequested, this, &MainWindow::OnTabCloseClick);
@@ -66,6 +70,7 @@ MainWindow::~MainWindow() {
 void MainWindow::WireMenus() {
     connect(NewMenuItem, &QAction::triggered, this, &MainWindow::OnConnectMenuClicked);
     connect(actionQuit, &QAction::triggered, this, &MainWindow::OnQuitClicked);
+    connect(KeysMenuItem, &QAction::triggered, this, &MainWindow::OnKeysClicked);
     connect(AboutMenuItem, &QAction::triggered, this, &MainWindow::OnAboutClicked);
     connect(CompareMenuItem, &QAction::triggered, this, &MainWindow::OnCompareClicked);
     connect(CreatePresetMenuItem, &QAction::triggered, this, &MainWindow::OnCreatePresetClicked);
@@ -79,6 +84,26 @@ void MainWindow::WireMenus() {
     for (const auto& [item, method] : powerItems) {
         connect(item, &QAction::triggered, this, [this, method = method] { CallPowerMethod(method); });
     }
+}
+
+void MainWindow::WireKeys() {
+    MenuLetters::GiveTo(*menuBar());
+    const auto add = [this](const QKeySequence& key, auto act) {
+        auto* const shortcut = new QShortcut(key, this);
+        shortcut->setAutoRepeat(false);
+        connect(shortcut, &QShortcut::activated, this, act);
+    };
+    add(QKeySequence(QStringLiteral("Ctrl+PgDown")), [this] { StepUnit(1); });
+    add(QKeySequence(QStringLiteral("Ctrl+PgUp")), [this] { StepUnit(-1); });
+    add(QKeySequence(QStringLiteral("Ctrl+W")), [this] { OnTabCloseClick(ZorvicTabs->currentIndex()); });
+}
+
+/// The keyboard goes along: what had it stands in another tab.
+void MainWindow::StepUnit(int step) {
+    const int count = ZorvicTabs->count();
+    if (count < 2) return;
+    ZorvicTabs->setCurrentIndex((ZorvicTabs->currentIndex() + step + count) % count);
+    if (auto* const view = qobject_cast<ZorvicView*>(ZorvicTabs->currentWidget())) view->PresetsView->setFocus();
 }
 
 void MainWindow::SetUpAsRun() {
@@ -198,6 +223,11 @@ void MainWindow::OnTabsChanged() {
             action->setEnabled(hasTabs);
         }
     }
+}
+
+void MainWindow::OnKeysClicked() {
+    auto* sheet = new ShortcutSheet;  // deletes itself
+    sheet->show();
 }
 
 void MainWindow::OnAboutClicked() {

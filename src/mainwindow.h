@@ -45,6 +45,7 @@ protected:
 
 private slots:
     void OnTabsChanged();
+    void OnKeysClicked();
     void OnAboutClicked();
     void OnCompareClicked();
     void OnConnectMenuClicked();
@@ -52,6 +53,8 @@ private slots:
 
 private:
     void WireMenus();
+    void WireKeys();
+    void StepUnit(int step);
     void SetUpAsRun();
     /// The current tab's view, if its unit has a session.
     ZorvicView* CurrentView() const;

@@ -2,7 +2,10 @@
 
 #include "style.h"
 #include "text/timetext.h"
+#include "widgets/menuletters.h"
+#include "widgets/playheadaccess.h"
 
+#include <QAccessible>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QMenu>
@@ -70,12 +73,23 @@ PlayHeadWidget::PlayHeadWidget(QWidget* parent)
     setFocusPolicy(Qt::StrongFocus);
     setContextMenuPolicy(Qt::CustomContextMenu);
     connect(this, &QWidget::customContextMenuRequested, this, &PlayHeadWidget::OnRightClick);
+    static const bool installed = (QAccessible::installFactory(&PlayHeadAccess::Make), true);
+    Q_UNUSED(installed)
 }
 
 void PlayHeadWidget::SetBaseTimes(int trt, int remaining) {
+    const int before = Head;
     TRT = trt;
     Head = WrapSubtract(trt, remaining);
     update();
+    TellPosition(before);
+}
+
+/// Once a second: nobody listens to twenty times a second.
+void PlayHeadWidget::TellPosition(int before) const {
+    if (!QAccessible::isActive() || before / 1000 == Head / 1000) return;
+    QAccessibleValueChangeEvent change(const_cast<PlayHeadWidget*>(this), Head);
+    QAccessible::updateAccessibility(&change);
 }
 
 void PlayHeadWidget::SetTRT(int trt) {
@@ -158,6 +172,16 @@ int PlayHeadWidget::TimeAtX(int x) const {
 
 bool PlayHeadWidget::CanSeekTo(int time) const {
     return ShowPlayHead && TrimStart <= time && time <= TrimEnd;
+}
+
+void PlayHeadWidget::SeekTo(int time) {
+    if (CanSeekTo(time)) OnSeekClick(time);
+}
+
+QVariant PlayHeadWidget::inputMethodQuery(Qt::InputMethodQuery query) const {
+    if (query != Qt::ImCursorRectangle) return QWidget::inputMethodQuery(query);
+    const QRect bar = BuildBarDimensions();
+    return QRect(bar.x() + BuildGrabberPositions().PlayHead, bar.y(), 1, bar.height());
 }
 
 void PlayHeadWidget::EndDrag() {
@@ -335,6 +359,7 @@ void PlayHeadWidget::OnRightClick(const QPoint& pos) {
     const QAction* const reset = menu->addAction(tr("Reset trim"));
     QAction* const seek = menu->addAction(tr("Seek here"));
     seek->setEnabled(CanSeekTo(time));
+    MenuLetters::GiveTo(*menu);
     const QAction* const chosen = menu->exec(mapToGlobal(pos));
     if (!menu) return;  // and the bar with it
     delete menu;
@@ -346,8 +371,8 @@ void PlayHeadWidget::OnRightClick(const QPoint& pos) {
         OnTrimEndClick(time);
     } else if (chosen == reset) {
         emit ResetTrim();
-    } else if (chosen == seek && CanSeekTo(time)) {
-        OnSeekClick(time);
+    } else if (chosen == seek) {
+        SeekTo(time);
     }
 }
 

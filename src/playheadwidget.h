@@ -49,10 +49,19 @@ public:
     /// Lets go what the operator holds and closes the menu: the bar is about to show something else.
     void EndDrag();
 
+    /// What one press of an arrow key is worth.
+    static constexpr int StepMS = 50;
+
     int GetTRT() const { return TRT; }
     int GetHead() const;
     int GetTrimStart() const;
     int GetTrimEnd() const;
+    bool ShowsPlayHead() const { return ShowPlayHead; }
+    bool IsCued() const { return Cued; }
+    /// As a click on this elapsed time; nothing where the menu offers no seek.
+    void SeekTo(int time);
+    /// Where menus open that a key asks for: at the play head.
+    QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
     /// Whether the operator holds the play head, so that whoever feeds the bar leaves it alone meanwhile.
     bool isSliderDown() const { return PlayHeadDown; }
     /// Widget x to bar x.
@@ -96,6 +105,7 @@ private:
     void ProcessDirectSeek(const QPoint& pos);
     /// Null pointers: the mouse is not over the bar.
     void SetHoverTimeCode(const QPoint* pos, const QRect* bar);
+    void TellPosition(int before) const;
     void OnTrimStartClick(int time);
     void OnTrimEndClick(int time);
     void OnSeekClick(int time);

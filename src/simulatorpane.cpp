@@ -5,7 +5,9 @@
 #include "widgets/popupkeys.h"
 #include "widgets/wheelguard.h"
 
+#include <QKeyEvent>
 #include <QMouseEvent>
+#include <QPainter>
 #include <QSignalBlocker>
 
 #include <array>
@@ -33,6 +35,7 @@ SimulatorPaneWidget::SimulatorPaneWidget(const SimulatorPaneConfig& cfg, Metadat
     // A wheel that only passes over the box must not place an asset on a running unit.
     GuardWheel(*this);
     WireControls();
+    if (!cfg.ReadOnly) setFocusPolicy(Qt::TabFocus);
     // Nothing moves under the mouse when a note comes.
     NoteLabel->setText(tr("Sound only"));
     NoteLabel->setMinimumHeight(NoteLabel->sizeHint().height());
@@ -100,6 +103,7 @@ void SimulatorPaneWidget::FitLabels() {
     const bool fits = beside + margins.left() + margins.right() <= CurCfg.ScaledSize.Width;
     LabelsLayout->setDirection(fits ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
     ResLabel->setAlignment(fits ? Qt::AlignRight : Qt::AlignLeft);
+    setAccessibleName(OutputsLabel->text() + QStringLiteral(": ") + toolTip());
     SimLabelsWidget->setToolTip(OutputsLabel->text() + QLatin1Char('\n') + ResLabel->text());
 }
 
@@ -254,6 +258,19 @@ void SimulatorPaneWidget::OnClearClicked() {
 void SimulatorPaneWidget::mousePressEvent(QMouseEvent* event) {
     event->accept();
     emit Clicked(this);
+}
+
+void SimulatorPaneWidget::keyPressEvent(QKeyEvent* event) {
+    if (event->key() != Qt::Key_Space || event->isAutoRepeat() || CurCfg.ReadOnly) return QWidget::keyPressEvent(event);
+    emit Clicked(this);
+}
+
+void SimulatorPaneWidget::paintEvent(QPaintEvent* event) {
+    QWidget::paintEvent(event);
+    if (!hasFocus()) return;
+    QPainter painter(this);
+    painter.setPen(QPen(palette().color(QPalette::Highlight).lighter(130), 2));
+    painter.drawRect(rect().adjusted(1, 1, -1, -1));
 }
 
 }  // namespace Simulator

@@ -59,6 +59,8 @@ signals:
 
 protected:
     void mousePressEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
 
 private:
     /// A placement that was looked up once, found or not, so that a refresh without a change asks the unit nothing.

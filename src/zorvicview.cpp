@@ -114,6 +114,7 @@ ZorvicView::ZorvicView(const std::string& guid, const std::string& ip)
     setupUi(this);
     SetUpPresetList();
     SetUpPanes();
+    OrderFocus();
     SetUpColumns();
     SetUpRooms();
     WirePresetList();

@@ -196,7 +196,6 @@ private:
     void SetUpColumns();
     void SetUpRooms();
     void StartTimer(std::chrono::milliseconds period, void (ZorvicView::*slot)());
-    void WireShortcuts();
     void WireDialogs();
     void WireLayoutPane();
     void SetUpMonitors();
@@ -230,6 +229,15 @@ private:
     void CommandSelection(Zorvic::StatusCode (Zorvic::Session::*command)(std::int32_t));
     using SeekTarget = std::uint32_t (*)(const Zorvic::Preset&, const Zorvic::PresetState&);
     void GotoBeforeOut(int beforeOutMS, SeekTarget target);
+
+    // Keys: zorvicview_keys.cpp
+    void WireShortcuts();
+    void OrderFocus();
+    /// What F6 goes round.
+    std::vector<QWidget*> Panes() const;
+    void MoveToPane(int step);
+    void OnNextPanePressed();
+    void OnPreviousPanePressed();
 
     // Timecodes and marks
     void WireMarks();

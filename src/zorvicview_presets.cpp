@@ -10,6 +10,7 @@
 #include "view/mixdesk.h"
 #include "view/presetrows.h"
 #include "view/timecodes.h"
+#include "widgets/menuletters.h"
 #include "widgets/presettreedelegate.h"
 
 #include <QMenu>
@@ -301,6 +302,7 @@ void ZorvicView::OnPresetRightClick(const QPoint& point) {
     add(tr("Edit"), &ZorvicView::Edit)->setEnabled(keys.size() <= 1);
     add(tr("Clone"), &ZorvicView::Clone);
     add(tr("Delete"), &ZorvicView::Delete);
+    MenuLetters::GiveTo(*menu);
     menu->exec(PresetsView->viewport()->mapToGlobal(point));  // runs the event loop: this view may be gone
 }
 

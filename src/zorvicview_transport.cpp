@@ -3,9 +3,6 @@
 #include "playheadwidget.h"
 #include "text/timetext.h"
 #include "view/timecodes.h"
-#include "widgets/popupkeys.h"
-
-#include <QShortcut>
 
 #include <stdexcept>
 #include <string>
@@ -26,18 +23,6 @@ void ZorvicView::WireTransport() {
     connect(ResetTrimButton, &QPushButton::clicked, this, &ZorvicView::OnResetTrimClicked);
     connect(InPointButton, &QPushButton::clicked, this, &ZorvicView::OnSetInPointClicked);
     connect(OutPointButton, &QPushButton::clicked, this, &ZorvicView::OnSetOutPointClicked);
-}
-
-void ZorvicView::WireShortcuts() {
-    const auto add = [this](Qt::Key key, void (ZorvicView::*slot)()) {
-        auto* shortcut = new QShortcut(key, this);
-        shortcut->setAutoRepeat(false);  // a key held too long must not toggle the show
-        connect(shortcut, &QShortcut::activated, this, slot);
-    };
-    add(Qt::Key_Enter, &ZorvicView::OnEnterKeyPressed);
-    add(Qt::Key_Return, &ZorvicView::OnEnterKeyPressed);
-    add(Qt::Key_Escape, &ZorvicView::OnEscapePressed);
-    KeepKeysInPopup(*ActivePlayerSel);
 }
 
 void ZorvicView::CommandSelection(Zorvic::StatusCode (Zorvic::Session::*command)(std::int32_t)) {
@@ -127,11 +112,10 @@ void ZorvicView::OnDirectSeek() {
 }
 
 void ZorvicView::OnSeekKey(bool back) {
-    constexpr int StepMS = 50;
     auto round = BeginRound();
     const auto* const state = round.CurrentState();
     if (!state) return;
-    const int target = WrapAdd(ScrubBar->GetHead(), back ? -StepMS : StepMS);
+    const int target = WrapAdd(ScrubBar->GetHead(), back ? -PlayHeadWidget::StepMS : PlayHeadWidget::StepMS);
     ScrubBar->SetBaseTimes(state->TRT, target);
     round.Session()->SeekTo(state->PK, static_cast<std::uint32_t>(target));
     if (!state->IsPaused) return;

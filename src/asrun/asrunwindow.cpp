@@ -38,6 +38,7 @@ AsRunWindow::AsRunWindow(const std::string& host, const QString& unit)
       Unit(unit) {
     setupUi(this);
     setAttribute(Qt::WA_DeleteOnClose);
+    connect(new QShortcut(Qt::Key_Escape, this), &QShortcut::activated, this, &QWidget::close);
     setWindowTitle(tr("As-run sheet - %1").arg(unit));
     PlaceOverMainWindow(*this);
     Model->setParent(this);
@@ -71,6 +72,8 @@ void AsRunWindow::WireControls() {
     auto* copy = new QShortcut(QKeySequence::Copy, EntriesView);
     copy->setContext(Qt::WidgetShortcut);
     connect(copy, &QShortcut::activated, this, &AsRunWindow::OnCopyClicked);
+    connect(new QShortcut(QKeySequence::Find, this), &QShortcut::activated, FilterEdit,
+            [this] { FilterEdit->setFocus(Qt::ShortcutFocusReason); });
     connect(EntriesView->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             [this] { CopyButton->setEnabled(EntriesView->selectionModel()->hasSelection()); });
     connect(&Round, &QTimer::timeout, this, &AsRunWindow::Refresh);

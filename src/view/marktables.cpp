@@ -41,6 +41,7 @@ QPushButton* MakeGoButton() {
     auto* button = new QPushButton(*next, QString());
     button->setMaximumSize(16, 16);
     button->setToolTip(ZorvicView::tr("Jump here"));
+    button->setAccessibleName(button->toolTip());
     // A click must not take the keyboard from the list that the operator works in.
     button->setFocusPolicy(Qt::NoFocus);
     return button;
@@ -126,10 +127,12 @@ QTreeWidgetItem* MarkTables::MakeRow(Kind kind, int id) const {
 
 void MarkTables::AddGoButton(QTreeWidgetItem* row, int id) {
     auto* button = MakeGoButton();
-    connect(button, &QPushButton::clicked, this, [this, id] {
-        if (const auto time = GotoTimes.find(id); time != GotoTimes.end()) emit GotoTriggered(ShownPK, time->second);
-    });
+    connect(button, &QPushButton::clicked, this, [this, id] { Go(id); });
     Of(Kind::Goto).View->setItemWidget(row, GoColumn, button);
+}
+
+void MarkTables::Go(int id) {
+    if (const auto time = GotoTimes.find(id); time != GotoTimes.end()) emit GotoTriggered(ShownPK, time->second);
 }
 
 void MarkTables::ShowRemaining(const Zorvic::Preset& preset, std::optional<int> positionMS) {
@@ -180,12 +183,18 @@ void MarkTables::SetName(QTreeWidgetItem* row, Kind kind, const std::string& nam
 }
 
 bool MarkTables::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_F2) {
-        for (const auto& table : Tables) {
-            auto* const row = table.View == watched ? table.View->currentItem() : nullptr;
-            if (row) table.View->editItem(row, table.NameColumn);
-        }
+    if (event->type() != QEvent::KeyPress) return QObject::eventFilter(watched, event);
+    const auto& key = static_cast<const QKeyEvent&>(*event);
+    const auto table =
+        std::ranges::find_if(Tables, [watched](const Table& candidate) { return candidate.View == watched; });
+    auto* const row = table == Tables.end() ? nullptr : table->View->currentItem();
+    if (key.key() == Qt::Key_F2) {
+        if (row) table->View->editItem(row, table->NameColumn);
         return true;
     }
-    return QObject::eventFilter(watched, event);
+    // Return alone takes and pauses, wherever the keyboard is.
+    const bool isGo = key.modifiers() == Qt::ControlModifier && key.key() == Qt::Key_Return && !key.isAutoRepeat();
+    if (!isGo || table != Tables.begin()) return QObject::eventFilter(watched, event);
+    if (row) Go(IDOf(row, Kind::Goto));
+    return true;
 }

@@ -59,6 +59,7 @@ private:
     void Fill(Kind kind, const Zorvic::Preset& preset);
     QTreeWidgetItem* MakeRow(Kind kind, int id) const;
     void AddGoButton(QTreeWidgetItem* row, int id);
+    void Go(int id);
     bool eventFilter(QObject* watched, QEvent* event) override;
 
     std::array<Table, 2> Tables;

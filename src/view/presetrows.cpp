@@ -106,6 +106,10 @@ bool PresetRow::ShowState(const Zorvic::PresetState& state) {
         icon.addPixmap(pixmap, QIcon::Selected);  // as it is: blended with the highlight it is hard to read
     }
     setIcon(Index(PresetColumn::STATUS), icon);
+    setData(Index(PresetColumn::STATUS), Qt::AccessibleTextRole,
+            !state.IsPlaying ? QString()
+            : state.IsPaused ? ZorvicView::tr("Paused")
+                             : ZorvicView::tr("Playing"));
     return true;
 }
 
@@ -293,13 +297,42 @@ void PresetRows::OnCurrentChanged(QTreeWidgetItem* row) {
     if (row && MovedByKey) List->scrollToItem(row);
 }
 
-void PresetRows::OnKey(const QKeyEvent& key) {
+bool PresetRows::OnKey(const QKeyEvent& key) {
     MovedByKey = true;
-    if (key.text().isEmpty()) return;
+    if (key.modifiers() == Qt::AltModifier && (key.key() == Qt::Key_Up || key.key() == Qt::Key_Down)) {
+        MoveSelected(key.key() == Qt::Key_Up ? -1 : 1);
+        return true;
+    }
+    if (key.text().isEmpty()) return false;
     // Typing looks up the text of the current column, which is wherever the last click fell.
     if (const auto current = List->currentIndex(); current.isValid()) {
         List->selectionModel()->setCurrentIndex(current.siblingAtColumn(CurrentColumn), QItemSelectionModel::NoUpdate);
     }
+    return false;
+}
+
+/// As if they were dragged one row up or down. What is at the end of the list stays there.
+void PresetRows::MoveSelected(int step) {
+    if (IsDragging()) return;
+    const auto selected = SelectedKeys();
+    const auto before = Keys();
+    auto keys = before;
+    const auto isSelected = [&](int key) { return std::ranges::find(selected, key) != selected.end(); };
+    const auto swapAll = [&](auto first, auto last) {
+        for (auto at = first; at != last && std::next(at) != last; ++at)
+            if (!isSelected(*at) && isSelected(*std::next(at))) std::iter_swap(at, std::next(at));
+    };
+    step < 0 ? swapAll(keys.begin(), keys.end()) : swapAll(keys.rbegin(), keys.rend());
+    if (keys == before) return;
+    auto* const current = List->currentItem();
+    {
+        const QSignalBlocker blocker(List);
+        MergeRows(*List, QList<int>(keys.begin(), keys.end()), KeyOf, [](int) { return new PresetRow(0); });
+        List->setCurrentItem(current, CurrentColumn, QItemSelectionModel::NoUpdate);
+        Select(selected);
+    }
+    List->scrollToItem(current);
+    emit Dropped();
 }
 
 // A drag inside the list ends with the removal of its drag object, after the rows were moved. Widgets that come and go
@@ -313,8 +346,7 @@ bool PresetRows::Filter(const QObject* watched, QEvent* event) {
             MovedByKey = false;
             break;
         case QEvent::KeyPress:
-            if (watched == List) OnKey(*static_cast<QKeyEvent*>(event));
-            break;
+            return watched == List && OnKey(*static_cast<QKeyEvent*>(event));
         case QEvent::ChildRemoved:
             // By what it is not: a dying object is no QDrag any more.
             if (const auto* child = static_cast<QChildEvent*>(event)->child();

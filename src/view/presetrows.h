@@ -65,7 +65,9 @@ private:
     bool IsDragging() const;
     void OnSelectionChanged();
     void OnCurrentChanged(QTreeWidgetItem* row);
-    void OnKey(const QKeyEvent& key);
+    /// True when the list must not see it.
+    bool OnKey(const QKeyEvent& key);
+    void MoveSelected(int step);
     void Merge(const std::vector<Entry>& entries, const NamesByPK& names);
     void Select(const std::vector<int>& keys);
     void Repaint(const QTreeWidgetItem* row);

@@ -22,6 +22,14 @@ QPixmap StatusIcon(const Zorvic::PresetState& state) {
     return QPixmap(name).scaled(24, 24, Qt::KeepAspectRatio, Qt::SmoothTransformation);
 }
 
+/// For who does not see the icon.
+QString StatusText(const Zorvic::PresetState& state) {
+    const auto* const text = !state.IsPlaying ? QT_TRANSLATE_NOOP("ZorvicView", "Stopped")
+                             : state.IsPaused ? QT_TRANSLATE_NOOP("ZorvicView", "Paused")
+                                              : QT_TRANSLATE_NOOP("ZorvicView", "Playing");
+    return QCoreApplication::translate("ZorvicView", text);
+}
+
 }  // namespace
 
 Timecodes::Timecodes(const Widgets& widgets) : Ui(widgets) {
@@ -33,6 +41,7 @@ Timecodes::Timecodes(const Widgets& widgets) : Ui(widgets) {
 void Timecodes::ShowPreset(const Zorvic::Preset& preset, const Zorvic::PresetState& state,
                            const std::optional<Zorvic::TimeCode>& timeCode) {
     Ui.StatusIcon->setPixmap(StatusIcon(state));
+    Ui.StatusIcon->setAccessibleName(StatusText(state));
     Ui.TRT->setText(ClockText(state.TRT));
     ShowTimes(preset, state, timeCode);
 }
@@ -74,6 +83,7 @@ void Timecodes::ShowTimeCode(const Zorvic::Preset& preset, const Zorvic::PresetS
 void Timecodes::ShowNothing() {
     TakeOver(0);
     Ui.StatusIcon->clear();
+    Ui.StatusIcon->setAccessibleName({});
     for (auto* label : {Ui.Length, Ui.TRT})
         label->setText(ClockText(0));
     ShowSeek(ClockText(0), {});

@@ -17,6 +17,7 @@ constexpr QRgb OldText = 0xffe8a06c;
 OutputMonitor::OutputMonitor(std::uint32_t output) : Number(output), At(Clock::now()) {
     // Everything is painted here: the window behind it need not be.
     setAttribute(Qt::WA_OpaquePaintEvent);
+    setAccessibleName(tr("Output %1").arg(Number));
 }
 
 int OutputMonitor::CaptionHeight() const {
@@ -55,7 +56,7 @@ void OutputMonitor::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     painter.fillRect(rect(), palette().window());
     painter.setPen(palette().color(QPalette::Active, QPalette::WindowText));
-    painter.drawText(QRect(0, 0, width(), CaptionHeight()), Qt::AlignLeft | Qt::AlignTop, tr("Output %1").arg(Number));
+    painter.drawText(QRect(0, 0, width(), CaptionHeight()), Qt::AlignLeft | Qt::AlignTop, accessibleName());
 
     const QRect screen = rect().adjusted(0, CaptionHeight(), 0, 0);
     painter.fillRect(screen, Qt::black);
