@@ -16,6 +16,10 @@ AboutDialog::AboutDialog() {
     connect(DismissButton, &QPushButton::clicked, this, &AboutDialog::OnDismissClicked);
 }
 
+void AboutDialog::ShowVersions(const QStringList& lines) {
+    VersionsLabel->setText(lines.join(QLatin1Char('\n')));
+}
+
 void AboutDialog::OnDismissClicked() {
     // Later, because the button that was clicked goes with the dialog.
     deleteLater();

@@ -11,6 +11,9 @@ class AboutDialog : public QWidget, public Ui::AboutDialogUI {
 public:
     AboutDialog();
 
+    /// What else runs beside the console: the library and each connected unit, a line for each.
+    void ShowVersions(const QStringList& lines);
+
 private slots:
     void OnDismissClicked();
 };

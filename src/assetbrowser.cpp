@@ -2,6 +2,8 @@
 
 #include "sessionmanager.h"
 #include "text/assettext.h"
+#include "text/beyondinterface.h"
+#include "text/refusaltext.h"
 #include "widgets/placement.h"
 #include "widgets/popupkeys.h"
 #include "widgets/rowmerge.h"
@@ -44,6 +46,8 @@ AssetBrowser::AssetBrowser(const std::string& guid, bool internalMode) : GUID(gu
     setWindowIcon(QIcon(QStringLiteral(":icons/icon.png")));
     PathUpButton->setIcon(QIcon(QStringLiteral(":/icons/up.png")));
     IngestProgressBar->hide();
+    ImportLabel->hide();
+    ImportClock.start();
     ShowNotice({});
     PlaceOverMainWindow(*this);
     GuardWheel(*this);
@@ -287,31 +291,49 @@ void AssetBrowser::PerformImport() {
         CurProgressAssets.insert(StripPathFromFilename(path));
         CurProgressAssets.insert(path);
         std::cout << "Ingesting asset at \"" << path << "\"." << std::endl;
-        if (handle->GetSession()->InstallAsset(path) != Zorvic::ZORVIC_STATUS_OK) {
+        const auto status = handle->GetSession()->InstallAsset(path);
+        if (status != Zorvic::ZORVIC_STATUS_OK) {
+            ShowNotice(RefusedText(tr("Import %1").arg(selected), status, LastReasonText(*handle->GetSession())));
             std::cerr << "Error ingesting asset " << path << std::endl;
         }
     }
 }
 
+ImportSums AssetBrowser::SumImport(const std::vector<Zorvic::Asset>& assets) const {
+    ImportSums sums;
+    for (const auto& asset : assets) {
+        if (!CurProgressAssets.contains(StripPathFromFilename(asset.FullPath))) continue;
+        sums.Total += asset.TotalSize;
+        sums.Current += asset.CurrentSize;
+        ++sums.Files;
+        if (asset.CurrentSize >= asset.TotalSize) ++sums.FilesDone;
+    }
+    return sums;
+}
+
 void AssetBrowser::UpdateIngestProgress(const std::vector<Zorvic::Asset>& assets) {
     constexpr int Nothing = -1;
     constexpr int Complete = 100;
-    std::int64_t total = 0;
-    std::int64_t current = 0;
-    for (const auto& asset : assets) {
-        if (!CurProgressAssets.contains(StripPathFromFilename(asset.FullPath))) continue;
-        total += asset.TotalSize;
-        current += asset.CurrentSize;
-    }
+    const auto sums = SumImport(assets);
     int percentage = Nothing;
-    if (total != 0) {
-        const long double share = static_cast<long double>(current) / static_cast<long double>(total) * Complete;
+    if (sums.Total != 0) {
+        const long double share =
+            static_cast<long double>(sums.Current) / static_cast<long double>(sums.Total) * Complete;
         percentage = static_cast<int>(std::clamp<long double>(share, 0, Complete));
     }
     IngestProgressBar->setValue(std::max(percentage, 0));
     const bool over = percentage == Nothing || percentage == Complete;
     if (over) CurProgressAssets.clear();
     IngestProgressBar->setVisible(!over);
+    ShowImport(sums, over);
+}
+
+/// The copy is the unit's business: it goes on when this window is closed.
+void AssetBrowser::ShowImport(const ImportSums& sums, bool over) {
+    ImportLabel->setVisible(!over);
+    if (over) return Rate.Restart();
+    Rate.Note(sums.Current, ImportClock.elapsed());
+    ImportLabel->setText(ImportText(sums, Rate.BytesPerSecond()));
 }
 
 void AssetBrowser::OnCloseClicked() {

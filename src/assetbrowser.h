@@ -1,9 +1,11 @@
 #pragma once
 
+#include "text/importrate.h"
 #include "ui_assetbrowser.h"
 
 #include <zorvic/types.h>
 
+#include <QElapsedTimer>
 #include <QString>
 #include <QStringList>
 #include <QWidget>
@@ -74,6 +76,8 @@ private:
     /// Names of the selected files, in the order of the list.
     QStringList GetSelectedFiles() const;
     QString FullPath(const QString& fileName) const;
+    ImportSums SumImport(const std::vector<Zorvic::Asset>& assets) const;
+    void ShowImport(const ImportSums& sums, bool over);
 
     /// File names and full paths of the files of the current import.
     std::unordered_set<std::string> CurProgressAssets;
@@ -86,4 +90,6 @@ private:
     QString ListedPath;
     /// The last listing held up the window noticeably.
     bool ListingSlow = false;
+    ImportRate Rate;
+    QElapsedTimer ImportClock;
 };

@@ -2,11 +2,21 @@
 
 #include "widgets/placement.h"
 
+#include <QCloseEvent>
+#include <QShortcut>
+
 AssetsLoadingDialog::AssetsLoadingDialog() {
     setupUi(this);
     PlaceOverMainWindow(*this);
     PBar->setFormat(tr("Asset %v of %m (%p%)"));
+    connect(SkipButton, &QPushButton::clicked, this, &QWidget::close);
+    connect(new QShortcut(Qt::Key_Escape, this), &QShortcut::activated, this, &QWidget::close);
     UpdateProgress();
+}
+
+void AssetsLoadingDialog::closeEvent(QCloseEvent* event) {
+    Left = true;
+    QWidget::closeEvent(event);
 }
 
 void AssetsLoadingDialog::SetTotal(std::uint32_t total) {

@@ -4,6 +4,7 @@
 #include "comparewindow.h"
 #include "sessionmanager.h"
 #include "shortcutsheet.h"
+#include "text/beyondinterface.h"
 #include "widgets/menuletters.h"
 #include "widgets/placement.h"
 #include "widgets/popupkeys.h"
@@ -211,7 +212,11 @@ void MainWindow::CallPowerMethod(PowerMethod method) {
     const auto* view = CurrentView();
     if (!view) return;
     const SessionHandle handle = view->GetSessionHandle();
-    (handle.GetSession()->*method)();
+    const auto* const item = method == &Zorvic::Session::ShutdownZorvic ? ShutdownMenuItem
+                             : method == &Zorvic::Session::RebootZorvic ? RebootMenuItem
+                                                                        : SoftRebootMenuItem;
+    const auto status = (handle.GetSession()->*method)();
+    view->Report(item->text(), handle.GetSession(), status);
 }
 
 void MainWindow::OnTabsChanged() {
@@ -230,8 +235,26 @@ void MainWindow::OnKeysClicked() {
     sheet->show();
 }
 
+/// Of the library and of each connected unit, as far as they tell.
+QStringList MainWindow::Versions() const {
+    QStringList lines;
+    if (const QString library = LibraryVersionText(); !library.isEmpty())
+        lines += tr("Library: version %1").arg(library);
+    for (int index = 0; index < ZorvicTabs->count(); ++index) {
+        const auto* const view = qobject_cast<ZorvicView*>(ZorvicTabs->widget(index));
+        const auto handle = view ? FindSession(view->GetGUID()) : nullptr;
+        if (!handle) continue;
+        const QString version = UnitVersionText(*handle->GetSession());
+        lines += tr("Unit %1: %2")
+                     .arg(QString::fromStdString(handle->GetSession()->GetHost()),
+                          version.isEmpty() ? tr("does not tell its version") : version);
+    }
+    return lines;
+}
+
 void MainWindow::OnAboutClicked() {
     auto* dialog = new AboutDialog;  // deletes itself
+    dialog->ShowVersions(Versions());
     dialog->show();
 }
 

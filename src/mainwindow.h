@@ -58,6 +58,7 @@ private:
     void SetUpAsRun();
     /// The current tab's view, if its unit has a session.
     ZorvicView* CurrentView() const;
+    QStringList Versions() const;
     std::unique_ptr<ZorvicView> BuildView(const std::string& guid, Zorvic::Session* session) const;
     void RemoveView(const std::string& guid);
     void ReattachView(Zorvic::Session* session) const;

@@ -12,6 +12,7 @@
 #include "view/outputmonitors.h"
 #endif
 #include "view/presetrows.h"
+#include "view/refusals.h"
 #include "view/timecodes.h"
 #include "widgets/presettreedelegate.h"
 #include "widgets/wheelguard.h"
@@ -187,6 +188,7 @@ void ZorvicView::SetUpRooms() {
         MixDesk::Callbacks{
             [this] { return CurrentPK(); }, [this](int v, QSlider* slider) { OnVolSliderMoved(v, slider); },
             [this](float v, auto member) { OnVideoSliderChanged(v, member); }, [this] { RefreshMix(); }});
+    Refused = std::make_unique<Refusals>(RefusalLabel);
     Link = std::make_unique<LostLink>(LinkLabel, std::vector<QWidget*>{TransportFrame, PanelSplit, AudioFrame});
 }
 
@@ -236,8 +238,14 @@ Round ZorvicView::BeginRound(Zorvic::Session* session) const {
     return {session, SpareLists, Rows->SelectedKeys()};
 }
 
-void ZorvicView::EditCurrent(const EditPreset& edit) const {
-    BeginRound().EditCurrent(edit);
+void ZorvicView::Report(const QString& what, const Zorvic::Session* session, Zorvic::StatusCode status) const {
+    Refused->Report(what, session, status);
+}
+
+void ZorvicView::EditCurrent(const QString& what, const EditPreset& edit) const {
+    auto round = BeginRound();
+    const auto status = round.EditCurrent(edit);
+    Report(what, round.Session(), status);
 }
 
 void ZorvicView::OnStateEvent(Zorvic::StateEventType type, void* view) {
@@ -333,7 +341,8 @@ void ZorvicView::CheckConnection() {
 void ZorvicView::OnSizingChanged() {
     const auto handle = LookupSession();
     if (handle && Simulator->GetPreset()) {
-        handle->GetSession()->UpdatePreset(*Simulator->GetPreset());
+        Report(tr("Place the asset"), handle->GetSession(),
+               handle->GetSession()->UpdatePreset(*Simulator->GetPreset()));
     }
 }
 

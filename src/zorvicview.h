@@ -31,6 +31,7 @@ class PlayHeadWidget;
 class PresetBuilder;
 class PresetRows;
 class PresetTreeDelegate;
+class Refusals;
 class Timecodes;
 namespace Simulator {
 class SimulatorWidget;
@@ -82,6 +83,8 @@ public:
     const std::string& GetGUID() const { return GUID; }
     /// A handle without a session when the unit is gone.
     SessionHandle GetSessionHandle() const;
+    /// Says in the status line why the unit did not do what was asked for; a command that succeeded changes nothing.
+    void Report(const QString& what, const Zorvic::Session* session, Zorvic::StatusCode status) const;
 
     /// The state-event callback; `view` is the ZorvicView. Any thread.
     static void OnStateEvent(Zorvic::StateEventType type, void* view);
@@ -206,7 +209,7 @@ private:
     /// False ends the round. The view may be gone then, and otherwise too.
     bool RefreshFor(ViewUpdateFlags flag, Round& round);
     void ShowLink(bool connected);
-    void EditCurrent(const EditPreset& edit) const;
+    void EditCurrent(const QString& what, const EditPreset& edit) const;
 
     // Preset list
     void SetUpPresetList();
@@ -226,8 +229,10 @@ private:
     void WireTransport();
     void OnEscapePressed();
     void OnSeekEditingFinished();
-    void CommandSelection(Zorvic::StatusCode (Zorvic::Session::*command)(std::int32_t));
-    using SeekTarget = std::uint32_t (*)(const Zorvic::Preset&, const Zorvic::PresetState&);
+    using PresetCommand = Zorvic::StatusCode (Zorvic::Session::*)(std::int32_t);
+    void CommandSelection(const QString& what, PresetCommand command);
+    void Seek(Round& round, int pk, int remainingMS) const;
+    using SeekTarget = int (*)(const Zorvic::Preset&, const Zorvic::PresetState&);
     void GotoBeforeOut(int beforeOutMS, SeekTarget target);
 
     // Keys: zorvicview_keys.cpp
@@ -274,5 +279,6 @@ private:
     std::unique_ptr<MarkTables> Marks;
     std::unique_ptr<MixDesk> Mix;
     std::unique_ptr<LostLink> Link;
+    std::unique_ptr<Refusals> Refused;
     std::shared_ptr<Round::Lists> SpareLists = std::make_shared<Round::Lists>();
 };

@@ -38,6 +38,7 @@ void ZorvicView::InitialAssetScan() {
     for (const auto& asset : assets) {
         dialog.Increment();
         QCoreApplication::processEvents();
+        if (dialog.IsLeft()) break;  // what it would have read is read when it is shown
         const std::unique_ptr<Zorvic::AssetMetadata> metadata(MDCache.LookupAsset(asset));
     }
 }
@@ -50,7 +51,9 @@ void ZorvicView::OnAssetDeleteClicked() {
     if (!handle) return;
     std::reverse(paths.begin(), paths.end());
     for (const auto& path : paths) {
-        if (handle->GetSession()->DeleteAsset(path) != Zorvic::ZORVIC_STATUS_OK) {
+        const auto status = handle->GetSession()->DeleteAsset(path);
+        Report(AssetDeleteButton->accessibleName(), handle->GetSession(), status);
+        if (status != Zorvic::ZORVIC_STATUS_OK) {
             std::cerr << "Warning: Failed to delete asset \"" << path << "\"!" << std::endl;
         }
     }

@@ -120,7 +120,8 @@ void ZorvicView::OnNewGCClicked(bool countdown) {
     }
     const std::string name = ClockText(WrapSubtract(position, preset->OutPosition)).toStdString();
     const auto create = OperationsOf(countdown ? Kind::Countdown : Kind::Goto).Create;
-    (round.Session()->*create)(preset->PK, position, name);
+    Report((countdown ? CDNewButton : GotosNewButton)->accessibleName(), round.Session(),
+           (round.Session()->*create)(preset->PK, position, name));
 }
 
 void ZorvicView::OnGotoChanged(QTreeWidgetItem* item, int column) {
@@ -142,6 +143,7 @@ void ZorvicView::RenameMark(QTreeWidgetItem* item, bool countdown) {
     if (mark == marks.end()) return;
     const auto name = Marks->NameOf(item, kind);
     const auto status = (round.Session()->*operations.Rename)(preset->PK, mark->second.TimeMS, name);
+    Report(tr("Rename"), round.Session(), status);
     if (status != Zorvic::ZORVIC_STATUS_OK) Marks->SetName(item, kind, mark->second.Name);
 }
 
@@ -162,12 +164,13 @@ void ZorvicView::DeleteMarks(bool countdowns) {
     const auto& marks = preset->*operations.Of;
     for (const int id : Marks->SelectedIDs(kind)) {
         const auto mark = marks.find(id);
-        if (mark != marks.end()) (round.Session()->*operations.Delete)(preset->PK, mark->second.TimeMS);
+        if (mark == marks.end()) continue;
+        Report((countdowns ? CDDeleteButton : GotosDeleteButton)->accessibleName(), round.Session(),
+               (round.Session()->*operations.Delete)(preset->PK, mark->second.TimeMS));
     }
 }
 
 void ZorvicView::OnGotoTriggered(int pk, int timeMS) {
-    if (const auto handle = LookupSession()) {
-        handle->GetSession()->SeekTo(pk, static_cast<std::uint32_t>(timeMS));
-    }
+    auto round = BeginRound();
+    if (round.Session()) Seek(round, pk, timeMS);
 }

@@ -15,11 +15,12 @@ void ZorvicView::UpdateVideoSliders(const Zorvic::Preset& preset) {
 }
 
 void ZorvicView::OnVolSliderMoved(int value, QSlider* slider) {
-    EditCurrent([&](Zorvic::Preset& preset) { return Mix->ApplyVolume(value, slider, preset); });
+    EditCurrent(tr("Set the volume"), [&](Zorvic::Preset& preset) { return Mix->ApplyVolume(value, slider, preset); });
 }
 
 void ZorvicView::OnVideoSliderChanged(float value, float Zorvic::PinnedAsset::*member) {
-    EditCurrent([&](Zorvic::Preset& preset) { return Mix->ApplyPicture(value, member, preset); });
+    EditCurrent(tr("Adjust the picture"),
+                [&](Zorvic::Preset& preset) { return Mix->ApplyPicture(value, member, preset); });
 }
 
 void ZorvicView::RefreshMix() {

@@ -216,7 +216,7 @@ void ZorvicView::OnPresetSelected() {
     auto round = BeginRound();
     const auto* const state = round.CurrentState();
     if (!state) return;
-    if (!state->IsSelected) round.Session()->SelectPreset(pk);
+    if (!state->IsSelected) Report(tr("Select"), round.Session(), round.Session()->SelectPreset(pk));
     ShowTimes(round, pk);
 }
 
@@ -275,7 +275,7 @@ void ZorvicView::Clone(const std::vector<int>& keys) {
         auto preset = *original;
         preset.PK = 0;
         preset.Name += " - copy";
-        round.Session()->CreatePreset(preset);
+        Report(DupPresetsButton->accessibleName(), round.Session(), round.Session()->CreatePreset(preset));
     }
 }
 
@@ -287,7 +287,9 @@ void ZorvicView::Delete(const std::vector<int>& keys) {
     const auto handle = keys.empty() ? nullptr : LookupSession();
     if (!handle) return;
     for (const int key : keys)
-        if (Rows->Find(key)) handle->GetSession()->DeletePreset(key);
+        if (Rows->Find(key))
+            Report(DeletePresetsButton->accessibleName(), handle->GetSession(),
+                   handle->GetSession()->DeletePreset(key));
 }
 
 // Another console may select another preset while the menu is open. So the operator's choice is noted before it opens.
@@ -320,6 +322,6 @@ void ZorvicView::RebuildTabOrderings() {
         }
         auto preset = *found;
         preset.TabDisplayOrder[0].Index = place;
-        round.Session()->UpdatePreset(preset);
+        Report(tr("Order the presets"), round.Session(), round.Session()->UpdatePreset(preset));
     }
 }

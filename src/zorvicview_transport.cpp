@@ -25,22 +25,22 @@ void ZorvicView::WireTransport() {
     connect(OutPointButton, &QPushButton::clicked, this, &ZorvicView::OnSetOutPointClicked);
 }
 
-void ZorvicView::CommandSelection(Zorvic::StatusCode (Zorvic::Session::*command)(std::int32_t)) {
+void ZorvicView::CommandSelection(const QString& what, PresetCommand command) {
     auto round = BeginRound();
     for (const int key : round.SelectedKeys())
-        (round.Session()->*command)(key);
+        Report(what, round.Session(), (round.Session()->*command)(key));
 }
 
 void ZorvicView::OnTakePressed() {
-    CommandSelection(&Zorvic::Session::Take);
+    CommandSelection(TakeButton->text(), &Zorvic::Session::Take);
 }
 
 void ZorvicView::OnPausePressed() {
-    CommandSelection(&Zorvic::Session::Pause);
+    CommandSelection(PauseButton->text(), &Zorvic::Session::Pause);
 }
 
 void ZorvicView::OnEndPressed() {
-    CommandSelection(&Zorvic::Session::End);
+    CommandSelection(EndButton->text(), &Zorvic::Session::End);
 }
 
 void ZorvicView::OnEnterKeyPressed() {
@@ -52,9 +52,9 @@ void ZorvicView::OnEnterKeyPressed() {
     auto round = BeginRound();
     for (const int key : round.SelectedKeys()) {
         if (round.FindState(key)->IsPlaying) {
-            round.Session()->Pause(key);
+            Report(PauseButton->text(), round.Session(), round.Session()->Pause(key));
         } else {
-            round.Session()->Take(key);
+            Report(TakeButton->text(), round.Session(), round.Session()->Take(key));
         }
     }
 }
@@ -64,12 +64,16 @@ void ZorvicView::OnEscapePressed() {
     if (!Clock->TakeBackTyped()) OnEndPressed();
 }
 
+void ZorvicView::Seek(Round& round, int pk, int remainingMS) const {
+    Report(tr("Seek"), round.Session(), round.Session()->SeekTo(pk, static_cast<std::uint32_t>(remainingMS)));
+}
+
 /// The play head jumps at once, without waiting for the next timecode.
 void ZorvicView::GotoBeforeOut(int beforeOutMS, SeekTarget target) {
     auto round = BeginRound();
     for (const int key : round.SelectedKeys()) {
         if (const auto* const preset = round.FindPreset(key)) {
-            round.Session()->SeekTo(key, target(*preset, *round.FindState(key)));
+            Seek(round, key, target(*preset, *round.FindState(key)));
         }
     }
     const auto* const current = round.Current();
@@ -83,13 +87,13 @@ void ZorvicView::GotoBeforeOut(int beforeOutMS, SeekTarget target) {
 // know both buttons as they are.
 void ZorvicView::OnGoto30Pressed() {
     GotoBeforeOut(30000, [](const Zorvic::Preset& preset, const Zorvic::PresetState& state) {
-        return static_cast<std::uint32_t>(WrapAdd(WrapSubtract(state.TRT, preset.OutPosition), 30000));
+        return WrapAdd(WrapSubtract(state.TRT, preset.OutPosition), 30000);
     });
 }
 
 void ZorvicView::OnGoto10Pressed() {
     GotoBeforeOut(10000, [](const Zorvic::Preset& preset, const Zorvic::PresetState&) {
-        return static_cast<std::uint32_t>(WrapAdd(preset.OutPosition, 10000));
+        return WrapAdd(preset.OutPosition, 10000);
     });
 }
 
@@ -107,7 +111,7 @@ void ZorvicView::OnDirectSeek() {
     const int timeMS = GetSeekBoxTime().msecsSinceStartOfDay();
     auto round = BeginRound();
     if (const auto* const preset = round.Current()) {
-        round.Session()->SeekTo(preset->PK, static_cast<std::uint32_t>(WrapAdd(timeMS, preset->OutPosition)));
+        Seek(round, preset->PK, WrapAdd(timeMS, preset->OutPosition));
     }
 }
 
@@ -117,7 +121,7 @@ void ZorvicView::OnSeekKey(bool back) {
     if (!state) return;
     const int target = WrapAdd(ScrubBar->GetHead(), back ? -PlayHeadWidget::StepMS : PlayHeadWidget::StepMS);
     ScrubBar->SetBaseTimes(state->TRT, target);
-    round.Session()->SeekTo(state->PK, static_cast<std::uint32_t>(target));
+    Seek(round, state->PK, target);
     if (!state->IsPaused) return;
     // A paused preset sends no timecodes.
     if (auto timeCode = round.FindTimeCode(state->PK)) {
@@ -127,7 +131,7 @@ void ZorvicView::OnSeekKey(bool back) {
 }
 
 void ZorvicView::OnSetInPointClicked() {
-    EditCurrent([this](Zorvic::Preset& preset) {
+    EditCurrent(InPointButton->text(), [this](Zorvic::Preset& preset) {
         preset.InPosition = ScrubBar->GetHead();
         return true;
     });
@@ -141,31 +145,33 @@ void ZorvicView::OnResetTrimClicked() {
     auto round = BeginRound();
     const auto* const state = round.CurrentState();
     if (!state) return;
-    round.EditCurrent([state](Zorvic::Preset& preset) {
+    const auto status = round.EditCurrent([state](Zorvic::Preset& preset) {
         preset.InPosition = state->TRT;
         preset.OutPosition = 0;
         return true;
     });
+    Report(ResetTrimButton->text(), round.Session(), status);
 }
 
 void ZorvicView::OnScrubMoved(int remaining) {
     auto round = BeginRound();
     if (const auto* const state = round.CurrentState()) {
-        round.Session()->SeekTo(state->PK, static_cast<std::uint32_t>(remaining));
+        Seek(round, state->PK, remaining);
     }
 }
 
 void ZorvicView::OnTrimStartMoved(int remaining) {
     auto round = BeginRound();
     if (!round.CurrentState()) return;
-    round.EditCurrent([remaining](Zorvic::Preset& preset) {
+    const auto status = round.EditCurrent([remaining](Zorvic::Preset& preset) {
         preset.InPosition = remaining;
         return true;
     });
+    Report(InPointButton->text(), round.Session(), status);
 }
 
 void ZorvicView::OnTrimEndMoved(int remaining) {
-    EditCurrent([remaining](Zorvic::Preset& preset) {
+    EditCurrent(OutPointButton->text(), [remaining](Zorvic::Preset& preset) {
         preset.OutPosition = remaining;
         return true;
     });

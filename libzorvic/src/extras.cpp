@@ -24,6 +24,10 @@ std::string LastReason(const Session& session) {
     return ImplOf(session).Reason;
 }
 
+std::string LibraryVersion() {
+    return ZORVIC_LIBRARY_VERSION;
+}
+
 std::int32_t LastCreatedPreset(const Session& session) {
     return ImplOf(session).Created;
 }

@@ -39,6 +39,19 @@ QString NotSavedText(Zorvic::StatusCode status, const Zorvic::Preset& preset) {
         "PresetBuilder", "The unit does not answer. When it does, save again if the preset is not in its list."));
 }
 
+QString RefusedText(const QString& what, Zorvic::StatusCode status, const QString& reason) {
+    const auto say = [](const char* text) { return QCoreApplication::translate("ZorvicView", text); };
+    QString why = reason;
+    if (status == Zorvic::ZORVIC_STATUS_NETWORKERROR) {
+        why = say(QT_TRANSLATE_NOOP("ZorvicView", "the unit does not answer"));
+    } else if (why.isEmpty()) {
+        why = status == Zorvic::ZORVIC_STATUS_MISUSED
+                  ? say(QT_TRANSLATE_NOOP("ZorvicView", "the unit refuses it"))
+                  : say(QT_TRANSLATE_NOOP("ZorvicView", "the unit could not do it"));
+    }
+    return say(QT_TRANSLATE_NOOP("ZorvicView", "Not done: %1 (%2)")).arg(what, why);
+}
+
 QString NoMetadataText(const Zorvic::Asset* asset) {
     if (!asset) return Say(QT_TRANSLATE_NOOP("PresetBuilder", "the unit does not know it as a media file"));
     switch (asset->Status) {

@@ -92,9 +92,9 @@ std::vector<int> Round::SelectedKeys() {
     return keys;
 }
 
-void Round::EditCurrent(const std::function<bool(Zorvic::Preset&)>& edit) {
+Zorvic::StatusCode Round::EditCurrent(const std::function<bool(Zorvic::Preset&)>& edit) {
     const auto* const current = Current();
-    if (!current) return;
+    if (!current) return Zorvic::ZORVIC_STATUS_OK;
     auto preset = *current;
-    if (edit(preset)) Link->UpdatePreset(preset);
+    return edit(preset) ? Link->UpdatePreset(preset) : Zorvic::ZORVIC_STATUS_OK;
 }

@@ -50,8 +50,9 @@ public:
     const Zorvic::PresetState* CurrentState();
     /// Keys of the selected presets that the unit still has, in ascending order.
     std::vector<int> SelectedKeys();
-    /// Runs `edit` on a copy of the current preset and sends the copy when that returned true.
-    void EditCurrent(const std::function<bool(Zorvic::Preset&)>& edit);
+    /// Runs `edit` on a copy of the current preset and sends the copy when that returned true. Success when nothing was
+    /// to be sent.
+    Zorvic::StatusCode EditCurrent(const std::function<bool(Zorvic::Preset&)>& edit);
 
 private:
     std::string GUID;

@@ -158,4 +158,20 @@ TEST_F(AssetBrowserTest, HiddenBrowserIsRefreshedUnlessItsDriveIsSlowOrTheSessio
     EXPECT_EQ(ListingsOfATimerTick(), 0);
 }
 
+TEST(ImportRate, IsThatOfTheLastSecondsAndTellsWhatIsLeft) {
+    constexpr std::int64_t MiB = 1 << 20;
+    ImportRate rate;
+    ImportSums sums{.Files = 5, .FilesDone = 2, .Total = 1024 * MiB, .Current = 100 * MiB};
+    rate.Note(sums.Current, 0);
+    EXPECT_EQ(ImportText(sums, rate.BytesPerSecond()), QStringLiteral("2 of 5 files, 100.00MiB of 1.00GiB"));
+    for (int second = 1; second <= 20; ++second)
+        rate.Note((100 + (second < 10 ? 0 : 10 * (second - 10))) * MiB, 1000 * second);
+    sums.Current = 200 * MiB;
+    EXPECT_EQ(rate.BytesPerSecond(), 10 * MiB) << "not what it was when it stood still";
+    EXPECT_EQ(ImportText(sums, rate.BytesPerSecond()),
+              QStringLiteral("2 of 5 files, 200.00MiB of 1.00GiB, 10.00MiB/s, 00:01:22 left"));
+    rate.Note(0, 21000);
+    EXPECT_EQ(rate.BytesPerSecond(), 0) << "another import";
+}
+
 }  // namespace

@@ -1,3 +1,4 @@
+#include "aboutdialog.h"
 #include "application.h"
 #include "comparewindow.h"
 #include "fixtures.h"
@@ -121,6 +122,17 @@ TEST_F(Shell, ASessionReplacedWhileItsTabIsBuiltGetsNoTab) {
     EXPECT_EQ(Connect("host"), nullptr);
     EXPECT_EQ(Window->ZorvicTabs->count(), 0);
     EXPECT_EQ(FakeZorvic::Registrations(), 0);
+}
+
+TEST_F(Shell, AboutTellsTheVersionsOfTheLibraryAndOfEachUnitThatAnswers) {
+    Connect("host");
+    Connect("other");
+    FakeZorvic::Units["other"]->Reachable = false;
+    Window->AboutMenuItem->trigger();
+    const QPointer<AboutDialog> about = TopLevel<AboutDialog>();
+    EXPECT_EQ(about->VersionsLabel->text().toStdString(),
+              "Library: version 1.2.3\nUnit host: version 4.5, protocol 1.9\nUnit other: does not tell its version");
+    about->close();
 }
 
 TEST_F(Shell, QuitEndsTheProcessAtOnceWithStatusZero) {

@@ -170,4 +170,38 @@ TEST_F(FrameTest, ANestedRefreshOfTheAssetsWins) {
     EXPECT_TRUE(View->AssetsView->updatesEnabled());
 }
 
+TEST_F(FrameTest, ARefusedCommandIsNamedWithItsReasonBesideTheStatusForAWhile) {
+    Open();
+    View->UpdateStatus();
+    const auto status = Status();
+    const std::tuple<StatusCode, const char*, const char*> cases[] = {
+        {ZORVIC_STATUS_FAILED, "the store is full", "Not done: Take (the store is full)"},
+        {ZORVIC_STATUS_MISUSED, "", "Not done: Take (the unit refuses it)"},
+        {ZORVIC_STATUS_FAILED, "", "Not done: Take (the unit could not do it)"},
+        {ZORVIC_STATUS_NETWORKERROR, "of before", "Not done: Take (the unit does not answer)"}};
+    for (const auto& [code, reason, text] : cases) {
+        Unit.Reason = reason;
+        Unit.Fail("Take", code, 1);
+        Click("TakeButton");
+        EXPECT_EQ(View->RefusalLabel->text().toStdString(), text);
+        EXPECT_TRUE(View->RefusalLabel->isVisible());
+    }
+    View->UpdateStatus();
+    EXPECT_EQ(Status(), status);
+    View->RefusalLabel->findChild<QTimer*>()->start(1);  // as when it is over
+    QTest::qWait(50);
+    EXPECT_FALSE(View->RefusalLabel->isVisible());
+}
+
+TEST_F(FrameTest, TheFirstScanCanBeLeft) {
+    for (int number = 0; number < 50; ++number)
+        AddAsset("C:\\Assets\\" + std::to_string(number));
+    int reads = 0;
+    FakeZorvic::Hook = [&](const FakeZorvic::Call& call) {
+        if (call.Operation == "ReadAssetMetadata" && ++reads == 3) TopLevel<AssetsLoadingDialog>()->SkipButton->click();
+    };
+    View = std::make_unique<ZorvicView>("guid", "host");
+    EXPECT_EQ(reads, 3);
+}
+
 }  // namespace

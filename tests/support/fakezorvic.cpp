@@ -1,5 +1,7 @@
 #include "support/fakezorvic.h"
 
+#include <zorvic/extras.h>
+
 #include <set>
 #include <utility>
 
@@ -90,6 +92,19 @@ std::ptrdiff_t LiveSessions(const std::string& host) {
 }  // namespace FakeZorvic
 
 namespace Zorvic {
+
+std::string LastReason(const Session& session) {
+    return FakeZorvic::Units.at(session.GetHost())->Reason;
+}
+std::string LibraryVersion() {
+    return "1.2.3";
+}
+StatusCode DescribeUnit(Session& session, LANZorvic& unit) {
+    if (!session.Connected()) return ZORVIC_STATUS_NETWORKERROR;
+    unit.CommunicatorVersion = "4.5";
+    unit.APIVersion = "1.9";
+    return ZORVIC_STATUS_OK;
+}
 
 struct OutputPreview::Impl {
     std::shared_ptr<Unit> Peer;

@@ -47,7 +47,8 @@ struct Unit {
     std::vector<Zorvic::AsRunEntry> AsRun = {};        ///< news of its sheet; whoever takes them empties it
     bool AsRunAnew = false;
     Zorvic::AsRunSheet::State AsRunState = Zorvic::AsRunSheet::State::Live;
-    bool Reachable = true;  ///< off: sessions have no link
+    bool Reachable = true;    ///< off: sessions have no link
+    std::string Reason = {};  ///< why it refuses what Fail() names; a real one gives each refusal its own
 
     /// Adds a preset with its state, as if stored long ago. A PK of 0 becomes the next free one. Returns the PK.
     std::int32_t AddPreset(Zorvic::Preset preset, std::int32_t trtMS);

@@ -19,6 +19,9 @@ namespace Zorvic {
 /// Why the session's latest command failed, in the unit's words; empty when it did not, or when the link failed.
 ZORVIC_API std::string LastReason(const Session& session);
 
+/// Of this library, as "3.0.0".
+ZORVIC_API std::string LibraryVersion();
+
 /// The key of the preset that the session's latest command, a CreatePreset, has made; 0 when it failed, or when the
 /// unit is too old to tell.
 ZORVIC_API std::int32_t LastCreatedPreset(const Session& session);
