@@ -10,6 +10,10 @@
 
 #include <zorvic/extras.h>
 
+#include <unistd.h>
+
+#include <iostream>
+
 namespace ZorvicCtl {
 namespace {
 
@@ -37,6 +41,7 @@ public:
 private:
     void Create(const RestorePlan::Step& step);
     void Replace(const RestorePlan::Step& step, std::int32_t pk);
+    void ShowNext();
     /// The number of the preset that it links to on the unit; 0 when that is not there, or not yet.
     std::int32_t LinkOf(const PresetRecord& record) const;
 
@@ -44,7 +49,16 @@ private:
     const RestorePlan& Plan;
     std::map<std::int32_t, std::int32_t> KeyOf;
     std::vector<std::string> LeftPlaying;
+    std::size_t Begun = 0;
 };
+
+/// For who looks on. Interrupted, it leaves what was done, and the next restore does the rest.
+void Restoration::ShowNext() {
+    ++Begun;
+    if (isatty(STDERR_FILENO) == 0) return;
+    const std::size_t all = Plan.Create.size() + Plan.Change.size();
+    std::cerr << "\rPreset " << Begun << " of " << all << (Begun < all ? "\033[K" : "\033[K\n") << std::flush;
+}
 
 std::int32_t Restoration::LinkOf(const PresetRecord& record) const {
     const auto found = KeyOf.find(record.Known.Link);
@@ -70,13 +84,16 @@ void Restoration::Replace(const RestorePlan::Step& step, std::int32_t pk) {
 std::vector<std::string> Restoration::Apply() {
     std::vector<const RestorePlan::Step*> unlinked;
     for (const auto& step : Plan.Create) {
+        ShowNext();
         if (LinkOf(step.Wanted) == 0 && step.Wanted.Known.Link > 0) unlinked.push_back(&step);
         Create(step);
     }
     for (const auto* step : unlinked)
         if (LinkOf(step->Wanted) != 0) Replace(*step, KeyOf.at(step->Wanted.Known.PK));
-    for (const auto& step : Plan.Change)
+    for (const auto& step : Plan.Change) {
+        ShowNext();
         Replace(step, step.PK);
+    }
     return LeftPlaying;
 }
 
