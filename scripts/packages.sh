@@ -2,7 +2,7 @@
 
 BUILD_PACKAGES=(
     g++ cmake ninja-build pkg-config ccache
-    qtbase5-dev libqt5svg5
+    qtbase5-dev qttools5-dev qttools5-dev-tools libqt5svg5
     libgrpc++-dev protobuf-compiler-grpc protobuf-compiler libprotobuf-dev libssl-dev
     libavahi-core-dev libavahi-common-dev
     libsqlite3-dev libxxhash-dev libcli11-dev libspdlog-dev nlohmann-json3-dev

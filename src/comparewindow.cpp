@@ -1,6 +1,7 @@
 #include "comparewindow.h"
 
 #include "sessionmanager.h"
+#include "text/librarywords.h"
 #include "widgets/placement.h"
 
 #include <QIcon>
@@ -55,7 +56,7 @@ void CompareWindow::AddPreset(const Zorvic::PresetDifference& difference) {
     const bool inBoth = difference.FirstPK != 0 && difference.SecondPK != 0;
     if (!inBoth) AddRow(name, WhereText(difference.FirstPK != 0, difference.SecondPK != 0));
     for (const auto& field : difference.Fields)
-        AddRow(name, QString::fromStdString(field.Field), QString::fromStdString(field.First),
+        AddRow(name, LibraryWord(field.Field), QString::fromStdString(field.First),
                QString::fromStdString(field.Second));
 }
 

@@ -1,4 +1,5 @@
 #include "application.h"
+#include "language.h"
 #include "mainwindow.h"
 #include "sessionmanager.h"
 #include "style.h"
@@ -42,6 +43,8 @@ int main(int argc, char** argv) {
     const auto useCustomStyle = ReadCommandLine(argc, argv);
     if (!useCustomStyle) return 1;
 
+    // Not the system's language: operators know the English texts, and guides name them.
+    UseLanguage(application, qEnvironmentVariable("ZORVIC_LANG"));
     QFont font = SizeDefaultFont(10);
     font.setStyleStrategy(QFont::PreferAntialias);
     QApplication::setFont(font);

@@ -4,6 +4,7 @@
 #include "sessionmanager.h"
 #include "style.h"
 #include "text/displaynames.h"
+#include "text/librarywords.h"
 #include "widgets/placement.h"
 #include "widgets/rowmerge.h"
 
@@ -41,7 +42,7 @@ const std::unordered_map<Column, const char*> FieldNames = {
 template <typename Names, typename Value>
 QString NameOf(const Names& names, Value value) {
     const auto found = names.find(value);
-    return found == names.end() ? QString() : QString::fromStdString(found->second);
+    return found == names.end() ? QString() : LibraryWord(found->second);
 }
 
 QStringList CellTexts(const Zorvic::LANZorvic& unit) {

@@ -1,5 +1,6 @@
 #include "asrun/asrunmodel.h"
 
+#include "text/librarywords.h"
 #include "text/timetext.h"
 
 #include <QColor>
@@ -26,7 +27,7 @@ QString KindText(Zorvic::AsRunKind kind) {
         case Zorvic::ZORVIC_ASRUN_CLOCK:
             return AsRunModel::tr("Clock set");
         default: {
-            QString text = QString::fromStdString(Zorvic::AsRunKindText(kind));
+            QString text = LibraryWord(Zorvic::AsRunKindText(kind));
             return text.replace(0, 1, text.left(1).toUpper());
         }
     }
@@ -71,7 +72,7 @@ AsRunModel::Row AsRunModel::MakeRow(AsRunEntry entry) {
         entry.PK == 0 ? QString() : QStringLiteral("%1  %2").arg(entry.PK).arg(preset),
         PositionText(entry),
         AskerText(entry),
-        QString::fromStdString(Zorvic::AsRunShownText(entry)),
+        LibraryWord(Zorvic::AsRunShownText(entry)),
         DetailText(entry)};
     return {std::move(entry), std::move(cells)};
 }
