@@ -1,5 +1,7 @@
 #include "render/loop/render_loop.h"
 
+#include "render/refresh.h"
+
 #include <unistd.h>
 #include <algorithm>
 #include <fstream>
@@ -16,10 +18,6 @@ constexpr Nanoseconds BeatPeriod = milliseconds(200);
 constexpr Nanoseconds PreviewPeriod = milliseconds(200);
 constexpr Nanoseconds IdlePeriod = milliseconds(100);
 constexpr int PreviewWidth = 320;
-
-Nanoseconds TickOf(const zorvic::render::Setup& setup) {
-    return Nanoseconds(std::int64_t{1'000'000'000} * setup.refresh_denominator() / setup.refresh_numerator());
-}
 
 std::uint64_t ResidentBytes() {
     std::ifstream file("/proc/self/statm");
@@ -53,7 +51,7 @@ std::string ToRgb(const std::vector<std::uint8_t>& rgba) {
 
 RenderLoop::RenderLoop(const zorvic::render::Setup& setup, Wire& unit)
     : Unit(unit),
-      Tick(TickOf(setup)),
+      Tick(RefreshPeriod(setup)),
       Targets(OpenSurfaces(setup)),
       Outputs([&setup] {
           std::vector<Output> outputs;
@@ -73,7 +71,6 @@ std::vector<StageOutput> RenderLoop::StageOutputs() const {
     return outputs;
 }
 
-// All outputs of all units of one machine share these moments.
 TimePoint RenderLoop::NextTick(TimePoint after) const {
     return TimePoint((after.time_since_epoch() / Tick + 1) * Tick);
 }
