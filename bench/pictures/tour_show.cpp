@@ -62,6 +62,13 @@ void Lists(ShowOperator& op) {
     op.Find<QCheckBox>("SimulatorCheckBox").setChecked(false);
     op.Picture("layout-hidden");
     op.Find<QCheckBox>("SimulatorCheckBox").setChecked(true);
+    // On the shared output the later one is on top.
+    op.Select("House open");
+    op.Press("TakeButton");
+    QTest::qWait(MeterMS);
+    op.Picture("two-presets-play");
+    op.Press("EndButton");
+    op.Select("Facade");
     op.Press("EndButton");
 }
 

@@ -65,7 +65,7 @@ void TourMenus(ShowOperator& op) {
     }
     auto* const viewport = op.Find<QTreeWidget>("PresetsView").viewport();
     const QPoint row(viewport->width() / 3, op.RowOf("House open").center().y());
-    op.PictureOfMenu("menu-of-preset", op.Window, [&] { ContextMenu(op.Find("PresetsView"), row); });
+    op.PictureOfMenu("menu-of-preset", op.Window, [&] { ContextMenu(*viewport, row); });
     auto& bar = op.ScrubBar();
     op.PictureOfMenu("menu-of-scrub-bar", op.Window, [&] { ContextMenu(bar, {bar.width() / 2, 30}); });
     op.PictureOfMenu("players", op.Window, [&] { op.Find<QComboBox>("ActivePlayerSel").showPopup(); });
