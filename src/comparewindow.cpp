@@ -3,6 +3,7 @@
 #include "sessionmanager.h"
 #include "widgets/placement.h"
 
+#include <QHeaderView>
 #include <QIcon>
 #include <QTreeWidgetItem>
 
@@ -13,6 +14,8 @@ CompareWindow::CompareWindow(std::vector<Unit> units) : Units(std::move(units)) 
     setAttribute(Qt::WA_DeleteOnClose);
     PlaceOverMainWindow(*this);
     setWindowIcon(QIcon(QStringLiteral(":icons/icon.png")));
+    Differences->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    Differences->header()->setResizeContentsPrecision(0);
     for (const Unit& unit : Units) {
         FirstUnit->addItem(unit.Name);
         SecondUnit->addItem(unit.Name);
