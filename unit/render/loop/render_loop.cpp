@@ -1,5 +1,7 @@
 #include "render/loop/render_loop.h"
 
+#include "render/refresh.h"
+
 #include <unistd.h>
 #include <algorithm>
 #include <fstream>
@@ -16,10 +18,6 @@ constexpr Nanoseconds BeatPeriod = milliseconds(200);
 constexpr Nanoseconds PreviewPeriod = milliseconds(200);
 constexpr Nanoseconds IdlePeriod = milliseconds(100);
 constexpr int PreviewWidth = 320;
-
-Nanoseconds TickOf(const zorvic::render::Setup& setup) {
-    return Nanoseconds(std::int64_t{1'000'000'000} * setup.refresh_denominator() / setup.refresh_numerator());
-}
 
 std::uint64_t ResidentBytes() {
     std::ifstream file("/proc/self/statm");
@@ -53,7 +51,8 @@ std::string ToRgb(const std::vector<std::uint8_t>& rgba) {
 
 RenderLoop::RenderLoop(const zorvic::render::Setup& setup, Wire& unit)
     : Unit(unit),
-      Tick(TickOf(setup)),
+      Tick(RefreshPeriod(setup)),
+      Lead(Tick / 4),
       Targets(OpenSurfaces(setup)),
       Outputs([&setup] {
           std::vector<Output> outputs;
@@ -73,7 +72,6 @@ std::vector<StageOutput> RenderLoop::StageOutputs() const {
     return outputs;
 }
 
-// All outputs of all units of one machine share these moments.
 TimePoint RenderLoop::NextTick(TimePoint after) const {
     return TimePoint((after.time_since_epoch() / Tick + 1) * Tick);
 }
@@ -85,12 +83,7 @@ void RenderLoop::Run(const SoundIsReady& soundIsReady, const SoundFigures& sound
         const TimePoint middle = lightUp + Tick / 2;
         const auto scene = AwaitScene(lightUp - Tick / 2, middle);
         Pictures.Follow(*scene, middle, Tick);
-        // One after the other, around the moment of lighting up.
-        std::this_thread::sleep_until(lightUp - Tick / 4);
-        for (std::size_t i = 0; i < Outputs.size(); ++i)
-            Show(i, lightUp);
-        // Sends what the windowing library still holds back.
-        Targets->PumpEvents();
+        ShowAll(lightUp);
         Report(*scene, lightUp, soundIsReady, soundFigures);
         if (!Pictures.IsBusy()) Unit.WaitForNewer(scene, steady_clock::now() + IdlePeriod);
         lightUp = std::max(lightUp + Tick, NextTick(steady_clock::now()));
@@ -110,22 +103,45 @@ std::shared_ptr<const Scene> RenderLoop::AwaitScene(TimePoint until, TimePoint m
     return scene;
 }
 
-void RenderLoop::Show(std::size_t number, TimePoint lightUp) {
+// One after the other, around the moment of lighting up, however long drawing takes here.
+void RenderLoop::ShowAll(TimePoint lightUp) {
+    std::this_thread::sleep_until(lightUp - Lead);
+    Nanoseconds late{0};
+    int shown = 0;
+    for (std::size_t i = 0; i < Outputs.size(); ++i) {
+        const auto lit = Show(i, lightUp);
+        if (!lit) continue;
+        late += *lit - lightUp;
+        ++shown;
+    }
+    // Sends what the windowing library still holds back.
+    Targets->PumpEvents();
+    if (shown == 0) return;
+    const Nanoseconds step = std::clamp(late / shown, -Tick / 4, Tick / 4) / 16;
+    Lead = std::clamp(Lead + step, Nanoseconds(0), Tick / 2);
+}
+
+// When it lit up; nothing when its picture stands already.
+std::optional<TimePoint> RenderLoop::Show(std::size_t number, TimePoint lightUp) {
     Output& output = Outputs[number];
     OutputSurface& target = Targets->At(number);
     const DrawList& list = Pictures.Shown(number);
     const bool exposed = target.TakeExposed();
-    if (!exposed && SamePicture(output.Shown, list)) return;
+    if (!exposed && SamePicture(output.Shown, list)) return std::nullopt;
     const PixelSize size = target.Size();
     const Area place = FitShape(output.Shape, size);
     Pictures.SetTarget(number, {static_cast<int>(place.Width), static_cast<int>(place.Height)});
     target.Bind();
     Painter->Draw(list, size, place);
+    // Without graphics hardware it is drawn and sent only now; the middle of that is least wrong for all of it.
+    const TimePoint before = steady_clock::now();
     target.Present();
+    const TimePoint lit = before + (steady_clock::now() - before) / 2;
     Pictures.NoteShown(number, std::max(lightUp, steady_clock::now()));
     output.Shown = list;
     ++output.Presented;
     if (steady_clock::now() > lightUp + Tick / 2) ++output.Late;
+    return lit;
 }
 
 void RenderLoop::Report(const Scene& scene, TimePoint lightUp, const SoundIsReady& soundIsReady,

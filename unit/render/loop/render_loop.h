@@ -38,7 +38,8 @@ private:
 
     TimePoint NextTick(TimePoint after) const;
     std::shared_ptr<const Scene> AwaitScene(TimePoint until, TimePoint middle);
-    void Show(std::size_t number, TimePoint lightUp);
+    void ShowAll(TimePoint lightUp);
+    std::optional<TimePoint> Show(std::size_t number, TimePoint lightUp);
     void Report(const Scene& scene, TimePoint lightUp, const SoundIsReady& soundIsReady,
                 const SoundFigures& soundFigures);
     void SendFirstFrames(const Scene& scene, const SoundIsReady& soundIsReady);
@@ -49,6 +50,7 @@ private:
 
     Wire& Unit;
     const Nanoseconds Tick;
+    Nanoseconds Lead;  ///< how long before its moment the drawing of a picture begins
     std::unique_ptr<Surfaces> Targets;
     std::vector<Output> Outputs;
     std::optional<Compositor> Painter;  ///< none without outputs
