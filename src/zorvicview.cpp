@@ -23,6 +23,7 @@
 #include <QScreen>
 #include <QTimer>
 
+#include <initializer_list>
 #include <unordered_set>
 #include <utility>
 
@@ -120,6 +121,9 @@ void FitSmallScreen(const Ui::ZorvicViewUI& ui) {
         button->setIconSize({20, 20});
     }
     ui.PresetsView->setMinimumHeight(72);
+    ui.ViewLayout->setContentsMargins(4, 2, 4, 2);
+    for (auto* const layout : std::initializer_list<QLayout*>{ui.ViewLayout, ui.VideoTab->layout()})
+        layout->setSpacing(2);
 }
 
 QString VideoModeText(const Zorvic::KonaHardwareState& state) {
