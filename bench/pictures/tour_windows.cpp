@@ -104,8 +104,11 @@ void TourUnits(ShowOperator& op, const PictureUnits& units) {
     op.Tabs().setCurrentIndex(0);
     Trigger(op, "CompareMenuItem");
     auto& compare = Shown<CompareWindow>();
+    const auto compared = [&] { return compare.CompareButton->isEnabled(); };
+    op.Becomes(compared);
     compare.SecondUnit->setCurrentIndex(2);
     QTest::mouseClick(compare.CompareButton, Qt::LeftButton);
+    op.Becomes(compared);
     op.Picture("compare", compare);
     compare.close();
 #ifdef ZORVIC_ASRUN

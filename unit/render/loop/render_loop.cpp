@@ -17,7 +17,6 @@ namespace {
 constexpr Nanoseconds BeatPeriod = milliseconds(200);
 constexpr Nanoseconds PreviewPeriod = milliseconds(200);
 constexpr Nanoseconds IdlePeriod = milliseconds(100);
-constexpr int PreviewWidth = 320;
 
 std::uint64_t ResidentBytes() {
     std::ifstream file("/proc/self/statm");
@@ -81,7 +80,7 @@ void RenderLoop::Run(const SoundIsReady& soundIsReady, const SoundFigures& sound
     while (!Unit.UnitIsGone()) {
         // What lights up stands until the next refresh: right in the middle is least wrong all over.
         const TimePoint middle = lightUp + Tick / 2;
-        const auto scene = AwaitScene(lightUp - Tick / 2, middle);
+        const auto scene = AwaitScene(lightUp - std::max(Tick / 2, Lead), middle);
         Pictures.Follow(*scene, middle, Tick);
         ShowAll(lightUp);
         Report(*scene, lightUp, soundIsReady, soundFigures);
@@ -118,7 +117,7 @@ void RenderLoop::ShowAll(TimePoint lightUp) {
     Targets->PumpEvents();
     if (shown == 0) return;
     const Nanoseconds step = std::clamp(late / shown, -Tick / 4, Tick / 4) / 16;
-    Lead = std::clamp(Lead + step, Nanoseconds(0), Tick / 2);
+    Lead = std::clamp(Lead + step, Nanoseconds(0), Tick * 3 / 4);
 }
 
 // When it lit up; nothing when its picture stands already.
@@ -133,20 +132,18 @@ std::optional<TimePoint> RenderLoop::Show(std::size_t number, TimePoint lightUp)
     Pictures.SetTarget(number, {static_cast<int>(place.Width), static_cast<int>(place.Height)});
     target.Bind();
     Painter->Draw(list, size, place);
-    // Without graphics hardware it is drawn and sent only now; the middle of that is least wrong for all of it.
-    const TimePoint before = steady_clock::now();
     target.Present();
-    const TimePoint lit = before + (steady_clock::now() - before) / 2;
-    Pictures.NoteShown(number, std::max(lightUp, steady_clock::now()));
+    const TimePoint lit = steady_clock::now();
+    Pictures.NoteShown(number, std::max(lightUp, lit));
     output.Shown = list;
     ++output.Presented;
-    if (steady_clock::now() > lightUp + Tick / 2) ++output.Late;
+    if (lit > lightUp + Tick / 2) ++output.Late;
     return lit;
 }
 
 void RenderLoop::Report(const Scene& scene, TimePoint lightUp, const SoundIsReady& soundIsReady,
                         const SoundFigures& soundFigures) {
-    SendFirstFrames(scene, soundIsReady);
+    SendFirstFrames(scene, lightUp, soundIsReady);
     SendRunFigures(lightUp);
     if (lightUp - LastBeat >= BeatPeriod) {
         LastBeat = lightUp;
@@ -159,10 +156,10 @@ void RenderLoop::Report(const Scene& scene, TimePoint lightUp, const SoundIsRead
     }
 }
 
-void RenderLoop::SendFirstFrames(const Scene& scene, const SoundIsReady& soundIsReady) {
+void RenderLoop::SendFirstFrames(const Scene& scene, TimePoint lightUp, const SoundIsReady& soundIsReady) {
     std::vector<std::pair<RunId, Nanoseconds>> ready;
-    for (const Layer* layer : Pictures.ReadyLayers(scene)) {
-        if (soundIsReady(*layer)) ready.emplace_back(layer->Id, layer->Spans.back().Position);
+    for (const auto& [layer, position] : Pictures.ReadyRuns(scene, lightUp)) {
+        if (soundIsReady(*layer, position)) ready.emplace_back(layer->Id, position);
     }
     if (ReadySent && ready == Ready) return;
     ReadySent = true;
@@ -219,8 +216,7 @@ void RenderLoop::SendBeat(const SoundFigures& soundFigures) {
 void RenderLoop::SendPreview(TimePoint lightUp) {
     for (std::size_t i = 0; i < Outputs.size(); ++i) {
         const Output& output = Outputs[i];
-        const int width = std::min(PreviewWidth, output.Shape.Width);
-        const PixelSize size{width, std::max(1, width * output.Shape.Height / output.Shape.Width)};
+        const PixelSize size = PreviewSize(output.Shape);
         if (!Small || Small->Size() != size) Small.emplace(size);
         Small->Bind();
         Painter->Draw(output.Shown, size, {0, 0, static_cast<double>(size.Width), static_cast<double>(size.Height)});
