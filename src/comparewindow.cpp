@@ -4,6 +4,7 @@
 #include "widgets/placement.h"
 
 #include <QApplication>
+#include <QHeaderView>
 #include <QIcon>
 #include <QPointer>
 #include <QThreadPool>
@@ -16,6 +17,8 @@ CompareWindow::CompareWindow(std::vector<Unit> units) : Units(std::move(units)) 
     setAttribute(Qt::WA_DeleteOnClose);
     PlaceOverMainWindow(*this);
     setWindowIcon(QIcon(QStringLiteral(":icons/icon.png")));
+    Differences->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    Differences->header()->setResizeContentsPrecision(0);
     for (const Unit& unit : Units) {
         FirstUnit->addItem(unit.Name);
         SecondUnit->addItem(unit.Name);

@@ -5,21 +5,21 @@
 
 #include <QApplication>
 #include <QFocusEvent>
+#include <QIcon>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPixmap>
 #include <QProgressBar>
+#include <QWindow>
 
 #include <algorithm>
 #include <utility>
 
 namespace {
 
-QPixmap StatusIcon(const Zorvic::PresetState& state) {
-    const auto name = !state.IsPlaying ? QStringLiteral(":icons/end.png")
-                      : state.IsPaused ? QStringLiteral(":icons/pause.png")
-                                       : QStringLiteral(":icons/take.png");
-    return QPixmap(name).scaled(24, 24, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+QIcon StatusIcon(const Zorvic::PresetState& state) {
+    return QIcon(!state.IsPlaying ? QStringLiteral(":icons/stopped.png")
+                 : state.IsPaused ? QStringLiteral(":icons/paused.png")
+                                  : QStringLiteral(":icons/playing.png"));
 }
 
 }  // namespace
@@ -32,7 +32,8 @@ Timecodes::Timecodes(const Widgets& widgets) : Ui(widgets) {
 
 void Timecodes::ShowPreset(const Zorvic::Preset& preset, const Zorvic::PresetState& state,
                            const std::optional<Zorvic::TimeCode>& timeCode) {
-    Ui.StatusIcon->setPixmap(StatusIcon(state));
+    Ui.StatusIcon->setPixmap(StatusIcon(state).pixmap(Ui.StatusIcon->window()->windowHandle(), {44, 44}));
+    StateWord = !state.IsPlaying ? tr("Stopped") : state.IsPaused ? tr("Paused") : tr("Playing");
     Ui.TRT->setText(ClockText(state.TRT));
     ShowTimes(preset, state, timeCode);
 }
@@ -74,6 +75,7 @@ void Timecodes::ShowTimeCode(const Zorvic::Preset& preset, const Zorvic::PresetS
 void Timecodes::ShowNothing() {
     TakeOver(0);
     Ui.StatusIcon->clear();
+    StateWord.clear();
     for (auto* label : {Ui.Length, Ui.TRT})
         label->setText(ClockText(0));
     ShowSeek(ClockText(0), {});
@@ -94,6 +96,7 @@ void Timecodes::ShowStale() {
 void Timecodes::SetCued(bool cued) {
     Cued = cued;
     Ui.Bar->SetCued(cued);
+    Ui.State->setText(cued ? tr("Cued") : StateWord);
 }
 
 /// A drag belongs to the preset that it began on.
