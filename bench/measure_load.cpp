@@ -3,7 +3,8 @@
 // unit's memory and descriptors before, meanwhile (once a minute) and after.
 //
 // Arguments: clients (50), presets that play (20), commands a second (50), seconds (20), how many more clients
-// stop to read at once and stay (0), and one more option for the unit, such as --as-run-days=0.
+// stop to read at once and stay (0), one more option for the unit, such as --as-run-days=0, and how many hours of
+// sound in files of an hour each get their levels meanwhile (0).
 
 #include <atomic>
 #include <cstdio>
@@ -34,6 +35,7 @@ struct Options {
     int Seconds = 20;
     std::size_t Stopped = 0;
     std::string UnitOption = "--audio=off";
+    int Hours = 0;
 };
 
 /// A console that notes when timecodes arrive.
@@ -150,6 +152,24 @@ void MakeShow(const std::string& host, int playing) {
     if (!WaitUntil(runs)) std::printf("  the presets do not play\n");
 }
 
+/// One file under many names: the unit reads each for itself.
+void AddHours(const std::string& directory, int hours) {
+    const std::string hour = directory + "/hour.wav";
+    const std::string command =
+        "ffmpeg -nostdin -v error -f lavfi -i sine=d=3600:r=8000 -c:a pcm_u8 " + hour + " && sync " + hour;
+    if (hours == 0 || std::system(command.c_str()) != 0) return;
+    for (int number = 1; number <= hours; ++number)
+        std::filesystem::create_hard_link(hour, directory + "/store/Assets/hour" + std::to_string(number) + ".wav");
+}
+
+void PrintRead(const std::string& host) {
+    Session session(host, 1);
+    std::vector<Zorvic::Asset> assets;
+    session.GetAssets(assets);
+    std::printf("  files that were read: %td of %zu\n",
+                std::ranges::count(assets, Zorvic::ZORVIC_ASSETSTATE_READY, &Zorvic::Asset::Status), assets.size());
+}
+
 void Measure(const Options& wanted) {
     const TemporaryDirectory directory;
     std::filesystem::create_directories(directory.Path() + "/store/Assets");
@@ -172,6 +192,7 @@ void Measure(const Options& wanted) {
     if (watchers.empty()) return;
     PrintUse("all there", unit, process);
 
+    AddHours(directory.Path(), wanted.Hours);
     Traffic traffic(watchers, wanted);
     for (int second = 1; second <= wanted.Seconds; ++second) {
         std::this_thread::sleep_for(std::chrono::seconds(1));
@@ -188,6 +209,7 @@ void Measure(const Options& wanted) {
                 Percentile(gaps, 0.5), Percentile(gaps, 0.99), Percentile(gaps, 1));
     const auto lost = std::ranges::count_if(watchers, [](const auto& watcher) { return !watcher->Client.Connected(); });
     std::printf("  clients that lost their link: %td\n", lost);
+    if (wanted.Hours > 0) PrintRead(unit.Host());
     watchers.clear();
     std::this_thread::sleep_for(std::chrono::seconds(2));
     PrintUse("alone again", unit, process);
@@ -204,6 +226,7 @@ int main(int argc, char** argv) {
     wanted.Seconds = argument(4, wanted.Seconds);
     wanted.Stopped = static_cast<std::size_t>(argument(5, 0));
     if (argc > 6) wanted.UnitOption = argv[6];
+    wanted.Hours = argument(7, 0);
     std::printf("%zu clients, %d presets playing, %d commands a second, %d s, %zu stopped observers\n", wanted.Clients,
                 wanted.Playing, wanted.CommandsASecond, wanted.Seconds, wanted.Stopped);
     Measure(wanted);

@@ -412,7 +412,7 @@ void Sync(const std::string& clips) {
     const std::string sound = std::filesystem::temp_directory_path() / "zorvic-measured.wav";
     Show show(clips, {"--output", "1=window:960x540", "--audio", "file:" + sound});
     WindowWatch watch("Measured - Output 1", 0, 0);
-    const int pk = show.Add({.Name = "sync", .File = "long.mp4", .Loop = -1});
+    const int pk = show.Add({.Name = "sync", .File = "pcm.mov", .Loop = -1});
     show.Client->Take(pk);
     std::this_thread::sleep_for(1s);
     watch.Take();

@@ -109,20 +109,25 @@ void WindowWatch::Run() {
     Display* display = XOpenDisplay(nullptr);
     Window window = 0;
     int misses = 0;
+    auto lookedBefore = Clock::now();
     while (!Stop && display != nullptr) {
         if (window == 0) {
             window = Find(display, DefaultRootWindow(display), Title);
             if (window != 0) XMoveWindow(display, window, X, Y);
             XSync(display, False);
         }
+        const auto asked = Clock::now();
         const int number = window == 0 ? NoNumber : ReadNumber(display, window);
+        const auto looked = asked + (Clock::now() - asked) / 2;
         if (number == NoNumber && ++misses % 50 == 0) window = 0;
         if (window != 0) Ready = true;
         if (number != Newest) {
             const std::lock_guard lock(Lock);
             Newest = number;
-            Sights.push_back({Clock::now(), number});
+            // It came at some moment since the look before.
+            Sights.push_back({lookedBefore + (looked - lookedBefore) / 2, number});
         }
+        lookedBefore = looked;
         std::this_thread::sleep_for(LookPeriod);
     }
     if (display != nullptr) XCloseDisplay(display);

@@ -17,6 +17,8 @@ namespace {
 constexpr auto Format = "zorvic-backup";
 // Goes up when an older program would misread the file; what it may leave out can be added without.
 constexpr int Schema = 1;
+// Written and compared by functions that call themselves: deeper than any backup, but no danger to the stack.
+constexpr int DeepestContent = 64;
 constexpr auto UnknownKey = "unknown_fields";
 
 using Zorvic::PresetRecord;
@@ -132,7 +134,8 @@ Backup BackupFrom(const Json& content) {
 }
 
 Json ReadJson(const std::string& text, const std::string& file) {
-    Json json = Json::parse(text, nullptr, false);
+    const auto isShallow = [](int depth, Json::parse_event_t, const Json&) { return depth < DeepestContent; };
+    const Json json = Json::parse(text, isShallow, false);
     if (json.is_object() && json.value("format", Json()) == Format) return json;
     const bool begins = text.substr(0, 200).find(Format) != std::string::npos;
     Refuse(file, begins ? "is damaged: its end is missing, or something in it was changed."

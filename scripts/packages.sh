@@ -1,4 +1,4 @@
-# Sourced by run and check: which Debian packages each needs, and how missing ones are installed.
+# Sourced by run, check and packaging: which Debian packages each needs, and how missing ones are installed.
 
 BUILD_PACKAGES=(
     g++ cmake ninja-build pkg-config ccache
@@ -13,6 +13,8 @@ DEMO_PACKAGES=(ffmpeg fonts-dejavu-core)
 DISPLAY_PACKAGES=(xvfb xauth openbox xdotool imagemagick)
 TEST_PACKAGES=(libgtest-dev libgmock-dev libbenchmark-dev libx11-dev)
 FUZZ_PACKAGES=(clang libclang-rt-14-dev)
+LINT_PACKAGES=(clang-format-14 clang-tidy-14 python3-yaml doxygen)
+PACKAGING_PACKAGES=(debhelper dpkg-dev lintian appstream desktop-file-utils abigail-tools mmdebstrap iproute2 procps)
 
 # install_packages NAME...: installs what is missing, as root, through sudo, or says what is missing.
 install_packages() {

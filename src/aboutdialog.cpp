@@ -13,11 +13,13 @@ AboutDialog::AboutDialog() {
     PlaceOverMainWindow(*this);
     setWindowIcon(QIcon(QStringLiteral(":icons/icon.png")));
     LogoLabel->setPixmap(QPixmap(QStringLiteral(":icons/aboutlogo.png")));
+    ShowVersions({});
     connect(DismissButton, &QPushButton::clicked, this, &AboutDialog::OnDismissClicked);
 }
 
 void AboutDialog::ShowVersions(const QStringList& lines) {
     VersionsLabel->setText(lines.join(QLatin1Char('\n')));
+    VersionsLabel->setVisible(!lines.isEmpty());
 }
 
 void AboutDialog::OnDismissClicked() {

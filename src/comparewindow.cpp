@@ -4,8 +4,12 @@
 #include "text/librarywords.h"
 #include "widgets/placement.h"
 
+#include <QApplication>
+#include <QHeaderView>
 #include <QIcon>
+#include <QPointer>
 #include <QShortcut>
+#include <QThreadPool>
 #include <QTreeWidgetItem>
 
 #include <utility>
@@ -16,6 +20,8 @@ CompareWindow::CompareWindow(std::vector<Unit> units) : Units(std::move(units)) 
     connect(new QShortcut(Qt::Key_Escape, this), &QShortcut::activated, this, &QWidget::close);
     PlaceOverMainWindow(*this);
     setWindowIcon(QIcon(QStringLiteral(":icons/icon.png")));
+    Differences->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    Differences->header()->setResizeContentsPrecision(0);
     for (const Unit& unit : Units) {
         FirstUnit->addItem(unit.Name);
         SecondUnit->addItem(unit.Name);
@@ -43,26 +49,36 @@ void CompareWindow::OnCompareClicked() {
     const auto other = Read(Units.at(second).GUID);
     if (!one || !other)
         return SummaryLabel->setText(tr("%1 does not answer.").arg(Units.at(one ? second : first).Name));
-    for (const auto& difference : Zorvic::ComparePresets(one->Presets, other->Presets))
-        AddPreset(difference);
-    for (const auto& media : Zorvic::CompareMedia(one->Assets, other->Assets))
-        AddRow(QString::fromStdString(media.Path), WhereText(media.InFirst, media.InSecond));
-    const int count = Differences->topLevelItemCount();
-    SummaryLabel->setText(count == 0 ? tr("No differences.") : tr("%n difference(s).", nullptr, count));
+    CompareButton->setEnabled(false);
+    SummaryLabel->setText(tr("Comparing…"));
+    // Thousands of presets take longer than a live panel may stand still.
+    QThreadPool::globalInstance()->start([one = *one, other = *other, window = QPointer(this)] {
+        Found found{Zorvic::ComparePresets(one.Presets, other.Presets), Zorvic::CompareMedia(one.Assets, other.Assets)};
+        const auto show = [window, found = std::move(found)] {
+            if (window) window->Show(found);
+        };
+        QMetaObject::invokeMethod(qApp, show, Qt::QueuedConnection);
+    });
 }
 
-void CompareWindow::AddPreset(const Zorvic::PresetDifference& difference) {
+void CompareWindow::Show(const Found& found) {
+    QList<QTreeWidgetItem*> rows;
+    for (const auto& difference : found.Presets)
+        AddPreset(rows, difference);
+    for (const auto& media : found.Media)
+        rows << new QTreeWidgetItem({QString::fromStdString(media.Path), WhereText(media.InFirst, media.InSecond)});
+    Differences->addTopLevelItems(rows);
+    CompareButton->setEnabled(true);
+    SummaryLabel->setText(rows.isEmpty() ? tr("No differences.") : tr("%n difference(s).", nullptr, rows.size()));
+}
+
+void CompareWindow::AddPreset(QList<QTreeWidgetItem*>& rows, const Zorvic::PresetDifference& difference) {
     const QString name = QString::fromStdString(difference.Name);
     const bool inBoth = difference.FirstPK != 0 && difference.SecondPK != 0;
-    if (!inBoth) AddRow(name, WhereText(difference.FirstPK != 0, difference.SecondPK != 0));
+    if (!inBoth) rows << new QTreeWidgetItem({name, WhereText(difference.FirstPK != 0, difference.SecondPK != 0)});
     for (const auto& field : difference.Fields)
-        AddRow(name, LibraryWord(field.Field), QString::fromStdString(field.First),
-               QString::fromStdString(field.Second));
-}
-
-void CompareWindow::AddRow(const QString& what, const QString& difference, const QString& first,
-                           const QString& second) {
-    new QTreeWidgetItem(Differences, {what, difference, first, second});
+        rows << new QTreeWidgetItem({name, LibraryWord(field.Field), QString::fromStdString(field.First),
+                                     QString::fromStdString(field.Second)});
 }
 
 QString CompareWindow::WhereText(bool inFirst, bool inSecond) {

@@ -16,11 +16,11 @@ struct PaletteEntry {
     QRgb Disabled;
 };
 
-constexpr std::array<PaletteEntry, 19> DarkColours = {{
+constexpr std::array<PaletteEntry, 20> DarkColours = {{
     {QPalette::Window, 0xff19232d, 0xff19232d},
     {QPalette::WindowText, 0xffe6ebf0, 0xff788896},
-    {QPalette::Base, 0xff121a22, 0xff19232d},
-    {QPalette::AlternateBase, 0xff19232d, 0xff19232d},
+    {QPalette::Base, 0xff0b1117, 0xff19232d},
+    {QPalette::AlternateBase, 0xff10171f, 0xff19232d},
     {QPalette::Text, 0xffe6ebf0, 0xff788896},
     {QPalette::PlaceholderText, 0xff8f9dab, 0xff788896},
     {QPalette::Button, 0xff2b3a49, 0xff1e2933},
@@ -33,6 +33,7 @@ constexpr std::array<PaletteEntry, 19> DarkColours = {{
     {QPalette::Link, 0xffe8a06c, 0xff788896},
     {QPalette::LinkVisited, 0xffe8a06c, 0xff788896},
     {QPalette::Light, 0xff455364, 0xff455364},
+    {QPalette::Midlight, 0xff22303d, 0xff22303d},
     {QPalette::Mid, 0xff2b3a49, 0xff2b3a49},
     {QPalette::Dark, 0xff0d141a, 0xff0d141a},
     {QPalette::Shadow, 0xff000000, 0xff000000},

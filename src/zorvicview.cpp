@@ -19,9 +19,12 @@
 
 #include <zorvic/tables.h>
 
+#include <QGuiApplication>
 #include <QPointer>
+#include <QScreen>
 #include <QTimer>
 
+#include <initializer_list>
 #include <unordered_set>
 #include <utility>
 
@@ -92,6 +95,38 @@ constexpr std::uint32_t BitOf(Zorvic::StateEventType type) {
     return std::uint32_t{1} << ((static_cast<std::uint32_t>(type) - 1) % 32);
 }
 
+/// The red of a lost link is readable on a light ground only, which is as wide as the text.
+void ShowOnLightGround(QLabel& label, bool light) {
+    QPalette palette;
+    if (light) palette.setColor(QPalette::Window, QColor::fromRgb(0xffe6ebf0));
+    label.setPalette(palette);
+    label.setAutoFillBackground(light);
+    label.setSizePolicy(light ? QSizePolicy::Maximum : QSizePolicy::Ignored, QSizePolicy::Preferred);
+}
+
+/// What is large in order to be read across a room gives way where a screen has no place for it.
+void FitSmallScreen(const Ui::ZorvicViewUI& ui) {
+    constexpr int LargeFrom = 1120;
+    if (QGuiApplication::primaryScreen()->availableSize().width() >= LargeFrom) return;
+    const auto setSize = [](QWidget& widget, int points, const QSize& least) {
+        QFont font = widget.font();
+        font.setPointSize(points);
+        widget.setFont(font);
+        widget.setMinimumSize(least);
+    };
+    setSize(*ui.SeekBox, 24, {190, 44});
+    ui.SeekBox->setMaximumWidth(190);
+    setSize(*ui.StateLabel, 11, {0, 0});
+    for (auto* const button : {ui.TakeButton, ui.PauseButton, ui.EndButton}) {
+        setSize(*button, 11, {0, 44});
+        button->setIconSize({20, 20});
+    }
+    ui.PresetsView->setMinimumHeight(72);
+    ui.ViewLayout->setContentsMargins(4, 2, 4, 2);
+    for (auto* const layout : std::initializer_list<QLayout*>{ui.ViewLayout, ui.VideoTab->layout()})
+        layout->setSpacing(2);
+}
+
 QString VideoModeText(const Zorvic::KonaHardwareState& state) {
     QString resolutions;
     for (const auto resolution : state.Resolutions) {
@@ -116,6 +151,7 @@ ZorvicView::ZorvicView(const std::string& guid, const std::string& ip)
     SetUpPresetList();
     SetUpPanes();
     OrderFocus();
+    FitSmallScreen(*this);
     SetUpColumns();
     SetUpRooms();
     WirePresetList();
@@ -152,8 +188,10 @@ void ZorvicView::SetUpPanes() {
     delete SimulatorLayout->replaceWidget(SimulatorPlaceholder, Simulator);
     delete SimulatorPlaceholder;
     const auto paneHeight = ::Simulator::SimulatorPaneConfig::CalcROBaseSize() + 16;
-    // Never more either: the preset list above must not move when another preset with other canvases is selected.
-    SimulatorLayoutWidget->setFixedHeight(static_cast<int>(paneHeight) * 2);
+    // It scrolls: the preset list above must not move when another preset with other canvases is selected.
+    SimulatorLayoutWidget->setMinimumHeight(static_cast<int>(paneHeight) * 2);
+    LayoutSplit->setStretchFactor(0, 3);
+    LayoutSplit->setStretchFactor(1, 1);
     SimulatorCheckBox->setChecked(true);
     delete TransportGrid->replaceWidget(ScrubBar_, ScrubBar);
     delete ScrubBar_;
@@ -180,7 +218,7 @@ void ZorvicView::SetUpRooms() {
         return AssetRows::Metadata(MDCache.LookupAsset(asset));
     });
     Clock = std::make_unique<Timecodes>(
-        Timecodes::Widgets{StatusIconLabel, SeekBox, Times, TRTLabel, ScrubBar, LChannelVol, RChannelVol});
+        Timecodes::Widgets{StatusIconLabel, StateLabel, SeekBox, Times, TRTLabel, ScrubBar, LChannelVol, RChannelVol});
     Marks = std::make_unique<MarkTables>(GotosView, CountdownsView);
     Mix = std::make_unique<MixDesk>(
         MixDesk::Widgets{LChannel, RChannel, BindAudioChannels, ActivePlayerSel, BrightnessSel, ContrastSel,
@@ -201,16 +239,15 @@ void ZorvicView::StartTimer(std::chrono::milliseconds period, void (ZorvicView::
 void ZorvicView::WireLayoutPane() {
     connect(SimulatorCheckBox, &QCheckBox::stateChanged, this,
             [this](int state) { SimulatorLayoutWidget->setVisible(state != 0); });
+    connect(SimulatorCheckBox, &QCheckBox::stateChanged, LayoutStrip,
+            [this](int state) { LayoutStrip->setVisible(state != 0); });
     connect(Simulator, &::Simulator::SimulatorWidget::SizingChanged, this, &ZorvicView::OnSizingChanged);
 }
 
 void ZorvicView::SetUpMonitors() {
 #ifdef ZORVIC_PREVIEW
-    auto* monitors =
-        new OutputMonitors(IP, SimulatorLayoutWidget->minimumHeight(), SimulatorLayoutWidget->parentWidget());
+    auto* monitors = new OutputMonitors(IP, LayoutStrip);
     LayoutRow->addWidget(monitors);
-    connect(SimulatorCheckBox, &QCheckBox::stateChanged, monitors,
-            [monitors](int state) { monitors->setVisible(state != 0); });
     connect(this, &ZorvicView::LinkChanged, monitors, &OutputMonitors::ShowLink);
 #endif
 }
@@ -320,6 +357,7 @@ void ZorvicView::UpdateStatus() {
 
 void ZorvicView::ShowLink(bool connected) {
     if (!Link->Show(connected)) return;
+    ShowOnLightGround(*StatusLabel, !connected);
     if (connected) {
         SetViewUpdateFlag(Zorvic::ZORVIC_STATE_PRESETS);
         SetViewUpdateFlag(Zorvic::ZORVIC_STATE_TIMECODE);

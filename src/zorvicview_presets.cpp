@@ -60,6 +60,7 @@ void ZorvicView::SetUpPresetList() {
     PresetTreeDelegateObj = std::make_unique<PresetTreeDelegate>(PresetsView);
     PresetsView->setItemDelegate(PresetTreeDelegateObj.get());
     PresetsView->setContextMenuPolicy(Qt::CustomContextMenu);
+    PresetsView->viewport()->setAttribute(Qt::WA_Hover);
 }
 
 void ZorvicView::WirePresetList() {

@@ -285,6 +285,10 @@
         <source>only in the second</source>
         <translation>nur im zweiten</translation>
     </message>
+    <message>
+        <source>Comparing…</source>
+        <translation>Vergleich läuft …</translation>
+    </message>
 </context>
 <context>
     <name>CompareWindowUI</name>
@@ -1147,6 +1151,25 @@
     </message>
 </context>
 <context>
+    <name>Timecodes</name>
+    <message>
+        <source>Stopped</source>
+        <translation>Gestoppt</translation>
+    </message>
+    <message>
+        <source>Paused</source>
+        <translation>Pausiert</translation>
+    </message>
+    <message>
+        <source>Playing</source>
+        <translation>Läuft</translation>
+    </message>
+    <message>
+        <source>Cued</source>
+        <translation>Auf Position</translation>
+    </message>
+</context>
+<context>
     <name>ZorvicChooser</name>
     <message>
         <source>IP</source>
@@ -1285,10 +1308,6 @@
     <message>
         <source>Playing</source>
         <translation>Läuft</translation>
-    </message>
-    <message>
-        <source>Stopped</source>
-        <translation>Gestoppt</translation>
     </message>
     <message>
         <source>Status</source>

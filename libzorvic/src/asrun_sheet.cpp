@@ -1,6 +1,7 @@
 #include "asrun_records.h"
 #include "channel.h"
 #include "diagnostics.h"
+#include "hidden.h"
 #include "server_stream.h"
 
 #include <zorvic/asrun.h>
@@ -47,7 +48,7 @@ StatusCode ToStatusCode(const grpc::Status& outcome) {
 
 }  // namespace
 
-struct AsRunSheet::Impl {
+struct ZORVIC_HIDDEN AsRunSheet::Impl {
     Impl(std::string host, const Range& range)
         : Host(std::move(host)),
           Request(Internal::ToWire(range)),

@@ -2,6 +2,7 @@
 
 #include "client_name.h"
 #include "credentials.h"
+#include "diagnostics.h"
 #include "link_error.h"
 
 #include <grpcpp/create_channel.h>
@@ -94,6 +95,7 @@ std::optional<std::string> ChannelTarget(const std::string& host) {
 std::shared_ptr<grpc::Channel> OpenChannel(const std::string& host, std::chrono::milliseconds connectLimit) {
     const auto target = ChannelTarget(host);
     if (!target) throw LinkError("not a host: \"" + host + '"');
+    NoteRpcMessages();
     auto arguments = Arguments(connectLimit);
     if (const char* name = CertifiedName()) arguments.SetSslTargetNameOverride(name);
     return grpc::CreateCustomChannel(*target, ClientCredentials(), arguments);

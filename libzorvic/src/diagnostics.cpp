@@ -1,5 +1,6 @@
 #include "diagnostics.h"
 
+#include <grpc/support/log.h>
 #include <pthread.h>
 
 #include <cstdlib>
@@ -14,6 +15,14 @@ void Note(std::string_view subject, std::string_view text) {
     std::ostringstream line;
     line << "libzorvic: " << subject << ": " << text << '\n';
     std::cerr << line.str() << std::flush;
+}
+
+void NoteRpcMessages() {
+    static const bool once = [] {
+        gpr_set_log_function([](gpr_log_func_args* args) { Note("rpc", args->message); });
+        return true;
+    }();
+    static_cast<void>(once);
 }
 
 void NameThread(const char* name) {

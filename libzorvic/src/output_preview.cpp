@@ -1,5 +1,6 @@
 #include "channel.h"
 #include "diagnostics.h"
+#include "hidden.h"
 #include "server_stream.h"
 #include "wire.h"
 
@@ -35,7 +36,7 @@ bool IsWhole(const Internal::Wire::PreviewFrame& frame) {
 
 }  // namespace
 
-struct OutputPreview::Impl {
+struct ZORVIC_HIDDEN OutputPreview::Impl {
     explicit Impl(std::string host)
         : Host(std::move(host)), Thread([this](const std::stop_token& stop) { Run(stop); }) {}
 

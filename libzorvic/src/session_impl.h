@@ -2,6 +2,7 @@
 
 #include "connection.h"
 #include "events.h"
+#include "hidden.h"
 #include "preset_edits.h"
 #include "request_keys.h"
 #include "wire.h"
@@ -18,7 +19,7 @@ namespace Zorvic {
 
 /// What a session is made of. Its members belong to the caller's thread; the parts that other threads reach lock
 /// themselves.
-struct Session::Impl {
+struct ZORVIC_HIDDEN Session::Impl {
     explicit Impl(const std::string& host);
 
     bool Connected() const { return Unit->Up(); }

@@ -9,8 +9,8 @@
 namespace Zorvic::Internal {
 
 /// Presets, by key, that hold fields which only a newer library knows, of their own or in a canvas, asset, mark or tab.
-/// Records have no room for them, and a field of a preset is written whole: without this, moving an asset would wipe what a newer
-/// console has set on it. (Fields of the preset itself are not written unless they are edited.)
+/// Records have no room for them, and a field of a preset is written whole: without this, moving an asset would wipe
+/// what a newer console has set on it. (Fields of the preset itself are not written unless they are edited.)
 using UnknownFields = std::map<std::int32_t, std::shared_ptr<const Wire::Preset>>;
 
 bool HoldsUnknownFields(const Wire::Preset& preset);

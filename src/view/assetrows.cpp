@@ -50,6 +50,9 @@ void AssetRows::Show(const std::vector<Zorvic::Asset>& assets, const std::functi
 }
 
 void AssetRows::ShowCount(std::size_t count) {
+    // The red is readable on a dark ground only.
+    Label->setBackgroundRole(QPalette::Base);
+    Label->setAutoFillBackground(count == 0);
     Label->setText(count == 0 ? ZorvicView::tr("<b><font color=\"red\">No assets</font></b>")
                               : ZorvicView::tr("<b>%1</b> assets detected").arg(count));
 }

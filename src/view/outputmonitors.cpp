@@ -16,7 +16,7 @@ constexpr int Gap = 6;
 
 struct Arrangement {
     int Columns = 1;
-    QSize Monitor;
+    QSize Monitor{0, 0};
 };
 
 /// Of all numbers of columns the one that gives the largest monitors.
@@ -34,9 +34,9 @@ Arrangement FitMonitors(int count, double shape, int caption, const QSize& area)
 
 }  // namespace
 
-OutputMonitors::OutputMonitors(std::string host, int height, QWidget* parent) : QWidget(parent), Host(std::move(host)) {
+OutputMonitors::OutputMonitors(std::string host, QWidget* parent) : QWidget(parent), Host(std::move(host)) {
     setObjectName(QStringLiteral("OutputMonitors"));
-    setFixedSize(0, height);
+    setFixedWidth(0);
     parent->installEventFilter(this);
     Round.setInterval(RefreshPeriod);
     connect(&Round, &QTimer::timeout, this, &OutputMonitors::Refresh);
@@ -102,7 +102,7 @@ void OutputMonitors::Arrange() {
     const int count = static_cast<int>(Monitors.size());
     const OutputMonitor& first = *Monitors.front();
     // The other half is for the panes: what they need changes with every preset, and monitors must not jump.
-    const QSize area(parentWidget()->width() / 2, height());
+    const QSize area(parentWidget()->width() / 2, parentWidget()->height());
     const auto [columns, size] = FitMonitors(count, first.Shape(), first.CaptionHeight(), area);
     for (int i = 0; i < count; ++i) {
         OutputMonitor& monitor = *Monitors[static_cast<std::size_t>(i)];

@@ -17,7 +17,7 @@ class OutputMonitors : public QWidget {
     Q_OBJECT
 
 public:
-    OutputMonitors(std::string host, int height, QWidget* parent);
+    OutputMonitors(std::string host, QWidget* parent);
     ~OutputMonitors() override;
 
     void ShowLink(bool lost);

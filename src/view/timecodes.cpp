@@ -5,29 +5,21 @@
 
 #include <QApplication>
 #include <QFocusEvent>
+#include <QIcon>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPixmap>
 #include <QProgressBar>
+#include <QWindow>
 
 #include <algorithm>
 #include <utility>
 
 namespace {
 
-QPixmap StatusIcon(const Zorvic::PresetState& state) {
-    const auto name = !state.IsPlaying ? QStringLiteral(":icons/end.png")
-                      : state.IsPaused ? QStringLiteral(":icons/pause.png")
-                                       : QStringLiteral(":icons/take.png");
-    return QPixmap(name).scaled(24, 24, Qt::KeepAspectRatio, Qt::SmoothTransformation);
-}
-
-/// For who does not see the icon.
-QString StatusText(const Zorvic::PresetState& state) {
-    const auto* const text = !state.IsPlaying ? QT_TRANSLATE_NOOP("ZorvicView", "Stopped")
-                             : state.IsPaused ? QT_TRANSLATE_NOOP("ZorvicView", "Paused")
-                                              : QT_TRANSLATE_NOOP("ZorvicView", "Playing");
-    return QCoreApplication::translate("ZorvicView", text);
+QIcon StatusIcon(const Zorvic::PresetState& state) {
+    return QIcon(!state.IsPlaying ? QStringLiteral(":icons/stopped.png")
+                 : state.IsPaused ? QStringLiteral(":icons/paused.png")
+                                  : QStringLiteral(":icons/playing.png"));
 }
 
 }  // namespace
@@ -40,8 +32,9 @@ Timecodes::Timecodes(const Widgets& widgets) : Ui(widgets) {
 
 void Timecodes::ShowPreset(const Zorvic::Preset& preset, const Zorvic::PresetState& state,
                            const std::optional<Zorvic::TimeCode>& timeCode) {
-    Ui.StatusIcon->setPixmap(StatusIcon(state));
-    Ui.StatusIcon->setAccessibleName(StatusText(state));
+    Ui.StatusIcon->setPixmap(StatusIcon(state).pixmap(Ui.StatusIcon->window()->windowHandle(), {44, 44}));
+    StateWord = !state.IsPlaying ? tr("Stopped") : state.IsPaused ? tr("Paused") : tr("Playing");
+    Ui.StatusIcon->setAccessibleName(StateWord);
     Ui.TRT->setText(ClockText(state.TRT));
     ShowTimes(preset, state, timeCode);
 }
@@ -84,6 +77,7 @@ void Timecodes::ShowNothing() {
     TakeOver(0);
     Ui.StatusIcon->clear();
     Ui.StatusIcon->setAccessibleName({});
+    StateWord.clear();
     for (auto* label : {Ui.Length, Ui.TRT})
         label->setText(ClockText(0));
     ShowSeek(ClockText(0), {});
@@ -104,6 +98,7 @@ void Timecodes::ShowStale() {
 void Timecodes::SetCued(bool cued) {
     Cued = cued;
     Ui.Bar->SetCued(cued);
+    Ui.State->setText(cued ? tr("Cued") : StateWord);
 }
 
 /// A drag belongs to the preset that it began on.

@@ -20,6 +20,7 @@ class Timecodes : public QObject {
 public:
     struct Widgets {
         QLabel* StatusIcon;
+        QLabel* State;
         QLineEdit* SeekBox;
         QLabel* Length;
         QLabel* TRT;
@@ -68,4 +69,5 @@ private:
     bool BeingLeft = false;
     int ShownPK = 0;
     bool Cued = false;
+    QString StateWord;
 };

@@ -1,6 +1,9 @@
 #include "widgets/marknamedelegate.h"
 
+#include "widgets/remainingcell.h"
+
 #include <QKeyEvent>
+#include <QStyle>
 #include <QTreeWidget>
 
 #include <utility>
@@ -11,6 +14,14 @@ void MarkNameDelegate::Cancel() {
     if (Editor) {
         emit closeEditor(Editor, QAbstractItemDelegate::RevertModelCache);
     }
+}
+
+void MarkNameDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
+    QStyledItemDelegate::paint(painter, option, index);
+    QStyleOptionViewItem cell = option;
+    initStyleOption(&cell, index);
+    const QRect text = cell.widget->style()->subElementRect(QStyle::SE_ItemViewItemText, &cell, cell.widget);
+    PaintOnSelection(*painter, option, index, text.left() - cell.rect.left());
 }
 
 QWidget* MarkNameDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem& option,

@@ -5,8 +5,9 @@
 
 class QTreeWidget;
 
-/// Editors of the names in a marks table. Return and Escape stay in the editor: without that the tab's window-wide keys
-/// would fire the transport. What is typed survives a change of the name elsewhere. One editor is open at a time.
+/// Cells of a marks table, and the editors of its names. Return and Escape stay in the editor: without that the tab's
+/// window-wide keys would fire the transport. What is typed survives a change of the name elsewhere. One editor is open
+/// at a time.
 class MarkNameDelegate : public QStyledItemDelegate {
     Q_OBJECT
 
@@ -16,6 +17,7 @@ public:
     /// Closes an open editor and drops what was typed.
     void Cancel();
 
+    void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
     QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
     void setEditorData(QWidget* editor, const QModelIndex& index) const override;
 

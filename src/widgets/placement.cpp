@@ -36,9 +36,10 @@ private:
             Window->move(*LeftAt);
             return;
         }
+        const QRect screen = Window->screen()->availableGeometry();
+        Window->resize(Window->size().boundedTo(screen.size()));
         QRect frame = Window->frameGeometry();
         frame.moveCenter(Ground(Window).center());
-        const QRect screen = Window->screen()->availableGeometry();
         Window->move(std::max(screen.left(), std::min(frame.left(), screen.right() - frame.width())),
                      std::max(screen.top(), std::min(frame.top(), screen.bottom() - frame.height())));
     }

@@ -77,11 +77,15 @@ TEST_F(Shell, TwoUnitsAreComparedWhenItIsAskedForAndNotBefore) {
     Window->CompareMenuItem->trigger();
     const QPointer<CompareWindow> shown = TopLevel<CompareWindow>();
     ASSERT_TRUE(shown);
+    const auto isCompared = [&] { return shown->CompareButton->isEnabled(); };
+    EXPECT_FALSE(isCompared()) << "the window does not wait for it";
+    ASSERT_TRUE(QTest::qWaitFor(isCompared));
     EXPECT_EQ(Row(shown->Differences, 0), "Storm,Loop,0,3");
     EXPECT_EQ(shown->Differences->topLevelItemCount(), 1);
     other.Presets[0].Loop = 0;
     EXPECT_EQ(shown->Differences->topLevelItemCount(), 1) << "nothing changes unasked";
     shown->CompareButton->click();
+    ASSERT_TRUE(QTest::qWaitFor(isCompared));
     EXPECT_EQ(shown->SummaryLabel->text(), QStringLiteral("No differences."));
     Disconnect();
     shown->CompareButton->click();

@@ -76,6 +76,9 @@ TEST_F(EncryptionTest, AllowsWhatTheCertificateSaysUntilItIsRevoked) {
     EXPECT_EQ(Create(*console), ZORVIC_STATUS_FAILED);
     EXPECT_EQ(console->ShutdownZorvic(), ZORVIC_STATUS_FAILED);
 
+    ChildProcess mistyped({ZORVIC_UNIT_PROGRAM, "certificates", Room, "--revoke", "be"}, Log);
+    EXPECT_EQ(mistyped.Wait(std::chrono::seconds(20)), 2);
+    EXPECT_TRUE(Link(Console("desk"))->Connected());
     Make({Room, "--revoke", serial[1]});
     EXPECT_TRUE(WaitUntil([&] { return !console->Connected(); })) << "also who watches already";
     EXPECT_FALSE(Link(Console("desk"))->Connected());

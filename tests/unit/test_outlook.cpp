@@ -71,7 +71,7 @@ protected:
                 if (command == 5 && number % 4 < 2) play->SetRetired(pk, number % 4);
                 if (command == 5 && number % 4 == 2) play->HoldAsset(Asset(pk));
                 if (command == 5 && number % 4 == 3) play->ReleaseAsset(Asset(pk));
-                if (command == 6 && number % 3 == 0) play->HoldColdTakes(number % 12);
+                if (command == 6 && number % 3 == 0) play->HoldColdTakes(number % 12, milliseconds(number % 2 * 20));
                 if (command == 6 && number % 3 == 1 && next) play->MediaReady(pk, next->Run - 1);
                 if (command == 6 && number % 3 == 2 && next)
                     play->SetPrimed({{pk, next->Run, next->Spans.front().Elapsed}});

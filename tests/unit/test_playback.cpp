@@ -57,6 +57,7 @@ protected:
             {"wait", [&](auto value) { Pass(value); }},
             {"rolling", [&](auto value) { EXPECT_EQ(Play.Rolling(), value == 1); }},
             {"hold", [&](auto value) { Play.HoldColdTakes(value == 1); }},
+            {"refresh", [&](auto value) { Play.HoldColdTakes(true, std::chrono::milliseconds(value)); }},
             {"ready", [&](auto value) { Play.MediaReady(1, static_cast<std::uint64_t>(value)); }},
             {"primed",
              [&](auto value) {
@@ -126,6 +127,10 @@ TEST_F(PlaybackTest, PlaysByItsFieldsAndCommands) {
 TEST_F(PlaybackTest, ColdTakesWaitForTheirFirstPicturesButNotForLong) {
     const std::string in = "in_position: 8000";
     RunAll({
+        // Where outputs light up every 20 ms, whatever is asked for moves when its picture's turn has come.
+        {"link: 2",
+         "refresh=20 primed=0 take wait=20 left=10000 wait=10 left=9990 seek=5007 wait=23 left=5007 wait=7 left=5000 "
+         "pause take wait=20 left=5000 wait=13 left=4987 seek=3 wait=20 left=3 wait=9 linked=9998"},
         {in, "hold=1 take pass=1 paused=0 rolling=1 wait=399 left=8000 wait=1 left=8000 wait=100 left=7900"},
         {in, "take ready=2 wait=300 left=8000 ready=1 wait=100 left=7900 wait=400 left=7500"},
         {in, "primed=2000 take wait=100 left=7900 take wait=100 left=8000"},  // of the first run only

@@ -30,7 +30,7 @@ protected:
         EXPECT_TRUE(WaitUntil([&] {
             Stagehand.Follow(Playing, At(milliseconds(0)), Tick);
             EXPECT_TRUE(Stagehand.Shown(0).empty());
-            return !Stagehand.ReadyLayers(Playing).empty();
+            return !Stagehand.ReadyRuns(Playing, At({})).empty();
         }));
     }
 };
@@ -51,6 +51,19 @@ TEST_F(NumberedStageTest, ShowsEachPictureForItsTimeWhateverTheMomentOfTheTake) 
         }
     }
     EXPECT_EQ(Stagehand.Counted().Dropped, 0U);
+}
+
+// Or a take would wait for its limit, however soon its picture is there.
+TEST_F(NumberedStageTest, TellsThatARunThatIsHeldCanBegin) {
+    auto held = Layer(1, {Clip(Encoders.begin()->first)});
+    AddSpan(held, {}, milliseconds(400), milliseconds(80), false);
+    AddSpan(held, milliseconds(400), milliseconds(4000), milliseconds(80), true);
+    Show({held}, milliseconds(4000));
+    EXPECT_EQ(NumberAt({}), 2);
+    const auto ready = Stagehand.ReadyRuns(Playing, At({}));
+    ASSERT_EQ(ready.size(), 1U);
+    EXPECT_EQ(ready[0].Position, milliseconds(80));
+    EXPECT_TRUE(Stagehand.ReadyRuns(Playing, At(milliseconds(500))).empty());
 }
 
 TEST_F(NumberedStageTest, LoopsWithoutAMissingOrRepeatedPicture) {

@@ -16,7 +16,7 @@ protected:
         }
         Show(std::move(layers));
         FollowAt(milliseconds(0));
-        EXPECT_TRUE(WaitUntil([&] { return Stagehand.ReadyLayers(Playing).size() == stills.size(); }));
+        EXPECT_TRUE(WaitUntil([&] { return Stagehand.ReadyRuns(Playing, At({})).size() == stills.size(); }));
         FollowAt(milliseconds(20));
     }
     /// A preset of one canvas on the first output.

@@ -72,7 +72,7 @@ void AssetScanner::Start(bool watch) {
     if (access(Reader.c_str(), X_OK) != 0)
         throw Fault(FaultKind::Internal, "cannot run " + Reader.string() + ": " + std::strerror(errno));
     LevelReader.emplace(Reader, Manners::Last);
-    StreamReader.emplace(Reader, Manners::Normal);
+    StreamReader.emplace(Reader, Manners::Modest);
     Levels.emplace("zu-levels", Manners::Last);
     Checksums.emplace("zu-checksums", Manners::Modest);
     // Short work that every use of an asset waits for; on a busy machine a modest thread would take minutes.

@@ -1,6 +1,7 @@
 #include "assets/media_process.h"
 
 #include "fault.h"
+#include "helper_program.h"
 
 #include <fcntl.h>
 #include <spawn.h>
@@ -82,7 +83,7 @@ struct MediaProcess::Run {
 };
 
 std::filesystem::path MediaProgram() {
-    return std::filesystem::read_symlink("/proc/self/exe").parent_path() / "zorvic-media";
+    return HelperProgram("zorvic-media");
 }
 
 MediaProcess::MediaProcess(std::filesystem::path program, Manners manners)

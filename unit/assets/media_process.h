@@ -11,7 +11,7 @@
 
 namespace ZorvicUnit {
 
-/// zorvic-media beside the running program.
+/// zorvic-media, as it came with the running program.
 std::filesystem::path MediaProgram();
 
 /// Runs a program with a socket as its standard input, one process at a time. For one thread at a time.

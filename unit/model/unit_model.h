@@ -69,7 +69,7 @@ public:
     std::uint64_t SeekTo(std::int32_t pk, std::uint32_t timeMS, const Asker& who = {});
 
     // For whoever shows what plays; see Playback.
-    std::uint64_t HoldColdTakes(bool on);
+    std::uint64_t HoldColdTakes(bool on, std::chrono::nanoseconds refresh = {});
     std::uint64_t SetPrimed(std::vector<RunStart> ready);
     std::uint64_t MediaReady(std::int32_t pk, std::uint64_t run);
     /// What plays from now on, and what is likely to be taken next: the selected preset unless it plays, the one that

@@ -45,8 +45,8 @@ std::uint64_t UnitModel::SeekTo(std::int32_t pk, std::uint32_t timeMS, const Ask
     return Play([&] { Playing.Seek(pk, timeMS); }, who);
 }
 
-std::uint64_t UnitModel::HoldColdTakes(bool on) {
-    return Play([&] { Playing.HoldColdTakes(on); });
+std::uint64_t UnitModel::HoldColdTakes(bool on, std::chrono::nanoseconds refresh) {
+    return Play([&] { Playing.HoldColdTakes(on, refresh); });
 }
 
 std::uint64_t UnitModel::SetPrimed(std::vector<RunStart> ready) {

@@ -4,6 +4,7 @@
 #include "model/unit_model.h"
 #include "outputs/outlook_message.h"
 #include "outputs/previews.h"
+#include "render/refresh.h"
 #include "thread_name.h"
 
 #include <spdlog/spdlog.h>
@@ -121,7 +122,8 @@ bool Renderer::Begin(RendererProcess& process) {
     Setup.set_again(true);
     LastFailure.clear();
     Record.RendererBegins();
-    Model.HoldColdTakes(true);
+    const bool hasOutputs = Setup.outputs_size() > 0;
+    Model.HoldColdTakes(true, hasOutputs ? ZorvicRender::RefreshPeriod(Setup) : std::chrono::nanoseconds(0));
     return answer.has_ready();
 }
 

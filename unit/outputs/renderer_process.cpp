@@ -1,6 +1,7 @@
 #include "outputs/renderer_process.h"
 
 #include "fault.h"
+#include "helper_program.h"
 
 #include <spdlog/fmt/fmt.h>
 
@@ -27,10 +28,6 @@ namespace {
 constexpr int ChildSocket = 3;
 // A renderer that reads nothing for so long is frozen.
 constexpr timeval SendLimit{.tv_sec = 0, .tv_usec = 500'000};
-
-std::filesystem::path Program() {
-    return std::filesystem::read_symlink("/proc/self/exe").parent_path() / "zorvic-render";
-}
 
 // The unit blocks the signals that end it; its children must not inherit that.
 void ClearSignals(posix_spawnattr_t& attributes) {
@@ -78,7 +75,7 @@ RendererProcess::RendererProcess() {
     const Descriptor inherited(fcntl(ends[1], F_DUPFD_CLOEXEC, ChildSocket + 1));
     close(ends[1]);
     setsockopt(own.Get(), SOL_SOCKET, SO_SNDTIMEO, &SendLimit, sizeof SendLimit);
-    Process = Spawn(Program(), inherited.Get());
+    Process = Spawn(HelperProgram("zorvic-render"), inherited.Get());
     Socket = std::make_unique<ZorvicRender::MessagePipe>(std::move(own));
 }
 

@@ -10,7 +10,7 @@
 
 namespace ZorvicUnit {
 
-/// One running zorvic-render, which lies beside the program of the unit. It ends with the thread that made the object.
+/// One running zorvic-render. It ends with the thread that made the object.
 class RendererProcess {
 public:
     /// Throws Fault Internal when it can not be started.

@@ -50,7 +50,7 @@ nanoseconds PlayEntry::StartElapsed() const {
 
 std::optional<Clock::TimePoint> PlayEntry::DueAt() const {
     if (!Playing || Playing->Paused || Playing->Waiting) return std::nullopt;
-    if (Playing->ColdUntil) return Playing->ColdUntil;
+    if (Playing->HeldUntil) return Playing->HeldUntil;
     const Trim window = Window();
     if (window.Length() == nanoseconds(0) && Endless()) return std::nullopt;
     return Playing->Anchor + std::max(window.End - Playing->Base, nanoseconds(0));

@@ -31,12 +31,12 @@ struct PlayRun {
     std::uint32_t Pass = 1;
     bool Paused = false;
     bool Waiting = true;                        ///< for the length of the media
-    std::optional<Clock::TimePoint> ColdUntil;  ///< begins then without its first pictures; nothing once it may move
+    std::optional<Clock::TimePoint> HeldUntil;  ///< stands until then at the latest; nothing once it may move
     std::map<std::string, Medium> Media;        ///< by path, as this run met them
 
-    bool Moves() const { return !Paused && !Waiting && !ColdUntil; }
+    bool Moves() const { return !Paused && !Waiting && !HeldUntil; }
     void LetGo(Clock::TimePoint at) {
-        ColdUntil.reset();
+        HeldUntil.reset();
         Anchor = at;
     }
     Duration Elapsed(Clock::TimePoint at) const { return Moves() ? Base + (at - Anchor) : Base; }

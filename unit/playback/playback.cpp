@@ -78,10 +78,12 @@ void Playback::Take(std::int32_t pk) {
     if (entry.Retired) throw Fault(FaultKind::Refused, "it is being deleted");
     if (UsesHeldAsset(entry)) throw Fault(FaultKind::Refused, "an asset of it is being deleted");
     const bool resumes = entry.Resumes();
-    if (resumes)
+    if (resumes) {
         Resume(entry, Now);
-    else
+        MoveOnRefresh(*entry.Playing);
+    } else {
         Begin(entry, Now, ++Takes, ColdTakesHeld && !entry.Assets.empty());
+    }
     Tell(entry, {.Kind = resumes ? What::Resumed : What::Taken, .Asked = true, .At = Now});
     ++Plans;
     Advance();
@@ -94,6 +96,7 @@ void Playback::Pause(std::int32_t pk, std::optional<bool> wanted) {
     if (wanted == entry.Playing->Paused) return;
     if (entry.Playing->Paused) {
         Resume(entry, Now);
+        MoveOnRefresh(*entry.Playing);
     } else {
         Rebase(entry);
         entry.Playing->Paused = true;
@@ -127,6 +130,7 @@ void Playback::Seek(std::int32_t pk, std::uint32_t timeMS) {
     const std::int32_t before = RemainingMS(entry, entry.Playing->Elapsed(Now));
     entry.Playing->Base = milliseconds(entry.TRT - std::min(remaining, entry.TRT));
     entry.Playing->Anchor = Now;
+    MoveOnRefresh(*entry.Playing);
     Tell(entry, {.Kind = What::Sought, .Asked = true, .At = Now, .From = before});
     Advance();
 }
@@ -192,7 +196,7 @@ std::optional<Playback::Due> Playback::NextDue(Clock::TimePoint until) const {
 // Gives the preset that begins or goes on through a link, or 0.
 std::int32_t Playback::CarryOut(const Due& due, Clock::TimePoint until) {
     PlayEntry& entry = Entries.at(due.PK);
-    if (!entry.Playing->ColdUntil) return FinishPass(entry, due.At, until);
+    if (!entry.Playing->HeldUntil) return FinishPass(entry, due.At, until);
     entry.Playing->LetGo(due.At);
     return 0;
 }
@@ -282,14 +286,14 @@ void Playback::SetOff(PlayEntry& entry, Clock::TimePoint at) {
     run.Base = entry.StartElapsed();
     run.Anchor = at;
     entry.Cue.reset();
-    if (run.ColdUntil) run.ColdUntil = std::max(*run.ColdUntil, at);
-    if (IsPrimed(entry)) run.ColdUntil.reset();
+    if (run.HeldUntil) run.HeldUntil = std::max(*run.HeldUntil, at);
+    if (run.HeldUntil && IsPrimed(entry)) run.HeldUntil = OnRefresh(at, run.Base);
 }
 
 void Playback::Begin(PlayEntry& entry, Clock::TimePoint at, std::uint64_t place, bool cold) {
     entry.Playing.emplace().Place = place;
     ++entry.Runs;
-    if (cold) entry.Playing->ColdUntil = at + ColdTakeLimit;
+    if (cold) entry.Playing->HeldUntil = at + ColdTakeLimit;
     RefreshLength(entry);
     SetOff(entry, at);
     Active.insert(entry.Preset->pk());
@@ -301,7 +305,7 @@ void Playback::Resume(PlayEntry& entry, Clock::TimePoint at) {
     run.Paused = false;
     run.Anchor = at;
     // A limit that passed during the pause must not let it begin in the past.
-    if (run.ColdUntil) run.ColdUntil = std::max(*run.ColdUntil, at);
+    if (run.HeldUntil) run.HeldUntil = std::max(*run.HeldUntil, at);
     NoteChange(entry);
 }
 

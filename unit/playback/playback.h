@@ -23,6 +23,7 @@
 namespace ZorvicUnit {
 
 struct PlayEntry;
+struct PlayRun;
 
 using PresetPtr = std::shared_ptr<const zorvic::v1::Preset>;
 
@@ -71,7 +72,11 @@ public:
     /// While on, a take that begins a run of assets moves when its first pictures are ready, so that its start is not
     /// cut off, but at the latest after ColdTakeLimit. Until then it plays and stands at its start. Links are not held:
     /// they are known ahead. Turned off it lets go of those it holds.
-    void HoldColdTakes(bool on);
+    ///
+    /// Outputs light up at whole multiples of `refresh`, when it is not 0. What is asked for (a take, going on, a seek)
+    /// then moves from the next of these moments at which its pictures begin, so that they light up neither before
+    /// their sound nor behind it. Links and loops are not moved: their seam would show.
+    void HoldColdTakes(bool on, std::chrono::nanoseconds refresh = {});
     /// All runs, begun or next, whose pictures are ready at the position at which they begin. Replaces the list before;
     /// held runs of the list move from now on.
     void SetPrimed(std::vector<RunStart> ready);
@@ -131,6 +136,8 @@ private:
     void NoteChange(const PlayEntry& entry);
     void NoteUses(const PlayEntry& entry, bool uses);
     bool IsPrimed(const PlayEntry& entry) const;
+    Clock::TimePoint OnRefresh(Clock::TimePoint at, std::chrono::nanoseconds elapsed) const;
+    void MoveOnRefresh(PlayRun& run) const;
     template <typename Wanted>
     void ReleaseHeld(const Wanted& wanted);
     ZorvicUnit::Outlook Unroll(Clock::TimePoint until);
@@ -144,6 +151,7 @@ private:
     std::multiset<std::string> HeldAssets;
     std::vector<RunStart> Primed;
     bool ColdTakesHeld = false;
+    std::chrono::nanoseconds Refresh{0};
     std::uint64_t Takes = 0;  ///< those that began a run: the place of the last one in the stack
     std::vector<PlayEvent> Events;
     Clock::TimePoint Now;

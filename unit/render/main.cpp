@@ -73,7 +73,7 @@ int main() {
             if (sound) sound->SetScene(scene);
         });
         SendReady(unit);
-        loop.Run([&sound](const auto& layer) { return !sound || sound->Ready(layer); },
+        loop.Run([&sound](const auto& layer, auto position) { return !sound || sound->Ready(layer, position); },
                  [&sound] { return FiguresOf(sound.get()); });
     } catch (const ZorvicUnit::Fault& fault) {
         SendFailure(unit, fault.what(), fault.Kind == ZorvicUnit::FaultKind::Misused);

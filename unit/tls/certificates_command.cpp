@@ -42,6 +42,12 @@ bool IsPlainName(const std::string& name) {
     return !name.empty() && name.size() <= 64 && std::ranges::all_of(name, allowed);
 }
 
+// As issuing prints it, and units compare it: 128 bits at random, which seldom begin with zeros that are left out.
+bool IsSerialNumber(const std::string& text) {
+    const auto digit = [](char c) { return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F'); };
+    return text.size() >= 16 && text.size() <= 32 && std::ranges::all_of(text, digit);
+}
+
 SignedKey Authority(const std::filesystem::path& directory) {
     const auto certificate = directory / "ca.pem";
     const auto key = directory / "ca.key";
@@ -95,7 +101,9 @@ std::string GuidOf(const std::filesystem::path& store) {
 // Units take the list up by themselves where it lies beside their certificate.
 void Revoke(const Order& order) {
     const auto list = order.Directory / "revoked";
-    std::ofstream(list, std::ios::app) << order.Revoked << '\n';
+    std::ofstream file(list, std::ios::app);
+    if (!(file << order.Revoked << std::endl))
+        throw Fault(FaultKind::Internal, "cannot write " + list.string() + ": nothing is revoked");
     for (const auto& unit : std::filesystem::directory_iterator(order.Directory / "units"))
         std::filesystem::copy_file(list, unit.path() / "revoked", std::filesystem::copy_options::overwrite_existing);
     std::printf("revoked             %s: copy %s into the directories of the units\n", order.Revoked.c_str(),
@@ -130,7 +138,10 @@ int RunCertificates(int argc, const char* const* argv) {
         ->type_name("operate|edit|power")
         ->capture_default_str();
     app.add_option("--days", order.Days, "How long they hold")->capture_default_str();
-    app.add_option("--revoke", order.Revoked, "Takes the certificate with this serial number back")->check(plain);
+    app.add_option("--revoke", order.Revoked, "Takes the certificate with this serial number back")
+        ->check([](const std::string& text) {
+            return IsSerialNumber(text) ? std::string() : "expected what was printed when it was made, got " + text;
+        });
     try {
         app.parse(argc - 1, argv + 1);
         Carry(order);

@@ -49,6 +49,7 @@ enum AsRunShown : int {
 
 /// What happened on a unit, once.
 struct AsRunEntry {
+    /// A time of the unit's wall clock, in UTC.
     using WallTime = std::chrono::sys_time<std::chrono::microseconds>;
 
     std::uint64_t Number = 0;  ///< in the order in which things were noted; missing ones were lost or are too old
@@ -81,16 +82,19 @@ ZORVIC_API void SetClientName(const std::string& name);
 /// first and 8 s at most.
 class ZORVIC_API AsRunSheet {
 public:
+    /// Which entries are wanted.
     struct Range {
         AsRunEntry::WallTime Since{};  ///< by the unit's clock
         std::uint32_t Limit = 0;       ///< the newest so many; 0: all
     };
+    /// How the reading goes.
     enum class State {
         Connecting,  ///< or lost
         Reading,     ///< older entries are still to come
         Live,
         Missing,  ///< the unit knows or keeps no such sheet, or lets nobody more read it; tried again now and then
     };
+    /// What Take() hands over.
     struct News {
         /// In no particular order. One whose number came before takes its place.
         std::vector<AsRunEntry> Entries;
@@ -107,6 +111,7 @@ public:
     /// What came since the last call. As long as nobody takes it, no more than some ten thousand entries are fetched.
     /// Any thread.
     News Take();
+    /// Any thread.
     State Now() const;
     /// Why it is missing or lost; empty when it is neither.
     std::string Problem() const;

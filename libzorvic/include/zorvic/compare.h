@@ -11,9 +11,10 @@
 
 namespace Zorvic {
 
-/// Presets are the same by name; of several of one name the first is the same as the first, and so on. Null on the side
-/// that has none. In the order of the first list, then that of what only the second one has.
+/// A preset of each side. Null on the side that has none.
 using PresetPair = std::pair<const Preset*, const Preset*>;
+/// Presets are the same by name; of several of one name the first is the same as the first, and so on. In the order
+/// of the first list, then that of what only the second one has.
 std::vector<PresetPair> PairPresets(const std::vector<Preset>& first, const std::vector<Preset>& second);
 
 /// One field in the words of an operator, and what it holds on each side; empty where a side does not have it.
@@ -23,6 +24,7 @@ struct FieldDifference {
     std::string Second;
 };
 
+/// A preset that is not the same on both sides, or only on one.
 struct PresetDifference {
     std::string Name;
     std::int32_t FirstPK = 0;             ///< 0: only the second list has it
@@ -33,6 +35,7 @@ struct PresetDifference {
 /// The presets that differ. Keys are no difference, each unit makes its own, and a link is to a name.
 std::vector<PresetDifference> ComparePresets(const std::vector<Preset>& first, const std::vector<Preset>& second);
 
+/// A file that is not the same on both sides, or only on one.
 struct MediaDifference {
     std::string Path;
     bool InFirst = false;

@@ -59,6 +59,7 @@ enum SDIOutput : int {
     ZORVIC_SDI_MAXVALUE = 8
 };
 
+/// How far a media file is on its way to being played.
 enum AssetState : int {
     ZORVIC_ASSETSTATE_INVALID = 0,
     ZORVIC_ASSETSTATE_READY = 1,
@@ -68,6 +69,7 @@ enum AssetState : int {
     ZORVIC_ASSETSTATE_MAX = 5
 };
 
+/// Video mode of an output; ResolutionMap has its text and ResolutionSizeMap its size.
 enum ResolutionMode : int {
     ZORVIC_RES_INVALID = 0,
     ZORVIC_RES_720P = 1,
@@ -77,6 +79,7 @@ enum ResolutionMode : int {
     ZORVIC_RES_MAX = 5
 };
 
+/// Pictures per second; RefreshMap has the text.
 enum RefreshMode : int {
     ZORVIC_REFRESH_INVALID = 0,
     ZORVIC_REFRESH_23_98 = 1,
@@ -90,6 +93,7 @@ enum RefreshMode : int {
     ZORVIC_REFRESH_MAX = 9
 };
 
+/// What an output says about the range of its colours.
 enum HDRMode : int {
     ZORVIC_HDR_DISABLED = 0,
     ZORVIC_HDR_BT2020 = 1,
@@ -98,6 +102,7 @@ enum HDRMode : int {
     ZORVIC_HDR_MAX = 4
 };
 
+/// How an output's signal becomes light.
 enum EOTFMode : int {
     ZORVIC_EOTF_NORMAL = 0,
     ZORVIC_EOTF_HLG = 1,
@@ -149,6 +154,7 @@ enum class CanvasOrientationEnum : int {
     Portrait = 5
 };
 
+/// Place of a unit in a group.
 enum UnitRole : int {
     ZORVIC_ROLE_INVALID = 0,
     ZORVIC_ROLE_SINGLE = 1,
@@ -157,6 +163,7 @@ enum UnitRole : int {
     ZORVIC_ROLE_MAX = 4
 };
 
+/// Make of a unit.
 enum UnitType : int {
     ZORVIC_UTYPE_INVALID = 0,
     ZORVIC_UTYPE_SERVER_T4X = 1,

@@ -72,6 +72,7 @@ public:
     /// count as 0. On a stopped preset it cues the next take.
     StatusCode SeekTo(std::int32_t pk, std::uint32_t timeMS);
 
+    /// @{
     /// Marks. Times are remaining times in ms and unique per preset and kind: a second mark at the same time is
     /// refused. Rename and delete address a mark by its time.
     StatusCode CreateGoto(std::int32_t pk, std::int32_t timeMS, const std::string& name);
@@ -80,10 +81,12 @@ public:
     StatusCode RenameCountdown(std::int32_t pk, std::int32_t timeMS, const std::string& name);
     StatusCode DeleteGoto(std::int32_t pk, std::int32_t timeMS);
     StatusCode DeleteCountdown(std::int32_t pk, std::int32_t timeMS);
+    /// @}
 
     /// Play position and audio levels of a preset; of a stopped one that is cued, where its next take begins, and
     /// levels of 0. ZORVIC_STATUS_FAILED when the preset is stopped without a cue.
     StatusCode GetTimeCode(TimeCode& timeCode, std::int32_t pk);
+    /// Set-up of the unit's outputs.
     StatusCode GetKonaHardwareState(KonaHardwareState& state);
 
     /// All assets in the unit's store, by path.
@@ -92,6 +95,7 @@ public:
     StatusCode DeleteAsset(const std::string& path);
     /// What the unit's probe found; a round trip only when the unit has not sent it with the asset list.
     StatusCode ReadAssetMetadata(const std::string& path, AssetMetadata& metadata);
+    /// The unit's drives, its own store first.
     StatusCode GetDisks(std::vector<Drive>& drives);
     /// Entries of one directory, directories first, each by name. Waits at most 150 ms: a slower listing fails, goes on
     /// in the unit and answers a later call.
@@ -99,8 +103,11 @@ public:
     /// Starts to copy a file from a drive into the unit's store; progress shows in GetAssets.
     StatusCode InstallAsset(const std::string& path);
 
+    /// Ends the unit and starts it again: the link is lost, and Reconnect finds it.
     StatusCode RebootZorvic();
+    /// Ends all playback, and lets the unit read its presets again.
     StatusCode SoftRebootZorvic();
+    /// Ends the unit; nothing here starts it again.
     StatusCode ShutdownZorvic();
 
     /// Registers fn for one kind of change, replacing an earlier registration; a null fn unregisters. When this

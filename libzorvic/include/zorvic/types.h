@@ -14,6 +14,7 @@
 // member. Text is UTF-8. Positions inside a preset are remaining times: milliseconds before the end of its running
 // time.
 
+/// All of the library but the tables of texts.
 namespace Zorvic {
 
 /// Base of every record but the four geometry structs, so that a record is always destroyed through its own destructor.
@@ -41,6 +42,7 @@ struct Coords2D {
     bool operator==(const Coords2D&) const = default;
 };
 
+/// A size at a position.
 struct Rect : Size2D, Coords2D {
     bool operator==(const Rect&) const = default;
 };
@@ -60,16 +62,20 @@ public:
     CanvasOrientation(CanvasOrientationEnum orientation, const Coords2D* customCoords)
         : CustomCoords(customCoords ? *customCoords : Coords2D{}), Orientation(orientation) {}
 
+    /// For comparing and switching over; custom coordinates are lost.
     operator CanvasOrientationEnum() const { return Orientation; }
+    /// Custom coordinates count, whatever the orientation.
     bool operator==(const CanvasOrientation& other) const {
         return Orientation == other.Orientation && CustomCoords == other.CustomCoords;
     }
+    /// Custom coordinates do not count.
     bool operator==(CanvasOrientationEnum other) const { return Orientation == other; }
 
     Coords2D CustomCoords;  ///< meaningful when Orientation is Custom
     CanvasOrientationEnum Orientation = CanvasOrientationEnum::Invalid;
 };
 
+/// Shape of a canvas, and how many outputs it spans.
 class ZORVIC_API ProjectorCanvasConfig : public Object {
 public:
     CanvasOrientation Orientation;
@@ -88,6 +94,7 @@ public:
     float Contrast = 0;
 };
 
+/// A canvas of a preset: its shape, what is placed on it, and where it goes.
 class ZORVIC_API CanvasInfo : public Object {
 public:
     ProjectorCanvasConfig CanvasCfg;
@@ -108,6 +115,7 @@ public:
 class ZORVIC_API TabOrdering : public Object {
 public:
     TabOrdering() = default;
+    /// Index `index` in tab `tabID`.
     TabOrdering(std::int32_t tabID, std::int32_t index) : TabID(tabID), Index(index) {}
 
     std::int32_t TabID = 0;
@@ -147,6 +155,7 @@ public:
     std::array<std::uint32_t, 2>* GetPlayerRangeForCanvas(std::uint32_t canvasIndex) const;
 };
 
+/// Whether and how a preset runs.
 class ZORVIC_API PresetState : public Object {
 public:
     std::int32_t PK = 0;
@@ -157,6 +166,7 @@ public:
     bool IsSelected = false;  ///< this is the unit's selected preset
 };
 
+/// Where a preset is, and how loud.
 class ZORVIC_API TimeCode : public Object {
 public:
     std::int32_t PK = 0;
@@ -203,6 +213,7 @@ public:
     std::int32_t Duration = 0;  ///< ms
 };
 
+/// A drive of the unit, to import from or its own store.
 class ZORVIC_API Drive : public Object {
 public:
     std::string Mountpoint;   ///< what GetDiskAssets takes as drive

@@ -1,5 +1,7 @@
 #include "render/loop/render_loop.h"
 
+#include "render/refresh.h"
+
 #include <unistd.h>
 #include <algorithm>
 #include <fstream>
@@ -15,11 +17,6 @@ namespace {
 constexpr Nanoseconds BeatPeriod = milliseconds(200);
 constexpr Nanoseconds PreviewPeriod = milliseconds(200);
 constexpr Nanoseconds IdlePeriod = milliseconds(100);
-constexpr int PreviewWidth = 320;
-
-Nanoseconds TickOf(const zorvic::render::Setup& setup) {
-    return Nanoseconds(std::int64_t{1'000'000'000} * setup.refresh_denominator() / setup.refresh_numerator());
-}
 
 std::uint64_t ResidentBytes() {
     std::ifstream file("/proc/self/statm");
@@ -53,7 +50,8 @@ std::string ToRgb(const std::vector<std::uint8_t>& rgba) {
 
 RenderLoop::RenderLoop(const zorvic::render::Setup& setup, Wire& unit)
     : Unit(unit),
-      Tick(TickOf(setup)),
+      Tick(RefreshPeriod(setup)),
+      Lead(Tick / 4),
       Targets(OpenSurfaces(setup)),
       Outputs([&setup] {
           std::vector<Output> outputs;
@@ -73,7 +71,6 @@ std::vector<StageOutput> RenderLoop::StageOutputs() const {
     return outputs;
 }
 
-// All outputs of all units of one machine share these moments.
 TimePoint RenderLoop::NextTick(TimePoint after) const {
     return TimePoint((after.time_since_epoch() / Tick + 1) * Tick);
 }
@@ -83,14 +80,9 @@ void RenderLoop::Run(const SoundIsReady& soundIsReady, const SoundFigures& sound
     while (!Unit.UnitIsGone()) {
         // What lights up stands until the next refresh: right in the middle is least wrong all over.
         const TimePoint middle = lightUp + Tick / 2;
-        const auto scene = AwaitScene(lightUp - Tick / 2, middle);
+        const auto scene = AwaitScene(lightUp - std::max(Tick / 2, Lead), middle);
         Pictures.Follow(*scene, middle, Tick);
-        // One after the other, around the moment of lighting up.
-        std::this_thread::sleep_until(lightUp - Tick / 4);
-        for (std::size_t i = 0; i < Outputs.size(); ++i)
-            Show(i, lightUp);
-        // Sends what the windowing library still holds back.
-        Targets->PumpEvents();
+        ShowAll(lightUp);
         Report(*scene, lightUp, soundIsReady, soundFigures);
         if (!Pictures.IsBusy()) Unit.WaitForNewer(scene, steady_clock::now() + IdlePeriod);
         lightUp = std::max(lightUp + Tick, NextTick(steady_clock::now()));
@@ -110,27 +102,48 @@ std::shared_ptr<const Scene> RenderLoop::AwaitScene(TimePoint until, TimePoint m
     return scene;
 }
 
-void RenderLoop::Show(std::size_t number, TimePoint lightUp) {
+// One after the other, around the moment of lighting up, however long drawing takes here.
+void RenderLoop::ShowAll(TimePoint lightUp) {
+    std::this_thread::sleep_until(lightUp - Lead);
+    Nanoseconds late{0};
+    int shown = 0;
+    for (std::size_t i = 0; i < Outputs.size(); ++i) {
+        const auto lit = Show(i, lightUp);
+        if (!lit) continue;
+        late += *lit - lightUp;
+        ++shown;
+    }
+    // Sends what the windowing library still holds back.
+    Targets->PumpEvents();
+    if (shown == 0) return;
+    const Nanoseconds step = std::clamp(late / shown, -Tick / 4, Tick / 4) / 16;
+    Lead = std::clamp(Lead + step, Nanoseconds(0), Tick * 3 / 4);
+}
+
+// When it lit up; nothing when its picture stands already.
+std::optional<TimePoint> RenderLoop::Show(std::size_t number, TimePoint lightUp) {
     Output& output = Outputs[number];
     OutputSurface& target = Targets->At(number);
     const DrawList& list = Pictures.Shown(number);
     const bool exposed = target.TakeExposed();
-    if (!exposed && SamePicture(output.Shown, list)) return;
+    if (!exposed && SamePicture(output.Shown, list)) return std::nullopt;
     const PixelSize size = target.Size();
     const Area place = FitShape(output.Shape, size);
     Pictures.SetTarget(number, {static_cast<int>(place.Width), static_cast<int>(place.Height)});
     target.Bind();
     Painter->Draw(list, size, place);
     target.Present();
-    Pictures.NoteShown(number, std::max(lightUp, steady_clock::now()));
+    const TimePoint lit = steady_clock::now();
+    Pictures.NoteShown(number, std::max(lightUp, lit));
     output.Shown = list;
     ++output.Presented;
-    if (steady_clock::now() > lightUp + Tick / 2) ++output.Late;
+    if (lit > lightUp + Tick / 2) ++output.Late;
+    return lit;
 }
 
 void RenderLoop::Report(const Scene& scene, TimePoint lightUp, const SoundIsReady& soundIsReady,
                         const SoundFigures& soundFigures) {
-    SendFirstFrames(scene, soundIsReady);
+    SendFirstFrames(scene, lightUp, soundIsReady);
     SendRunFigures(lightUp);
     if (lightUp - LastBeat >= BeatPeriod) {
         LastBeat = lightUp;
@@ -143,10 +156,10 @@ void RenderLoop::Report(const Scene& scene, TimePoint lightUp, const SoundIsRead
     }
 }
 
-void RenderLoop::SendFirstFrames(const Scene& scene, const SoundIsReady& soundIsReady) {
+void RenderLoop::SendFirstFrames(const Scene& scene, TimePoint lightUp, const SoundIsReady& soundIsReady) {
     std::vector<std::pair<RunId, Nanoseconds>> ready;
-    for (const Layer* layer : Pictures.ReadyLayers(scene)) {
-        if (soundIsReady(*layer)) ready.emplace_back(layer->Id, layer->Spans.back().Position);
+    for (const auto& [layer, position] : Pictures.ReadyRuns(scene, lightUp)) {
+        if (soundIsReady(*layer, position)) ready.emplace_back(layer->Id, position);
     }
     if (ReadySent && ready == Ready) return;
     ReadySent = true;
@@ -203,8 +216,7 @@ void RenderLoop::SendBeat(const SoundFigures& soundFigures) {
 void RenderLoop::SendPreview(TimePoint lightUp) {
     for (std::size_t i = 0; i < Outputs.size(); ++i) {
         const Output& output = Outputs[i];
-        const int width = std::min(PreviewWidth, output.Shape.Width);
-        const PixelSize size{width, std::max(1, width * output.Shape.Height / output.Shape.Width)};
+        const PixelSize size = PreviewSize(output.Shape);
         if (!Small || Small->Size() != size) Small.emplace(size);
         Small->Bind();
         Painter->Draw(output.Shown, size, {0, 0, static_cast<double>(size.Width), static_cast<double>(size.Height)});

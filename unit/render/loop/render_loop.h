@@ -17,8 +17,8 @@ namespace ZorvicRender {
 /// Shows what plays, refresh after refresh, on all outputs, and tells the unit how it goes. For the main thread.
 class RenderLoop {
 public:
-    /// Whether the sound of a layer can begin.
-    using SoundIsReady = std::function<bool(const Layer&)>;
+    /// Whether the sound of a layer can begin here.
+    using SoundIsReady = std::function<bool(const Layer&, Nanoseconds position)>;
     using SoundFigures = std::function<zorvic::render::AudioFigures()>;
 
     /// Opens the outputs. Throws Fault, naming the option, when one can not be opened.
@@ -38,10 +38,11 @@ private:
 
     TimePoint NextTick(TimePoint after) const;
     std::shared_ptr<const Scene> AwaitScene(TimePoint until, TimePoint middle);
-    void Show(std::size_t number, TimePoint lightUp);
+    void ShowAll(TimePoint lightUp);
+    std::optional<TimePoint> Show(std::size_t number, TimePoint lightUp);
     void Report(const Scene& scene, TimePoint lightUp, const SoundIsReady& soundIsReady,
                 const SoundFigures& soundFigures);
-    void SendFirstFrames(const Scene& scene, const SoundIsReady& soundIsReady);
+    void SendFirstFrames(const Scene& scene, TimePoint lightUp, const SoundIsReady& soundIsReady);
     void SendRunFigures(TimePoint lightUp);
     void SendBeat(const SoundFigures& soundFigures);
     void SendPreview(TimePoint lightUp);
@@ -49,6 +50,7 @@ private:
 
     Wire& Unit;
     const Nanoseconds Tick;
+    Nanoseconds Lead;  ///< how long before its moment the drawing of a picture begins
     std::unique_ptr<Surfaces> Targets;
     std::vector<Output> Outputs;
     std::optional<Compositor> Painter;  ///< none without outputs

@@ -12,6 +12,8 @@ namespace ZorvicRender {
 
 namespace {
 
+constexpr int PreviewWidth = 320;
+
 class HeadlessSurfaces final : public Surfaces {
 public:
     explicit HeadlessSurfaces(const zorvic::render::Setup& setup) {
@@ -41,7 +43,12 @@ private:
 
 std::unique_ptr<OutputSurface> MakeOffscreenSurface(const zorvic::render::Output& output) {
     return std::make_unique<OffscreenSurface>(
-        PixelSize{static_cast<int>(output.width()), static_cast<int>(output.height())});
+        PreviewSize({static_cast<int>(output.width()), static_cast<int>(output.height())}));
+}
+
+PixelSize PreviewSize(PixelSize shape) {
+    const int width = std::min(PreviewWidth, shape.Width);
+    return {width, std::max(1, width * shape.Height / shape.Width)};
 }
 
 Area FitShape(PixelSize shape, PixelSize surface) {

@@ -27,6 +27,10 @@ public:
     virtual bool TakeExposed() { return false; }
 };
 
+/// What monitors in consoles show of an output of this shape. One without a display is drawn no larger either: nobody
+/// else sees it, and its drawing must not cost the others their pictures.
+PixelSize PreviewSize(PixelSize shape);
+
 /// The largest area of the output's shape within a surface, in the middle, in pixels.
 Area FitShape(PixelSize shape, PixelSize surface);
 

@@ -150,7 +150,9 @@ void PictureSource::CentreTicks(const Span& span, Nanoseconds aim, TimePoint lig
 void PictureSource::PrepareJump(const Layer& layer, TimePoint lightUp) {
     const Span* jump = layer.JumpAfter(lightUp);
     if (jump != nullptr && jump->Moves) {
-        if (Spare.For != StretchOf(*jump)) StartFor(Spare, *jump);
+        // A run that stands until it may move goes on with the reader that it stands on.
+        const bool isThere = Get(Active).Contains(WithinWindow(*jump, jump->From, jump->Position + PositionTolerance));
+        if (Spare.For != StretchOf(*jump) && (Now->Moves || !isThere)) StartFor(Spare, *jump);
     } else if (!Spare.Reader && Now->Moves && lightUp - Since > SpareOpensAfter) {
         Get(Spare);
     }

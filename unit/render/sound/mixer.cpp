@@ -101,13 +101,13 @@ void Mixer::Retire(std::unique_ptr<Track> track) {
     Graves.Take(std::move(track));
 }
 
-bool Mixer::Ready(const Layer& layer) const {
-    const std::int64_t position = SampleAt(layer.Spans.front().Position);
+bool Mixer::Ready(const Layer& layer, Nanoseconds position) const {
+    const std::int64_t sample = SampleAt(position);
     const std::lock_guard guard(Lock);
     return std::all_of(layer.Media.begin(), layer.Media.end(), [&](const Medium& medium) {
         if (!medium.File) return true;
         const auto found = Tracks.find({layer.Id, medium.Path});
-        return found != Tracks.end() && found->second.Sound->Ready(position);
+        return found != Tracks.end() && found->second.Sound->Ready(sample);
     });
 }
 

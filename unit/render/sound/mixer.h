@@ -20,7 +20,7 @@ public:
     void Mix(const Scene& scene, std::int64_t first, int frames, float* out);
 
     /// The layer sounds, or can begin at the position of its first span. From any thread.
-    bool Ready(const Layer& layer) const;
+    bool Ready(const Layer& layer, Nanoseconds position) const;
     /// All that the layers need from this sample on is decoded: for a clock that can wait.
     bool Settled(std::int64_t sample) const;
     /// How often sound that was heard was not there in time. From any thread.

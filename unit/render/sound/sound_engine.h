@@ -35,7 +35,7 @@ public:
 
     void SetScene(std::shared_ptr<const Scene> scene);
     /// The layer's sound can begin at the position of its first span, or has begun. Only of layers of the last scene.
-    bool Ready(const Layer& layer) const { return Sound.Ready(layer); }
+    bool Ready(const Layer& layer, Nanoseconds position) const { return Sound.Ready(layer, position); }
     SoundFigures Figures() const;
 
 private:

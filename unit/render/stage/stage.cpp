@@ -186,16 +186,16 @@ void Stage::DropOthers(const Scene& scene) {
     std::erase_if(Runs, [&](const auto& run) { return !wanted.contains(run.first); });
 }
 
-std::vector<const Layer*> Stage::ReadyLayers(const Scene& scene) {
-    std::vector<const Layer*> ready;
+std::vector<ReadyRun> Stage::ReadyRuns(const Scene& scene, TimePoint at) {
+    std::vector<ReadyRun> ready;
     for (const auto* layers : {&scene.Layers, &scene.Primed}) {
         for (const auto& layer : *layers) {
-            const Span& span = layer->Spans.back();
+            const Span* span = layer->At(at);
             const auto found = Runs.find(layer->Id);
-            if (span.Moves || found == Runs.end()) continue;
+            if (span == nullptr || span->Moves || found == Runs.end()) continue;
             const bool all = std::ranges::all_of(
-                found->second->Sources, [&](auto& entry) { return entry.second.Source->IsReady(span.Position); });
-            if (all) ready.push_back(layer.get());
+                found->second->Sources, [&](auto& entry) { return entry.second.Source->IsReady(span->Position); });
+            if (all) ready.push_back({layer.get(), span->Position});
         }
     }
     return ready;

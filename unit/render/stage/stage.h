@@ -22,6 +22,11 @@ struct StageOutput {
     PixelSize Target;          ///< what is really drawn
 };
 
+struct ReadyRun {
+    const Layer* Of = nullptr;
+    Nanoseconds Position{0};
+};
+
 /// Which pictures lie where on each output at each tick: holds a source for each asset of each run that plays or may be
 /// taken next. All outputs take their pictures from the same choice, so that they show the same one at every tick. For
 /// one thread.
@@ -42,8 +47,8 @@ public:
     /// What an output (by its place in the list) shows since the last Follow().
     const DrawList& Shown(std::size_t output) const { return Lists[output]; }
 
-    /// Layers that stand and whose picture is there.
-    std::vector<const Layer*> ReadyLayers(const Scene& scene);
+    /// Runs that stand at this time, whatever they will do, and whose picture is there.
+    std::vector<ReadyRun> ReadyRuns(const Scene& scene, TimePoint at);
     /// True when something moves, or something that is wanted is not there yet.
     bool IsBusy() const { return Busy; }
 
