@@ -25,7 +25,7 @@ TEST(FirstLight, AnOperatorFindsAUnitConnectsAndTakesAPreset) {
     // It fails while no window is active, as between the chooser's end and the main window's turn.
     ASSERT_TRUE(WaitUntil([&] { return display.Do({"windowactivate", "--sync", main}); }));
     ASSERT_TRUE(WaitUntil([&] {
-        display.Do({"mousemove", "--window", main, "500", "243", "click", "1"});
+        display.Do({"mousemove", "--window", main, "500", "258", "click", "1"});
         return unit.State().IsSelected;
     }));
     ASSERT_FALSE(unit.State().IsPlaying);
