@@ -137,6 +137,10 @@ TEST(Backup, OfWhichAnythingIsMissingChangedOrNotKnownIsNotTakenForWhole) {
     EXPECT_THAT(ComplaintAbout(newer), HasSubstr("newer program"));
     EXPECT_THAT(ComplaintAbout(whole.substr(0, whole.size() / 2)), HasSubstr("damaged"));
     EXPECT_THAT(ComplaintAbout("{\"presets\": []}"), HasSubstr("no backup"));
+    // Deeper than the stack of what would write it again.
+    const std::string deep = std::string(200'000, '[') + std::string(200'000, ']');
+    EXPECT_THAT(ComplaintAbout(R"({"format": "zorvic-backup", "schema": 1, "sha256": "", "content": )" + deep + '}'),
+                HasSubstr("damaged"));
 }
 
 }  // namespace
