@@ -1,5 +1,6 @@
 #include "unit/stage_fixture.h"
 
+#include <mutex>
 #include <random>
 
 namespace ZorvicRender {
@@ -64,6 +65,34 @@ TEST_F(NumberedStageTest, TellsThatARunThatIsHeldCanBegin) {
     ASSERT_EQ(ready.size(), 1U);
     EXPECT_EQ(ready[0].Position, milliseconds(80));
     EXPECT_TRUE(Stagehand.ReadyRuns(Playing, At(milliseconds(500))).empty());
+}
+
+// All at once they would keep each other from being in time.
+TEST_F(NumberedStageTest, GetsReadyFirstWhatBeginsFirst) {
+    struct Openings {
+        std::mutex Lock;
+        std::vector<std::string> Told;
+    };
+    const auto openings = std::make_shared<Openings>();
+    zorvic::render::Outlook outlook;
+    for (const auto& [name, begin] : {std::pair("third", 3), {"first", 1}, {"second", 2}}) {
+        auto layer = Layer(begin, {Clip("long.mp4")});
+        AddSpan(layer, std::chrono::seconds(begin), std::chrono::seconds(begin + 1), 140 * PictureTime, true);
+        layer.mutable_media(0)->set_path(name);
+        layer.mutable_preset()->mutable_canvases(0)->mutable_assets(0)->set_full_path(name);
+        *outlook.add_layers() = layer;
+    }
+    Playing = NextScene({}, outlook, [openings](const std::string& name, bool done) {
+        const std::scoped_lock lock(openings->Lock);
+        openings->Told.push_back(name + (done ? " can begin" : " is opened"));
+    });
+    EXPECT_TRUE(WaitUntil([&] {
+        Stagehand.Follow(Playing, At({}), Tick);
+        const std::scoped_lock lock(openings->Lock);
+        return openings->Told.size() == 6;
+    }));
+    EXPECT_THAT(openings->Told, testing::ElementsAre("first is opened", "first can begin", "second is opened",
+                                                     "second can begin", "third is opened", "third can begin"));
 }
 
 TEST_F(NumberedStageTest, LoopsWithoutAMissingOrRepeatedPicture) {

@@ -12,6 +12,8 @@ namespace ZorvicRender {
 namespace {
 
 constexpr std::size_t PictureBytes = std::size_t{768} * 1024 * 1024;
+// What has begun and shows nothing for longer than that does not keep others waiting: its file may never be read.
+constexpr Nanoseconds Patience = std::chrono::seconds(2);
 
 std::vector<const zorvic::v1::PinnedAsset*> FromBottomUp(const zorvic::v1::Canvas& canvas) {
     std::vector<const zorvic::v1::PinnedAsset*> assets;
@@ -119,11 +121,41 @@ void Stage::Follow(const Scene& scene, TimePoint lightUp, Nanoseconds tick) {
         Ledger.NoteRuns(layer->Id, !run.Pins.empty());
         List(run, *layer, lightUp);
     }
-    for (const auto& layer : scene.Primed) {
-        for (auto& [path, entry] : Get(layer).Sources)
-            entry.Source->Prime(*layer);
-    }
+    PrimeInTurn(scene, lightUp);
     DropOthers(scene);
+}
+
+// Decoding up to where a run begins takes its time: if all that is known for the next seconds were got ready at once,
+// what begins first might be ready last.
+void Stage::PrimeInTurn(const Scene& scene, TimePoint lightUp) {
+    std::vector<const std::shared_ptr<const Layer>*> coming;
+    bool ready = true;
+    for (const auto& layer : scene.Layers) {
+        const TimePoint begin = layer->Spans.front().From;
+        if (begin > lightUp) coming.push_back(&layer);
+        if (begin <= lightUp && lightUp < begin + Patience) ready = ready && ShowsAll(*layer);
+    }
+    std::ranges::stable_sort(coming, {}, [](const auto* layer) { return (*layer)->Spans.front().From; });
+    for (const auto* layer : coming)
+        ready = ready && Prime(*layer);
+    for (auto layer = scene.Primed.begin(); ready && layer != scene.Primed.end(); ++layer)
+        Prime(*layer);
+}
+
+bool Stage::ShowsAll(const Layer& layer) const {
+    return std::ranges::all_of(Runs.at(layer.Id)->Sources, [](const auto& entry) {
+        return entry.second.Source->Shown() || entry.second.Source->HasFailed();
+    });
+}
+
+// True when it is ready.
+bool Stage::Prime(const std::shared_ptr<const Layer>& layer) {
+    bool ready = true;
+    for (auto& [path, entry] : Get(layer).Sources) {
+        entry.Source->Prime(*layer);
+        ready = entry.Source->IsReady(layer->Spans.front().Position) && ready;
+    }
+    return ready;
 }
 
 void Stage::Prepare(const Scene& scene, TimePoint lightUp, Nanoseconds tick) {
@@ -139,7 +171,6 @@ void Stage::FollowSources(Run& run, const Layer& layer, TimePoint lightUp, Nanos
     Busy = Busy || coming || (span != nullptr && (span->Moves || span->Waits));
     for (auto& [path, entry] : run.Sources) {
         PictureSource& source = *entry.Source;
-        if (coming) source.Prime(layer);
         source.Follow(layer, lightUp, tick);
         const auto& counts = source.Counted();
         const auto dropped = counts.Dropped - std::exchange(entry.Dropped, counts.Dropped);

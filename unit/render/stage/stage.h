@@ -71,6 +71,9 @@ private:
     void LayOut(Run& run, std::size_t output);
     void OpenSources(Run& run);
     void FollowSources(Run& run, const Layer& layer, TimePoint lightUp, Nanoseconds tick);
+    void PrimeInTurn(const Scene& scene, TimePoint lightUp);
+    bool ShowsAll(const Layer& layer) const;
+    bool Prime(const std::shared_ptr<const Layer>& layer);
     void List(const Run& run, const Layer& layer, TimePoint lightUp);
     void DropOthers(const Scene& scene);
 
