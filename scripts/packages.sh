@@ -12,6 +12,7 @@ BUILD_PACKAGES=(
 DEMO_PACKAGES=(ffmpeg fonts-dejavu-core)
 DISPLAY_PACKAGES=(xvfb xauth openbox xdotool imagemagick)
 TEST_PACKAGES=(libgtest-dev libgmock-dev libbenchmark-dev libx11-dev)
+QT6_PACKAGES=(qt6-base-dev qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools libqt6svg6)
 FUZZ_PACKAGES=(clang libclang-rt-14-dev)
 LINT_PACKAGES=(clang-format-14 clang-tidy-14 python3-yaml doxygen)
 PACKAGING_PACKAGES=(debhelper dpkg-dev lintian appstream desktop-file-utils abigail-tools mmdebstrap iproute2 procps)

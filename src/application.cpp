@@ -4,6 +4,14 @@
 
 #include <exception>
 
+// Qt 6 always does, and warns of whoever asks for it.
+void Application::ScaleWithScreens() {
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+    setAttribute(Qt::AA_EnableHighDpiScaling);
+    setAttribute(Qt::AA_UseHighDpiPixmaps);
+#endif
+}
+
 Application::Application(int& argc, char** argv) : QApplication(argc, argv) {}
 
 bool Application::notify(QObject* receiver, QEvent* event) {

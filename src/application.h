@@ -8,6 +8,9 @@ class Application : public QApplication {
     Q_OBJECT
 
 public:
+    /// To be called before there is an application.
+    static void ScaleWithScreens();
+
     Application(int& argc, char** argv);
 
     /// False when the receiver raised.

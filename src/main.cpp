@@ -35,8 +35,7 @@ std::optional<bool> ReadCommandLine(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM_PLUGIN_PATH", ".");
-    QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
-    QApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+    Application::ScaleWithScreens();
     // Qt sees the program's name only: it would take its own options off the line before they can be refused.
     int argumentsForQt = 1;
     Application application(argumentsForQt, argv);

@@ -17,8 +17,7 @@ int main(int argc, char** argv) {
     }
     qputenv("ZORVIC_DISCOVERY", "lo");
     // As the console's own main() does it.
-    QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
-    QApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+    Application::ScaleWithScreens();
     int argumentsForQt = 1;
     const Application application(argumentsForQt, argv);
     QApplication::setFont(SizeDefaultFont(10));

@@ -15,7 +15,7 @@ class AsRunModel : public QAbstractTableModel {
 
 public:
     enum Column { TIME, WHAT, PRESET, POSITION, ASKED_BY, SHOWN, DETAILS, COLUMN_COUNT };
-    static constexpr int MostRows = 50'000;
+    static constexpr int MostRows = 50000;
 
     /// Adds the entries; one that is there already is replaced. Of too many the oldest go, when `trim` allows it or
     /// there are twice as many.

@@ -20,7 +20,7 @@ class AsRunWindow : public QWidget, public Ui::AsRunWindowUI {
 
 public:
     /// How many older entries it fetches.
-    static constexpr std::uint32_t History = 10'000;
+    static constexpr std::uint32_t History = 10000;
 
     AsRunWindow(const std::string& host, const QString& unit);
     ~AsRunWindow() override;
