@@ -25,9 +25,9 @@ constexpr std::chrono::seconds Horizon(4);
 constexpr milliseconds OutlookPeriod(1000);
 constexpr milliseconds FiguresPeriod(1000);
 // Beats come every 200 ms.
-constexpr milliseconds FrozenAfter(650);
+constexpr milliseconds FrozenAfter(550);
 constexpr milliseconds StartLimit(10'000);
-constexpr milliseconds LookPeriod(100);
+constexpr milliseconds LookPeriod(50);
 constexpr milliseconds StarvingShare(100);
 constexpr milliseconds StarvedLimit(5000);
 constexpr milliseconds RestartPause(1000);
