@@ -56,8 +56,9 @@ std::string Title(const Preset& preset) {
 
 Unit::Unit(const std::string& text) : Typed(text), Session(FindUnit(text), 1) {
     if (Session.Connected()) return;
-    throw Failure(ExitStatus::NotReachable,
-                  "No unit answers at " + Session.GetHost() + ". (With ZORVIC_LIBRARY_LOG=1 set, it is said why.)");
+    const std::string problem = Zorvic::LinkProblem(Session);
+    throw Failure(ExitStatus::NotReachable, problem.empty() ? "No unit answers at " + Session.GetHost() + '.'
+                                                            : "No link to " + Session.GetHost() + ": " + problem + '.');
 }
 
 std::string Unit::Name() {

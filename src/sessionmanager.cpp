@@ -1,5 +1,7 @@
 #include "sessionmanager.h"
 
+#include "text/beyondinterface.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -19,10 +21,13 @@ SessionManager::~SessionManager() {
     if (Instance == this) Instance = nullptr;
 }
 
-SessionHandle* SessionManager::CreateSessionByIP(const std::string& ip) {
+SessionHandle* SessionManager::CreateSessionByIP(const std::string& ip, QString* problem) {
     // Connecting waits for the network, so it runs before the lock is taken.
     auto session = std::make_unique<Zorvic::Session>(ip, 1);
-    if (!session->Connected()) return nullptr;
+    if (!session->Connected()) {
+        if (problem != nullptr) *problem = LinkProblemText(*session);
+        return nullptr;
+    }
     std::string guid;
     std::string nickname;
     if (session->GetUnitID(guid, nickname) != Zorvic::ZORVIC_STATUS_OK || guid.empty()) return nullptr;

@@ -7,6 +7,8 @@
 
 #include <zorvic/session.h>
 
+#include <QString>
+
 /// A session together with the registry's lock. While a handle lives, its session stays alive and in place; hold it for
 /// one operation, in the narrowest scope. Handles nest on one thread.
 class SessionHandle {
@@ -44,8 +46,9 @@ public:
 
     /// Connects (which may wait as long as the library does) and files the session under the GUID that the unit
     /// reports, in place of an older session of the same unit. That one is destroyed, and its state-event callbacks
-    /// with it. Null when the unit cannot be reached or does not tell its GUID; nothing has changed then.
-    SessionHandle* CreateSessionByIP(const std::string& ip);
+    /// with it. Null when the unit cannot be reached or does not tell its GUID; nothing has changed then, and
+    /// `problem` is what is known about why, if anything.
+    SessionHandle* CreateSessionByIP(const std::string& ip, QString* problem = nullptr);
 
     SessionHandle* GetSessionByGUID(const std::string& guid) const;
     /// Compares with the host text that the session was opened with, byte by byte.

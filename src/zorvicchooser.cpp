@@ -63,6 +63,12 @@ QStringList CellTexts(const Zorvic::LANZorvic& unit) {
     return cells;
 }
 
+QString WhyNoLink(const QString& address, const QString& problem) {
+    if (address.isEmpty()) return ZorvicChooser::tr("Type the address of a unit, or choose one from the list.");
+    if (problem.isEmpty()) return ZorvicChooser::tr("No unit answers at %1.").arg(address);
+    return ZorvicChooser::tr("No link to %1: %2.").arg(address, problem);
+}
+
 }  // namespace
 
 ZorvicChooser* ZorvicChooser::Instance = nullptr;
@@ -178,10 +184,10 @@ void ZorvicChooser::OnConnectClicked() {
     const QScopedValueRollback<bool> connecting(Connecting, true);
     const QString address = ZorvicIPBox->text().trimmed();
     auto* registry = SessionManager::GetInstance();
-    const std::unique_ptr<SessionHandle> handle(registry->CreateSessionByIP(address.toStdString()));
+    QString problem;
+    const std::unique_ptr<SessionHandle> handle(registry->CreateSessionByIP(address.toStdString(), &problem));
     if (!handle) {
-        ResultLabel->setText(address.isEmpty() ? tr("Type the address of a unit, or choose one from the list.")
-                                               : tr("No unit answers at %1.").arg(address.toHtmlEscaped()));
+        ResultLabel->setText(WhyNoLink(address.toHtmlEscaped(), problem.toHtmlEscaped()));
         return;
     }
     if (!MainWin->AddView(handle->GetSession())) {

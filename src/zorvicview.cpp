@@ -4,6 +4,7 @@
 #include "playheadwidget.h"
 #include "presetbuilder.h"
 #include "simulator.h"
+#include "text/beyondinterface.h"
 #include "view/assetrows.h"
 #include "view/lostlink.h"
 #include "view/marktables.h"
@@ -342,7 +343,7 @@ void ZorvicView::UpdateStatus() {
     const auto handle = LookupSession();
     if (!handle) return;
     const bool connected = handle->GetSession()->Connected();
-    ShowLink(connected);
+    ShowLink(connected, connected ? QString() : LinkProblemText(*handle->GetSession()));
     QString text;
     Zorvic::KonaHardwareState state;
     if (!connected) {
@@ -355,8 +356,8 @@ void ZorvicView::UpdateStatus() {
     if (text != StatusLabel->text()) StatusLabel->setText(text);
 }
 
-void ZorvicView::ShowLink(bool connected) {
-    if (!Link->Show(connected)) return;
+void ZorvicView::ShowLink(bool connected, const QString& problem) {
+    if (!Link->Show(connected, problem)) return;
     ShowOnLightGround(*StatusLabel, !connected);
     if (connected) {
         SetViewUpdateFlag(Zorvic::ZORVIC_STATE_PRESETS);

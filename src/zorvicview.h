@@ -208,7 +208,7 @@ private:
     Round BeginRound(Zorvic::Session* session) const;
     /// False ends the round. The view may be gone then, and otherwise too.
     bool RefreshFor(ViewUpdateFlags flag, Round& round);
-    void ShowLink(bool connected);
+    void ShowLink(bool connected, const QString& problem);
     void EditCurrent(const QString& what, const EditPreset& edit) const;
 
     // Preset list

@@ -1208,6 +1208,10 @@
         <translation>Adresse eines Zuspielers eingeben oder einen aus der Liste wählen.</translation>
     </message>
     <message>
+        <source>No link to %1: %2.</source>
+        <translation>Keine Verbindung zu %1: %2.</translation>
+    </message>
+    <message>
         <source>No unit answers at %1.</source>
         <translation>Unter %1 antwortet kein Zuspieler.</translation>
     </message>

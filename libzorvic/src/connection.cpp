@@ -1,9 +1,11 @@
 #include "connection.h"
 
 #include "channel.h"
+#include "credentials.h"
 #include "diagnostics.h"
 
 #include <exception>
+#include <string_view>
 
 namespace Zorvic::Internal {
 namespace {
@@ -56,6 +58,24 @@ StatusCode ToStatusCode(const grpc::Status& status) {
     }
 }
 
+/// For an operator, what the transport's own words tell about certificates; nothing when nobody answers at all.
+std::string WordsFor(std::string_view transport) {
+    const auto says = [transport](std::string_view words) { return transport.find(words) != std::string_view::npos; };
+    if (says("wrong version number")) return "it does not encrypt its links, and this program does";
+    if (says("handshake failed")) return "its certificate is not of the authority that this program trusts";
+    if (!says("Socket closed")) return {};
+    return CertifiedName() == nullptr ? "it hangs up at once; it may want a certificate"
+                                      : "it hangs up at once; it may not accept the certificate of this program";
+}
+
+std::string WordsFor(const std::exception& error) {
+    const auto* end = dynamic_cast<const StreamEnd*>(&error);
+    if (end == nullptr) return error.what();
+    const bool isTransport =
+        CodeAlone(end->Outcome) == ZORVIC_STATUS_NETWORKERROR || end->Outcome.error_code() == grpc::StatusCode::UNKNOWN;
+    return isTransport ? WordsFor(std::string_view(end->Outcome.error_message())) : end->Outcome.error_message();
+}
+
 Wire::WatchRequest WatchRequest(const UnitState* known) {
     Wire::WatchRequest request;
     request.set_api_version(ApiVersion);
@@ -92,7 +112,7 @@ Connection::Connection(const std::string& host, const std::shared_ptr<const Unit
     try {
         Open(known.get());
     } catch (const std::exception& error) {
-        GoDown(error.what());
+        GoDown(error);
     }
 }
 
@@ -119,7 +139,7 @@ void Connection::Run() {
     try {
         FollowUnit();
     } catch (const std::exception& error) {  // whatever the unit sent, it costs the link and nothing more
-        GoDown(error.what());
+        GoDown(error);
     }
 }
 
@@ -151,16 +171,22 @@ void Connection::ComeUp() {
     PhaseChanged.notify_all();
 }
 
-void Connection::GoDown(const std::string& reason) {
-    Note(Host, reason);
+void Connection::GoDown(const std::exception& error) {
+    Note(Host, error.what());
     {
         const std::scoped_lock lock(Lock);
+        Trouble = WordsFor(error);
         Phase = PhaseType::Down;
         for (grpc::ClientContext* call : InFlight)
             call->TryCancel();
     }
     PhaseChanged.notify_all();
     Unit.Close();
+}
+
+std::string Connection::Problem() const {
+    const std::scoped_lock lock(Lock);
+    return Trouble;
 }
 
 void Connection::WaitWhileConnecting(std::chrono::milliseconds limit) const {

@@ -46,6 +46,8 @@ public:
 
     bool Up() const { return Phase == PhaseType::Up; }
     bool Connecting() const { return Phase == PhaseType::Connecting; }
+    /// Why it is down, in words for whoever uses the program; empty when it is not, and when simply nobody answers.
+    std::string Problem() const;
     /// Waits until the try has succeeded or failed, or the time is over.
     void WaitWhileConnecting(std::chrono::milliseconds limit) const;
     /// What the unit has told; null unless the link is up.
@@ -84,7 +86,7 @@ private:
     void Run();
     void FollowUnit();
     void ComeUp();
-    void GoDown(const std::string& reason);
+    void GoDown(const std::exception& error);
 
     const std::string Host;
     const std::chrono::milliseconds Limit;
@@ -93,10 +95,11 @@ private:
     std::unique_ptr<Wire::Unit::Stub> Stub;  // null when there is nothing to connect to
     std::unique_ptr<StateStream> Stream;     // likewise
 
-    mutable std::mutex Lock;  // guards InFlight and every change of Phase
+    mutable std::mutex Lock;  // guards InFlight, Trouble and every change of Phase
     mutable std::condition_variable PhaseChanged;
     std::atomic<PhaseType> Phase = PhaseType::Connecting;
     std::set<grpc::ClientContext*> InFlight;
+    std::string Trouble;
     std::thread Thread;  // reads the stream; last, it uses all of the above
 };
 

@@ -24,6 +24,10 @@ std::string LastReason(const Session& session) {
     return ImplOf(session).Reason;
 }
 
+std::string LinkProblem(const Session& session) {
+    return ImplOf(session).LinkProblem();
+}
+
 std::string LibraryVersion() {
     return ZORVIC_LIBRARY_VERSION;
 }

@@ -21,6 +21,7 @@ Session::Impl::Impl(const std::string& host) : Host(host), Target(host) {
 void Session::Impl::Connect(milliseconds limit, milliseconds wait) {
     if (auto state = Unit ? Unit->LastState() : nullptr) Known = std::move(state);
     if (Unit) {
+        Trouble = Unit->Problem();
         Unit->Stop();  // the earlier one must not raise events any more
         // A mirror of thousands of presets takes longer to free than the caller may wait.
         Burial = std::jthread([old = std::move(Unit)]() mutable { old.reset(); });

@@ -24,6 +24,8 @@ struct ZORVIC_HIDDEN Session::Impl {
 
     bool Connected() const { return Unit->Up(); }
     StatusCode Reconnect(const std::string& host);
+    /// Of the latest try that has ended; empty when it was a link that lasts.
+    std::string LinkProblem() const { return Unit->Connecting() ? Trouble : Unit->Problem(); }
     StatusCode UpdatePreset(const Preset& preset);
     /// Null without a link.
     std::shared_ptr<const Internal::UnitState> State() const { return Unit->State(); }
@@ -61,6 +63,7 @@ struct ZORVIC_HIDDEN Session::Impl {
 private:
     void Connect(std::chrono::milliseconds limit, std::chrono::milliseconds wait);
 
+    std::string Trouble;  // of the try before the one under way
     std::jthread Burial;  // of the connection before
 };
 

@@ -7,12 +7,17 @@
 
 namespace Zorvic {
 [[gnu::weak]] std::string LastReason(const Session& session);
+[[gnu::weak]] std::string LinkProblem(const Session& session);
 [[gnu::weak]] std::string LibraryVersion();
 [[gnu::weak]] StatusCode DescribeUnit(Session& session, LANZorvic& unit);
 }  // namespace Zorvic
 
 QString LastReasonText(const Zorvic::Session& session) {
     return &Zorvic::LastReason ? QString::fromStdString(Zorvic::LastReason(session)) : QString();
+}
+
+QString LinkProblemText(const Zorvic::Session& session) {
+    return &Zorvic::LinkProblem ? QString::fromStdString(Zorvic::LinkProblem(session)) : QString();
 }
 
 QString LibraryVersionText() {
@@ -29,6 +34,10 @@ QString UnitVersionText(Zorvic::Session& session) {
 #else
 
 QString LastReasonText(const Zorvic::Session& /*session*/) {
+    return {};
+}
+
+QString LinkProblemText(const Zorvic::Session& /*session*/) {
     return {};
 }
 

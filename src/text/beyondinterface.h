@@ -9,6 +9,8 @@
 
 /// Why the session's latest command failed, in the unit's own words.
 QString LastReasonText(const Zorvic::Session& session);
+/// Why the session has no link, in words of the unit or of the library; empty when simply nobody answers.
+QString LinkProblemText(const Zorvic::Session& session);
 QString LibraryVersionText();
 /// The version of the unit's software, and of the protocol that it speaks. A round trip.
 QString UnitVersionText(Zorvic::Session& session);

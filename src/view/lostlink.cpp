@@ -9,17 +9,19 @@
 
 LostLink::LostLink(QLabel* label, std::vector<QWidget*> panels) : Label(label), Panels(std::move(panels)) {
     LastAnswer.start();
+    Label->setTextFormat(Qt::PlainText);
     Label->hide();
 }
 
-bool LostLink::Show(bool connected) {
+bool LostLink::Show(bool connected, const QString& problem) {
     if (connected) LastAnswer.restart();
     const bool changes = std::exchange(Lost, !connected) != Lost;
     if (changes) ShowPanels();
     Label->setVisible(Lost);
     if (Lost) {
         const auto seconds = LastAnswer.elapsed() / 1000;
-        Label->setText(QCoreApplication::translate("ZorvicView", "No answer for %1 s").arg(seconds));
+        const QString silence = QCoreApplication::translate("ZorvicView", "No answer for %1 s").arg(seconds);
+        Label->setText(problem.isEmpty() ? silence : silence + QStringLiteral(": ") + problem);
     }
     return changes;
 }

@@ -15,7 +15,8 @@ public:
     LostLink(QLabel* label, std::vector<QWidget*> panels);
 
     /// Called a few times a second. True when the link has just gone or come back.
-    bool Show(bool connected);
+    /// The problem is what is known about why there is no link.
+    bool Show(bool connected, const QString& problem = {});
     bool IsLost() const { return Lost; }
 
 private:

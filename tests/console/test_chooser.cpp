@@ -80,6 +80,12 @@ TEST_F(Chooser, ReturnAnywhereAndADoubleClickConnectOnceWhereAUnitAnswers) {
         EXPECT_TRUE(Window.isVisible());
     }
     EXPECT_EQ(Window.ResultLabel->text(), QStringLiteral("No unit answers at 10.0.0.9."));
+    auto& strict = FakeZorvic::AddUnit("strict", "guid-strict");
+    strict.Reachable = false;
+    strict.Reason = "its <certificate> is revoked";
+    Window.ZorvicIPBox->setText(QStringLiteral("strict"));
+    QTest::keyClick(Window.ZorvicIPBox, Qt::Key_Return);
+    EXPECT_EQ(Window.ResultLabel->text(), QStringLiteral("No link to strict: its &lt;certificate&gt; is revoked."));
     Window.ZorvicIPBox->clear();
     EXPECT_TRUE(Window.ResultLabel->text().isEmpty());
     const std::vector<std::function<void()>> ways = {

@@ -147,6 +147,9 @@ TEST_F(TransportTest, ALostUnitLooksLostAndLiveAgain) {
     EXPECT_EQ(View->LChannelVol->value(), 0);
     EXPECT_NE(View->LookupPresetItem(1)->foreground(4), red);
     EXPECT_EQ(View->LinkLabel->text(), QStringLiteral("No answer for 0 s"));
+    Unit.Reason = "it is revoked";
+    View->UpdateStatus();
+    EXPECT_EQ(View->LinkLabel->text(), QStringLiteral("No answer for 0 s: it is revoked"));
     Press(Qt::Key_Return);
     Unit.Reachable = true;
     View->UpdateStatus();

@@ -96,6 +96,10 @@ namespace Zorvic {
 std::string LastReason(const Session& session) {
     return FakeZorvic::Units.at(session.GetHost())->Reason;
 }
+std::string LinkProblem(const Session& session) {
+    const auto unit = FakeZorvic::Units.find(session.GetHost());
+    return unit == FakeZorvic::Units.end() || unit->second->Reachable ? std::string() : unit->second->Reason;
+}
 std::string LibraryVersion() {
     return "1.2.3";
 }

@@ -48,7 +48,7 @@ struct Unit {
     bool AsRunAnew = false;
     Zorvic::AsRunSheet::State AsRunState = Zorvic::AsRunSheet::State::Live;
     bool Reachable = true;    ///< off: sessions have no link
-    std::string Reason = {};  ///< why it refuses what Fail() names; a real one gives each refusal its own
+    std::string Reason = {};  ///< why it refuses a link, or what Fail() names; a real one gives each its own
 
     /// Adds a preset with its state, as if stored long ago. A PK of 0 becomes the next free one. Returns the PK.
     std::int32_t AddPreset(Zorvic::Preset preset, std::int32_t trtMS);

@@ -2,7 +2,7 @@
 #include "support/unitprocess.h"
 #include "unit/unitfakes.h"
 
-#include <zorvic/session.h>
+#include <zorvic/extras.h>
 
 #include <regex>
 
@@ -50,9 +50,16 @@ TEST_F(EncryptionTest, LetsInWhomTheAuthorityKnowsAndNobodyElse) {
     const std::string mixed = Directory.Path() + "/mixed";
     std::filesystem::copy(Directory.Path() + "/strangers/consoles/other", mixed);
     std::filesystem::copy_file(Room + "/ca.pem", mixed + "/ca.pem", std::filesystem::copy_options::overwrite_existing);
-    for (const std::string& stranger :
-         {std::string(), Console("late"), Directory.Path() + "/strangers/consoles/other", mixed, UnitDirectory()}) {
-        EXPECT_FALSE(Link(stranger)->Connected()) << stranger;
+    const std::map<std::string, const char*> strangers = {
+        {"", "it may want a certificate"},
+        {Console("late"), "the console's certificate is over"},
+        {Directory.Path() + "/strangers/consoles/other", "its certificate is not of the authority"},
+        {mixed, "it may not accept the certificate"},
+        {UnitDirectory(), "cannot read"}};
+    for (const auto& [stranger, problem] : strangers) {
+        const auto link = Link(stranger);
+        EXPECT_FALSE(link->Connected()) << stranger;
+        EXPECT_THAT(LinkProblem(*link), testing::HasSubstr(problem));
     }
     const auto console = Link(Console("all"));
     ASSERT_TRUE(console->Connected());
@@ -81,7 +88,10 @@ TEST_F(EncryptionTest, AllowsWhatTheCertificateSaysUntilItIsRevoked) {
     EXPECT_TRUE(Link(Console("desk"))->Connected());
     Make({Room, "--revoke", serial[1]});
     EXPECT_TRUE(WaitUntil([&] { return !console->Connected(); })) << "also who watches already";
-    EXPECT_FALSE(Link(Console("desk"))->Connected());
+    const auto again = Link(Console("desk"));
+    EXPECT_FALSE(again->Connected());
+    for (const auto* refused : {console.get(), again.get()})
+        EXPECT_EQ(LinkProblem(*refused), "this console's certificate is revoked");
     EXPECT_TRUE(Link(Console("all"))->Connected());
 }
 

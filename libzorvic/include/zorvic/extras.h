@@ -19,6 +19,10 @@ namespace Zorvic {
 /// Why the session's latest command failed, in the unit's words; empty when it did not, or when the link failed.
 ZORVIC_API std::string LastReason(const Session& session);
 
+/// Why the session has no link, in words of the unit or of this library; of the latest try while another is
+/// under way. Empty while there is a link, and when simply nobody answers.
+ZORVIC_API std::string LinkProblem(const Session& session);
+
 /// Of this library, as "3.0.0".
 ZORVIC_API std::string LibraryVersion();
 
