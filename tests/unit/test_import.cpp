@@ -138,7 +138,10 @@ TEST_F(ImportTest, OrdersOutliveARestartAndFailuresUntilTheyAreDismissed) {
     std::filesystem::remove(Usb / "gone.wav");
     Open();
     EXPECT_EQ(StatusOf(Clip), ZORVIC_ASSETSTATE_INGESTING) << "listed at once";
-    EXPECT_EQ(StatusOf(Path("bad.mov")), ZORVIC_ASSETSTATE_ERROR);
+    EXPECT_THAT([&] { Store->ReadMetadata(Path("bad.mov")); },
+                testing::ThrowsMessage<Fault>(
+                    testing::AllOf(testing::HasSubstr("bad.mov"), testing::Not(testing::HasSubstr(Disk.Path())))))
+        << "as consoles know it";
     Store->Delete(Path("bad.mov"));
     Store->Delete(Path("long.wav"));
     ASSERT_TRUE(WaitForStatus(Clip, ZORVIC_ASSETSTATE_READY));

@@ -25,6 +25,13 @@ bool IsBelow(const std::filesystem::path& directory, const std::filesystem::path
     return std::mismatch(directory.begin(), directory.end(), file.begin(), file.end()).first == directory.end();
 }
 
+void Rename(std::string& text, const std::filesystem::path& file, const std::string& name) {
+    const std::string before = file.string();
+    if (before.empty()) return;
+    for (auto at = text.find(before); at != std::string::npos; at = text.find(before, at + name.size()))
+        text.replace(at, before.size(), name);
+}
+
 }  // namespace
 
 Importer::Importer(DrivePlace folder, const DriveTable& drives, ImportTable& orders, AssetIndex& index,
@@ -121,7 +128,12 @@ void Importer::Carry(Order order) {
     } catch (const std::exception& error) {
         std::error_code ignored;
         std::filesystem::remove(part, ignored);
-        if (!Copies.Stopping()) Fail(order, error.what());
+        if (Copies.Stopping()) return;
+        // Consoles know both files by other names than the disk does.
+        std::string reason = error.what();
+        Rename(reason, part, order.Kept.Path);
+        Rename(reason, order.Source, order.Kept.Source);
+        Fail(order, reason);
     }
 }
 
