@@ -35,7 +35,9 @@ public:
 
 /// It cannot forge a line of a log.
 bool HasControls(const std::string& text) {
-    return std::ranges::any_of(text, [](unsigned char byte) { return byte < 0x20 || byte == 0x7f; });
+    const auto c1 = [](char lead, unsigned char next) { return lead == '\xC2' && next < 0xA0; };
+    return std::ranges::any_of(text, [](unsigned char byte) { return byte < 0x20 || byte == 0x7f; }) ||
+           std::ranges::adjacent_find(text, c1) != text.end();
 }
 
 }  // namespace

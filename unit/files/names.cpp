@@ -17,6 +17,9 @@ constexpr std::array Extensions = {"3gp", "aac",  "ac3",  "aif",  "aiff", "asf",
                                    "ogv", "opus", "png",  "psd",  "qt",   "svg", "tga", "tif",  "tiff", "ts",   "vob",
                                    "w64", "wav",  "webm", "webp", "wma",  "wmv", "y4m"};
 
+/// In UTF-8.
+constexpr char LeadOfC1 = '\xC2';
+
 bool IsControl(char character) {
     const auto byte = static_cast<unsigned char>(character);
     return byte < 0x20 || byte == 0x7F;
@@ -49,6 +52,9 @@ std::string ForLog(std::string_view bytes) {
     const bool readable = IsUtf8(bytes);
     for (char& character : text)
         if (IsControl(character) || (!readable && static_cast<unsigned char>(character) >= 0x80)) character = '?';
+    // The other controls, U+0080 to U+009F: terminals that take eight bits obey them.
+    for (auto at = text.find(LeadOfC1); at != std::string::npos; at = text.find(LeadOfC1, at + 1))
+        if (at + 1 < text.size() && static_cast<unsigned char>(text[at + 1]) < 0xA0) text.replace(at, 2, "?");
     return text;
 }
 
