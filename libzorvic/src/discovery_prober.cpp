@@ -106,7 +106,9 @@ void NetworkProber::Run() {
         std::unique_ptr<Call> call;
         {
             const std::scoped_lock lock(Lock);
-            call = std::move(Calls.extract(tag).mapped());
+            const auto found = Calls.find(tag);
+            call = std::move(found->second);
+            Calls.erase(found);
         }
         call->WhenDone(IsAnswered(*call) ? std::optional(ToRecord(call->Reply)) : std::nullopt);
     }
