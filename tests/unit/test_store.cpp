@@ -1,3 +1,4 @@
+#include "files/give_way.h"
 #include "store/copies.h"
 #include "store/database.h"
 #include "store/preset_table.h"
@@ -177,6 +178,18 @@ TEST_F(StoreTest, TheFileAloneIsCompleteWhenIdleAndWhenClosed) {
         std::filesystem::remove(copy + "-seal");
     }
     EXPECT_THROW(PresetTable(database).Load(), Fault);
+}
+
+TEST_F(StoreTest, WhoReadsMuchGivesWayToASaveForAWhile) {
+    Database database(File());
+    const auto pause = [] {
+        const auto began = std::chrono::steady_clock::now();
+        GiveWayToSaves(std::chrono::milliseconds(10));
+        return std::chrono::steady_clock::now() - began;
+    };
+    Fill(database, 1);
+    EXPECT_GE(pause(), std::chrono::milliseconds(20));
+    EXPECT_TRUE(WaitUntil([&] { return pause() < std::chrono::milliseconds(10); }));
 }
 
 TEST_F(StoreTest, AFullDiskFailsCleanlyLeavesTheRestInTheLogAndLaterWritesWork) {

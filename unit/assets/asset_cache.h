@@ -47,6 +47,7 @@ private:
     void Post(Job job, bool urgent = false);
     void Run();
     void Write(const std::vector<Job>& jobs, bool urgent);
+    void Checkpoint();
     void TryWrite(const std::vector<Job>& jobs, bool urgent);
     void Make();
     void ThrowAway(const char* why);

@@ -1,12 +1,14 @@
 #include "files/file_reader.h"
 
 #include "fault.h"
+#include "files/give_way.h"
 #include "files/regular_file.h"
 
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <vector>
 
@@ -28,6 +30,7 @@ void ReadWhole(const std::filesystem::path& file, const std::atomic<bool>& stop,
     off_t done = 0;
     off_t forgotten = 0;
     while (true) {
+        const auto began = std::chrono::steady_clock::now();
         if (stop) throw Fault(FaultKind::Slow, "stopped reading " + file.string());
         const ssize_t got = read(source.Get(), piece.data(), piece.size());
         if (got < 0 && errno == EINTR) continue;
@@ -35,6 +38,7 @@ void ReadWhole(const std::filesystem::path& file, const std::atomic<bool>& stop,
         if (got == 0) break;
         take(std::span(piece.data(), static_cast<std::size_t>(got)));
         done += got;
+        GiveWayToSaves(std::chrono::steady_clock::now() - began);
         if (done - forgotten < ForgetBytes) continue;
         posix_fadvise(source.Get(), forgotten, done - forgotten, POSIX_FADV_DONTNEED);
         forgotten = done;

@@ -1,5 +1,6 @@
 #include "store/database.h"
 
+#include "files/give_way.h"
 #include "store/examination.h"
 #include "store/log_frames.h"
 #include "store/migrations.h"
@@ -90,6 +91,7 @@ void Database::ReportUnreadableLog() {
 }
 
 void Database::Write(const std::function<void()>& change) {
+    NoteSave();
     const std::scoped_lock lock(Mutex);
     CheckPlace();
     try {
