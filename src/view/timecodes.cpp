@@ -1,15 +1,14 @@
 #include "view/timecodes.h"
 
 #include "playheadwidget.h"
+#include "qtversions.h"
 #include "text/timetext.h"
 
 #include <QApplication>
 #include <QFocusEvent>
-#include <QIcon>
 #include <QLabel>
 #include <QLineEdit>
 #include <QProgressBar>
-#include <QWindow>
 
 #include <algorithm>
 #include <utility>
@@ -32,7 +31,7 @@ Timecodes::Timecodes(const Widgets& widgets) : Ui(widgets) {
 
 void Timecodes::ShowPreset(const Zorvic::Preset& preset, const Zorvic::PresetState& state,
                            const std::optional<Zorvic::TimeCode>& timeCode) {
-    Ui.StatusIcon->setPixmap(StatusIcon(state).pixmap(Ui.StatusIcon->window()->windowHandle(), {44, 44}));
+    Ui.StatusIcon->setPixmap(PixmapFor(*Ui.StatusIcon, StatusIcon(state), {44, 44}));
     StateWord = !state.IsPlaying ? tr("Stopped") : state.IsPaused ? tr("Paused") : tr("Playing");
     Ui.StatusIcon->setAccessibleName(StateWord);
     Ui.TRT->setText(ClockText(state.TRT));

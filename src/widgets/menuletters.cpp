@@ -1,5 +1,7 @@
 #include "widgets/menuletters.h"
 
+#include "qtversions.h"
+
 #include <QAction>
 #include <QApplication>
 #include <QKeyEvent>
@@ -35,7 +37,7 @@ bool HasLetter(const QAction* action) {
 QSet<QChar> TakenBy(const QWidget& window) {
     QSet<QChar> taken;
     for (const auto* const shortcut : window.findChildren<QShortcut*>()) {
-        const auto key = static_cast<unsigned>(shortcut->key()[0]);
+        const unsigned key = FirstKey(shortcut->key());
         if ((key & Qt::ALT) != 0) taken.insert(QChar(key & 0xffffU));
     }
     return taken;
