@@ -9,7 +9,6 @@
 #include <QMenuBar>
 #include <QSet>
 #include <QShortcut>
-#include <QTimer>
 
 #include <algorithm>
 
@@ -47,6 +46,8 @@ QSet<QChar> TakenBy(const QWidget& window) {
 
 MenuLetters::MenuLetters(QWidget& owner) : QObject(&owner), Owner(owner) {
     owner.installEventFilter(this);
+    EraseSoon.setSingleShot(true);
+    connect(&EraseSoon, &QTimer::timeout, this, &MenuLetters::EraseUnlessUsed);
 }
 
 void MenuLetters::GiveTo(QMenu& menu) {
@@ -64,6 +65,7 @@ void MenuLetters::GiveTo(QMenuBar& bar) {
 }
 
 void MenuLetters::Write() {
+    EraseSoon.stop();  // of what was left before
     if (Written) return;
     Written = true;
     auto taken = qobject_cast<QMenuBar*>(&Owner) ? TakenBy(*Owner.window()) : QSet<QChar>();
@@ -111,7 +113,7 @@ void MenuLetters::OnBarEvent(QEvent& event) {
         case QEvent::FocusOut:
         case QEvent::WindowDeactivate:
         case QEvent::Hide:
-            QTimer::singleShot(0, this, &MenuLetters::EraseUnlessUsed);
+            EraseSoon.start(0);
             break;
         default:
             break;
