@@ -167,6 +167,8 @@ constexpr int CurrentColumn = Index(PresetColumn::NAME);
 }  // namespace
 
 PresetRows::PresetRows(QTreeWidget* list) : List(list) {
+    for (const auto* const child : List->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly))
+        Widgets.insert(child);
     connect(List, &QTreeWidget::itemSelectionChanged, this, &PresetRows::OnSelectionChanged);
     connect(List, &QTreeWidget::currentItemChanged, this, &PresetRows::OnCurrentChanged);
 }
@@ -347,10 +349,14 @@ bool PresetRows::Filter(const QObject* watched, QEvent* event) {
             break;
         case QEvent::KeyPress:
             return watched == List && OnKey(*static_cast<QKeyEvent*>(event));
+        case QEvent::ChildAdded:
+            if (const auto* child = static_cast<QChildEvent*>(event)->child(); watched == List && child->isWidgetType())
+                Widgets.insert(child);
+            break;
         case QEvent::ChildRemoved:
-            // By what it is not: a dying object is no QDrag any more.
+            // By what it is not: a dying object is no QDrag any more, and with Qt 6 no widget either.
             if (const auto* child = static_cast<QChildEvent*>(event)->child();
-                watched == List && !child->isWidgetType() && child != List->itemDelegate()) {
+                watched == List && !Widgets.remove(child) && child != List->itemDelegate()) {
                 if (!DroppedKeys.empty()) Select(std::exchange(DroppedKeys, {}));
                 emit Dropped();
                 return true;

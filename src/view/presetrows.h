@@ -3,6 +3,7 @@
 #include <zorvic/types.h>
 
 #include <QObject>
+#include <QSet>
 #include <QTreeWidget>
 
 #include <functional>
@@ -73,6 +74,7 @@ private:
     void Repaint(const QTreeWidgetItem* row);
 
     QTreeWidget* List;
+    QSet<const QObject*> Widgets;  ///< in the list
     std::vector<int> DroppedKeys;  ///< what was selected when the rows of a drag were let go
     bool MovedByKey = false;
     int Rebuilds = 0;
