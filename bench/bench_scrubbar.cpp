@@ -19,7 +19,8 @@ void BenchScrubBarRepaint(benchmark::State& state) {
     bar.SetTrim(TRT - 20000, 30000);
     bar.SetShowPlayHead(true);
     if (hovered) {
-        QMouseEvent move(QEvent::MouseMove, QPointF(700, 30), Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+        QMouseEvent move(QEvent::MouseMove, QPointF(700, 30), QPointF(700, 30), Qt::NoButton, Qt::NoButton,
+                         Qt::NoModifier);
         QApplication::sendEvent(&bar, &move);
     }
     QImage image(bar.size(), QImage::Format_ARGB32_Premultiplied);

@@ -69,7 +69,8 @@ void CompareWindow::Show(const Found& found) {
         rows << new QTreeWidgetItem({QString::fromStdString(media.Path), WhereText(media.InFirst, media.InSecond)});
     Differences->addTopLevelItems(rows);
     CompareButton->setEnabled(true);
-    SummaryLabel->setText(rows.isEmpty() ? tr("No differences.") : tr("%n difference(s).", nullptr, rows.size()));
+    SummaryLabel->setText(rows.isEmpty() ? tr("No differences.")
+                                         : tr("%n difference(s).", nullptr, static_cast<int>(rows.size())));
 }
 
 void CompareWindow::AddPreset(QList<QTreeWidgetItem*>& rows, const Zorvic::PresetDifference& difference) {

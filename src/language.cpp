@@ -1,7 +1,8 @@
 #include "language.h"
 
+#include "qtversions.h"
+
 #include <QCoreApplication>
-#include <QLibraryInfo>
 #include <QTranslator>
 
 #include <memory>
@@ -20,5 +21,5 @@ void UseLanguage(QCoreApplication& application, const QString& name) {
     const QString language = name.left(2).toLower();
     if (!Install(application, QStringLiteral("zorvic_") + language, QStringLiteral(":/translations"))) return;
     // Of Qt's own texts, as in the dialog that saves a file; they may not be there.
-    Install(application, QStringLiteral("qtbase_") + language, QLibraryInfo::location(QLibraryInfo::TranslationsPath));
+    Install(application, QStringLiteral("qtbase_") + language, QtTranslations());
 }

@@ -39,9 +39,10 @@ QString LinkText(const Zorvic::Preset& preset) {
 
 /// The number that a link's text starts with; 0 when it starts with none.
 int LeadingNumber(const QString& text) {
-    const auto* const end = std::find_if_not(text.begin(), text.begin() + std::min(text.size(), MaxLinkDigits),
+    const QString start = text.left(MaxLinkDigits);
+    const auto* const end = std::find_if_not(start.begin(), start.end(),
                                              [](QChar c) { return c >= QLatin1Char('0') && c <= QLatin1Char('9'); });
-    return text.left(static_cast<int>(end - text.begin())).toInt();
+    return start.left(static_cast<int>(end - start.begin())).toInt();
 }
 
 /// An empty canvas for each output that no canvas covers.

@@ -107,7 +107,8 @@ void ZorvicView::OnSeekEditingFinished() {
 }
 
 void ZorvicView::OnDirectSeek() {
-    if (!SeekBox->hasFocus()) return;
+    // A console elsewhere may have put another preset under the hand that types.
+    if (!SeekBox->hasFocus() || Clock->HasLostTyped()) return;
     const int timeMS = GetSeekBoxTime().msecsSinceStartOfDay();
     auto round = BeginRound();
     if (const auto* const preset = round.Current()) {

@@ -1,15 +1,14 @@
 #include "view/timecodes.h"
 
 #include "playheadwidget.h"
+#include "qtversions.h"
 #include "text/timetext.h"
 
 #include <QApplication>
 #include <QFocusEvent>
-#include <QIcon>
 #include <QLabel>
 #include <QLineEdit>
 #include <QProgressBar>
-#include <QWindow>
 
 #include <algorithm>
 #include <utility>
@@ -28,11 +27,12 @@ Timecodes::Timecodes(const Widgets& widgets) : Ui(widgets) {
     for (auto* meter : {Ui.LeftMeter, Ui.RightMeter})
         meter->setMaximum(100);
     Ui.SeekBox->installEventFilter(this);
+    connect(Ui.SeekBox, &QLineEdit::textEdited, this, [this] { LostTyped = false; });
 }
 
 void Timecodes::ShowPreset(const Zorvic::Preset& preset, const Zorvic::PresetState& state,
                            const std::optional<Zorvic::TimeCode>& timeCode) {
-    Ui.StatusIcon->setPixmap(StatusIcon(state).pixmap(Ui.StatusIcon->window()->windowHandle(), {44, 44}));
+    Ui.StatusIcon->setPixmap(PixmapFor(*Ui.StatusIcon, StatusIcon(state), {44, 44}));
     StateWord = !state.IsPlaying ? tr("Stopped") : state.IsPaused ? tr("Paused") : tr("Playing");
     Ui.StatusIcon->setAccessibleName(StateWord);
     Ui.TRT->setText(ClockText(state.TRT));
@@ -101,9 +101,11 @@ void Timecodes::SetCued(bool cued) {
     Ui.State->setText(cued ? tr("Cued") : StateWord);
 }
 
-/// A drag belongs to the preset that it began on.
+/// A drag belongs to the preset that it began on, and so does a time that is being typed.
 void Timecodes::TakeOver(int pk) {
-    if (std::exchange(ShownPK, pk) != pk) Ui.Bar->EndDrag();
+    if (std::exchange(ShownPK, pk) == pk) return;
+    Ui.Bar->EndDrag();
+    LostTyped = LostTyped || (Ui.SeekBox->hasFocus() && Ui.SeekBox->isModified());
 }
 
 void Timecodes::ShowLevels(const std::vector<int>& levels) {
@@ -124,7 +126,7 @@ void Timecodes::ShowSeekTime(int remainingMS) {
 void Timecodes::ShowSeek(const QString& text, const QString& style) {
     SeekText = text;
     SeekStyle = style;
-    if (!Ui.SeekBox->hasFocus()) ShowSeekText();
+    if (!Ui.SeekBox->hasFocus() || LostTyped) ShowSeekText();
 }
 
 void Timecodes::ShowSeekText() {
@@ -139,7 +141,7 @@ void Timecodes::UseTyped() {
 }
 
 bool Timecodes::TakeBackTyped() {
-    if (!Ui.SeekBox->hasFocus() || !Ui.SeekBox->isModified()) return false;
+    if (!Ui.SeekBox->hasFocus() || !(Ui.SeekBox->isModified() || LostTyped)) return false;
     Ui.Bar->setFocus();
     return true;
 }
@@ -149,6 +151,7 @@ bool Timecodes::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::FocusIn) BeingLeft = false;
     if (event->type() == QEvent::FocusOut) {
         BeingLeft = true;
+        LostTyped = false;
         const auto reason = static_cast<QFocusEvent*>(event)->reason();
         const bool comesBack =
             reason == Qt::PopupFocusReason || reason == Qt::ActiveWindowFocusReason || reason == Qt::MenuBarFocusReason;

@@ -49,6 +49,8 @@ public:
     void UseTyped();
     /// Takes back what the operator has typed; false when he has not.
     bool TakeBackTyped();
+    /// What he has typed was for a preset that is not shown any more, and he has typed nothing since.
+    bool HasLostTyped() const { return LostTyped; }
     /// True while the field is being left: editing ends then too, but only a typed Return means to seek.
     bool IsBeingLeft() const { return BeingLeft; }
 
@@ -67,6 +69,7 @@ private:
     QString SeekText = QStringLiteral("");
     QString SeekStyle;
     bool BeingLeft = false;
+    bool LostTyped = false;
     int ShownPK = 0;
     bool Cued = false;
     QString StateWord;

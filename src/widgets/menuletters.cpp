@@ -1,5 +1,7 @@
 #include "widgets/menuletters.h"
 
+#include "qtversions.h"
+
 #include <QAction>
 #include <QApplication>
 #include <QKeyEvent>
@@ -7,7 +9,6 @@
 #include <QMenuBar>
 #include <QSet>
 #include <QShortcut>
-#include <QTimer>
 
 #include <algorithm>
 
@@ -35,7 +36,7 @@ bool HasLetter(const QAction* action) {
 QSet<QChar> TakenBy(const QWidget& window) {
     QSet<QChar> taken;
     for (const auto* const shortcut : window.findChildren<QShortcut*>()) {
-        const auto key = static_cast<unsigned>(shortcut->key()[0]);
+        const unsigned key = FirstKey(shortcut->key());
         if ((key & Qt::ALT) != 0) taken.insert(QChar(key & 0xffffU));
     }
     return taken;
@@ -45,6 +46,8 @@ QSet<QChar> TakenBy(const QWidget& window) {
 
 MenuLetters::MenuLetters(QWidget& owner) : QObject(&owner), Owner(owner) {
     owner.installEventFilter(this);
+    EraseSoon.setSingleShot(true);
+    connect(&EraseSoon, &QTimer::timeout, this, &MenuLetters::EraseUnlessUsed);
 }
 
 void MenuLetters::GiveTo(QMenu& menu) {
@@ -62,6 +65,7 @@ void MenuLetters::GiveTo(QMenuBar& bar) {
 }
 
 void MenuLetters::Write() {
+    EraseSoon.stop();  // of what was left before
     if (Written) return;
     Written = true;
     auto taken = qobject_cast<QMenuBar*>(&Owner) ? TakenBy(*Owner.window()) : QSet<QChar>();
@@ -109,7 +113,7 @@ void MenuLetters::OnBarEvent(QEvent& event) {
         case QEvent::FocusOut:
         case QEvent::WindowDeactivate:
         case QEvent::Hide:
-            QTimer::singleShot(0, this, &MenuLetters::EraseUnlessUsed);
+            EraseSoon.start(0);
             break;
         default:
             break;

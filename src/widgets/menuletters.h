@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QObject>
+#include <QTimer>
 
 class QMenu;
 class QMenuBar;
@@ -31,4 +32,5 @@ private:
 
     QWidget& Owner;
     bool Written = false;
+    QTimer EraseSoon;
 };

@@ -26,7 +26,8 @@ protected:
     void Release(int second) { Mouse(QEvent::MouseButtonRelease, Qt::NoButton, second, Middle); }
     void Move(int second, int y = Middle) { Mouse(QEvent::MouseMove, Qt::LeftButton, second, y); }
     void Mouse(QEvent::Type type, Qt::MouseButtons held, int second, int y) {
-        QMouseEvent event(type, QPointF(Left + second, y), Qt::LeftButton, held, Qt::NoModifier);
+        const QPointF place(Left + second, y);
+        QMouseEvent event(type, place, place, Qt::LeftButton, held, Qt::NoModifier);
         QApplication::sendEvent(Bar.get(), &event);
     }
 

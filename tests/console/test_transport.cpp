@@ -53,6 +53,23 @@ TEST_F(TransportTest, WhatIsTypedInTheSeekBoxIsUsedOnceByReturnOnly) {
     EXPECT_THAT(Sent(), ElementsAre("SeekTo 1 20500", "End 1", "End 2"));
 }
 
+TEST_F(TransportTest, ATimeThatWasTypedForAnotherPresetIsGone) {
+    Play(1, 25500);
+    Play(2, 8000);
+    Open();
+    for (const auto key : {Qt::Key_Return, Qt::Key_Escape}) {
+        SelectElsewhere(1);
+        Type("0:20");
+        SelectElsewhere(2);
+        Pump(ZORVIC_STATE_TIMECODE);
+        EXPECT_EQ(Seek(), "00:00:08");
+        Press(key);
+    }
+    Type("0:07");
+    Press(Qt::Key_Return);
+    EXPECT_THAT(Sent(), ElementsAre("SeekTo 2 7000"));
+}
+
 TEST_F(TransportTest, ButtonsAndKeysActOnEverySelectedPresetThatIsLeft) {
     Play(3, 5000);
     Open();
