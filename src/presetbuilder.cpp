@@ -20,6 +20,7 @@
 #include <QScrollBar>
 #include <QShortcut>
 #include <QShowEvent>
+#include <QStyle>
 
 #include <algorithm>
 #include <array>
@@ -338,7 +339,7 @@ void PresetBuilder::ShowMoves() {
         pane->SetRemark(remark);
         pane->layout()->activate();  // so that the size below counts what was just said
     }
-    FitSimulator();
+    FitToScreen();
 }
 
 void PresetBuilder::RedrawPlayerPanels() {
@@ -361,14 +362,27 @@ void PresetBuilder::AddPlayerPanels(std::uint32_t canvasIndex, Zorvic::CanvasInf
     }
 }
 
-void PresetBuilder::FitSimulator() {
+void PresetBuilder::FitToScreen() {
     const QSize panes = SimWidget->sizeHint();
     const int scrollBar = SimulatorScroll->horizontalScrollBar()->sizeHint().height();
     SimulatorScroll->setMinimumHeight(panes.height() + scrollBar);
+    const QSize screenSize = screen()->availableGeometry().size();
+    const QSize frame = frameGeometry().size() - size();
+    FitPanels(screenSize - frame.expandedTo({0, style()->pixelMetric(QStyle::PM_TitleBarHeight)}));
     // As wide as the panes where the screen allows it; never smaller than the operator made the window.
     const int beside = layout()->contentsMargins().left() + layout()->contentsMargins().right();
-    const int most = screen()->availableGeometry().width() - (frameGeometry().width() - width());
+    const int most = screenSize.width() - frame.width();
     if (!isMaximized()) resize(std::max(width(), std::min(panes.width() + beside, most)), height());
+}
+
+// The panels are seen whole, unless the screen is too small for that: the buttons below them must not leave it.
+void PresetBuilder::FitPanels(const QSize& room) {
+    const QMargins margins = layout()->contentsMargins();
+    const QSize least = PanelsScroll->minimumSizeHint();
+    PanelsScroll->setMinimumSize(least);
+    const int others = minimumSizeHint().height() - least.height();
+    const QSize free(room.width() - margins.left() - margins.right(), room.height() - others);
+    PanelsScroll->setMinimumSize(PanelsContents->sizeHint().boundedTo(free).expandedTo(least));
 }
 
 // New panes come last in the window's chain. What stands below them goes behind them.

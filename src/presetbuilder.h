@@ -91,7 +91,8 @@ private:
     void ShowNotTaken(const std::string& path, const QString& why);
     QString WhyNoMetadata(const std::string& path) const;
     void EndChoosing();
-    void FitSimulator();
+    void FitToScreen();
+    void FitPanels(const QSize& room);
     void OrderFocus();
 
     std::string GUID;

@@ -4,8 +4,10 @@
 
 #include <QCoreApplication>
 #include <QIcon>
+#include <QScrollBar>
 #include <QShortcut>
 
+#include <algorithm>
 #include <vector>
 
 namespace {
@@ -81,6 +83,7 @@ ShortcutSheet::ShortcutSheet() {
     setWindowIcon(QIcon(QStringLiteral(":icons/icon.png")));
     AddGroups();
     KeysView->header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
+    FitTexts();
     PlaceOverMainWindow(*this);
     connect(CloseButton, &QPushButton::clicked, this, &QWidget::close);
     connect(new QShortcut(Qt::Key_Escape, this), &QShortcut::activated, this, &QWidget::close);
@@ -100,4 +103,13 @@ void ShortcutSheet::AddGroups() {
         }
     }
     KeysView->expandAll();
+}
+
+// A sheet that explains keys must not cut its explanations off, whatever the language.
+void ShortcutSheet::FitTexts() {
+    const QAbstractItemView& view = *KeysView;
+    const QMargins margins = layout()->contentsMargins();
+    const int wanted = view.sizeHintForColumn(0) + view.sizeHintForColumn(1) + 2 * view.frameWidth() +
+                       view.verticalScrollBar()->sizeHint().width() + margins.left() + margins.right();
+    resize(std::max(width(), wanted), height());
 }

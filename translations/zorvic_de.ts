@@ -1291,7 +1291,7 @@
     </message>
     <message>
         <source>&lt;b&gt;%1&lt;/b&gt; assets detected</source>
-        <translation>&lt;b&gt;%1&lt;/b&gt; Mediendateien gefunden</translation>
+        <translation>&lt;b&gt;%1&lt;/b&gt; Medien gefunden</translation>
     </message>
     <message>
         <source>No answer for %1 s</source>

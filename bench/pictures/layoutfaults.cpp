@@ -62,7 +62,8 @@ void LookBelow(const QWidget& parent, QStringList& faults) {
     for (const auto* const child : parent.findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
         if (!child->isVisible() || child->isWindow()) continue;
         if (IsCut(*child)) faults << NameOf(*child) + QStringLiteral(" is cut off");
-        if (placed && !parent.rect().contains(child->geometry()))
+        // What has nothing to show yet has no size: it may stand at the very edge.
+        if (placed && !child->size().isEmpty() && !parent.rect().contains(child->geometry()))
             faults << NameOf(*child) + QStringLiteral(" sticks out of ") + NameOf(parent);
         for (const auto* const other : before)
             if (placed && other->geometry().intersects(child->geometry()))

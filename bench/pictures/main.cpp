@@ -3,6 +3,7 @@
 
 #include "application.h"
 #include "camera.h"
+#include "language.h"
 #include "showoperator.h"
 #include "style.h"
 #include "tour.h"
@@ -19,9 +20,10 @@ int main(int argc, char** argv) {
     // As the console's own main() does it.
     Application::ScaleWithScreens();
     int argumentsForQt = 1;
-    const Application application(argumentsForQt, argv);
+    Application application(argumentsForQt, argv);
+    UseLanguage(application, qEnvironmentVariable("ZORVIC_LANG"));
     QApplication::setFont(SizeDefaultFont(10));
-    TryLoadStyle(*qApp);
+    TryLoadStyle(application);
     try {
         const PictureUnits units(argv[1]);
         Camera camera{QDir(QString::fromLocal8Bit(argv[2]))};

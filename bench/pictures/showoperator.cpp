@@ -49,9 +49,11 @@ void ShowOperator::Key(int key) const {
 }
 
 QRect ShowOperator::RowOf(const char* preset) const {
-    const auto& list = Find<QTreeWidget>("PresetsView");
+    auto& list = Find<QTreeWidget>("PresetsView");
     const auto found = list.findItems(QString::fromUtf8(preset), Qt::MatchExactly, NameColumn);
-    return found.isEmpty() ? QRect() : list.visualItemRect(found.first());
+    if (found.isEmpty()) return {};
+    list.scrollToItem(found.first());  // a small screen shows a few rows only
+    return list.visualItemRect(found.first());
 }
 
 void ShowOperator::Select(const char* preset, Qt::KeyboardModifiers modifiers) const {

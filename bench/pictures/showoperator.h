@@ -46,7 +46,7 @@ public:
     /// Waits for it, but not for ever: the pictures then show what became of it.
     template <typename Condition>
     static void Becomes(Condition condition) {
-        if (!QTest::qWaitFor(condition, 20000)) std::cerr << "The console did not do what was expected" << std::endl;
+        if (!QTest::qWaitFor(condition, 60000)) std::cerr << "The console did not do what was expected" << std::endl;
     }
 
     SessionManager Registry;

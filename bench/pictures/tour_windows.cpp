@@ -2,6 +2,7 @@
 #include "assetbrowser.h"
 #include "comparewindow.h"
 #include "presetbuilder.h"
+#include "shortcutsheet.h"
 #include "showoperator.h"
 #include "simulatorpane.h"
 #include "tour.h"
@@ -11,6 +12,7 @@
 #endif
 
 #include <QAction>
+#include <QCoreApplication>
 #include <QLabel>
 #include <QPushButton>
 #include <QTreeWidget>
@@ -21,6 +23,9 @@ namespace {
 template <typename Widget>
 Widget& Shown() {
     ShowOperator::Becomes([] { return TopLevel<Widget>() && TopLevel<Widget>()->isVisible(); });
+    // Clicks of a program do not tell the window manager that somebody asked for the window.
+    TopLevel<Widget>()->raise();
+    TopLevel<Widget>()->activateWindow();
     return *TopLevel<Widget>();
 }
 
@@ -91,7 +96,8 @@ void TourAssets(ShowOperator& op, const PictureUnits& units) {
     op.Press("ToggleAssetsViewButton");
     op.Picture("assets-importing");
     auto& assets = op.Find<QTreeWidget>("AssetsView");
-    op.Becomes([&] { return !assets.findItems(QStringLiteral("ERROR"), Qt::MatchExactly, 1).isEmpty(); });
+    const QString failed = QCoreApplication::translate("ZorvicView", "ERROR");
+    op.Becomes([&] { return !assets.findItems(failed, Qt::MatchExactly, 1).isEmpty(); });
     op.Picture("assets-import-failed");
     op.Press("ToggleAssetsViewButton");
 }
@@ -118,6 +124,10 @@ void TourUnits(ShowOperator& op, const PictureUnits& units) {
     op.Picture("as-run", sheet);
     sheet.close();
 #endif
+    Trigger(op, "KeysMenuItem");
+    auto& keys = Shown<ShortcutSheet>();
+    op.Picture("keys", keys);
+    keys.close();
     Trigger(op, "AboutMenuItem");
     auto& about = Shown<AboutDialog>();
     op.Picture("about", about);

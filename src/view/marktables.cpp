@@ -6,8 +6,10 @@
 #include "widgets/rowmerge.h"
 #include "zorvicview.h"
 
+#include <QApplication>
 #include <QIcon>
 #include <QKeyEvent>
+#include <QPixmap>
 #include <QPushButton>
 #include <QSignalBlocker>
 
@@ -35,9 +37,18 @@ void SetTextIfOther(QTreeWidgetItem& row, int column, const QString& text) {
     if (row.text(column) != text) row.setText(column, text);
 }
 
+/// 12 by 12 points, with as many pixels as the screen has there.
+QPixmap NextArrow() {
+    const qreal scale = qApp->devicePixelRatio();
+    const int side = qRound(12 * scale);
+    auto arrow =
+        QPixmap(QStringLiteral(":icons/next.png")).scaled(side, side, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    arrow.setDevicePixelRatio(scale);
+    return arrow;
+}
+
 QPushButton* MakeGoButton() {
-    static const QIcon* const next = new QIcon(
-        QPixmap(QStringLiteral(":icons/next.png")).scaled(12, 12, Qt::KeepAspectRatio, Qt::SmoothTransformation));
+    static const QIcon* const next = new QIcon(NextArrow());
     auto* button = new QPushButton(*next, QString());
     button->setMaximumSize(16, 16);
     button->setToolTip(ZorvicView::tr("Jump here"));

@@ -5,6 +5,7 @@
 #include "simulator.h"
 
 #include <QAbstractItemView>
+#include <QScreen>
 #include <QSignalSpy>
 
 #include <tuple>
@@ -65,6 +66,13 @@ TEST_F(PresetBuilderTest, EveryOutputThatNoCanvasCoversGetsAnEmptyOneUntilTheSav
     EXPECT_EQ(saved.Canvases[1].Index, 1U);
     EXPECT_EQ(saved.Canvases[1].CanvasCfg.Dimensions, (Size2D{3840, 2160}));
     EXPECT_EQ(saved.Volume, std::vector<std::uint16_t>(16, 65535));
+}
+
+TEST_F(PresetBuilderTest, ItFitsAScreenThatHasNoRoomForThePanelsOfAllOutputs) {
+    Open(PresetWith(Wide, ZORVIC_ECALIGN_CENTERED));
+    const QSize screen = Builder.screen()->availableSize();
+    ASSERT_LT(screen.width(), Builder.PanelsContents->sizeHint().width()) << "the screen is large enough";
+    EXPECT_EQ(Builder.size().boundedTo(screen), Builder.size());
 }
 
 TEST_F(PresetBuilderTest, WithoutHardwareStateOutputsAreFullHDAndWithoutSessionNothingChanges) {
