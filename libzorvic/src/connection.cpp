@@ -68,12 +68,15 @@ std::string WordsFor(std::string_view transport) {
                                       : "it hangs up at once; it may not accept the certificate of this program";
 }
 
-std::string WordsFor(const std::exception& error) {
+std::string WordsFor(const std::exception& error, bool wasUp) {
+    if (dynamic_cast<const Silence*>(&error) != nullptr) return {};
     const auto* end = dynamic_cast<const StreamEnd*>(&error);
     if (end == nullptr) return error.what();
-    const bool isTransport =
-        CodeAlone(end->Outcome) == ZORVIC_STATUS_NETWORKERROR || end->Outcome.error_code() == grpc::StatusCode::UNKNOWN;
-    return isTransport ? WordsFor(std::string_view(end->Outcome.error_message())) : end->Outcome.error_message();
+    const auto code = end->Outcome.error_code();
+    const std::string& message = end->Outcome.error_message();
+    if (CodeAlone(end->Outcome) != ZORVIC_STATUS_NETWORKERROR && code != grpc::StatusCode::UNKNOWN) return message;
+    // A unit that goes down closes its links, too.
+    return wasUp ? std::string() : WordsFor(std::string_view(message));
 }
 
 Wire::WatchRequest WatchRequest(const UnitState* known) {
@@ -175,7 +178,7 @@ void Connection::GoDown(const std::exception& error) {
     Note(Host, error.what());
     {
         const std::scoped_lock lock(Lock);
-        Trouble = WordsFor(error);
+        Trouble = WordsFor(error, Phase == PhaseType::Up);
         Phase = PhaseType::Down;
         for (grpc::ClientContext* call : InFlight)
             call->TryCancel();

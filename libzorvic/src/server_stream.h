@@ -23,6 +23,12 @@ public:
     const grpc::Status Outcome;
 };
 
+/// Nothing came within the limit.
+class Silence : public LinkError {
+public:
+    Silence() : LinkError("the unit is silent") {}
+};
+
 /// A stream from the unit, read with a limit on silence: a frozen unit keeps its connection open for ever, so only time
 /// tells. One thread reads; Cancel may come from any other.
 template <class Frame>
@@ -82,8 +88,7 @@ bool ServerStream<Frame>::Await(std::chrono::milliseconds limit) {
     void* tag = nullptr;
     bool succeeded = false;
     const auto deadline = std::chrono::system_clock::now() + limit;  // gRPC turns it into a monotonic one at once
-    if (Queue.AsyncNext(&tag, &succeeded, deadline) == grpc::CompletionQueue::TIMEOUT)
-        throw LinkError("the unit is silent");
+    if (Queue.AsyncNext(&tag, &succeeded, deadline) == grpc::CompletionQueue::TIMEOUT) throw Silence();
     return succeeded;
 }
 

@@ -65,6 +65,10 @@ TEST_F(EncryptionTest, LetsInWhomTheAuthorityKnowsAndNobodyElse) {
     ASSERT_TRUE(console->Connected());
     EXPECT_EQ(Create(*console), ZORVIC_STATUS_OK);
 
+    Unit->Kill();
+    EXPECT_TRUE(WaitUntil([&] { return !console->Connected(); }));
+    EXPECT_EQ(LinkProblem(*console), "") << "that it is gone says nothing about certificates";
+
     const std::string text = ReadFile(Log) + ReadFile(Store + ".log");
     EXPECT_EQ(text.find("PRIVATE KEY"), std::string::npos);
     EXPECT_EQ(std::filesystem::status(Console("all") + "/console.key").permissions(),
