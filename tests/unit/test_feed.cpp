@@ -120,6 +120,24 @@ TEST(Feed, EndingWakesWaitingSubscribersAndClosingLetsNoneBegin) {
     EXPECT_FALSE(third.Next(NoWait));
 }
 
+TEST(Feed, OfManySubscribersEachIsServedLessOftenAndFindsTheNewest) {
+    Feed feed;
+    std::vector<std::unique_ptr<Feed::Subscription>> crowd(200);
+    for (auto& one : crowd)
+        one = std::make_unique<Feed::Subscription>(feed);
+    Feed::Subscription& one = *crowd.front();
+    const auto serve = [&] { return Texts(one.Next(Watchdog)); };
+    feed.Publish({Change("a", "a0")});
+    EXPECT_THAT(serve(), ElementsAre("a0"));
+    feed.Publish({Change("a", "a1")});
+    EXPECT_THAT(serve(), ElementsAre("a1")) << "nobody waits after a snapshot";
+    const auto begin = std::chrono::steady_clock::now();
+    feed.Publish({Change("a", "a2")});
+    feed.Publish({Change("a", "a3")});
+    EXPECT_THAT(serve(), ElementsAre("a3"));
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(40));
+}
+
 TEST(Frames, StayBelowOneMebibyteAndShowTheirEnd) {
     Feed feed;
     feed.Publish({Change("a", std::string(525'000, 'a')), Change("b", std::string(525'000, 'b')), Change("c", "c"),

@@ -127,6 +127,21 @@ TEST_F(ServedUnitTest, EveryConsoleHearsOfEveryCueAndPausedPosition) {
     other.SetStateEventCallback(Zorvic::ZORVIC_STATE_TIMECODE, nullptr, nullptr);
 }
 
+TEST_F(ServedUnitTest, WhoCommandsIsAnsweredAtOnceHoweverManyWatch) {
+    std::vector<std::unique_ptr<Feed::Subscription>> crowd(200);  // each is told of changes every 50 ms
+    for (auto& one : crowd)
+        one = std::make_unique<Feed::Subscription>(Updates);
+    std::vector<std::chrono::steady_clock::duration> took;
+    for (std::uint32_t number = 1; number <= 10; ++number) {
+        const auto begin = std::chrono::steady_clock::now();
+        EXPECT_EQ(Client.SeekTo(1, 100 * number), Zorvic::ZORVIC_STATUS_OK);
+        took.push_back(std::chrono::steady_clock::now() - begin);
+        EXPECT_EQ(PositionOf(Client, 1), int(100 * number));
+    }
+    std::ranges::sort(took);
+    EXPECT_LT(took[2], std::chrono::milliseconds(30)) << "the machine itself may be slow now and then";
+}
+
 TEST_F(ServedUnitTest, ASlowDiskDelaysNoTakeAndAWriteThatIsGivenUpIsNotDone) {
     std::optional<Transaction> slow(std::in_place, Store);
     auto late = std::async(std::launch::async, [&] { return Client.CreateGoto(1, 500, "late"); });

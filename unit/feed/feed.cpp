@@ -38,6 +38,19 @@ std::uint64_t Feed::Revision() const {
     return Last;
 }
 
+void Feed::Expect(const std::string& address, std::uint64_t revision) {
+    const std::scoped_lock lock(Mutex);
+    for (Subscription* subscriber : Subscribers) {
+        if (subscriber->Address != address || subscriber->Sent >= revision) continue;
+        subscriber->Expected = revision;
+        subscriber->Hurry.notify_one();
+    }
+}
+
+std::chrono::steady_clock::duration Feed::Pace() const {
+    return std::chrono::steady_clock::duration(std::chrono::seconds(1)) * Subscribers.size() / MostBatchesASecond;
+}
+
 bool Feed::Beats() const {
     using std::chrono::steady_clock;
     const steady_clock::time_point last{steady_clock::duration(LastBeat.load())};
@@ -71,7 +84,7 @@ void Feed::DropTombstones() {
         const std::uint64_t number = *Tombstones.begin();
         Forgotten = number;
         for (Subscription* subscriber : Subscribers)
-            subscriber->Over = subscriber->Over || (subscriber->Started && subscriber->Sent < number);
+            if (subscriber->Started && subscriber->Sent < number) subscriber->End();
         const auto part = ByNumber.find(number);
         Slots.erase(part->second);
         ByNumber.erase(part);
@@ -82,7 +95,7 @@ void Feed::DropTombstones() {
 void Feed::EndSubscriptions() {
     const std::scoped_lock lock(Mutex);
     for (Subscription* subscriber : Subscribers)
-        subscriber->Over = true;
+        subscriber->End();
     Changed.notify_all();
 }
 
@@ -93,7 +106,8 @@ void Feed::Close() {
     Changed.notify_all();
 }
 
-Feed::Subscription::Subscription(Feed& feed, const Wishes& wishes) : Source(feed), StateChanges(wishes.StateChanges) {
+Feed::Subscription::Subscription(Feed& feed, const Wishes& wishes)
+    : Source(feed), StateChanges(wishes.StateChanges), Address(wishes.Address) {
     const std::scoped_lock lock(Source.Mutex);
     if (Source.Subscribers.size() >= MaxSubscribers) throw Fault(FaultKind::Refused, "too many consoles");
     Source.Subscribers.insert(this);
@@ -111,12 +125,19 @@ Feed::Subscription::~Subscription() {
     Source.Subscribers.erase(this);
 }
 
+void Feed::Subscription::End() {
+    Over = true;
+    Hurry.notify_one();
+}
+
 std::optional<Feed::Subscription::Batch> Feed::Subscription::Next(std::chrono::milliseconds limit) {
     std::unique_lock lock(Source.Mutex);
     const auto over = [this] { return Over || Source.Closed; };
     if (!Started && !over()) return TakeSnapshot();
+    Hurry.wait_until(lock, Due, [&] { return over() || Expected > Sent; });
     Source.Changed.wait_for(lock, limit, [&] { return over() || Source.Last > Sent; });
     if (over()) return std::nullopt;
+    Due = std::chrono::steady_clock::now() + Source.Pace();
     return TakeChanges();
 }
 

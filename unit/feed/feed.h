@@ -50,6 +50,8 @@ public:
     /// change; with no change at all the revision stays.
     std::uint64_t Publish(std::vector<FeedChange> changes);
     std::uint64_t Revision() const;
+    /// The console at this address asked for what shows at the revision, and waits for it: it is told at once.
+    void Expect(const std::string& address, std::uint64_t revision);
     /// Random; tells the revisions of this feed from those of the unit's earlier lives.
     std::uint64_t Run() const { return RunNumber; }
 
@@ -75,8 +77,13 @@ private:
     // So many are kept for those who lost their link and may come back.
     static constexpr std::size_t KeptTombstones = 1'000;
 
+    // How many batches all subscribers together are given in a second: what 50 of them need to miss no tick and no
+    // command. With more of them each is given fewer, so that their crowd does not stand in front of a command.
+    static constexpr std::size_t MostBatchesASecond = 4'000;
+
     bool Apply(FeedChange& change);
     void DropTombstones();
+    std::chrono::steady_clock::duration Pace() const;
 
     const std::uint64_t RunNumber;
     std::atomic<std::chrono::steady_clock::rep> LastBeat = 0;
@@ -106,6 +113,7 @@ public:
         bool StateChanges = true;  ///< otherwise a change of one preset state brings them all, in one piece
         std::uint64_t KnownRun = 0;
         std::uint64_t KnownRevision = 0;
+        std::string Address = {};  ///< where it is; see Expect
     };
     static constexpr std::size_t MaxSubscribers = 256;
 
@@ -117,21 +125,26 @@ public:
     Subscription& operator=(const Subscription&) = delete;
 
     /// The snapshot at the first call (or what changed since the known revision, when that is still known), then
-    /// everything that changed since the last one, waiting for a change no longer than the limit. Nothing when the
-    /// subscription is over.
+    /// everything that changed since the last one, waiting for a change no longer than the limit. Where there are many
+    /// subscribers it waits a moment before, unless this one expects something. Nothing when the subscription is over.
     std::optional<Batch> Next(std::chrono::milliseconds limit);
 
 private:
     friend class Feed;
     bool CanResume(const Wishes& wishes) const;
+    void End();
     Batch TakeSnapshot();
     Batch TakeChanges();
     std::vector<PieceBytes> AllStates() const;
 
     Feed& Source;
     const bool StateChanges;
-    std::uint64_t Sent = 0;  ///< guarded by the feed's mutex, as are the flags
-    bool Started = false;    ///< has the state of the revision sent
+    const std::string Address;
+    std::condition_variable Hurry;              ///< with the feed's mutex, which guards what follows
+    std::chrono::steady_clock::time_point Due;  ///< not before, unless it expects something
+    std::uint64_t Expected = 0;
+    std::uint64_t Sent = 0;
+    bool Started = false;  ///< has the state of the revision sent
     bool Over = false;
 };
 

@@ -88,11 +88,12 @@ void CheckVersion(const std::string& unit, const std::string& console) {
                     unit, console));
 }
 
-Feed::Subscription::Wishes WishesOf(const zorvic::v1::WatchRequest& request) {
+Feed::Subscription::Wishes WishesOf(const zorvic::v1::WatchRequest& request, const std::string& address) {
     const auto understands = [&](zorvic::v1::Feature feature) {
         return std::ranges::find(request.features(), feature) != request.features().end();
     };
-    Feed::Subscription::Wishes wishes{.StateChanges = understands(zorvic::v1::FEATURE_STATE_CHANGES)};
+    Feed::Subscription::Wishes wishes{.StateChanges = understands(zorvic::v1::FEATURE_STATE_CHANGES),
+                                      .Address = address};
     if (understands(zorvic::v1::FEATURE_RESUME)) {
         wishes.KnownRun = request.known().run();
         wishes.KnownRevision = request.known().revision();
@@ -211,6 +212,17 @@ Status UnitService::Answer(const ServerContext& context, const Request& request,
     return status;
 }
 
+// The same for a command, which gives the revision that shows its effect.
+template <typename Request, typename Action>
+Status UnitService::Command(const ServerContext& context, const Request& request, CommandReply& reply,
+                            const std::string& what, const Action& action) {
+    return Answer(context, request, what, [&] {
+        const std::uint64_t revision = action();
+        reply.set_revision(revision);
+        Updates.Expect(context.peer(), revision);
+    });
+}
+
 void UnitService::CheckAdmission(const ServerContext& context) const {
     if (!Admitted) return;
     const std::string refusal = Admitted(*context.auth_context());
@@ -225,7 +237,7 @@ Status UnitService::Watch(ServerContext* context, const zorvic::v1::WatchRequest
     const Status status = Attempt(Log, "watch", [&] {
         CheckVersion(Self.api_version(), request->api_version());
         const Places::Place place(Watching, PeerFromName(context->peer()));
-        Feed::Subscription subscription(Updates, WishesOf(*request));
+        Feed::Subscription subscription(Updates, WishesOf(*request, context->peer()));
         const Visit visit(*Record, *context);
         const auto write = [&](const zorvic::v1::Frame& frame) {
             const WriteLimit::Pending pending(Writes, *context);
@@ -300,77 +312,78 @@ Status UnitService::ReadFigures(ServerContext* /*context*/, const zorvic::v1::Re
 Status UnitService::CreatePreset(ServerContext* context, const zorvic::v1::CreatePresetRequest* request,
                                  CommandReply* reply) {
     const Caller caller = CallerOf(*context, request->request_key());
-    return Answer(*context, *request, "create preset", [&] {
+    return Command(*context, *request, *reply, "create preset", [&] {
         std::int32_t made = 0;
-        reply->set_revision(Model.CreatePreset(request->preset(), caller, &made));
+        const std::uint64_t revision = Model.CreatePreset(request->preset(), caller, &made);
         reply->set_pk(made);
+        return revision;
     });
 }
 
 Status UnitService::UpdatePreset(ServerContext* context, const zorvic::v1::UpdatePresetRequest* request,
                                  CommandReply* reply) {
     const Caller caller = CallerOf(*context);
-    return Answer(*context, *request, OnPreset("update", request->preset().pk()),
-                  [&] { reply->set_revision(Model.UpdatePreset(request->preset(), request->fields(), caller)); });
+    return Command(*context, *request, *reply, OnPreset("update", request->preset().pk()),
+                   [&] { return Model.UpdatePreset(request->preset(), request->fields(), caller); });
 }
 
 Status UnitService::DeletePreset(ServerContext* context, const zorvic::v1::PresetRequest* request,
                                  CommandReply* reply) {
-    return Answer(*context, *request, OnPreset("delete", request->pk()),
-                  [&] { reply->set_revision(Model.DeletePreset(request->pk(), CallerOf(*context))); });
+    return Command(*context, *request, *reply, OnPreset("delete", request->pk()),
+                   [&] { return Model.DeletePreset(request->pk(), CallerOf(*context)); });
 }
 
 Status UnitService::SelectPreset(ServerContext* context, const zorvic::v1::PresetRequest* request,
                                  CommandReply* reply) {
-    return Answer(*context, *request, OnPreset("select", request->pk()),
-                  [&] { reply->set_revision(Model.SelectPreset(request->pk())); });
+    return Command(*context, *request, *reply, OnPreset("select", request->pk()),
+                   [&] { return Model.SelectPreset(request->pk()); });
 }
 
 Status UnitService::Take(ServerContext* context, const zorvic::v1::PresetRequest* request, CommandReply* reply) {
-    return Answer(*context, *request, OnPreset("take", request->pk()),
-                  [&] { reply->set_revision(Model.Take(request->pk(), AskerOf(*context))); });
+    return Command(*context, *request, *reply, OnPreset("take", request->pk()),
+                   [&] { return Model.Take(request->pk(), AskerOf(*context)); });
 }
 
 Status UnitService::Pause(ServerContext* context, const zorvic::v1::PauseRequest* request, CommandReply* reply) {
     const auto wanted = request->has_paused() ? std::optional(request->paused()) : std::nullopt;
-    return Answer(*context, *request, OnPreset("pause", request->pk()),
-                  [&] { reply->set_revision(Model.Pause(request->pk(), wanted, AskerOf(*context))); });
+    return Command(*context, *request, *reply, OnPreset("pause", request->pk()),
+                   [&] { return Model.Pause(request->pk(), wanted, AskerOf(*context)); });
 }
 
 Status UnitService::End(ServerContext* context, const zorvic::v1::PresetRequest* request, CommandReply* reply) {
-    return Answer(*context, *request, OnPreset("end", request->pk()),
-                  [&] { reply->set_revision(Model.End(request->pk(), AskerOf(*context))); });
+    return Command(*context, *request, *reply, OnPreset("end", request->pk()),
+                   [&] { return Model.End(request->pk(), AskerOf(*context)); });
 }
 
 Status UnitService::SeekTo(ServerContext* context, const zorvic::v1::SeekRequest* request, CommandReply* reply) {
-    return Answer(*context, *request, OnPreset("seek", request->pk()),
-                  [&] { reply->set_revision(Model.SeekTo(request->pk(), request->time_ms(), AskerOf(*context))); });
+    return Command(*context, *request, *reply, OnPreset("seek", request->pk()),
+                   [&] { return Model.SeekTo(request->pk(), request->time_ms(), AskerOf(*context)); });
 }
 
 Status UnitService::CreateMark(ServerContext* context, const zorvic::v1::MarkRequest* request, CommandReply* reply) {
     const Caller caller = CallerOf(*context, request->request_key());
-    return Answer(*context, *request, OnMark("create", *request),
-                  [&] { reply->set_revision(Model.CreateMark(*request, caller)); });
+    return Command(*context, *request, *reply, OnMark("create", *request),
+                   [&] { return Model.CreateMark(*request, caller); });
 }
 
 Status UnitService::RenameMark(ServerContext* context, const zorvic::v1::MarkRequest* request, CommandReply* reply) {
-    return Answer(*context, *request, OnMark("rename", *request),
-                  [&] { reply->set_revision(Model.RenameMark(*request, CallerOf(*context))); });
+    return Command(*context, *request, *reply, OnMark("rename", *request),
+                   [&] { return Model.RenameMark(*request, CallerOf(*context)); });
 }
 
 Status UnitService::DeleteMark(ServerContext* context, const zorvic::v1::MarkRequest* request, CommandReply* reply) {
-    return Answer(*context, *request, OnMark("delete", *request),
-                  [&] { reply->set_revision(Model.DeleteMark(*request, CallerOf(*context))); });
+    return Command(*context, *request, *reply, OnMark("delete", *request),
+                   [&] { return Model.DeleteMark(*request, CallerOf(*context)); });
 }
 
 Status UnitService::DeleteAsset(ServerContext* context, const zorvic::v1::AssetRequest* request, CommandReply* reply) {
-    return Answer(*context, *request, "delete asset " + request->path(),
-                  [&] { reply->set_revision(Link.Delete(request->path(), CallerOf(*context))); });
+    return Command(*context, *request, *reply, "delete asset " + request->path(),
+                   [&] { return Link.Delete(request->path(), CallerOf(*context)); });
 }
 
 Status UnitService::InstallAsset(ServerContext* context, const zorvic::v1::AssetRequest* request, CommandReply* reply) {
-    return Answer(*context, *request, "install asset " + request->path(),
-                  [&] { reply->set_revision(Link.Install(request->path(), CallerOf(*context))); });
+    return Command(*context, *request, *reply, "install asset " + request->path(),
+                   [&] { return Link.Install(request->path(), CallerOf(*context)); });
 }
 
 Status UnitService::Power(ServerContext* context, const zorvic::v1::PowerRequest* request, CommandReply* reply) {

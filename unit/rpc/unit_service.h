@@ -100,6 +100,9 @@ private:
     template <typename Request, typename Action>
     grpc::Status Answer(const grpc::ServerContext& context, const Request& request, const std::string& what,
                         const Action& action);
+    template <typename Request, typename Action>
+    grpc::Status Command(const grpc::ServerContext& context, const Request& request, zorvic::v1::CommandReply& reply,
+                         const std::string& what, const Action& action);
 
     const zorvic::v1::Identity Self;
     UnitModel& Model;
