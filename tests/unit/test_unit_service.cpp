@@ -143,17 +143,18 @@ TEST_F(ServedUnitTest, WhoCommandsIsAnsweredAtOnceHoweverManyWatch) {
 }
 
 TEST_F(ServedUnitTest, ASlowDiskDelaysNoTakeAndAWriteThatIsGivenUpIsNotDone) {
+    Session editor(Requests.Address(), 1);
     std::optional<Transaction> slow(std::in_place, Store);
-    auto late = std::async(std::launch::async, [&] { return Client.CreateGoto(1, 500, "late"); });
+    auto late = std::async(std::launch::async, [&] { return editor.CreateGoto(1, 500, "late"); });
     EXPECT_EQ(Client.Take(1), Zorvic::ZORVIC_STATUS_OK);
     Time.Pass(500);
     Model.Tick();
     EXPECT_TRUE(WaitUntil([&] { return PositionOf(Client, 1) == 9'500; }));
     EXPECT_EQ(late.get(), Zorvic::ZORVIC_STATUS_NETWORKERROR);
-    EXPECT_TRUE(Client.Connected());
+    EXPECT_TRUE(editor.Connected());
     slow.reset();
     Service.Drain(std::chrono::seconds(20));
-    EXPECT_TRUE(PresetsOf(Client)[0].Gotos.empty());
+    EXPECT_TRUE(PresetsOf(editor)[0].Gotos.empty());
     Session fresh(Requests.Address(), 1);
     EXPECT_TRUE(PresetsOf(fresh)[0].Gotos.empty());
 }
