@@ -10,6 +10,7 @@
 #include <array>
 #include <iterator>
 #include <set>
+#include <utility>
 
 namespace ZorvicCtl {
 namespace {
@@ -38,6 +39,16 @@ std::string ChecksumOf(const Json& content) {
     return hex;
 }
 
+// The JSON library makes an integer of any number, whatever becomes of it.
+template <typename Number>
+Number WholeNumber(const Json& json) {
+    const bool fits = json.is_number_unsigned()
+                          ? std::in_range<Number>(json.get<std::uint64_t>())
+                          : json.is_number_integer() && std::in_range<Number>(json.get<std::int64_t>());
+    if (!fits) throw std::invalid_argument("a whole number in its range");
+    return json.get<Number>();
+}
+
 Json SettingsJson(const Zorvic::KonaHardwareState& settings) {
     Json resolutions = Json::array();
     std::transform(settings.Resolutions.begin(), settings.Resolutions.end(), std::back_inserter(resolutions),
@@ -54,11 +65,11 @@ Zorvic::KonaHardwareState SettingsFrom(const Json& json) {
     Zorvic::KonaHardwareState settings;
     const auto& resolutions = json.at("resolutions");
     for (std::size_t i = 0; i < std::min(settings.Resolutions.size(), resolutions.size()); ++i)
-        settings.Resolutions.at(i) = static_cast<Zorvic::ResolutionMode>(resolutions.at(i).get<int>());
-    settings.RefreshRate = static_cast<Zorvic::RefreshMode>(json.at("refresh_rate").get<int>());
-    settings.HDRMode = static_cast<Zorvic::HDRMode>(json.at("hdr_mode").get<int>());
-    settings.EOTFSetting = static_cast<Zorvic::EOTFMode>(json.at("eotf").get<int>());
-    settings.AudioConfig = static_cast<Zorvic::KonaAudioConfig>(json.at("audio_config").get<int>());
+        settings.Resolutions.at(i) = static_cast<Zorvic::ResolutionMode>(WholeNumber<int>(resolutions.at(i)));
+    settings.RefreshRate = static_cast<Zorvic::RefreshMode>(WholeNumber<int>(json.at("refresh_rate")));
+    settings.HDRMode = static_cast<Zorvic::HDRMode>(WholeNumber<int>(json.at("hdr_mode")));
+    settings.EOTFSetting = static_cast<Zorvic::EOTFMode>(WholeNumber<int>(json.at("eotf")));
+    settings.AudioConfig = static_cast<Zorvic::KonaAudioConfig>(WholeNumber<int>(json.at("audio_config")));
     settings.ConstLumin = json.at("const_lumin").get<bool>();
     return settings;
 }
@@ -85,9 +96,9 @@ Zorvic::Asset AssetFrom(const Json& json) {
     Zorvic::Asset asset;
     asset.FullPath = json.at("path").get<std::string>();
     asset.Checksum = json.at("checksum").get<std::string>();
-    asset.TotalSize = json.at("size").get<std::int64_t>();
-    asset.CurrentSize = json.at("present").get<std::int64_t>();
-    asset.LastModified = json.at("last_modified").get<std::int64_t>();
+    asset.TotalSize = WholeNumber<std::int64_t>(json.at("size"));
+    asset.CurrentSize = WholeNumber<std::int64_t>(json.at("present"));
+    asset.LastModified = WholeNumber<std::int64_t>(json.at("last_modified"));
     return asset;
 }
 
@@ -117,7 +128,7 @@ Backup BackupFrom(const Json& content) {
     backup.Unit.GUID = unit.at("guid").get<std::string>();
     backup.Unit.APIVersion = unit.at("api_version").get<std::string>();
     backup.Settings = SettingsFrom(content.at("settings"));
-    backup.Selected = content.at("selected").get<std::int32_t>();
+    backup.Selected = WholeNumber<std::int32_t>(content.at("selected"));
     std::set<std::int32_t> keys;
     for (const Json& asset : content.at("media"))
         backup.Media.push_back(AssetFrom(asset));
@@ -164,7 +175,7 @@ std::string ToFileText(const Backup& backup) {
 Backup FromFileText(const std::string& text, const std::string& file) {
     const Json json = ReadJson(text, file);
     try {
-        if (json.at("schema").get<int>() > Schema)
+        if (WholeNumber<int>(json.at("schema")) > Schema)
             Refuse(file, "was written by a newer program (" + json.value("written_by", "unknown") +
                              "). Use that one, this is zorvicctl " ZORVIC_CTL_VERSION ".");
         if (json.at("sha256") != ChecksumOf(json.at("content")))

@@ -136,6 +136,11 @@ TEST(Backup, OfWhichAnythingIsMissingChangedOrNotKnownIsNotTakenForWhole) {
     std::string newer = whole;
     newer.replace(newer.find("\"schema\": 1"), 11, "\"schema\": 2");
     EXPECT_THAT(ComplaintAbout(newer), HasSubstr("newer program"));
+    for (const char* schema : {"1e300", "1.5", "4294967297", "18446744073709551615", "true"}) {
+        newer.replace(newer.find("\"schema\": ") + 10, newer.find(',', newer.find("schema")) - newer.find("schema") - 9,
+                      schema);
+        EXPECT_THAT(ComplaintAbout(newer), HasSubstr("not a whole number")) << schema;
+    }
     EXPECT_THAT(ComplaintAbout(whole.substr(0, whole.size() / 2)), HasSubstr("damaged"));
     EXPECT_THAT(ComplaintAbout("{\"presets\": []}"), HasSubstr("no backup"));
     // Deeper than the stack of what would write it again.
