@@ -57,9 +57,9 @@ void AsRunWindow::SetUpTable() {
     EntriesView->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     EntriesView->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 8);
     const std::pair<AsRunModel::Column, const char*> widths[] = {
-        {AsRunModel::TIME, "2026-01-01 00:00:00.000"},         {AsRunModel::WHAT, "Unit started"},
-        {AsRunModel::PRESET, "1000  A preset's name"},         {AsRunModel::POSITION, "00:00:00.000"},
-        {AsRunModel::ASKED_BY, "zorvic-control on host, 192"}, {AsRunModel::SHOWN, "1, 2 after 100 ms"}};
+        {AsRunModel::TIME, "2026-01-01 00:00:00.000"},    {AsRunModel::WHAT, "Unit started"},
+        {AsRunModel::PRESET, "1000  A preset's name"},    {AsRunModel::POSITION, "00:00:00.000"},
+        {AsRunModel::ASKED_BY, "zorvic-control on host"}, {AsRunModel::SHOWN, "1 after 100 ms, 1 dropped"}};
     for (const auto& [column, sample] : widths)
         EntriesView->setColumnWidth(column, fontMetrics().horizontalAdvance(QString::fromLatin1(sample)) + 16);
     EntriesView->horizontalHeader()->setStretchLastSection(true);
