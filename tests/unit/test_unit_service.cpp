@@ -112,8 +112,9 @@ TEST_F(ServedUnitTest, EveryConsoleHearsOfEveryCueAndPausedPosition) {
         {"used up", take, 9'500},
         {"paused and moved", [&] { return Client.Pause(1), Client.SeekTo(1, 7'000); }, 7'000},
         {"ended", [&] { return Client.End(1); }, -1}};
-    for (const auto& [step, command, expected] : steps) {
+    for (const auto& [step, command, position] : steps) {
         SCOPED_TRACE(step);
+        const int expected = position;
         const int before = heard;
         EXPECT_EQ(command(), Zorvic::ZORVIC_STATUS_OK);
         EXPECT_EQ(PositionOf(Client, 1), expected) << "on return";
