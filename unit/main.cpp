@@ -1,11 +1,13 @@
 #include "daemon/daemon.h"
-#include "daemon/log.h"
 #include "daemon/options.h"
 #include "daemon/power_switch.h"
 #include "fault.h"
+#include "files/names.h"
+#include "log.h"
 #include "thread_name.h"
 #include "tls/certificates_command.h"
 
+#include <grpc/support/log.h>
 #include <spdlog/cfg/env.h>
 #include <spdlog/spdlog.h>
 
@@ -27,6 +29,12 @@ constexpr int BadValue = 2;
 // The process ends by then even when a disk hangs; nothing that was acknowledged is lost by it.
 constexpr std::chrono::milliseconds EndLimit(1800);
 constexpr std::chrono::milliseconds LogLimit(100);
+
+// The RPC library's own way is straight to standard error, from the threads that serve consoles.
+void LogOfRpc(gpr_log_func_args* args) {
+    const auto level = args->severity == GPR_LOG_SEVERITY_ERROR ? spdlog::level::warn : spdlog::level::debug;
+    spdlog::log(level, "rpc: {}", ZorvicUnit::ForLog(args->message));
+}
 
 // Starts the program again in this process, on the port that it has been running on.
 [[noreturn]] void Reexecute(int argc, char** argv, bool portGiven, std::uint16_t port) {
@@ -54,6 +62,7 @@ constexpr std::chrono::milliseconds LogLimit(100);
 
 int main(int argc, char** argv) {
     ZorvicUnit::StartLog("zorvic-unit");
+    gpr_set_log_function(&LogOfRpc);
     spdlog::cfg::load_env_levels();
     if (argc > 1 && std::string_view(argv[1]) == "certificates") return ZorvicUnit::RunCertificates(argc, argv);
     ZorvicUnit::Options options;

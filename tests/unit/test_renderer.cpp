@@ -7,6 +7,8 @@
 #include <zorvic/preview.h>
 #include <zorvic/session.h>
 
+#include <sys/stat.h>
+
 #include <csignal>
 #include <fstream>
 
@@ -31,8 +33,9 @@ protected:
     }
 
     /// The renderer's process, 0 while there is none.
-    pid_t Renderer() {
-        const std::string task = "/proc/" + std::to_string(Unit->Process().Id()) + "/task";
+    pid_t Renderer() { return RendererOf(Unit->Process().Id()); }
+    static pid_t RendererOf(pid_t unit) {
+        const std::string task = "/proc/" + std::to_string(unit) + "/task";
         for (const auto& thread : std::filesystem::directory_iterator(task)) {
             std::ifstream children(thread.path() / "children");
             for (pid_t child = 0; children >> child;) {
@@ -104,6 +107,32 @@ TEST_F(RendererTest, ComesBackWithItsPictureAndDisturbsNoClock) {
                std::ranges::count_if(entries, isLit) == 1;
     };
     EXPECT_TRUE(WaitUntil(sheetTells, Watchdog));
+}
+
+/// How often the process's thread of that name has slept; nothing while there is none.
+std::optional<int> SleepsOf(pid_t process, const std::string& name) {
+    const std::string tasks = "/proc/" + std::to_string(process) + "/task";
+    if (process == 0 || !std::filesystem::exists(tasks)) return std::nullopt;
+    for (const auto& task : std::filesystem::directory_iterator(tasks)) {
+        if (ReadFile(task.path() / "comm") != name + "\n") continue;
+        const std::string status = ReadFile(task.path() / "status");
+        const std::string figure = "\nvoluntary_ctxt_switches:";
+        return std::stoi(status.substr(status.find(figure) + figure.size()));
+    }
+    return std::nullopt;
+}
+
+// The sound says in the log that its file takes nothing, and nobody reads the log.
+TEST_F(RendererTest, AStuckLogHoldsUpNoSound) {
+    std::filesystem::create_symlink("/dev/full", Directory / "full.wav");
+    ASSERT_EQ(mkfifo((Directory / "log").c_str(), 0600), 0);
+    const std::string command = "exec 2<>log; head -c 65536 /dev/zero >&2; exec " ZORVIC_UNIT_PROGRAM
+                                " --port=0 --announce=off --store=stuck --output 1=offscreen --audio file:full.wav";
+    ChildProcess unit({"env", "-C", Directory.Path(), "sh", "-c", command});
+    const auto sleeps = [&] { return SleepsOf(RendererOf(unit.Id()), "zr-sound"); };
+    ASSERT_TRUE(WaitUntil([&] { return sleeps().has_value(); }, Watchdog));
+    const int before = *sleeps();
+    EXPECT_TRUE(WaitUntil([&] { return sleeps().value_or(0) > before + 100; })) << "two seconds of blocks";
 }
 
 }  // namespace

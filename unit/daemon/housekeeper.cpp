@@ -1,10 +1,10 @@
 #include "daemon/housekeeper.h"
 
 #include "assets/asset_store.h"
-#include "daemon/log.h"
 #include "fault.h"
 #include "feed/feed.h"
 #include "feed/pieces.h"
+#include "log.h"
 #include "model/unit_model.h"
 #include "store/database.h"
 #include "thread_name.h"

@@ -1,16 +1,16 @@
 #include "fault.h"
+#include "log.h"
 #include "render/loop/render_loop.h"
 #include "render/loop/wire.h"
 #include "render/sound/sound_engine.h"
 #include "thread_name.h"
 
 #include <spdlog/cfg/env.h>
-#include <spdlog/sinks/stdout_sinks.h>
-#include <spdlog/spdlog.h>
 
 #include <malloc.h>
 #include <sys/prctl.h>
 
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -19,6 +19,8 @@ namespace {
 
 // Where the unit leaves this program's end of their socket pair.
 constexpr int UnitSocket = 3;
+
+constexpr std::chrono::milliseconds LogLimit(100);
 
 void SendFailure(ZorvicRender::Wire& unit, const std::string& text, bool badValue) {
     zorvic::render::FromRenderer message;
@@ -53,7 +55,7 @@ zorvic::render::AudioFigures FiguresOf(const ZorvicRender::SoundEngine* sound) {
 
 // zorvic-render: started by zorvic-unit, ends with it.
 int main() {
-    spdlog::set_default_logger(spdlog::stderr_logger_mt("zorvic-render"));
+    ZorvicUnit::StartLog("zorvic-render");
     spdlog::cfg::load_env_levels();
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     KeepPicturesOutOfHeaps();
@@ -79,6 +81,7 @@ int main() {
         SendFailure(unit, fault.what(), fault.Kind == ZorvicUnit::FaultKind::Misused);
         return EXIT_FAILURE;
     }
+    ZorvicUnit::FlushLog(LogLimit);
     // Threads that still decode end with the process.
     std::fflush(nullptr);
     std::_Exit(EXIT_SUCCESS);

@@ -1,9 +1,7 @@
-#include "daemon/log.h"
+#include "log.h"
 
-#include "files/names.h"
 #include "thread_name.h"
 
-#include <grpc/support/log.h>
 #include <spdlog/async_logger.h>
 #include <spdlog/details/thread_pool.h>
 #include <spdlog/sinks/base_sink.h>
@@ -12,6 +10,7 @@
 
 #include <cerrno>
 #include <condition_variable>
+#include <cstddef>
 #include <memory>
 #include <mutex>
 #include <string_view>
@@ -71,19 +70,12 @@ Log& TheLog() {
     return *log;
 }
 
-// The RPC library's own way is straight to standard error, from the threads that serve consoles.
-void TakeOver(gpr_log_func_args* args) {
-    const auto level = args->severity == GPR_LOG_SEVERITY_ERROR ? spdlog::level::warn : spdlog::level::debug;
-    spdlog::log(level, "rpc: {}", ForLog(args->message));
-}
-
 }  // namespace
 
 void StartLog(const std::string& name) {
     Log& log = TheLog();
     spdlog::set_default_logger(std::make_shared<spdlog::async_logger>(name, log.Sink, log.Writer,
                                                                       spdlog::async_overflow_policy::overrun_oldest));
-    gpr_set_log_function(&TakeOver);
 }
 
 void ReportLostLines() {
