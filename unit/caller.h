@@ -1,5 +1,7 @@
 #pragma once
 
+#include "fault.h"
+
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -21,6 +23,11 @@ struct Caller {
     /// The same for every repetition of one request; 0 for a request that does no harm twice.
     std::uint64_t RequestKey = 0;
     Asker Who = {};
+
+    /// Throws Fault TooLate when nobody waits any more.
+    void CheckWaits() const {
+        if (!Waits()) throw Fault(FaultKind::TooLate, "it came after the caller had given up; nothing was done");
+    }
 };
 
 }  // namespace ZorvicUnit

@@ -96,6 +96,12 @@ Wire::WatchRequest WatchRequest(const UnitState* known) {
 Connection::CallInFlight::CallInFlight(Connection& connection, std::chrono::milliseconds limit)
     : Owner(connection), Context(std::make_unique<grpc::ClientContext>()) {
     Context->set_deadline(std::chrono::system_clock::now() + limit);
+    // By the unit's clock, too: the call may lie on the way for longer than it may take, and no cancel overtakes it.
+    const auto state = Owner.Unit.Current();
+    const std::uint64_t now = Owner.UnitTime.At(Clock::now());
+    if (state && now != 0)
+        Context->AddMetadata("zorvic-until", std::to_string(state->Run) + "/" +
+                                                 std::to_string(now + static_cast<std::uint64_t>(limit.count())));
     const std::scoped_lock lock(Owner.Lock);
     if (Owner.Phase == PhaseType::Up) {
         Owner.InFlight.insert(Context.get());
@@ -153,7 +159,9 @@ void Connection::FollowUnit() {
     if (const auto guid = Stream->Certified()) Unit.Certify(*guid);
     while (true) {
         // Silence is counted from the moment of listening: time spent on taking in a frame is not the unit's.
-        const unsigned changes = Unit.Apply(Stream->Read(Up() ? Silence : timeLeft()));
+        const Wire::Frame& frame = Stream->Read(Up() ? Silence : timeLeft());
+        UnitTime.Heard(frame.clock_ms(), Clock::now());
+        const unsigned changes = Unit.Apply(frame);
         end = Clock::now() + Limit;  // a long snapshot on a slow link takes its time
         if (Up()) {
             Events.Raise(changes);

@@ -3,6 +3,7 @@
 #include "events.h"
 #include "mirror.h"
 #include "server_stream.h"
+#include "unit_clock.h"
 #include "wire.h"
 
 #include <zorvic/enums.h>
@@ -92,6 +93,7 @@ private:
     const std::chrono::milliseconds Limit;
     EventThread& Events;
     Mirror Unit;
+    UnitClock UnitTime;
     std::unique_ptr<Wire::Unit::Stub> Stub;  // null when there is nothing to connect to
     std::unique_ptr<StateStream> Stream;     // likewise
 

@@ -161,7 +161,7 @@ protected:
         auto& mark = *preset.add_gotos();
         mark.set_time_ms(4000);
         mark.set_name("Verse");
-        Model.CreatePreset(preset, {.Who = Console});
+        Model.CreatePreset(preset, Here);
     }
     /// "1 take", "1 goto 4000: Verse, from 9000 ms", with ">" before what the console asked for.
     std::vector<std::string> Happened() {
@@ -187,6 +187,7 @@ protected:
     const bool IsOpen = (Open(), true);
     int Looks = 0;
     const Asker Console{.Address = "192.0.2.1:5", .Client = "FOH", .Certified = false};
+    const Caller Here{.Who = Console};
     FakeClock Time;
     FakeCatalog Catalog;
     Feed Updates;
@@ -199,7 +200,7 @@ TEST_F(RecorderTest, TellsWhatWasAskedForFromWhatFollowed) {
     auto second = PresetWith(0, Clip);
     second.set_loop(1);
     second.set_freeze_at_end(true);
-    Model.CreatePreset(second, {.Who = Console});
+    Model.CreatePreset(second, Here);
     google::protobuf::FieldMask mask;
     mask.add_paths("link");
     mask.add_paths("name");
@@ -207,19 +208,19 @@ TEST_F(RecorderTest, TellsWhatWasAskedForFromWhatFollowed) {
     edit.set_pk(1);
     edit.set_link(2);
     edit.set_name("preset 0");
-    Model.UpdatePreset(edit, mask, {.Who = Console});
-    Model.UpdatePreset(edit, mask, {.Who = Console});  // changes nothing
-    Model.SeekTo(1, 9500, Console);
-    Model.Take(1, Console);
+    Model.UpdatePreset(edit, mask, Here);
+    Model.UpdatePreset(edit, mask, Here);  // changes nothing
+    Model.SeekTo(1, 9500, Here);
+    Model.Take(1, Here);
     Pass(1000);
-    Model.SeekTo(1, 4000, Console);
-    Model.Pause(1, true, Console);
-    Model.Pause(1, true, Console);  // changes nothing
-    Model.Take(1, Console);
+    Model.SeekTo(1, 4000, Here);
+    Model.Pause(1, true, Here);
+    Model.Pause(1, true, Here);  // changes nothing
+    Model.Take(1, Here);
     Pass(4000);
     Pass(20'000);
-    Model.End(2, Console);
-    Model.DeletePreset(2, {.Who = Console});
+    Model.End(2, Here);
+    Model.DeletePreset(2, Here);
     EXPECT_THAT(Happened(), ElementsAre(">1 edit: created", ">2 edit: created", ">1 edit: link", ">1 seek 9500: cued",
                                         ">1 take 9500", ">1 goto 4000: Verse, from 8500 ms", ">1 pause 4000",
                                         ">1 resume 4000", "1 end 0: at its end", "2 link 10000: after preset 1",
@@ -228,7 +229,7 @@ TEST_F(RecorderTest, TellsWhatWasAskedForFromWhatFollowed) {
 
 TEST_F(RecorderTest, ARunHasInItsEntryWhatTheOutputsShowedOfIt) {
     const auto take = [&](std::uint64_t run, bool pictures, int litAfterMS, std::uint64_t dropped, bool over) {
-        Model.Take(1, Console);
+        Model.Take(1, Here);
         zorvic::render::RunReport report;
         auto& figures = *report.add_runs();
         figures.set_pk(1);

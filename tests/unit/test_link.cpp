@@ -80,7 +80,9 @@ public:
 
 private:
     struct Known {
-        std::set<std::string> Notes = {""};  ///< the one acknowledged last, and all that were not, which may come late
+        /// The one acknowledged last, and those that were not, each with when it was asked for: it may come late, but
+        /// no later than its console waited.
+        std::map<std::string, std::chrono::steady_clock::time_point> Notes = {{"", {}}};
         std::string Acknowledged;
         bool MayBeThere = true;
         bool MayBeGone = true;
@@ -114,11 +116,12 @@ private:
         if (!preset) return;
         Known& known = Mine[preset->Name];
         preset->Notes = std::to_string(++Last);
-        known.Notes.insert(preset->Notes);
+        const auto asked = known.Notes[preset->Notes] = std::chrono::steady_clock::now();
         const StatusCode status = Console->UpdatePreset(*preset);
         if (status == ZORVIC_STATUS_FAILED && known.MayBeGone) return;
         if (!Done(status)) return;
         known.Notes.erase(known.Acknowledged);
+        std::erase_if(known.Notes, [&](const auto& note) { return note.second + 2s < asked; });
         known.Acknowledged = preset->Notes;
         for (const Preset& shown : Seen(preset->Name))
             EXPECT_TRUE(known.Notes.contains(shown.Notes)) << shown.Notes;
@@ -228,6 +231,56 @@ TEST_F(LinkTest, AnObserverThatStopsReadingHoldsUpNobodyAndFindsEverythingLater)
         mirror.Apply(frame);
     }
     context.TryCancel();
+}
+
+// Neither of what lies before a unit that stands still, nor of what is stuck in the network, does the transport know
+// how long.
+TEST_F(LinkTest, WhatLayOnTheWayUntilItsConsoleGaveUpIsNotCarriedOut) {
+    using Command = std::function<StatusCode(Session&)>;
+    Session direct(Unit.Host(), 1);
+    ASSERT_EQ(direct.CreatePreset(PresetOf("kept")), ZORVIC_STATUS_OK);
+    std::vector<Preset> stored;
+    ASSERT_EQ(direct.GetPresets(stored), ZORVIC_STATUS_OK);
+    Preset edited = stored.at(0);
+    edited.Notes = "late";
+    const std::vector<Command> commands = {[&](Session& console) { return console.SelectPreset(edited.PK); },
+                                           [&](Session& console) { return console.Take(edited.PK); },
+                                           [&](Session& console) { return console.UpdatePreset(edited); }};
+    const auto before = ContentOf(direct);
+    for (const bool inTheNetwork : {true, false}) {
+        LoopbackProxy proxy(Unit.Host(), 1);
+        std::vector<std::jthread> consoles;
+        std::atomic<std::size_t> asking = 0;
+        for (const Command& command : commands) {
+            consoles.emplace_back([&] {
+                Session console(proxy.Host(), 1);
+                EXPECT_TRUE(WaitUntil([&] { return console.Reconnect("") == ZORVIC_STATUS_OK; }));
+                ++asking;
+                EXPECT_TRUE(WaitUntil([&] { return asking > commands.size(); }));
+                EXPECT_EQ(command(console), ZORVIC_STATUS_NETWORKERROR);
+                ++asking;
+                EXPECT_TRUE(WaitUntil([&] { return asking > 2 * commands.size() + 1; }));
+            });
+        }
+        EXPECT_TRUE(WaitUntil([&] { return asking == commands.size(); }));
+        Unit.Process().Signal(SIGSTOP);
+        if (inTheNetwork) proxy.Freeze(true);
+        ++asking;
+        std::this_thread::sleep_for(500ms);
+        proxy.Freeze(true);  // what takes the command back does not come through
+        EXPECT_TRUE(WaitUntil([&] { return asking == 2 * commands.size() + 1; }));
+        std::this_thread::sleep_for(2s);
+        Unit.Process().Signal(SIGCONT);
+        proxy.Delay(10ms);
+        if (inTheNetwork) proxy.Freeze(false);
+        EXPECT_TRUE(WaitUntil([&] { return direct.Reconnect("") == ZORVIC_STATUS_OK; }));
+        std::this_thread::sleep_for(500ms);
+        EXPECT_EQ(ContentOf(direct), before) << (inTheNetwork ? "in the network" : "before the unit");
+        ++asking;
+        proxy.Cut();
+    }
+    for (const Command& command : commands)
+        EXPECT_EQ(command(direct), ZORVIC_STATUS_OK) << "in time";
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 
 namespace ZorvicUnit {
 
-bool WriteFrames(Feed::Subscription::Batch batch, const std::function<bool(const zorvic::v1::Frame&)>& write) {
+bool WriteFrames(Feed::Subscription::Batch batch, const std::function<bool(zorvic::v1::Frame&)>& write) {
     if (batch.AllStates) batch.Pieces.push_back(WholeStates(*batch.AllStates));
     auto piece = batch.Pieces.cbegin();
     do {

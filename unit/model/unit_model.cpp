@@ -97,8 +97,9 @@ std::uint64_t UnitModel::DeletePreset(std::int32_t pk, const Caller& caller) {
     });
 }
 
-std::uint64_t UnitModel::SelectPreset(std::int32_t pk) {
+std::uint64_t UnitModel::SelectPreset(std::int32_t pk, const Caller& caller) {
     const std::scoped_lock lock(ModelLock);
+    caller.CheckWaits();
     if (!Presets.contains(pk)) throw Fault(FaultKind::NotFound, "no such preset");
     Selected = pk;
     SelectionMade.notify_all();

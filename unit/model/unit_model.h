@@ -61,12 +61,13 @@ public:
     std::uint64_t RenameMark(const zorvic::v1::MarkRequest& request, const Caller& caller = {});
     std::uint64_t DeleteMark(const zorvic::v1::MarkRequest& request, const Caller& caller = {});
 
-    /// Does not wait for the disk: whoever calls WaitForSelection() saves it.
-    std::uint64_t SelectPreset(std::int32_t pk);
-    std::uint64_t Take(std::int32_t pk, const Asker& who = {});
-    std::uint64_t Pause(std::int32_t pk, std::optional<bool> wanted = std::nullopt, const Asker& who = {});
-    std::uint64_t End(std::int32_t pk, const Asker& who = {});
-    std::uint64_t SeekTo(std::int32_t pk, std::uint32_t timeMS, const Asker& who = {});
+    // Commands that do not wait for the disk: Fault TooLate when the caller has given up.
+    /// Whoever calls WaitForSelection() saves it.
+    std::uint64_t SelectPreset(std::int32_t pk, const Caller& caller = {});
+    std::uint64_t Take(std::int32_t pk, const Caller& caller = {});
+    std::uint64_t Pause(std::int32_t pk, std::optional<bool> wanted = std::nullopt, const Caller& caller = {});
+    std::uint64_t End(std::int32_t pk, const Caller& caller = {});
+    std::uint64_t SeekTo(std::int32_t pk, std::uint32_t timeMS, const Caller& caller = {});
 
     // For whoever shows what plays; see Playback.
     std::uint64_t HoldColdTakes(bool on, std::chrono::nanoseconds refresh = {});
@@ -122,7 +123,7 @@ private:
     void TellPlayListener();
     std::vector<std::int32_t> LikelyNext() const;
     template <typename Command>
-    std::uint64_t Play(const Command& command, const Asker& who = {});
+    std::uint64_t Play(const Command& command, const Caller& caller = {});
     template <typename Command>
     std::uint64_t Write(const Caller& caller, const Command& command, std::int32_t* made = nullptr);
     template <typename Edit>

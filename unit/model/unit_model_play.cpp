@@ -23,26 +23,27 @@ zorvic::v1::TimeCodes TimeCodesOf(const std::vector<PlayPosition>& positions) {
 }  // namespace
 
 template <typename Command>
-std::uint64_t UnitModel::Play(const Command& command, const Asker& who) {
+std::uint64_t UnitModel::Play(const Command& command, const Caller& caller) {
     const std::scoped_lock lock(ModelLock);
+    caller.CheckWaits();
     command();
-    return Publish({}, who);
+    return Publish({}, caller.Who);
 }
 
-std::uint64_t UnitModel::Take(std::int32_t pk, const Asker& who) {
-    return Play([&] { Playing.Take(pk); }, who);
+std::uint64_t UnitModel::Take(std::int32_t pk, const Caller& caller) {
+    return Play([&] { Playing.Take(pk); }, caller);
 }
 
-std::uint64_t UnitModel::Pause(std::int32_t pk, std::optional<bool> wanted, const Asker& who) {
-    return Play([&] { Playing.Pause(pk, wanted); }, who);
+std::uint64_t UnitModel::Pause(std::int32_t pk, std::optional<bool> wanted, const Caller& caller) {
+    return Play([&] { Playing.Pause(pk, wanted); }, caller);
 }
 
-std::uint64_t UnitModel::End(std::int32_t pk, const Asker& who) {
-    return Play([&] { Playing.End(pk); }, who);
+std::uint64_t UnitModel::End(std::int32_t pk, const Caller& caller) {
+    return Play([&] { Playing.End(pk); }, caller);
 }
 
-std::uint64_t UnitModel::SeekTo(std::int32_t pk, std::uint32_t timeMS, const Asker& who) {
-    return Play([&] { Playing.Seek(pk, timeMS); }, who);
+std::uint64_t UnitModel::SeekTo(std::int32_t pk, std::uint32_t timeMS, const Caller& caller) {
+    return Play([&] { Playing.Seek(pk, timeMS); }, caller);
 }
 
 std::uint64_t UnitModel::HoldColdTakes(bool on, std::chrono::nanoseconds refresh) {

@@ -37,10 +37,6 @@ constexpr std::chrono::milliseconds HeartbeatPeriod(150);
 constexpr std::chrono::milliseconds PreviewHeartbeatPeriod(1000);
 constexpr std::chrono::milliseconds SheetHeartbeatPeriod(1000);
 
-// What is left of a call's time when its turn to write comes must do for the write and for the way of the answer, too:
-// the console's clock for the call began to run before ours.
-constexpr std::chrono::milliseconds WriteTime(100);
-
 // The longest path or name is far below, and a newer console finds room for what it has to say beside it.
 template <typename Request>
 constexpr std::size_t MostBytes = 16UL * 1024;
@@ -119,13 +115,6 @@ Status Attempt(RequestLog& log, const std::string& what, const Action& action) {
     }
 }
 
-Caller CallerOf(const ServerContext& context, std::uint64_t requestKey = 0) {
-    const auto waits = [&context] {
-        return !context.IsCancelled() && std::chrono::system_clock::now() + WriteTime < context.deadline();
-    };
-    return {.Waits = waits, .RequestKey = requestKey, .Who = AskerOf(context)};
-}
-
 /// A console that watches, in the as-run sheet.
 class Visit {
 public:
@@ -187,12 +176,19 @@ UnitService::UnitService(zorvic::v1::Identity identity, UnitModel& model, AssetS
       Link(link),
       Updates(updates),
       Pictures(pictures),
+      CallTime(updates.Run()),
       OnPower(std::move(power)),
       Writes(writeLimit) {}
 
 void UnitService::KeepSheet(Sheet& sheet, Recorder& record) {
     Pages = &sheet;
     Record = &record;
+}
+
+Caller UnitService::CallerOf(const ServerContext& context, std::uint64_t requestKey) const {
+    return {.Waits = [&context, this] { return CallTime.Waits(context); },
+            .RequestKey = requestKey,
+            .Who = AskerOf(context)};
 }
 
 // Carries out one request, unless the unit is ending. A command whose console has given up is not carried out late.
@@ -239,7 +235,8 @@ Status UnitService::Watch(ServerContext* context, const zorvic::v1::WatchRequest
         const Places::Place place(Watching, PeerFromName(context->peer()));
         Feed::Subscription subscription(Updates, WishesOf(*request, context->peer()));
         const Visit visit(*Record, *context);
-        const auto write = [&](const zorvic::v1::Frame& frame) {
+        const auto write = [&](zorvic::v1::Frame& frame) {
+            frame.set_clock_ms(CallTime.Now());
             const WriteLimit::Pending pending(Writes, *context);
             return writer->Write(frame);
         };
@@ -248,7 +245,7 @@ Status UnitService::Watch(ServerContext* context, const zorvic::v1::WatchRequest
             auto batch = subscription.Next(HeartbeatPeriod);
             over = !batch;
             // A heartbeat says that playback moves, not that this thread does.
-            if (batch && batch->Pieces.empty() && !Updates.Beats()) continue;
+            if (batch && batch->Pieces.empty() && !batch->AllStates && !Updates.Beats()) continue;
             if (over || !WriteFrames(std::move(*batch), write)) return;
         }
     });
@@ -336,28 +333,28 @@ Status UnitService::DeletePreset(ServerContext* context, const zorvic::v1::Prese
 Status UnitService::SelectPreset(ServerContext* context, const zorvic::v1::PresetRequest* request,
                                  CommandReply* reply) {
     return Command(*context, *request, *reply, OnPreset("select", request->pk()),
-                   [&] { return Model.SelectPreset(request->pk()); });
+                   [&] { return Model.SelectPreset(request->pk(), CallerOf(*context)); });
 }
 
 Status UnitService::Take(ServerContext* context, const zorvic::v1::PresetRequest* request, CommandReply* reply) {
     return Command(*context, *request, *reply, OnPreset("take", request->pk()),
-                   [&] { return Model.Take(request->pk(), AskerOf(*context)); });
+                   [&] { return Model.Take(request->pk(), CallerOf(*context)); });
 }
 
 Status UnitService::Pause(ServerContext* context, const zorvic::v1::PauseRequest* request, CommandReply* reply) {
     const auto wanted = request->has_paused() ? std::optional(request->paused()) : std::nullopt;
     return Command(*context, *request, *reply, OnPreset("pause", request->pk()),
-                   [&] { return Model.Pause(request->pk(), wanted, AskerOf(*context)); });
+                   [&] { return Model.Pause(request->pk(), wanted, CallerOf(*context)); });
 }
 
 Status UnitService::End(ServerContext* context, const zorvic::v1::PresetRequest* request, CommandReply* reply) {
     return Command(*context, *request, *reply, OnPreset("end", request->pk()),
-                   [&] { return Model.End(request->pk(), AskerOf(*context)); });
+                   [&] { return Model.End(request->pk(), CallerOf(*context)); });
 }
 
 Status UnitService::SeekTo(ServerContext* context, const zorvic::v1::SeekRequest* request, CommandReply* reply) {
     return Command(*context, *request, *reply, OnPreset("seek", request->pk()),
-                   [&] { return Model.SeekTo(request->pk(), request->time_ms(), AskerOf(*context)); });
+                   [&] { return Model.SeekTo(request->pk(), request->time_ms(), CallerOf(*context)); });
 }
 
 Status UnitService::CreateMark(ServerContext* context, const zorvic::v1::MarkRequest* request, CommandReply* reply) {
@@ -391,8 +388,10 @@ Status UnitService::Power(ServerContext* context, const zorvic::v1::PowerRequest
         if (!zorvic::v1::PowerAction_IsValid(request->action()) ||
             request->action() == zorvic::v1::POWER_ACTION_UNSPECIFIED)
             throw Fault(FaultKind::Misused, "no such power action");
+        const Caller caller = CallerOf(*context);
+        caller.CheckWaits();
         reply->set_revision(Model.Revision());
-        Record->Note(Zorvic::ZORVIC_ASRUN_POWER, PowerText(request->action()), AskerOf(*context));
+        Record->Note(Zorvic::ZORVIC_ASRUN_POWER, PowerText(request->action()), caller.Who);
         OnPower(request->action());
     });
 }

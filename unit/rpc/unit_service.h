@@ -2,6 +2,8 @@
 
 #include "asrun/recorder.h"
 #include "asrun/sheet.h"
+#include "caller.h"
+#include "rpc/call_clock.h"
 #include "rpc/places.h"
 #include "rpc/request_gate.h"
 #include "rpc/request_log.h"
@@ -97,6 +99,7 @@ public:
 
 private:
     void CheckAdmission(const grpc::ServerContext& context) const;
+    Caller CallerOf(const grpc::ServerContext& context, std::uint64_t requestKey = 0) const;
     template <typename Request, typename Action>
     grpc::Status Answer(const grpc::ServerContext& context, const Request& request, const std::string& what,
                         const Action& action);
@@ -110,6 +113,7 @@ private:
     AssetLink& Link;     ///< for commands on assets
     Feed& Updates;
     Previews& Pictures;
+    const CallClock CallTime;
     Sheet* Pages = nullptr;
     Recorder* Record = &Recorder::None();
     const PowerHandler OnPower;
