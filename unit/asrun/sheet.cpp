@@ -21,7 +21,8 @@ using zorvic::v1::AsRunEntry;
 
 namespace {
 
-constexpr milliseconds CommitPeriod(1000);
+// A kill costs the last second at most: this, and the time of a commit.
+constexpr milliseconds CommitPeriod(700);
 // How exactly the sheet knows when a unit that did nothing was ended.
 constexpr std::chrono::seconds AlivePeriod(10);
 constexpr milliseconds ClockStep(500);
@@ -159,12 +160,12 @@ void Sheet::Run() {
         Wake.wait_until(lock, next, [this] { return Stop; });
         last = Stop;
         NoteClock();
+        next = steady_clock::now() + CommitPeriod;
         const SheetFile::Batch batch(Waiting.begin(), Waiting.end());
         Waiting.clear();
         BeingWritten = batch.size();
         lock.unlock();
         written = Write(batch);
-        next = steady_clock::now() + CommitPeriod;
         lock.lock();
         BeingWritten = 0;
         // Bounded by MostWaiting together with those that came meanwhile.
