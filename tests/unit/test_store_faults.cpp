@@ -1,108 +1,195 @@
+// ZORVIC_CUTS sets how often the power goes, ZORVIC_SEED where the drawing begins.
 #include "store/database.h"
+#include "store/import_table.h"
 #include "store/preset_table.h"
+#include "store/settings_table.h"
 #include "support/childprocess.h"
+#include "support/diskrecord.h"
+#include "support/environment.h"
 #include "unit/unitfakes.h"
 
-#include <sqlite3.h>
-
 #include <functional>
+#include <iostream>
+#include <set>
 
 namespace ZorvicUnit {
 namespace {
 
-/// The n-th write, truncation or synchronisation of a database from now on fails, and no other; 0: none.
-std::atomic<int> UntilFailure = 0;
-
-bool FailsNow() {
-    return UntilFailure > 0 && --UntilFailure == 0;
-}
-
-/// What SQLite calls for a file: the system's own methods, but for those that may fail.
-struct Methods : sqlite3_io_methods {
-    explicit Methods(const sqlite3_io_methods& own) : sqlite3_io_methods(own), Own(own) {
-        xWrite = [](sqlite3_file* file, const void* bytes, int size, sqlite3_int64 place) {
-            return FailsNow() ? SQLITE_IOERR_WRITE : Of(file).xWrite(file, bytes, size, place);
-        };
-        xTruncate = [](sqlite3_file* file, sqlite3_int64 size) {
-            return FailsNow() ? SQLITE_IOERR_TRUNCATE : Of(file).xTruncate(file, size);
-        };
-        xSync = [](sqlite3_file* file, int flags) {
-            return FailsNow() ? SQLITE_IOERR_FSYNC : Of(file).xSync(file, flags);
-        };
-    }
-    static const sqlite3_io_methods& Of(const sqlite3_file* file) {
-        return static_cast<const Methods*>(file->pMethods)->Own;
-    }
-    const sqlite3_io_methods& Own;
+/// What operators have made.
+struct Content {
+    std::map<std::int32_t, std::string> Presets;
+    std::set<std::string> Orders;
+    std::int32_t Selected = 0;
+    std::string Guid;
+    bool operator==(const Content&) const = default;
 };
 
-int Open(sqlite3_vfs* /*failing*/, const char* name, sqlite3_file* file, int flags, int* outFlags) {
-    static std::map<const sqlite3_io_methods*, Methods> known;
-    sqlite3_vfs* const system = sqlite3_vfs_find("unix");
-    const int result = system->xOpen(system, name, file, flags, outFlags);
-    const auto* const own = file->pMethods;
-    if (own != nullptr) file->pMethods = &known.try_emplace(own, *own).first->second;
-    return result;
+std::ostream& operator<<(std::ostream& out, const Content& content) {
+    for (const auto& [pk, asset] : content.Presets)
+        out << pk << ':' << asset << ' ';
+    for (const std::string& order : content.Orders)
+        out << order << ' ';
+    return out << "selected " << content.Selected << ", " << content.Guid;
 }
 
-using Presets = std::map<std::int32_t, std::string>;
+/// A store at work, and what it has acknowledged.
+class Show {
+public:
+    explicit Show(std::filesystem::path file) : File(std::move(file)) { Open(); }
 
-/// What a unit finds that is started now, with the one before killed.
-Presets AfterAKill(const std::string& file, const std::string& copy) {
-    for (const char* part : {"", "-wal", "-shm", "-seal", "-copy1", "-copy2", "-copy3"}) {
-        std::filesystem::remove(copy + part);
-        const bool kept = std::string(part) != "-shm" && std::filesystem::exists(file + part);
-        if (kept) std::filesystem::copy_file(file + part, copy + part);
+    void Open() {
+        Store.emplace(File, [this](const std::string& text) { Mended = text; });
     }
-    Presets found;
-    Database database(copy);
-    for (const auto& preset : PresetTable(database).Load())
-        found[preset.pk()] = preset.canvases(0).assets(0).full_path();
-    return found;
+    void Insert(const std::string& asset, std::size_t notes = 0) {
+        Known.Presets[Table().Insert(Preset(0, asset, notes))] = asset;
+    }
+    void Replace(std::int32_t pk, const std::string& asset, std::size_t notes = 0) {
+        Table().Replace(Preset(pk, asset, notes));
+        Known.Presets[pk] = asset;
+    }
+    void Remove(std::int32_t pk) {
+        Table().Remove(pk);
+        Known.Presets.erase(pk);
+    }
+    void Order(const std::string& path) {
+        ImportTable(*Store).Add({path, "C:\\source", {}, {}, {}}, [] { return true; });
+        Known.Orders.insert(path);
+    }
+    void EndOrder(const std::string& path) {
+        ImportTable(*Store).Remove(path);
+        Known.Orders.erase(path);
+    }
+    void Select(std::int32_t pk) {
+        SettingsTable(*Store).SetSelectedPreset(pk);
+        Known.Selected = pk;
+    }
+    void NameUnit() { Known.Guid = SettingsTable(*Store).Guid(); }
+    void BeIdle() { Store->CheckpointWhenIdle(), Store->CheckpointWhenIdle(); }
+    void Restart() { Store.reset(), Open(); }
+    bool IsOpen() const { return Store.has_value(); }
+
+    /// One after the other: what operators and the unit itself do with a store.
+    static std::vector<std::function<void(Show&)>> Commands() {
+        return {[](Show& show) { show.NameUnit(); },
+                [](Show& show) { show.Insert("a"); },
+                [](Show& show) { show.Insert("large", 9'000); },
+                [](Show& show) { show.Order("D:\\x"); },
+                [](Show& show) { show.Replace(1, "b"); },
+                [](Show& show) { show.BeIdle(); },
+                [](Show& show) { show.Select(2); },
+                [](Show& show) { show.Replace(1, "larger", 30'000); },
+                [](Show& show) { show.Order("D:\\y"); },
+                [](Show& show) { show.EndOrder("D:\\x"); },
+                [](Show& show) { show.Restart(); },
+                [](Show& show) { show.Remove(2); },
+                [](Show& show) { show.Insert("c", 20'000); },
+                [](Show& show) { show.BeIdle(); },
+                [](Show& show) { show.Select(1); },
+                [](Show& show) { show.Store.reset(); }};
+    }
+    const Content& Acknowledged() const { return Known; }
+    /// What is there.
+    Content Read() {
+        Content found;
+        for (const auto& preset : Table().Load())
+            found.Presets[preset.pk()] = preset.canvases(0).assets(0).full_path();
+        for (const ImportOrder& order : ImportTable(*Store).Load())
+            found.Orders.insert(order.Path);
+        SettingsTable settings(*Store);
+        found.Selected = settings.SelectedPreset();
+        const bool named = Store->Number("SELECT count(*) FROM settings WHERE name = 'guid'") != 0;
+        if (named) found.Guid = settings.Guid();
+        return found;
+    }
+
+    std::string Mended;  ///< what was said of it; empty when it was whole
+
+private:
+    PresetTable Table() { return PresetTable(*Store); }
+    static zorvic::v1::Preset Preset(std::int32_t pk, const std::string& asset, std::size_t notes) {
+        auto preset = PresetWith(pk, asset);
+        preset.set_notes(std::string(notes, 'x'));
+        return preset;
+    }
+
+    const std::filesystem::path File;
+    std::optional<Database> Store;
+    Content Known;
+};
+
+TEST(PowerCuts, LoseNothingThatWasAcknowledgedAndLeaveNothingHalf) {
+    const unsigned seed = FromEnvironment("ZORVIC_SEED", std::random_device{}());
+    std::cout << "ZORVIC_SEED=" << seed << '\n';
+    std::mt19937 draw(seed);
+    const TemporaryDirectory directory;
+    const std::filesystem::path place = directory.Path();
+    std::filesystem::create_directory(place / "live");
+    const DiskRecord disk(place / "live");
+    std::vector<std::pair<std::size_t, Content>> acknowledged = {{0, {}}};
+    {
+        Show show(place / "live" / "zorvic.db");
+        for (const auto& command : Show::Commands()) {
+            command(show);
+            acknowledged.emplace_back(disk.Steps(), show.Acknowledged());
+        }
+    }
+    const auto cuts = FromEnvironment("ZORVIC_CUTS", 60);
+    for (unsigned cut = 0; cut < cuts; ++cut) {
+        const std::size_t steps = draw() % (disk.Steps() + 1);
+        SCOPED_TRACE("cut " + std::to_string(cut) + " after step " + std::to_string(steps));
+        const auto later = std::ranges::find_if(acknowledged, [&](const auto& moment) { return moment.first > steps; });
+        const Content& before = std::prev(later)->second;
+        const Content& after = (later == acknowledged.end() ? std::prev(later) : later)->second;
+        const auto left = place / ("cut" + std::to_string(cut));
+        disk.Leave(steps, draw, left);
+        try {
+            Show show(left / "zorvic.db");
+            const Content found = show.Read();
+            EXPECT_TRUE(found == before || found == after) << found << "\ninstead of\n"
+                                                           << before << "\nor\n"
+                                                           << after << '\n'
+                                                           << show.Mended;
+            show.Insert("later");
+            const Content more = show.Read();
+            show.Restart();
+            EXPECT_EQ(show.Read(), more);
+        } catch (const Fault& fault) {
+            ADD_FAILURE() << fault.what();
+        }
+    }
 }
 
 // What was acknowledged stays, what failed did not happen: now, and after a kill at any moment.
-TEST(StoreFaults, WhicheverWriteOrSyncFailsTheStoreHoldsWhatItAcknowledged) {
-    static sqlite3_vfs disk = *sqlite3_vfs_find(nullptr);
-    disk.zName = "failing";
-    disk.xOpen = &Open;
-    sqlite3_vfs_register(&disk, 1);
+TEST(DiskFailures, WhicheverWriteOrSyncFailsTheStoreHoldsWhatItAcknowledged) {
     int refused = 0;
     bool failed = true;
     for (int number = 1; failed; ++number) {
         SCOPED_TRACE(number);
-        failed = false;
         const TemporaryDirectory directory;
-        const std::string file = directory.Path() + "/zorvic.db";
-        Presets acknowledged;
-        Database database(file);
-        PresetTable table(database);
-        const auto large = [](std::int32_t pk, const std::string& asset) {
-            auto preset = PresetWith(pk, asset);
-            preset.set_notes(std::string(9'000, 'x'));
-            return preset;
+        const std::filesystem::path place = directory.Path();
+        std::filesystem::create_directory(place / "live");
+        DiskRecord disk(place / "live");
+        auto afterAKill = [&, kills = 0]() mutable {
+            const auto left = place / ("kill" + std::to_string(++kills));
+            std::filesystem::copy(place / "live", left);
+            std::filesystem::remove(left / "zorvic.db-shm");
+            return Show(left / "zorvic.db").Read();
         };
-        const std::vector<std::function<void()>> commands = {
-            [&] { acknowledged[table.Insert(PresetWith(0, "a"))] = "a"; },
-            [&] { acknowledged[table.Insert(large(0, "large"))] = "large"; },
-            [&] { table.Replace(PresetWith(1, "b")), acknowledged[1] = "b"; },
-            [&] { database.CheckpointWhenIdle(), database.CheckpointWhenIdle(); },
-            [&] { table.Replace(large(1, "larger")), acknowledged[1] = "larger"; },
-            [&] { table.Remove(1), acknowledged.erase(1); },
-            [&] { acknowledged[table.Insert(PresetWith(0, "c"))] = "c"; }};
-        UntilFailure = number;
-        for (const auto& command : commands) {
+        Show show(place / "live" / "zorvic.db");
+        disk.Fail(number);
+        failed = false;
+        for (const auto& command : Show::Commands()) {
             try {
-                command();
+                if (!show.IsOpen()) show.Open();
+                command(show);
             } catch (const Fault&) {
                 ++refused;
             }
-            if (failed || UntilFailure > 0) continue;
+            if (failed || !disk.HasFailed()) continue;
             failed = true;
-            EXPECT_EQ(AfterAKill(file, directory.Path() + "/copy.db"), acknowledged);
+            EXPECT_EQ(afterAKill(), show.Acknowledged());
         }
-        UntilFailure = 0;
-        EXPECT_EQ(AfterAKill(file, directory.Path() + "/copy.db"), acknowledged);
+        EXPECT_EQ(afterAKill(), show.Acknowledged());
     }
     EXPECT_GT(refused, 5);
 }
