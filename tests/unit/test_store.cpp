@@ -1,6 +1,7 @@
 #include "files/give_way.h"
 #include "store/copies.h"
 #include "store/database.h"
+#include "store/import_table.h"
 #include "store/preset_table.h"
 #include "store/settings_table.h"
 #include "support/childprocess.h"
@@ -34,10 +35,25 @@ protected:
     static std::vector<std::string> Presets(const std::string& file) {
         Log.str({});
         Database database(file);
+        return Presets(database);
+    }
+    static std::vector<std::string> Presets(Database& database) {
         std::vector<std::string> presets;
         for (const auto& preset : PresetTable(database).Load())
             presets.push_back(preset.SerializeAsString());
         return presets;
+    }
+    /// The same with the settings and the orders to import.
+    static std::vector<std::string> Content(const std::string& file) {
+        Log.str({});
+        Database database(file);
+        auto content = Presets(database);
+        content.push_back(std::to_string(SettingsTable(database).SelectedPreset()));
+        if (database.Number("SELECT count(*) FROM settings WHERE name = 'guid'") > 0)
+            content.push_back(SettingsTable(database).Guid());
+        for (const ImportOrder& order : ImportTable(database).Load())
+            content.push_back(order.Path + order.Source + std::to_string(order.Stamp.ModifiedNS));
+        return content;
     }
     static void Fill(Database& database, int count) {
         for (int number = 0; number < count; ++number)
@@ -67,14 +83,21 @@ protected:
     using Files = std::map<std::string, std::string>;
 
     DamagedStoreTest() {
-        FillFile(12);
+        {
+            Database database(File());
+            Guid = SettingsTable(database).Guid();
+            SettingsTable(database).SetSelectedPreset(3);
+            for (const char* path : {"E:\\Assets\\one.mov", "E:\\Assets\\two.mov"})
+                ImportTable(database).Add({path, "D:\\source.mov", {7, 8}, {}, {}}, [] { return true; });
+            Fill(database, 12);
+        }
         Database database(File());
         OlderSeal = Read()["-seal"];
         Fill(database, 12);
         Copies(File()).Make();
         Copy = ReadFile(File() + "-copy1");
         Kept = Read();
-        Complete = Presets(File());
+        Complete = Content(File());
     }
     Files Read() const {
         Files files;
@@ -94,6 +117,7 @@ protected:
     Files Kept;
     std::string Copy;
     std::string OlderSeal;
+    std::string Guid;
     std::vector<std::string> Complete;
 };
 
@@ -105,16 +129,16 @@ TEST_F(DamagedStoreTest, IsMendedOrRefusedAndLeftAloneAndWhatIsLostIsNamed) {
             Make(end, *bytes);
             const Files before = Read();
             try {
-                const bool complete = Presets(File()) == Complete;
+                const bool complete = Content(File()) == Complete;
                 ++outcomes[complete ? "complete" : "named"];
                 if (complete) continue;
-                EXPECT_THAT(Log.str(), testing::HasSubstr("presets should be there"));
+                EXPECT_THAT(Log.str(), testing::HasSubstr("should be there"));
             } catch (const Fault&) {
                 EXPECT_TRUE(Read() == before);
                 ++outcomes["refused"];
             }
             Make(end, *bytes, true);
-            EXPECT_TRUE(Presets(File()) == Complete) << "a whole copy loses nothing";
+            EXPECT_TRUE(Content(File()) == Complete) << "a whole copy loses nothing";
         }
     }
     for (const char* outcome : {"complete", "named", "refused"})
@@ -129,15 +153,33 @@ TEST_F(DamagedStoreTest, WhatNothingProvesLostIsReported) {
         SCOPED_TRACE(number);
         Make("-wal", *bytes);
         try {
-            EXPECT_TRUE(Presets(File()) == Complete || Log.str().find("changes are lost") != std::string::npos);
+            EXPECT_TRUE(Content(File()) == Complete || Log.str().find("changes are lost") != std::string::npos);
         } catch (const Fault&) {
         }
         Make("-wal", *bytes, true);
-        EXPECT_TRUE(Presets(File()) == Complete) << "a copy proves it";
+        EXPECT_TRUE(Content(File()) == Complete) << "a copy proves it";
     }
     Make("-wal", wal);
-    EXPECT_TRUE(Presets(File()) == Complete);
+    EXPECT_TRUE(Content(File()) == Complete);
     EXPECT_EQ(Log.str(), "") << "a kill between a commit and its seal is no damage";
+}
+
+// Which unit it is and what was promised to be imported are as dear as presets.
+TEST_F(DamagedStoreTest, ASpoiltSettingOrOrderIsTakenFromACopyOrNamed) {
+    for (const auto& [text, says] : {std::pair(Guid, "identifier is lost"),
+                                     {"selected_preset", "4 settings and orders"},
+                                     {"two.mov", "order to import E:\\Assets\\"}}) {
+        SCOPED_TRACE(text);
+        std::string bytes = Kept[""];
+        const auto place = bytes.find(text);
+        ASSERT_NE(place, std::string::npos);
+        bytes[place + 1] = static_cast<char>(bytes[place + 1] ^ 1);
+        Make("", bytes);
+        EXPECT_FALSE(Content(File()) == Complete);
+        EXPECT_THAT(Log.str(), testing::HasSubstr(says));
+        Make("", bytes, true);
+        EXPECT_TRUE(Content(File()) == Complete);
+    }
 }
 
 TEST_F(StoreTest, ALostSealIsReportedAndMadeAgainAndAnOlderStoreGetsOne) {
@@ -147,7 +189,9 @@ TEST_F(StoreTest, ALostSealIsReportedAndMadeAgainAndAnOlderStoreGetsOne) {
     EXPECT_THAT(Log.str(), testing::HasSubstr("-seal is missing"));
     Database(File()).Execute(
         "DROP TRIGGER preset_inserted; DROP TRIGGER preset_updated; DROP TRIGGER preset_deleted;"
-        "DROP TRIGGER setting_made; DROP TABLE ledger; DROP TABLE imports; ALTER TABLE presets DROP COLUMN mark;"
+        "DROP TRIGGER setting_made; DROP TRIGGER setting_inserted; DROP TRIGGER setting_updated;"
+        "DROP TRIGGER setting_deleted; DROP TABLE ledger; DROP TABLE imports; ALTER TABLE presets DROP COLUMN mark;"
+        "ALTER TABLE settings DROP COLUMN hash;"
         "CREATE TABLE assets(path); PRAGMA user_version = 1");
     for (const char* file : {"-copy1", "-copy2"})
         std::filesystem::remove(File() + file);

@@ -1,5 +1,6 @@
 #include "store/connection.h"
 
+#include "store/row_hash.h"
 #include "store/sqlite_fault.h"
 
 #include <spdlog/spdlog.h>
@@ -37,6 +38,7 @@ Connection::Connection(std::filesystem::path file, Access access) : Name(std::mo
     const int result = sqlite3_open_v2(Name.c_str(), &handle, FlagsOf(access) | SQLITE_OPEN_FULLMUTEX, nullptr);
     Handle.reset(handle);
     if (result != SQLITE_OK) RaiseLast(handle, "open " + Name.string());
+    AddRowHash(handle);
 }
 
 Connection::~Connection() = default;

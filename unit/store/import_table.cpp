@@ -20,7 +20,9 @@ std::vector<ImportOrder> ImportTable::Load() {
 void ImportTable::Add(const ImportOrder& order, const std::function<bool()>& waits) {
     const auto turn = Rows.WaitForTurn(waits);
     Rows.Write([&] {
-        Rows.Prepare("INSERT OR REPLACE INTO imports(path, source, size, modified_ns) VALUES(?, ?, ?, ?)")
+        // What REPLACE takes away no trigger sees.
+        Rows.Prepare("DELETE FROM imports WHERE path = ?").Bind(order.Path).Run();
+        Rows.Prepare("INSERT INTO imports(path, source, size, modified_ns) VALUES(?, ?, ?, ?)")
             .Bind(order.Path)
             .Bind(order.Source)
             .Bind(order.Stamp.Size)

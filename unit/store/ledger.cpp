@@ -1,7 +1,9 @@
 #include "store/ledger.h"
 
+#include "files/names.h"
 #include "store/connection.h"
 #include "store/preset_row.h"
+#include "store/row_hash.h"
 #include "store/sqlite_fault.h"
 
 #include <spdlog/fmt/fmt.h>
@@ -33,13 +35,29 @@ Ledger CountPresets(Connection& database) {
     return found;
 }
 
+void CountOthers(Connection& database, Ledger& found) {
+    constexpr std::int64_t Bits = 0x7FFF'FFFF;
+    for (const HashedTable& table : HashedTables) {
+        auto rows = database.Prepare(
+            fmt::format("SELECT hash, row_hash({}), {} FROM {}", table.Columns, table.What, table.Name));
+        while (rows.Step()) {
+            if (rows.Integer(0) != rows.Integer(1)) throw StoreDamage("the " + ForLog(rows.Text(2)));
+            ++found.Others;
+            found.OtherMarks += rows.Integer(0) & Bits;
+        }
+    }
+}
+
 }  // namespace
 
 std::optional<Ledger> ReadLedger(Connection& database) {
-    if (database.SchemaVersion() < LedgerVersion) return std::nullopt;
-    auto row = database.Prepare("SELECT changes, presets, marks FROM ledger");
+    const std::int64_t version = database.SchemaVersion();
+    if (version < LedgerVersion) return std::nullopt;
+    auto row =
+        database.Prepare(version < RowHashVersion ? "SELECT changes, presets, marks, 0, 0 FROM ledger"
+                                                  : "SELECT changes, presets, marks, others, other_marks FROM ledger");
     if (!row.Step()) return std::nullopt;
-    return Ledger{row.Integer(0), row.Integer(1), row.Integer(2)};
+    return Ledger{row.Integer(0), row.Integer(1), row.Integer(2), row.Integer(3), row.Integer(4)};
 }
 
 void CheckContent(Connection& database) {
@@ -51,9 +69,11 @@ void CheckContent(Connection& database) {
     const auto ledger = ReadLedger(database);
     if (!ledger) throw StoreDamage("its ledger is gone");
     found.Changes = ledger->Changes;
+    if (version >= RowHashVersion) CountOthers(database, found);
     if (found != *ledger)
         throw StoreDamage(
-            fmt::format("it should hold {} presets and holds {}, or others", ledger->Presets, found.Presets));
+            fmt::format("it should hold {} presets and {} settings and orders, and holds {} and {}, or others",
+                        ledger->Presets, ledger->Others, found.Presets, found.Others));
 }
 
 }  // namespace ZorvicUnit

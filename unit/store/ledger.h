@@ -11,7 +11,9 @@ class Connection;
 struct Ledger {
     std::int64_t Changes = 0;  ///< ever made
     std::int64_t Presets = 0;
-    std::int64_t Marks = 0;  ///< sum over the presets, in whatever order
+    std::int64_t Marks = 0;   ///< sum over the presets, in whatever order
+    std::int64_t Others = 0;  ///< rows of the hashed tables; 0 in a database that is older than these
+    std::int64_t OtherMarks = 0;
     bool operator==(const Ledger&) const = default;
 };
 

@@ -2,9 +2,11 @@
 
 #include "fault.h"
 #include "files/file_copy.h"
+#include "files/names.h"
 #include "store/connection.h"
 #include "store/copies.h"
 #include "store/migrations.h"
+#include "store/row_hash.h"
 #include "store/salvage.h"
 
 #include <spdlog/spdlog.h>
@@ -47,11 +49,12 @@ struct Plan {
     std::int64_t Changes = 0;
     std::int64_t LastKey = 0;
     std::vector<std::string> Losses;
+    std::int64_t Others = 0;  ///< settings and orders that should be there
 };
 
 // The ledger tells which presets must be there, so that most of what looks lost can be proved complete.
 Plan FillFrom(const std::optional<GoodCopy>& copy, Salvage&& found) {
-    Plan plan{std::move(found.Presets), found.Counted->Changes, found.LastKey, {}};
+    Plan plan{std::move(found.Presets), found.Counted->Changes, found.LastKey, {}, found.Counted->Others};
     if (copy) {
         for (const std::int64_t key : found.Unreadable)
             if (const auto kept = copy->Content.Presets.find(key); kept != copy->Content.Presets.end())
@@ -81,13 +84,14 @@ Plan MakePlan(const DamagedDatabase& damaged) {
     Salvage found = ReadWhatIsThere(damaged.File, copy ? copy->Content.LastKey : 0);
     if (Reaches(found, damaged.Acknowledged)) return FillFrom(copy, std::move(found));
     if (copy && Reaches(copy->Content, damaged.Acknowledged)) {
-        Plan plan{copy->Content.Presets, copy->Content.Counted->Changes, found.LastKey, {}};
+        Plan plan{
+            copy->Content.Presets, copy->Content.Counted->Changes, found.LastKey, {}, copy->Content.Counted->Others};
         if (!damaged.Acknowledged)
             plan.Losses.push_back("what was changed after " + copy->File.string() + " was made is lost");
         return plan;
     }
     if (!damaged.Acknowledged && !found.Presets.empty())
-        return {std::move(found.Presets), 0, found.LastKey, {"nothing tells whether all presets are there"}};
+        return {std::move(found.Presets), 0, found.LastKey, {"nothing tells whether all presets are there"}, 0};
     const std::string best =
         copy ? fmt::format("the newest copy {} has {}", copy->File.string(), copy->Content.Counted->Changes)
              : "there is no copy of it";
@@ -99,24 +103,103 @@ Plan MakePlan(const DamagedDatabase& damaged) {
                     any ? "what can be read" : "a new store"));
 }
 
-// Each table for itself: what one has lost must not cost the others.
-void CopyTables(Connection& target, const path& from, bool orders) {
-    if (!HoldsSomething(from)) return;
-    try {
-        auto attach = target.Prepare("ATTACH ? AS other");
-        attach.Bind(from.string()).Run();
-    } catch (const Fault&) {
-        return;
+class OtherDatabase {
+public:
+    OtherDatabase(Connection& target, const path& file) : Target(target) {
+        auto attach = Target.Prepare("ATTACH ? AS other");
+        attach.Bind(file.string()).Run();
     }
-    for (const char* sql : {"INSERT OR IGNORE INTO settings SELECT * FROM other.settings",
-                            "INSERT OR IGNORE INTO imports SELECT * FROM other.imports"}) {
+    ~OtherDatabase() {
         try {
-            if (orders || std::string_view(sql).find("imports") == std::string_view::npos) target.Execute(sql);
+            Target.Execute("DETACH other");
         } catch (const Fault& fault) {
-            if (orders) spdlog::error("{}", fault.what());
+            spdlog::error("{}", fault.what());
         }
     }
-    target.Execute("DETACH other");
+    OtherDatabase(const OtherDatabase&) = delete;
+    OtherDatabase& operator=(const OtherDatabase&) = delete;
+
+    bool HasHashes() const { return Target.Number("PRAGMA other.user_version") >= RowHashVersion; }
+
+private:
+    Connection& Target;
+};
+
+const HashedTable& Orders = HashedTables[1];
+
+void Run(Connection& target, const std::string& sql) {
+    target.Execute(sql.c_str());
+}
+
+void Take(Connection& target, const HashedTable& table, const std::string& which) {
+    Run(target, fmt::format("INSERT OR IGNORE INTO main.{0}({1}) SELECT {1} FROM other.{0} WHERE {2}", table.Name,
+                            table.Columns, which));
+}
+
+std::string IsWhole(const HashedTable& table) {
+    return fmt::format("hash = row_hash({})", table.Columns);
+}
+
+/// What a damaged database still told of its rows that are no presets.
+struct OtherRows {
+    std::vector<std::string> Spoilt;
+    bool Orders = false;  ///< whether it told which there are
+};
+
+// Takes those that are whole; which orders are not stays in temp.spoilt.
+OtherRows TakeRows(Connection& target, const path& from) {
+    const OtherDatabase other(target, from);
+    const bool hashes = other.HasHashes();
+    OtherRows found;
+    for (const HashedTable& table : HashedTables) {
+        try {
+            if (hashes) {
+                auto rows = target.Prepare(
+                    fmt::format("SELECT {} FROM other.{} WHERE NOT {}", table.What, table.Name, IsWhole(table)));
+                while (rows.Step())
+                    found.Spoilt.push_back(ForLog(rows.Text(0)));
+            }
+            Take(target, table, hashes ? IsWhole(table) : "true");
+            found.Orders = &table == &Orders;
+        } catch (const Fault& fault) {
+            spdlog::error("{}", fault.what());
+        }
+    }
+    if (hashes && found.Orders)
+        Run(target,
+            fmt::format("INSERT INTO temp.spoilt SELECT number FROM other.imports WHERE NOT {}", IsWhole(Orders)));
+    return found;
+}
+
+// Orders that are in a copy and not in the database have been carried out since, unless it cannot tell.
+void TakeRowsOfCopy(Connection& target, const path& copy, bool allOrders) {
+    const OtherDatabase other(target, copy);
+    for (const HashedTable& table : HashedTables)
+        Take(target, table,
+             fmt::format("{} AND {}", other.HasHashes() ? IsWhole(table) : "true",
+                         &table == &Orders && !allOrders ? "number IN temp.spoilt" : "true"));
+}
+
+// Each source for itself: what one has lost must not cost the others.
+void TakeOtherRows(Connection& target, const path& database) {
+    Run(target, "CREATE TEMP TABLE spoilt(number)");
+    OtherRows found;
+    const auto attempt = [](const path& from, const auto& take) {
+        try {
+            if (HoldsSomething(from)) take();
+        } catch (const Fault& fault) {
+            spdlog::error("{}", fault.what());
+        }
+    };
+    attempt(database, [&] { found = TakeRows(target, database); });
+    for (const std::string& row : found.Spoilt)
+        spdlog::error("store: the {} is damaged: as it was when a copy was made, or lost", row);
+    for (const path& copy : Copies(database).Files()) {
+        attempt(copy, [&] {
+            TakeRowsOfCopy(target, copy, !found.Orders);
+            found.Orders = true;
+        });
+    }
 }
 
 void Write(Connection& target, const Plan& plan) {
@@ -133,6 +216,14 @@ void Write(Connection& target, const Plan& plan) {
     transaction.Commit();
 }
 
+void ReportLostRows(Connection& target, const Plan& plan) {
+    const std::int64_t others = target.Number("SELECT others FROM ledger");
+    if (others < plan.Others)
+        spdlog::error("store: {} settings and orders to import should be there, {} are", plan.Others, others);
+    if (plan.Others > 0 && target.Number("SELECT count(*) FROM settings WHERE name = 'guid'") == 0)
+        spdlog::error("store: the unit's identifier is lost: for consoles and certificates it is another unit now");
+}
+
 void Build(const DamagedDatabase& damaged, const Plan& plan) {
     const path part = MendedOf(damaged.File).string() + ".part";
     std::filesystem::remove(part);
@@ -140,10 +231,9 @@ void Build(const DamagedDatabase& damaged, const Plan& plan) {
         Connection target(part, Connection::Access::Make);
         target.KeepLogOnClose(true);
         target.Migrate(Migrations());
-        CopyTables(target, damaged.File, true);
-        for (const path& copy : Copies(damaged.File).Files())
-            CopyTables(target, copy, false);
+        TakeOtherRows(target, damaged.File);
         Write(target, plan);
+        ReportLostRows(target, plan);
     }
     SyncFile(part);
     std::filesystem::rename(part, MendedOf(damaged.File));

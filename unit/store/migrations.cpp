@@ -6,7 +6,7 @@ namespace ZorvicUnit {
 
 namespace {
 
-constexpr std::array<const char*, 4> Steps = {
+constexpr std::array<const char*, 5> Steps = {
     // AUTOINCREMENT, because a key must not come back after the highest preset is deleted. The hash tells a record that
     // the disk has spoilt from one that was stored so.
     R"sql(
@@ -73,6 +73,51 @@ constexpr std::array<const char*, 4> Steps = {
         problem TEXT NOT NULL DEFAULT '');
     CREATE TRIGGER import_ordered AFTER INSERT ON imports BEGIN
         UPDATE ledger SET changes = changes + 1;
+    END;
+    )sql",
+    // What is no preset is told from what the disk has spoilt, too: each row by a hash, all of them by their number and
+    // a
+    // sum over the hashes.
+    R"sql(
+    ALTER TABLE settings ADD COLUMN hash INTEGER NOT NULL DEFAULT 0;
+    ALTER TABLE imports ADD COLUMN hash INTEGER NOT NULL DEFAULT 0;
+    UPDATE settings SET hash = row_hash(name, value);
+    UPDATE imports SET
+        hash = row_hash(number, path, source, size, modified_ns, copy_size, copy_modified_ns, problem);
+    ALTER TABLE ledger ADD COLUMN others INTEGER NOT NULL DEFAULT 0;
+    ALTER TABLE ledger ADD COLUMN other_marks INTEGER NOT NULL DEFAULT 0;
+    UPDATE ledger SET (others, other_marks) = (SELECT count(*), coalesce(sum(hash & 2147483647), 0)
+        FROM (SELECT hash FROM settings UNION ALL SELECT hash FROM imports));
+    CREATE TRIGGER setting_inserted AFTER INSERT ON settings BEGIN
+        UPDATE settings SET hash = row_hash(name, value) WHERE name = new.name;
+        UPDATE ledger SET others = others + 1,
+            other_marks = other_marks + (SELECT hash & 2147483647 FROM settings WHERE name = new.name);
+    END;
+    CREATE TRIGGER setting_updated AFTER UPDATE OF name, value ON settings BEGIN
+        UPDATE settings SET hash = row_hash(name, value) WHERE name = new.name;
+        UPDATE ledger SET other_marks = other_marks - (old.hash & 2147483647) +
+            (SELECT hash & 2147483647 FROM settings WHERE name = new.name);
+    END;
+    CREATE TRIGGER setting_deleted AFTER DELETE ON settings BEGIN
+        UPDATE ledger SET others = others - 1, other_marks = other_marks - (old.hash & 2147483647);
+    END;
+    CREATE TRIGGER import_inserted AFTER INSERT ON imports BEGIN
+        UPDATE imports SET
+            hash = row_hash(number, path, source, size, modified_ns, copy_size, copy_modified_ns, problem)
+            WHERE number = new.number;
+        UPDATE ledger SET others = others + 1,
+            other_marks = other_marks + (SELECT hash & 2147483647 FROM imports WHERE number = new.number);
+    END;
+    CREATE TRIGGER import_updated AFTER UPDATE OF
+        number, path, source, size, modified_ns, copy_size, copy_modified_ns, problem ON imports BEGIN
+        UPDATE imports SET
+            hash = row_hash(number, path, source, size, modified_ns, copy_size, copy_modified_ns, problem)
+            WHERE number = new.number;
+        UPDATE ledger SET other_marks = other_marks - (old.hash & 2147483647) +
+            (SELECT hash & 2147483647 FROM imports WHERE number = new.number);
+    END;
+    CREATE TRIGGER import_deleted AFTER DELETE ON imports BEGIN
+        UPDATE ledger SET others = others - 1, other_marks = other_marks - (old.hash & 2147483647);
     END;
     )sql",
 };

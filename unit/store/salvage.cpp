@@ -97,7 +97,9 @@ bool HoldsSomething(const std::filesystem::path& file) {
 }
 
 bool Proves(const Ledger& ledger, const std::map<std::int64_t, PresetRow>& presets) {
-    Ledger found{.Changes = ledger.Changes, .Presets = static_cast<std::int64_t>(presets.size()), .Marks = 0};
+    Ledger found = ledger;
+    found.Presets = static_cast<std::int64_t>(presets.size());
+    found.Marks = 0;
     for (const auto& [key, row] : presets)
         found.Marks += row.Mark();
     return found == ledger;
