@@ -2,6 +2,7 @@
 
 #include "files/names.h"
 #include "store/connection.h"
+#include "store/migrations.h"
 #include "store/preset_row.h"
 #include "store/row_hash.h"
 #include "store/sqlite_fault.h"
@@ -9,6 +10,7 @@
 #include <spdlog/fmt/fmt.h>
 
 #include <string>
+#include <utility>
 
 namespace ZorvicUnit {
 
@@ -33,6 +35,22 @@ Ledger CountPresets(Connection& database) {
         found.Marks += row.Mark();
     }
     return found;
+}
+
+std::string SchemaOf(Connection& database) {
+    std::string schema;
+    auto rows = database.Prepare("SELECT name, tbl_name, sql FROM sqlite_schema ORDER BY name");
+    while (rows.Step())
+        schema += rows.Text(0) + '\n' + rows.Text(1) + '\n' + rows.Text(2) + '\n';
+    return schema;
+}
+
+// A trigger that the disk has spoilt would count wrongly from now on.
+void CheckSchema(Connection& database, std::int64_t version) {
+    if (std::cmp_greater(version, Migrations().size())) return;  // of a newer version, which nobody here can judge
+    Connection right(":memory:", Connection::Access::Make);
+    right.Migrate(Migrations().first(static_cast<std::size_t>(version)));
+    if (SchemaOf(database) != SchemaOf(right)) throw StoreDamage("its schema");
 }
 
 void CountOthers(Connection& database, Ledger& found) {
@@ -69,7 +87,10 @@ void CheckContent(Connection& database) {
     const auto ledger = ReadLedger(database);
     if (!ledger) throw StoreDamage("its ledger is gone");
     found.Changes = ledger->Changes;
-    if (version >= RowHashVersion) CountOthers(database, found);
+    if (version >= RowHashVersion) {
+        CheckSchema(database, version);
+        CountOthers(database, found);
+    }
     if (found != *ledger)
         throw StoreDamage(
             fmt::format("it should hold {} presets and {} settings and orders, and holds {} and {}, or others",

@@ -37,7 +37,8 @@ void RaiseLast(sqlite3* handle, std::string_view what) {
     const int kind = code & 0xFF;
     const bool unreadable = code == SQLITE_IOERR_READ || code == SQLITE_IOERR_SHORT_READ;
     const std::string reason = fmt::format("{} ({})", sqlite3_errmsg(handle), code);
-    if (kind == SQLITE_CORRUPT || kind == SQLITE_NOTADB || unreadable)
+    // Our statements are right: what does not go with them is a schema that is not ours any more.
+    if (kind == SQLITE_CORRUPT || kind == SQLITE_NOTADB || kind == SQLITE_ERROR || unreadable)
         throw StoreDamage(fmt::format("{}: {}", what, reason));
     if (IsFull(handle)) throw Fault(FaultKind::DiskFull, fmt::format("store: {}: {}, the disk is full", what, reason));
     throw Fault(FaultKind::Internal, fmt::format("store: {}: {}", what, reason));
