@@ -206,6 +206,48 @@ TEST_F(StoreTest, ALostSealIsReportedAndMadeAgainAndAnOlderStoreGetsOne) {
     EXPECT_FALSE(std::filesystem::exists(File()));
 }
 
+TEST_F(StoreTest, ALostDatabaseIsMendedFromItsCopyOrMissedAndNeverTakenForANewOne) {
+    FillFile(3);
+    const std::string older = ReadFile(File());
+    FillFile(2);
+    const std::string newest = ReadFile(File() + "-copy1");
+    const auto lose = [&](const std::vector<std::string>& ends) {
+        for (const std::string& end : ends)
+            std::filesystem::remove(File() + end);
+    };
+    lose({"", "-seal"});
+    EXPECT_EQ(Presets(File()).size(), 5U);
+    EXPECT_THAT(Log.str(), testing::HasSubstr("-copy1 was made is lost"));
+
+    lose({"-seal"});
+    std::ofstream(File()) << older;
+    EXPECT_EQ(Presets(File()).size(), 3U) << "somebody may have put it there on purpose";
+    EXPECT_THAT(Log.str(), testing::HasSubstr("-newer1"));
+    EXPECT_TRUE(ReadFile(File() + "-newer1") == newest);
+
+    lose({"", "-seal", "-copy1", "-copy2", "-copy3"});
+    const std::string cache = Directory.Path() + "/cache.db";
+    std::ofstream(cache) << "of what was there";
+    EXPECT_THAT(OpenError(), testing::HasSubstr("remove " + cache));
+    EXPECT_FALSE(std::filesystem::exists(File()));
+    std::filesystem::remove(cache);
+    EXPECT_EQ(Presets(File()).size(), 0U);
+    EXPECT_EQ(Log.str(), "");
+}
+
+TEST_F(StoreTest, ACopyThatFailedIsReportedAndTriedAgain) {
+    Log.str({});
+    Database database(File());
+    Fill(database, 3);
+    std::filesystem::create_directories(File() + "-copy.part/in the way");
+    database.CheckpointWhenIdle();
+    database.CheckpointWhenIdle();
+    EXPECT_THAT(Log.str(), testing::HasSubstr("no copy could be made"));
+    std::filesystem::remove_all(File() + "-copy.part");
+    database.Close();
+    EXPECT_EQ(Presets(File() + "-copy1").size(), 3U);
+}
+
 TEST_F(StoreTest, TheFileAloneIsCompleteWhenIdleAndWhenClosed) {
     const std::string copy = Directory.Path() + "/copy.db";
     Database database(File());

@@ -75,6 +75,21 @@ std::int64_t Copies::Changes() const {
     }
 }
 
+std::vector<std::pair<std::filesystem::path, std::filesystem::path>> Copies::SetAside() const {
+    std::vector<std::pair<std::filesystem::path, std::filesystem::path>> moved;
+    int number = 1;
+    for (const auto& copy : Files()) {
+        std::filesystem::path kept;
+        do
+            kept = Database.string() + "-newer" + std::to_string(number++);
+        while (std::filesystem::exists(kept));
+        std::filesystem::rename(copy, kept);
+        moved.emplace_back(copy, kept);
+    }
+    SyncDirectory(Database.parent_path());
+    return moved;
+}
+
 std::vector<std::filesystem::path> Copies::Files() const {
     std::vector<std::filesystem::path> files;
     for (int number = 1; number <= Kept; ++number)

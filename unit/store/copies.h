@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <utility>
 #include <vector>
 
 namespace ZorvicUnit {
@@ -19,6 +20,8 @@ public:
     void Make() const;
     /// Changes that the newest one holds; -1 when there is none that can be read.
     std::int64_t Changes() const;
+    /// Gives all of them names that no later copy takes, and tells old and new ones.
+    std::vector<std::pair<std::filesystem::path, std::filesystem::path>> SetAside() const;
     /// Those that there are, newest first, whole or not.
     std::vector<std::filesystem::path> Files() const;
 

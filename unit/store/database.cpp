@@ -153,9 +153,10 @@ void Database::MakeCopy() {
     const auto began = std::chrono::steady_clock::now();
     try {
         const std::int64_t changes = Changes();
-        if (std::exchange(ChangesInCopy, changes) == changes) return;
+        if (ChangesInCopy == changes) return;
         CheckPlace();
         Kept.Make();
+        ChangesInCopy = changes;
     } catch (const std::exception& error) {
         spdlog::error("store: no copy could be made: {}", error.what());
     }

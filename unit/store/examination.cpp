@@ -2,6 +2,7 @@
 
 #include "store/connection.h"
 #include "store/copies.h"
+#include "store/evidence.h"
 #include "store/ledger.h"
 #include "store/mending.h"
 #include "store/migrations.h"
@@ -19,18 +20,13 @@ namespace ZorvicUnit {
 
 namespace {
 
-std::filesystem::path LogOf(const std::filesystem::path& file) {
-    return file.string() + "-wal";
-}
-
 // SQLite would make an empty database in the place of the lost one, and remove its log. False for a new store.
 bool IsUsed(const std::filesystem::path& file, const Seal& seal) {
     if (HoldsSomething(file)) return true;
-    const auto log = LogOf(file);
-    if (!seal.Exists() && !HoldsSomething(log)) return false;
+    const auto evidence = EvidenceOfUse(file, seal);
+    if (!evidence) return false;
     throw StoreDamage(fmt::format("{} is {}, and {} says that the store has been used", file.string(),
-                                  std::filesystem::exists(file) ? "empty" : "missing",
-                                  (seal.Exists() ? seal.File() : log).string()));
+                                  std::filesystem::exists(file) ? "empty" : "missing", evidence->string()));
 }
 
 void CheckVersion(std::int64_t version) {
@@ -47,6 +43,15 @@ std::optional<std::int64_t> AcknowledgedIn(const std::filesystem::path& file, co
     return sealed ? std::optional(std::max(*sealed, Copies(file).Changes())) : std::nullopt;
 }
 
+// The copies that are made from now on would take the place of what somebody may yet want.
+void KeepNewerCopies(const std::filesystem::path& file, std::int64_t changes) {
+    const Copies copies(file);
+    if (copies.Changes() <= changes) return;
+    for (const auto& [copy, kept] : copies.SetAside())
+        spdlog::warn("store: {} holds changes that {} does not: kept as {}", copy.string(), file.string(),
+                     kept.string());
+}
+
 void CheckChanges(Connection& database, const Seal& seal) {
     const auto acknowledged = AcknowledgedIn(database.File(), seal);
     const auto ledger = ReadLedger(database);
@@ -54,9 +59,10 @@ void CheckChanges(Connection& database, const Seal& seal) {
     if (acknowledged && *acknowledged > changes)
         throw StoreDamage(fmt::format("the end of what was stored is lost: {} has {} changes and {} were acknowledged",
                                       database.File().string(), std::max<std::int64_t>(changes, 0), *acknowledged));
-    if (!acknowledged && ledger)
-        spdlog::warn("store: {} is {}: nothing tells whether the latest changes are there", seal.File().string(),
-                     seal.Exists() ? "damaged" : "missing");
+    if (acknowledged || !ledger) return;
+    spdlog::warn("store: {} is {}: nothing tells whether the latest changes are there", seal.File().string(),
+                 seal.Exists() ? "damaged" : "missing");
+    KeepNewerCopies(database.File(), changes);
 }
 
 void Examine(const std::filesystem::path& file, const Seal& seal) {
@@ -78,7 +84,7 @@ void MakeFit(const std::filesystem::path& file, const std::function<void(const s
         Examine(file, seal);
         return;
     } catch (const StoreDamage& damage) {
-        Mend({file, seal.File(), AcknowledgedIn(file, seal), damage.what()});
+        Mend({file, EvidenceOfUse(file, seal).value_or(seal.File()), AcknowledgedIn(file, seal), damage.what()});
         if (tell) tell(std::string("the store was mended: ") + damage.what());
     }
     Examine(file, seal);

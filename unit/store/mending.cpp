@@ -99,7 +99,7 @@ Plan MakePlan(const DamagedDatabase& damaged) {
     throw Fault(
         FaultKind::Internal,
         fmt::format("{}; {} changes were acknowledged, and {}. Put the files back, or remove {} to go on with {}",
-                    damaged.Damage, damaged.Acknowledged.value_or(0), best, damaged.SealFile.string(),
+                    damaged.Damage, damaged.Acknowledged.value_or(0), best, damaged.Evidence.string(),
                     any ? "what can be read" : "a new store"));
 }
 

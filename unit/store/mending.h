@@ -10,7 +10,7 @@ namespace ZorvicUnit {
 /// What is known of a damaged database from outside.
 struct DamagedDatabase {
     std::filesystem::path File;
-    std::filesystem::path SealFile;
+    std::filesystem::path Evidence;            ///< the file that says that it was used
     std::optional<std::int64_t> Acknowledged;  ///< changes, as the seal says
     std::string Damage;
 };
