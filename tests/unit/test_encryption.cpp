@@ -1,10 +1,13 @@
 #include "conversions.h"
 #include "support/unitprocess.h"
+#include "unit/raw_client.h"
 #include "unit/unitfakes.h"
 
 #include <zorvic/extras.h>
 
+#include <atomic>
 #include <regex>
+#include <thread>
 
 using namespace Zorvic;
 
@@ -112,6 +115,26 @@ TEST_F(EncryptionTest, AUnitStartsWithACertificateOfItsOwnOnly) {
         EXPECT_EQ(unit.Wait(std::chrono::seconds(20)), 2) << directory;
         EXPECT_THAT(ReadFile(Log), testing::HasSubstr("--tls-dir " + directory + ": "));
         EXPECT_THAT(ReadFile(Log), testing::HasSubstr(reason));
+    }
+}
+
+TEST_F(EncryptionTest, WhoNeverFinishesAHandshakeMakesRoomForOthers) {
+    std::atomic<int> rounds = 0;
+    const std::jthread crowd([&](const std::stop_token& stop) {
+        std::vector<std::optional<RawClient>> clients(640);
+        for (; !stop.stop_requested(); ++rounds) {
+            for (unsigned number = 0; number < clients.size() && !stop.stop_requested(); ++number) {
+                auto& client = clients[number];
+                if (!client || !client->Read()) client.emplace(Unit->Host(), 2 + number % 8).Send("\x16\x03\x01\x02");
+            }
+            SleepBriefly();
+        }
+    });
+    ASSERT_TRUE(WaitUntil([&] { return rounds > 1; }));
+    for (int number = 0; number < 3; ++number) {
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_TRUE(Link(Console("all"))->Connected());
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
     }
 }
 

@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <array>
-#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -150,12 +149,20 @@ void Door::OnReady(int socket, TimePoint now) {
     }
 }
 
+// The hosts in turn, those first that have the fewest places.
 void Door::ServeReady(TimePoint now) {
-    std::vector<std::tuple<std::size_t, TimePoint, int>> ready;
+    std::vector<std::pair<TimePoint, int>> ready;
     for (const auto& [socket, guest] : All)
-        if (guest.Ready && !guest.Served) ready.emplace_back(Inside.CountIdle(guest.Who.Host), guest.Since, socket);
+        if (guest.Ready && !guest.Served) ready.emplace_back(guest.Since, socket);
     std::ranges::sort(ready);
-    for (const auto& [places, since, socket] : ready) {
+    std::map<std::string, std::size_t> turns;
+    std::multimap<std::size_t, int> order;
+    for (const auto& [since, socket] : ready) {
+        const std::string& host = All.at(socket).Who.Host;
+        const auto turn = turns.try_emplace(host, Inside.CountIdle(host)).first;
+        order.emplace(turn->second++, socket);
+    }
+    for (const auto& [turn, socket] : order) {
         const auto found = All.find(socket);
         if (MustWait(found->second, now)) continue;
         Guest guest = std::move(found->second);
