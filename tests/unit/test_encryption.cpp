@@ -6,6 +6,7 @@
 #include <zorvic/extras.h>
 
 #include <atomic>
+#include <fstream>
 #include <regex>
 #include <thread>
 
@@ -100,6 +101,35 @@ TEST_F(EncryptionTest, AllowsWhatTheCertificateSaysUntilItIsRevoked) {
     for (const auto* refused : {console.get(), again.get()})
         EXPECT_EQ(LinkProblem(*refused), "this console's certificate is revoked");
     EXPECT_TRUE(Link(Console("all"))->Connected());
+}
+
+TEST_F(EncryptionTest, AListThatCannotBeReadLetsNobodyInAgain) {
+    const auto list = UnitDirectory() + "/revoked";
+    Make({Room, "--console", "desk"});
+    std::smatch serial;
+    const std::string made = ReadFile(Log);
+    ASSERT_TRUE(std::regex_search(made, serial, std::regex("desk, serial number ([0-9A-F]+)")));
+    Make({Room, "--revoke", serial[1]});
+    EXPECT_TRUE(WaitUntil([&] { return !Link(Console("desk"))->Connected(); }));
+    const std::vector<std::pair<std::string, std::function<void()>>> troubles = {
+        {"ends within a line", [&] { std::ofstream(list) << serial[1].str().substr(0, 9); }},
+        {"is gone", [&] { std::filesystem::remove(list); }},
+        {"Is a directory", [&] { std::filesystem::create_directory(list); }}};
+    for (const auto& [said, make] : troubles) {
+        make();
+        EXPECT_TRUE(WaitUntil([&] { return ReadFile(Store + ".log").find(said) != std::string::npos; })) << said;
+        EXPECT_FALSE(Link(Console("desk"))->Connected()) << said;
+        EXPECT_TRUE(Link(Console("all"))->Connected()) << said;
+    }
+    std::filesystem::remove(list);
+    std::ofstream(list) << "00" << std::endl;
+    EXPECT_TRUE(WaitUntil([&] { return Link(Console("desk"))->Connected(); })) << "taken from a whole list";
+    Unit->Kill();
+    std::filesystem::remove(list);
+    std::filesystem::create_directory(list);
+    ChildProcess again({ZORVIC_UNIT_PROGRAM, "--store", Store, "--port", "0", "--tls-dir", UnitDirectory()}, Log);
+    EXPECT_EQ(again.Wait(std::chrono::seconds(20)), 2);
+    EXPECT_THAT(ReadFile(Log), testing::HasSubstr("cannot read " + list));
 }
 
 TEST_F(EncryptionTest, AUnitStartsWithACertificateOfItsOwnOnly) {
