@@ -10,9 +10,12 @@
 /// A connection to a unit that speaks HTTP/2 by hand, as badly as the test wants.
 class RawClient {
 public:
-    explicit RawClient(const std::string& host) : Socket(socket(AF_INET, SOCK_STREAM, 0)) {
+    /// From 127.0.0.`machine`: for the unit each is a host of its own.
+    explicit RawClient(const std::string& host, unsigned machine = 1) : Socket(socket(AF_INET, SOCK_STREAM, 0)) {
         sockaddr_in address{};
         address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK - 1 + machine);
+        bind(Socket.Get(), reinterpret_cast<sockaddr*>(&address), sizeof address);
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         address.sin_port = htons(static_cast<std::uint16_t>(std::stoi(host.substr(host.rfind(':') + 1))));
         Open = connect(Socket.Get(), reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
@@ -36,6 +39,10 @@ public:
         return Frame(1, 4, stream,
                      "\x83\x86\x04" + text("/zorvic.v1.Unit/" + method) + "\x01" + text("unit") + "\x0f\x10" +
                          text("application/grpc") + std::string(1, '\0') + text("te") + text("trailers"));
+    }
+    /// A whole call that asks for nothing in particular.
+    static std::string Call(std::uint32_t stream, const std::string& method) {
+        return Headers(stream, method) + Frame(0, 1, stream, std::string(5, '\0'));
     }
     static std::string Reset(std::uint32_t stream) { return Frame(3, 0, stream, std::string("\0\0\0\x08", 4)); }
 

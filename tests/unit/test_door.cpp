@@ -1,5 +1,6 @@
 #include "door/conduct.h"
 #include "door/door.h"
+#include "door/guests.h"
 #include "door/peer.h"
 #include "support/childprocess.h"
 #include "unit/raw_client.h"
@@ -57,6 +58,54 @@ TEST(Conduct, ToleratesConsolesAndNoFloods) {
         }
         EXPECT_STREQ(verdict, expected) << what;
     }
+}
+
+TEST(Guests, GiveUpPlacesAsTheyNeedThemLeast) {
+    Guests inside;
+    const Guests::TimePoint start{};
+    const auto add = [&](int number, const char* host, Standing standing) {
+        inside.Add(number, host, start + number * 1ms);
+        inside.SetStanding(number, standing, start + number * 1ms);
+    };
+    add(1, "few", Standing::Asks);
+    for (const int number : {2, 3})
+        add(number, "many", Standing::Asks);
+    add(4, "few", Standing::Mute);
+    add(5, "slow", Standing::Arriving);
+    for (const int number : {6, 7, 8})
+        add(number, "consoles", Standing::Watches);
+    const auto leaves = [&](const char* host, Shortage shortage = Shortage::NoPlace) {
+        const auto first = inside.WhoMakesRoom(host, shortage, start + 3s);
+        inside.Remove(first.value_or(0));
+        return first.value_or(0);
+    };
+    EXPECT_EQ(inside.WhoMakesRoom("new", Shortage::NoPlace, start), std::nullopt) << "nobody is judged at once";
+    EXPECT_EQ(leaves("consoles", Shortage::HostHasItsShare), 0);
+    EXPECT_EQ(leaves("many", Shortage::TooManyArrive), 5);
+    EXPECT_EQ(leaves("new", Shortage::TooManyArrive), 0);
+    EXPECT_EQ(leaves("many"), 4);
+    EXPECT_EQ(leaves("consoles"), 2) << "who holds most";
+    EXPECT_EQ(leaves("few"), 1) << "not of those that have as few";
+    EXPECT_EQ(leaves("consoles"), 3) << "those that watch are not counted";
+    EXPECT_EQ(leaves("consoles"), 0);
+    EXPECT_EQ(leaves(""), 0);
+    EXPECT_EQ(leaves("new"), 8);
+    EXPECT_EQ(leaves("new"), 7);
+    EXPECT_EQ(leaves("new"), 0) << "each host keeps one";
+}
+
+TEST(Guests, WaitInSharesPerHost) {
+    Guests waiting;
+    const Guests::TimePoint start{};
+    for (const int number : {1, 2, 3})
+        waiting.Add(number, number == 1 ? "few" : "many", start + number * 1ms);
+    waiting.SetStanding(2, Standing::Asks, start);
+    EXPECT_EQ(waiting.WhoStopsWaiting("new"), 3);
+    EXPECT_EQ(waiting.WhoStopsWaiting("many"), 3);
+    waiting.SetStanding(3, Standing::Asks, start + 1s);
+    EXPECT_EQ(waiting.WhoStopsWaiting("new"), 2);
+    EXPECT_EQ(waiting.WhoStopsWaiting("few"), 1);
+    EXPECT_EQ(waiting.WhoStopsWaiting("many"), std::nullopt);
 }
 
 /// A door to a room in which nobody serves: who gets in stays.

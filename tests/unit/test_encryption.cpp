@@ -1,10 +1,14 @@
 #include "conversions.h"
 #include "support/unitprocess.h"
+#include "unit/raw_client.h"
 #include "unit/unitfakes.h"
 
 #include <zorvic/extras.h>
 
+#include <atomic>
+#include <fstream>
 #include <regex>
+#include <thread>
 
 using namespace Zorvic;
 
@@ -99,6 +103,35 @@ TEST_F(EncryptionTest, AllowsWhatTheCertificateSaysUntilItIsRevoked) {
     EXPECT_TRUE(Link(Console("all"))->Connected());
 }
 
+TEST_F(EncryptionTest, AListThatCannotBeReadLetsNobodyInAgain) {
+    const auto list = UnitDirectory() + "/revoked";
+    Make({Room, "--console", "desk"});
+    std::smatch serial;
+    const std::string made = ReadFile(Log);
+    ASSERT_TRUE(std::regex_search(made, serial, std::regex("desk, serial number ([0-9A-F]+)")));
+    Make({Room, "--revoke", serial[1]});
+    EXPECT_TRUE(WaitUntil([&] { return !Link(Console("desk"))->Connected(); }));
+    const std::vector<std::pair<std::string, std::function<void()>>> troubles = {
+        {"ends within a line", [&] { std::ofstream(list) << serial[1].str().substr(0, 9); }},
+        {"is gone", [&] { std::filesystem::remove(list); }},
+        {"Is a directory", [&] { std::filesystem::create_directory(list); }}};
+    for (const auto& [said, make] : troubles) {
+        make();
+        EXPECT_TRUE(WaitUntil([&] { return ReadFile(Store + ".log").find(said) != std::string::npos; })) << said;
+        EXPECT_FALSE(Link(Console("desk"))->Connected()) << said;
+        EXPECT_TRUE(Link(Console("all"))->Connected()) << said;
+    }
+    std::filesystem::remove(list);
+    std::ofstream(list) << "00" << std::endl;
+    EXPECT_TRUE(WaitUntil([&] { return Link(Console("desk"))->Connected(); })) << "taken from a whole list";
+    Unit->Kill();
+    std::filesystem::remove(list);
+    std::filesystem::create_directory(list);
+    ChildProcess again({ZORVIC_UNIT_PROGRAM, "--store", Store, "--port", "0", "--tls-dir", UnitDirectory()}, Log);
+    EXPECT_EQ(again.Wait(std::chrono::seconds(20)), 2);
+    EXPECT_THAT(ReadFile(Log), testing::HasSubstr("cannot read " + list));
+}
+
 TEST_F(EncryptionTest, AUnitStartsWithACertificateOfItsOwnOnly) {
     Unit->Kill();
     Make({Room, "--guid", "00000000-0000-4000-8000-000000000000"});
@@ -112,6 +145,26 @@ TEST_F(EncryptionTest, AUnitStartsWithACertificateOfItsOwnOnly) {
         EXPECT_EQ(unit.Wait(std::chrono::seconds(20)), 2) << directory;
         EXPECT_THAT(ReadFile(Log), testing::HasSubstr("--tls-dir " + directory + ": "));
         EXPECT_THAT(ReadFile(Log), testing::HasSubstr(reason));
+    }
+}
+
+TEST_F(EncryptionTest, WhoNeverFinishesAHandshakeMakesRoomForOthers) {
+    std::atomic<int> rounds = 0;
+    const std::jthread crowd([&](const std::stop_token& stop) {
+        std::vector<std::optional<RawClient>> clients(640);
+        for (; !stop.stop_requested(); ++rounds) {
+            for (unsigned number = 0; number < clients.size() && !stop.stop_requested(); ++number) {
+                auto& client = clients[number];
+                if (!client || !client->Read()) client.emplace(Unit->Host(), 2 + number % 8).Send("\x16\x03\x01\x02");
+            }
+            SleepBriefly();
+        }
+    });
+    ASSERT_TRUE(WaitUntil([&] { return rounds > 1; }));
+    for (int number = 0; number < 3; ++number) {
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_TRUE(Link(Console("all"))->Connected());
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
     }
 }
 

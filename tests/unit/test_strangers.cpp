@@ -3,10 +3,12 @@
 
 #include <gmock/gmock.h>
 #include <grpcpp/create_channel.h>
+#include <zorvic/extras.h>
 #include <zorvic/session.h>
 #include <zorvic/v1/unit.grpc.pb.h>
 
 #include <atomic>
+#include <optional>
 #include <thread>
 
 using testing::HasSubstr;
@@ -125,6 +127,33 @@ TEST_F(StrangersTest, CrowdsOfIdleConnectionsKeepNoConsoleOut) {
     }
     EXPECT_TRUE(WaitUntil([&] { return Session(Unit.Host(), 1).Connected(); }));
     EXPECT_EQ(Console.Take(99), ZORVIC_STATUS_FAILED);
+}
+
+TEST_F(StrangersTest, CrowdsThatAskNowAndThenKeepNoConsoleOut) {
+    std::atomic<bool> full = false;
+    std::jthread crowd([&](const std::stop_token& stop) {
+        std::vector<std::optional<RawClient>> clients(640);
+        for (std::uint32_t stream = 1; !stop.stop_requested(); stream += 2) {
+            for (unsigned number = 0; number < clients.size() && !stop.stop_requested(); ++number) {
+                auto& client = clients[number];
+                if (!client || !client->Read()) client.emplace(Unit.Host(), 2 + number % 8).Greet();
+                client->Send(RawClient::Call(stream, number % 2 == 0 ? "Identify" : "ReadFigures"));
+            }
+            full = stream > 1;
+            std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        }
+    });
+    ASSERT_TRUE(WaitUntil([&] { return full.load(); }));
+    for (int number = 0; number < 3; ++number) {
+        const auto start = std::chrono::steady_clock::now();
+        Session late(Unit.Host(), 1);
+        EXPECT_EQ(late.Take(99), ZORVIC_STATUS_FAILED) << LinkProblem(late);
+        EXPECT_TRUE(late.Connected());
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+        EXPECT_TRUE(Console.Connected());
+        std::this_thread::sleep_for(std::chrono::milliseconds(500));
+        EXPECT_TRUE(late.Connected()) << "and stays";
+    }
 }
 
 }  // namespace

@@ -162,9 +162,8 @@ TEST_F(ServedUnitTest, ASlowDiskDelaysNoTakeAndAWriteThatIsGivenUpIsNotDone) {
 
 // Neither the link's liveness nor the limits of commands, of one that hangs least of all.
 TEST_F(ServedUnitTest, NobodyNoticesThatTheWallClockIsSet) {
-    std::atomic<bool> done = false;
-    std::jthread setter([&] {
-        for (int hours = 0; !done; hours = (hours + 7) % 24) {
+    const std::jthread setter([](const std::stop_token& stop) {
+        for (int hours = 0; !stop.stop_requested(); hours = (hours + 7) % 24) {
             SetWallClock(std::chrono::hours(hours));
             SleepBriefly();
         }
@@ -175,7 +174,6 @@ TEST_F(ServedUnitTest, NobodyNoticesThatTheWallClockIsSet) {
     slow.reset();
     for (int time = 1'000; time < 1'020; ++time)
         ASSERT_EQ(Client.CreateGoto(1, time, "on time"), Zorvic::ZORVIC_STATUS_OK) << time;
-    done = true;
 }
 
 TEST_F(ServedUnitTest, ACreationWhoseAnswerIsLostIsDoneOnceHoweverOftenItIsTried) {
@@ -242,6 +240,11 @@ TEST_F(ServedUnitTest, WatchersGetTheirShareOfPlacesAndLoseThemWhenTheyDoNotRead
         ASSERT_EQ(watchers.back()->Read(&frame), granted);
     }
     EXPECT_EQ(watchers.back()->Finish().error_code(), grpc::StatusCode::FAILED_PRECONDITION);
+    Pictures.SetListener([] {});
+    grpc::ClientContext beside;
+    zorvic::v1::PreviewFrame picture;
+    EXPECT_TRUE(stub->WatchPreview(&beside, {})->Read(&picture)) << "one kind leaves the others theirs";
+    Pictures.SetListener({});
     Zorvic::Preset large = PresetsOf(Client)[0];
     large.Notes = std::string(60'000, 'n');
     // How much finds room on its way before a write gets stuck grows while the link is busy.
@@ -252,6 +255,33 @@ TEST_F(ServedUnitTest, WatchersGetTheirShareOfPlacesAndLoseThemWhenTheyDoNotRead
         return stub->Watch(&context, {})->Read(&frame);
     })) << "a place is free again";
     EXPECT_TRUE(Client.Connected());
+}
+
+TEST(Places, AreLeftForAHostThatHasNoneYet) {
+    Places places(8, "all are taken");
+    std::map<std::string, std::unique_ptr<Places::Place>> taken;
+    std::map<std::string, std::future<void>> leaving;
+    const auto take = [&](const std::string& host, const std::string& port) {
+        const Peer peer{.Name = host + ':' + port, .Host = host};
+        auto& place = taken[peer.Name];
+        place = std::make_unique<Places::Place>(places, peer, [&, peer] {
+            leaving[peer.Name] = std::async(std::launch::async, [&place] { place.reset(); });
+        });
+    };
+    for (const char* port : {"1", "2", "3", "4", "5", "6", "7"})
+        take("many", port);
+    EXPECT_THROW(take("many", "8"), Fault) << "its share";
+    take("one", "1");
+    EXPECT_THROW(take("one", "2"), Fault) << "it has one";
+    EXPECT_TRUE(leaving.empty());
+    for (const char* host : {"a", "b"})
+        take(host, "1");
+    for (const char* port : {"6", "7"})
+        EXPECT_EQ(leaving.count("many:" + std::string(port)), 1U) << port;
+    EXPECT_EQ(leaving.size(), 2U);
+    for (const char* host : {"c", "d", "e", "f"})
+        take(host, "1");
+    EXPECT_THROW(take("g", "1"), Fault) << "each keeps one";
 }
 
 TEST_F(ServedUnitTest, AConsoleOfAnotherMajorVersionIsToldWhatToDo) {

@@ -39,15 +39,15 @@ public:
     void Amend(const zorvic::v1::AsRunEntry& entry);
 
     class Reader;
+    // Each holds one of the server's threads.
+    static constexpr std::size_t MaxReaders = 32;
+
     /// Ends all reading, and lets none begin.
     void EndReading();
     /// Writes what waits. What is recorded later is lost.
     void Close();
 
 private:
-    // Each holds one of the server's threads.
-    static constexpr std::size_t MaxReaders = 32;
-
     void Push(const zorvic::v1::AsRunEntry& entry);
     void Add(zorvic::v1::AsRunEntry& entry, Clock::TimePoint at);
     void NoteClock();

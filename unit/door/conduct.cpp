@@ -10,6 +10,7 @@ const char* Conduct::Judge(const Traffic& traffic, TimePoint now) {
         return static_cast<double>(traffic.*counter - before.*counter);
     };
     const double answered = since(&Traffic::Succeeded);
+    if (since(&Traffic::MessagesSent) > answered) LastHeard = now;
     if (!GivenUp.Settle(now, since(&Traffic::Started) - answered)) return "it gives up too many requests";
     if (!Bytes.Settle(now, since(&Traffic::BytesReceived) - answered * MaxRequestBytes))
         return "it sends more than its requests may hold";

@@ -2,8 +2,10 @@
 
 #include "door/allowance.h"
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 
 namespace ZorvicUnit {
 
@@ -44,12 +46,17 @@ public:
 
     /// Why the connection must end; null when it may go on.
     const char* Judge(const Traffic& traffic, TimePoint now);
+    /// Whether it has a request open that the unit goes on answering, as consoles have.
+    bool Listens(TimePoint now) const { return Last.Open() > 0 && LastHeard && now - *LastHeard < LongestUnheard; }
 
 private:
+    static constexpr std::chrono::seconds LongestUnheard{5};
+
     Allowance GivenUp;
     Allowance Bytes{BytesPerSecond, MostBytes};
     Traffic Last;
     TimePoint LastWord;
+    std::optional<TimePoint> LastHeard;  ///< the unit said more than answers that end a request
 };
 
 }  // namespace ZorvicUnit

@@ -24,8 +24,6 @@ namespace {
 constexpr milliseconds LookPeriod(25);
 // For the first word, and for a place. From then on, it is the server's business, which has the same limit.
 constexpr milliseconds FirstWordLimit(3'000);
-// Who has been let in asks for something at once; who has not by then may be shown out for somebody else.
-constexpr milliseconds Grace(250);
 constexpr milliseconds LongestUnexamined(2'000);
 constexpr milliseconds DisgraceTime(10'000);
 // What is examined at every look: floods, not the small change of a watching console.
@@ -95,7 +93,7 @@ void Door::Await() {
         if (socket == Listening.Get()) {
             AcceptAll(now);
         } else {
-            OnReady(socket);
+            OnReady(socket, now);
         }
     }
     ServeReady(now);
@@ -106,7 +104,7 @@ void Door::AcceptAll(TimePoint now) {
     for (; number < MostAtOnce; ++number) {
         auto arrival = Listening.Accept();
         if (arrival.Turned) {
-            MakeRoom({}, now);
+            MakeRoom({}, Shortage::NoPlace, now);
             if (Lines.Take(now)) spdlog::warn("turned a connection away: there are no descriptors left");
         } else if (arrival.Socket.IsOpen()) {
             Receive(std::move(arrival.Socket), now);
@@ -121,8 +119,13 @@ void Door::AcceptAll(TimePoint now) {
 void Door::Receive(Descriptor socket, TimePoint now) {
     auto who = PeerOfSocket(socket.Get());
     if (!who || !AddToPoll(socket.Get(), EPOLLIN | EPOLLONESHOT)) return;
-    if (Count(false) >= Limits.Waiting && !DropMutest()) return TurnAway(*who, now);
+    if (Waiting.Count() >= Limits.Waiting) {
+        const auto first = Waiting.WhoStopsWaiting(who->Host);
+        if (!first) return TurnAway(*who, now);
+        Forget(All.find(*first));
+    }
     const int number = socket.Get();
+    Waiting.Add(number, who->Host, now);
     Guest guest;
     guest.Socket = std::move(socket);
     guest.Who = std::move(*who);
@@ -130,40 +133,40 @@ void Door::Receive(Descriptor socket, TimePoint now) {
     All.insert_or_assign(number, std::move(guest));
 }
 
-// Who has said nothing for the longest time has had the most time to say something.
-bool Door::DropMutest() {
-    const auto place = [](const auto& entry) { return entry.second.Ready ? TimePoint::max() : entry.second.Since; };
-    const auto first = std::ranges::min_element(All, {}, place);
-    if (place(*first) == TimePoint::max()) return false;
-    All.erase(first);
-    return true;
-}
-
 void Door::TurnAway(const Peer& who, TimePoint now) {
     if (Lines.Take(now)) spdlog::warn("turned {} away: there are too many connections", who.Name);
 }
 
 // A connection that the server has closed is shut down in both directions, and so ready here as well.
-void Door::OnReady(int socket) {
+void Door::OnReady(int socket, TimePoint now) {
     const auto found = All.find(socket);
     if (found == All.end()) return;
     if (!found->second.Served) {
         found->second.Ready = true;
+        Waiting.SetStanding(socket, Standing::Asks, now);
     } else if (IsOver(socket)) {
-        All.erase(found);
+        Forget(found);
     }
 }
 
+// The hosts in turn, those first that have the fewest places.
 void Door::ServeReady(TimePoint now) {
     std::vector<std::pair<TimePoint, int>> ready;
     for (const auto& [socket, guest] : All)
         if (guest.Ready && !guest.Served) ready.emplace_back(guest.Since, socket);
     std::ranges::sort(ready);
+    std::map<std::string, std::size_t> turns;
+    std::multimap<std::size_t, int> order;
     for (const auto& [since, socket] : ready) {
+        const std::string& host = All.at(socket).Who.Host;
+        const auto turn = turns.try_emplace(host, Inside.CountIdle(host)).first;
+        order.emplace(turn->second++, socket);
+    }
+    for (const auto& [turn, socket] : order) {
         const auto found = All.find(socket);
         if (MustWait(found->second, now)) continue;
         Guest guest = std::move(found->second);
-        All.erase(found);
+        Forget(found);
         Serve(std::move(guest), now);
     }
 }
@@ -171,9 +174,15 @@ void Door::ServeReady(TimePoint now) {
 bool Door::MustWait(const Guest& guest, TimePoint now) {
     const auto host = Disgraced.find(guest.Who.Host);
     if (host != Disgraced.end() && !host->second.Entries.Allows(now)) return true;
-    const bool crowded = Count(true, guest.Who.Host) >= Limits.PerHost;
-    const bool full = Count(true) >= Limits.Connections;
-    return (crowded || full) && !MakeRoom(crowded ? guest.Who.Host : "", now);
+    while (const auto shortage = ShortageFor(guest.Who.Host))
+        if (!MakeRoom(guest.Who.Host, *shortage, now)) return true;
+    return false;
+}
+
+std::optional<Shortage> Door::ShortageFor(const std::string& host) const {
+    if (Inside.CountOf(Standing::Arriving) >= Limits.Arriving) return Shortage::TooManyArrive;
+    if (Inside.CountOf(host) >= Limits.PerHost) return Shortage::HostHasItsShare;
+    return Inside.Count() >= Limits.Connections ? std::optional(Shortage::NoPlace) : std::nullopt;
 }
 
 void Door::Serve(Guest guest, TimePoint now) {
@@ -189,22 +198,24 @@ void Door::Serve(Guest guest, TimePoint now) {
     guest.Served = true;
     guest.Behaviour = Conduct(host != Disgraced.end());
     guest.Since = guest.Examined = now;
+    Inside.Add(number, guest.Who.Host, now);
     All.insert_or_assign(number, std::move(guest));
 }
 
-// Shows out who has asked for nothing for the longest time, of this host or of any.
-bool Door::MakeRoom(const std::string& host, TimePoint now) {
-    const auto gone = [&](const auto& entry) {
-        const Guest& guest = entry.second;
-        const bool may = guest.Served && guest.Counter && guest.Seen.Started == 0 && now - guest.Since > Grace &&
-                         (host.empty() || guest.Who.Host == host);
-        return may ? guest.Since : TimePoint::max();
-    };
-    const auto first = std::ranges::min_element(All, {}, gone);
-    if (first == All.end() || gone(*first) == TimePoint::max()) return false;
-    shutdown(first->first, SHUT_RDWR);
-    All.erase(first);
-    return true;
+// Who seems to go first is looked at once more: the last time may be two seconds ago.
+bool Door::MakeRoom(const std::string& host, Shortage shortage, TimePoint now) {
+    while (const auto first = Inside.WhoMakesRoom(host, shortage, now)) {
+        const auto found = All.find(*first);
+        Guest& guest = found->second;
+        const Standing before = Inside.StandingOf(*first);
+        const char* reason = guest.Counter ? Read(guest, BytesReceived(*first), now) : nullptr;
+        if (!reason && Inside.StandingOf(*first) > before) continue;
+        if (reason) ShowOut(guest, reason);
+        shutdown(*first, SHUT_RDWR);
+        Forget(found);
+        return true;
+    }
+    return false;
 }
 
 void Door::Look(TimePoint now) {
@@ -218,7 +229,7 @@ void Door::Look(TimePoint now) {
         if (late && guest.Ready) TurnAway(guest.Who, now);
         const char* reason = guest.Served ? Examine(guest, now) : nullptr;
         if (reason) ShowOut(guest, reason);
-        entry = late || reason ? All.erase(entry) : std::next(entry);
+        entry = late || reason ? Forget(entry) : std::next(entry);
     }
 }
 
@@ -238,12 +249,19 @@ const char* Door::Examine(Guest& guest, TimePoint now) {
     const bool first = guest.Seen.BytesReceived == 0;
     if (!first && bytes - guest.Seen.BytesReceived < NoticedBytes && now - guest.Examined < LongestUnexamined)
         return nullptr;
+    return Read(guest, bytes, now);
+}
+
+const char* Door::Read(Guest& guest, std::uint64_t bytes, TimePoint now) {
     auto traffic = ReadTraffic(*guest.Counter);
     if (!traffic) return nullptr;
     traffic->BytesReceived = bytes;
     guest.Seen = *traffic;
     guest.Examined = now;
-    return guest.Behaviour.Judge(*traffic, now);
+    const char* reason = guest.Behaviour.Judge(*traffic, now);
+    const Standing asked = traffic->Started > 0 ? Standing::Asks : Standing::Mute;
+    Inside.SetStanding(guest.Socket.Get(), guest.Behaviour.Listens(now) ? Standing::Watches : asked, now);
+    return reason;
 }
 
 void Door::ShowOut(const Guest& guest, const char* reason) {
@@ -252,10 +270,9 @@ void Door::ShowOut(const Guest& guest, const char* reason) {
     Disgraced[guest.Who.Host].Since = LastLook;
 }
 
-std::size_t Door::Count(bool served, const std::string& host) const {
-    return static_cast<std::size_t>(std::ranges::count_if(All, [&](const auto& entry) {
-        return entry.second.Served == served && (host.empty() || entry.second.Who.Host == host);
-    }));
+std::map<int, Door::Guest>::iterator Door::Forget(std::map<int, Guest>::iterator guest) {
+    (guest->second.Served ? Inside : Waiting).Remove(guest->first);
+    return All.erase(guest);
 }
 
 bool Door::AddToPoll(int socket, std::uint32_t events) {

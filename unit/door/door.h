@@ -1,6 +1,7 @@
 #pragma once
 
 #include "door/conduct.h"
+#include "door/guests.h"
 #include "door/listening_socket.h"
 #include "door/peer.h"
 #include "door/traffic.h"
@@ -23,13 +24,14 @@ struct DoorLimits {
     std::size_t Connections = 512;
     std::size_t PerHost = 448;  ///< the rest is for the others
     std::size_t Waiting = 256;  ///< connected, and nothing said yet
+    std::size_t Arriving = 32;  ///< on their way to the server, or in a handshake with it
     /// As many as this process has descriptors for, two each, beside those of files.
     static DoorLimits ForThisProcess();
 };
 
 /// Accepts connections, hands those that say something to the server, and keeps an eye on them: it shows out who
-/// behaves like no console, and, when it is full, who has asked for nothing yet. Somebody who only connects costs the
-/// server nothing and holds up nobody.
+/// behaves like no console, and, when it is full, who is no console as far as it can tell. Somebody who only connects
+/// costs the server nothing and holds up nobody.
 class Door {
 public:
     using TimePoint = std::chrono::steady_clock::time_point;
@@ -52,7 +54,6 @@ private:
         Traffic Seen;
         TimePoint Examined;
     };
-    using Guests = std::map<int, Guest>;
 
     /// A host of which a connection was closed lately. Who comes back at once waits, in turn with the others from
     /// there, and is watched more closely: each connection does some harm before it is noticed.
@@ -66,18 +67,19 @@ private:
     void Await();
     void AcceptAll(TimePoint now);
     void Receive(Descriptor socket, TimePoint now);
-    bool DropMutest();
     void TurnAway(const Peer& who, TimePoint now);
-    void OnReady(int socket);
+    void OnReady(int socket, TimePoint now);
     void ServeReady(TimePoint now);
     bool MustWait(const Guest& guest, TimePoint now);
     void Serve(Guest guest, TimePoint now);
-    bool MakeRoom(const std::string& host, TimePoint now);
+    std::optional<Shortage> ShortageFor(const std::string& host) const;
+    bool MakeRoom(const std::string& host, Shortage shortage, TimePoint now);
     void Look(TimePoint now);
     void FindCounters();
     const char* Examine(Guest& guest, TimePoint now);
+    const char* Read(Guest& guest, std::uint64_t bytes, TimePoint now);
     void ShowOut(const Guest& guest, const char* reason);
-    std::size_t Count(bool served, const std::string& host = {}) const;
+    std::map<int, Guest>::iterator Forget(std::map<int, Guest>::iterator guest);
     bool AddToPoll(int socket, std::uint32_t events);
 
     ListeningSocket& Listening;
@@ -87,7 +89,9 @@ private:
     const Descriptor Wake;
     std::atomic<bool> Stopping = false;
     // What follows belongs to the thread.
-    Guests All;                                 ///< by descriptor
+    std::map<int, Guest> All;                   ///< by descriptor
+    Guests Waiting;                             ///< for a place, or for something to be said
+    Guests Inside;                              ///< served
     std::map<std::string, Disgrace> Disgraced;  ///< by host
     TimePoint LastLook;
     Allowance Lines{1, 20};  ///< of the log

@@ -1,5 +1,6 @@
 #include "door/usher.h"
 
+#include "door/peer.h"
 #include "thread_name.h"
 
 #include <utility>
@@ -19,7 +20,7 @@ void Usher::Run(const std::stop_token& stop) {
         Descriptor next = std::move(Sockets.front());
         Sockets.pop_front();
         lock.unlock();
-        ToServer(next.Release());
+        if (PeerOfSocket(next.Get())) ToServer(next.Release());  // it may be over by now
         lock.lock();
     }
 }

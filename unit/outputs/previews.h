@@ -34,6 +34,8 @@ public:
     };
 
     class Watcher;
+    // Each holds one of the server's threads.
+    static constexpr std::size_t MaxWatchers = 32;
 
     /// Called when the first watcher comes and when the last one has gone, with the lock held: it must only take note.
     /// Without a listener nobody makes pictures, and nobody can watch.
@@ -49,8 +51,6 @@ private:
         std::uint64_t Number = 0;   ///< of the picture, counted over all outputs
         std::uint64_t Content = 0;  ///< number of the first picture that looked like this one
     };
-    // Each holds one of the server's threads.
-    static constexpr std::size_t MaxWatchers = 32;
 
     mutable std::mutex Lock;  ///< guards all below
     std::condition_variable Changed;

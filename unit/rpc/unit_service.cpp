@@ -178,6 +178,9 @@ UnitService::UnitService(zorvic::v1::Identity identity, UnitModel& model, AssetS
       Pictures(pictures),
       CallTime(updates.Run()),
       OnPower(std::move(power)),
+      Watching(Feed::Subscription::MaxSubscribers, "too many consoles"),
+      Looking(Previews::MaxWatchers, "too many watch the outputs"),
+      Reading(Sheet::MaxReaders, "too many read the as-run sheet"),
       Writes(writeLimit) {}
 
 void UnitService::KeepSheet(Sheet& sheet, Recorder& record) {
@@ -225,6 +228,15 @@ void UnitService::CheckAdmission(const ServerContext& context) const {
     if (!refusal.empty()) throw Fault(FaultKind::Refused, refusal);
 }
 
+// What ends a stream whose place is needed for another host.
+std::function<void()> UnitService::LeaveFor(ServerContext& context, const char* what) {
+    return [this, &context, what] {
+        Log.Write(spdlog::level::warn, fmt::format("{} of {}", what, context.peer()),
+                  "makes room for a host that has no place", std::chrono::steady_clock::now());
+        context.TryCancel();
+    };
+}
+
 // Holds its thread for as long as the console watches. A console that does not read blocks the write, and with it only
 // this thread, until the limit for writes ends it.
 Status UnitService::Watch(ServerContext* context, const zorvic::v1::WatchRequest* request,
@@ -232,7 +244,7 @@ Status UnitService::Watch(ServerContext* context, const zorvic::v1::WatchRequest
     bool over = false;
     const Status status = Attempt(Log, "watch", [&] {
         CheckVersion(Self.api_version(), request->api_version());
-        const Places::Place place(Watching, PeerFromName(context->peer()));
+        const Places::Place place(Watching, PeerFromName(context->peer()), LeaveFor(*context, "watch"));
         Feed::Subscription subscription(Updates, WishesOf(*request, context->peer()));
         const Visit visit(*Record, *context);
         const auto write = [&](zorvic::v1::Frame& frame) {
@@ -256,7 +268,7 @@ Status UnitService::Watch(ServerContext* context, const zorvic::v1::WatchRequest
 Status UnitService::WatchPreview(ServerContext* context, const zorvic::v1::WatchPreviewRequest* /*request*/,
                                  grpc::ServerWriter<zorvic::v1::PreviewFrame>* writer) {
     try {
-        const Places::Place place(Watching, PeerFromName(context->peer()));
+        const Places::Place place(Looking, PeerFromName(context->peer()), LeaveFor(*context, "watch preview"));
         Previews::Watcher watcher(Pictures);
         while (!context->IsCancelled()) {
             CheckAdmission(*context);
@@ -280,7 +292,7 @@ Status UnitService::ReadAsRun(ServerContext* context, const zorvic::v1::AsRunReq
     bool over = false;
     const Status status = Attempt(Log, "read the as-run sheet", [&] {
         if (Pages == nullptr) throw Fault(FaultKind::Refused, "this unit keeps no as-run sheet");
-        const Places::Place place(Watching, PeerFromName(context->peer()));
+        const Places::Place place(Reading, PeerFromName(context->peer()), LeaveFor(*context, "read the as-run sheet"));
         Sheet::Reader reader(*Pages, *request);
         while (!context->IsCancelled()) {
             CheckAdmission(*context);

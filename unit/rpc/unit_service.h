@@ -98,6 +98,7 @@ public:
                                zorvic::v1::ListDirectoryReply* reply) override;
 
 private:
+    std::function<void()> LeaveFor(grpc::ServerContext& context, const char* what);
     void CheckAdmission(const grpc::ServerContext& context) const;
     Caller CallerOf(const grpc::ServerContext& context, std::uint64_t requestKey = 0) const;
     template <typename Request, typename Action>
@@ -121,7 +122,9 @@ private:
     FiguresReader ReadRenderer;
     RequestGate Gate;
     RequestLog Log;
-    Places Watching;
+    Places Watching;  ///< the state
+    Places Looking;   ///< at pictures
+    Places Reading;   ///< the as-run sheet
     WriteLimit Writes;
 };
 

@@ -2,14 +2,10 @@
 
 #include "thread_name.h"
 
-#include <spdlog/spdlog.h>
-
 #include <algorithm>
 #include <chrono>
-#include <fstream>
 #include <map>
 #include <optional>
-#include <system_error>
 #include <utility>
 
 namespace ZorvicUnit {
@@ -38,9 +34,7 @@ const std::vector<std::string>& AccessRoleNames() {
     return names;
 }
 
-// The first reading is done when the unit begins to serve.
-AccessList::AccessList(std::filesystem::path revoked) : File(std::move(revoked)) {
-    Refresh();
+AccessList::AccessList(std::filesystem::path revoked) : File(std::move(revoked)), Revoked(File.Revoked()) {
     Thread = std::jthread([this](const std::stop_token& stop) { Run(stop); });
 }
 
@@ -62,24 +56,11 @@ void AccessList::Run(const std::stop_token& stop) {
     NameThread("access");
     std::mutex nobodys;
     std::unique_lock lock(nobodys);
-    while (!Wake.wait_for(lock, stop, LookPeriod, [&] { return stop.stop_requested(); }))
-        Refresh();
-}
-
-// A list that cannot be read for a moment revokes what it revoked before.
-void AccessList::Refresh() {
-    std::error_code missing;
-    const auto written = std::filesystem::last_write_time(File, missing);
-    if (missing || written == Written) return;
-    std::ifstream lines(File);
-    if (!lines) return;
-    Written = written;
-    std::set<std::string, std::less<>> revoked;
-    for (std::string serial; lines >> serial;)
-        revoked.insert(serial);
-    spdlog::info("{} certificates are revoked", revoked.size());
-    const std::scoped_lock lock(Lock);
-    Revoked.swap(revoked);
+    while (!Wake.wait_for(lock, stop, LookPeriod, [&] { return stop.stop_requested(); })) {
+        if (!File.Look(std::chrono::steady_clock::now())) continue;
+        const std::scoped_lock change(Lock);
+        Revoked = File.Revoked();
+    }
 }
 
 }  // namespace ZorvicUnit

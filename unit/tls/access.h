@@ -1,9 +1,10 @@
 #pragma once
 
+#include "tls/revoked_file.h"
+
 #include <condition_variable>
 #include <filesystem>
 #include <mutex>
-#include <set>
 #include <stop_token>
 #include <string>
 #include <string_view>
@@ -30,8 +31,8 @@ inline constexpr std::string_view UnitName = "zorvic-unit";
 /// Decides by the entries of its certificate what a console may ask for. Safe to use from several threads.
 class AccessList {
 public:
-    /// The file lists serial numbers of certificates that are no longer accepted, one a line; it need not be there. A
-    /// thread of its own ("access") reads it again after each change: no call waits for a disk.
+    /// A thread of its own ("access") looks at the list again and again: no call waits for a disk. Throws Fault as
+    /// RevokedFile does.
     explicit AccessList(std::filesystem::path revoked);
 
     /// Why the holder of these entries may not make this call ("/package.Service/Method"); empty when it may.
@@ -39,13 +40,11 @@ public:
 
 private:
     void Run(const std::stop_token& stop);
-    void Refresh();
 
-    const std::filesystem::path File;
-    std::filesystem::file_time_type Written;  ///< of the thread only
-    std::mutex Lock;                          ///< guards Revoked
+    RevokedFile File;  ///< of the thread only
+    std::mutex Lock;   ///< guards Revoked
     std::condition_variable_any Wake;
-    std::set<std::string, std::less<>> Revoked;
+    RevokedFile::Serials Revoked;
     std::jthread Thread;  // last: it uses all of the above
 };
 

@@ -104,8 +104,11 @@ void Revoke(const Order& order) {
     std::ofstream file(list, std::ios::app);
     if (!(file << order.Revoked << std::endl))
         throw Fault(FaultKind::Internal, "cannot write " + list.string() + ": nothing is revoked");
-    for (const auto& unit : std::filesystem::directory_iterator(order.Directory / "units"))
-        std::filesystem::copy_file(list, unit.path() / "revoked", std::filesystem::copy_options::overwrite_existing);
+    for (const auto& unit : std::filesystem::directory_iterator(order.Directory / "units")) {
+        const auto copy = unit.path() / "revoked.new";  // nobody finds half a list
+        std::filesystem::copy_file(list, copy, std::filesystem::copy_options::overwrite_existing);
+        std::filesystem::rename(copy, unit.path() / "revoked");
+    }
     std::printf("revoked             %s: copy %s into the directories of the units\n", order.Revoked.c_str(),
                 list.c_str());
 }
