@@ -156,16 +156,55 @@ TEST_F(ImportTest, OrdersOutliveARestartAndFailuresUntilTheyAreDismissed) {
     EXPECT_EQ(StatusOf(Path("bad.mov")), ZORVIC_ASSETSTATE_INVALID);
 }
 
-// The store ends between the copy's taking its place and the end of the order.
-TEST_F(ImportTest, AnOrderThatIsDoneHoldsUpNoEndAndIsNotCarriedOutAgain) {
-    Pause = std::chrono::milliseconds(300);
+// The unit was killed between the copy's taking its place and the end of the order.
+TEST_F(ImportTest, AnOrderThatIsDoneIsNotCarriedOutAgain) {
     Import("clip.wav");
-    ASSERT_TRUE(WaitUntil([&] { return std::filesystem::exists(Asset("clip.wav")); }));
+    ASSERT_TRUE(WaitForStatus(Clip, ZORVIC_ASSETSTATE_READY));
     Store.reset();
-    EXPECT_EQ(ImportTable(Rows).Load().size(), 1U);
+    ImportTable orders(Rows);
+    EXPECT_TRUE(orders.Load().empty());
+    orders.Add({Clip, "E:\\clip.wav", ReadStamp(Usb / "clip.wav"), {}, {}});
+    orders.SetCopy(Clip, ReadStamp(Asset("clip.wav")));
     Open();
     EXPECT_EQ(StatusOf(Clip), ZORVIC_ASSETSTATE_READY);
-    EXPECT_TRUE(ImportTable(Rows).Load().empty());
+    EXPECT_TRUE(orders.Load().empty());
+}
+
+// What becomes of an import must not be written into the next order for the same asset.
+TEST_F(ImportTest, OrdersAndTheirEndsTakeTurnsWithTheCopyThatIsBeingFinished) {
+    WriteFile(Usb / "clip.wav", ToneFile());
+    std::atomic<int> ordered = 0;
+    std::jthread console([&](const std::stop_token& stop) {
+        for (int number = 0; !stop.stop_requested(); ++number) {
+            if (number % 3 != 0) ordered += FaultOf([&] { Store->Install("E:\\clip.wav"); }) ? 0 : 1;
+            if (number % 3 == 0) FaultOf([&] { Store->EndImport(Clip); });
+            SleepBriefly();
+        }
+    });
+    ImportTable orders(Rows);
+    int open = 0;
+    for (int look = 0; look < 5'000 && ordered < 20; ++look) {
+        SleepBriefly();
+        const auto turn = orders.WaitForTurn([] { return true; });
+        const bool listed = StatusOf(Clip) == ZORVIC_ASSETSTATE_INGESTING;
+        EXPECT_EQ(orders.Load().size(), listed ? 1 : 0) << look;
+        open += listed ? 1 : 0;
+    }
+    EXPECT_GT(open, 5);
+    EXPECT_EQ(ordered, 20);
+}
+
+TEST_F(ImportTest, OrdersHaveALimitThatLetsThemEnd) {
+    Rows.Execute(
+        "INSERT INTO imports(path, source, size, modified_ns, problem) "
+        "WITH RECURSIVE made(number) AS (SELECT 1 UNION ALL SELECT number + 1 FROM made WHERE number < 10000) "
+        "SELECT 'C:\\Assets\\' || number, 'E:\\gone', 0, 0, 'gone' FROM made");
+    Open();
+    WriteFile(Usb / "clip.wav", ToneFile());
+    EXPECT_EQ(FaultOf([&] { Store->Install("E:\\clip.wav"); }), FaultKind::Refused);
+    Store->Delete(Path("7"));
+    Store->Install("E:\\clip.wav");
+    EXPECT_TRUE(WaitForStatus(Clip, ZORVIC_ASSETSTATE_READY));
 }
 
 }  // namespace

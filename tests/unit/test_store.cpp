@@ -88,7 +88,7 @@ protected:
             Guid = SettingsTable(database).Guid();
             SettingsTable(database).SetSelectedPreset(3);
             for (const char* path : {"E:\\Assets\\one.mov", "E:\\Assets\\two.mov"})
-                ImportTable(database).Add({path, "D:\\source.mov", {7, 8}, {}, {}}, [] { return true; });
+                ImportTable(database).Add({path, "D:\\source.mov", {7, 8}, {}, {}});
             Fill(database, 12);
         }
         Database database(File());

@@ -52,7 +52,7 @@ public:
         Known.Presets.erase(pk);
     }
     void Order(const std::string& path) {
-        ImportTable(*Store).Add({path, "C:\\source", {}, {}, {}}, [] { return true; });
+        ImportTable(*Store).Add({path, "C:\\source", {}, {}, {}});
         Known.Orders.insert(path);
     }
     void EndOrder(const std::string& path) {

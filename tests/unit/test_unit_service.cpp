@@ -17,6 +17,7 @@
 #include <zorvic/preview.h>
 #include <zorvic/session.h>
 
+#include <fstream>
 #include <future>
 #include <thread>
 
@@ -80,12 +81,13 @@ protected:
     ServedUnitTest() { Client.CreatePreset(Zorvic::Internal::FromWire(PresetWith(0, Clip))); }
 
     TemporaryDirectory Directory;
+    TemporaryDirectory Usb;
     Database Store{Directory.Path() + "/zorvic.db"};
     FakeClock Time;
     SlowCatalog Catalog;
     Feed Updates;
     UnitModel Model{NamedProfile(), Store, Time, Catalog, Updates};
-    AssetStore Assets{{.StoreDirectory = Directory.Path(), .Drives = {}, .Watch = false}, Store, Time};
+    AssetStore Assets{{.StoreDirectory = Directory.Path(), .Drives = {{"E", Usb.Path()}}, .Watch = false}, Store, Time};
     AssetLink Link{Assets, Model};
     Previews Pictures;
     UnitService Service{FromVersionOne(), Model,    Assets,      Link,
@@ -158,6 +160,23 @@ TEST_F(ServedUnitTest, ASlowDiskDelaysNoTakeAndAWriteThatIsGivenUpIsNotDone) {
     EXPECT_TRUE(PresetsOf(editor)[0].Gotos.empty());
     Session fresh(Requests.Address(), 1);
     EXPECT_TRUE(PresetsOf(fresh)[0].Gotos.empty());
+}
+
+TEST_F(ServedUnitTest, ADeletionThatIsGivenUpBehindASlowDiskHoldsUpNoTakeAndEndsNoImport) {
+    Assets.Start();
+    std::ofstream(Usb / "clip.mov") << "RIFF";
+    std::filesystem::resize_file(Usb / "clip.mov", 200'000'000);
+    ASSERT_EQ(Client.InstallAsset("E:\\clip.mov"), Zorvic::ZORVIC_STATUS_OK);
+    Session editor(Requests.Address(), 1);
+    std::optional<Transaction> slow(std::in_place, Store);
+    auto late = std::async(std::launch::async, [&] { return editor.DeleteAsset(Clip); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    EXPECT_EQ(Client.Take(1), Zorvic::ZORVIC_STATUS_OK);
+    EXPECT_EQ(late.get(), Zorvic::ZORVIC_STATUS_NETWORKERROR);
+    slow.reset();
+    Service.Drain(std::chrono::seconds(20));
+    EXPECT_EQ(Store.Number("SELECT count(*) FROM imports"), 1) << "on its way, or failed";
+    EXPECT_THAT(Assets.TakeChanges().Removed, testing::IsEmpty());
 }
 
 // Neither the link's liveness nor the limits of commands, of one that hangs least of all.

@@ -240,17 +240,22 @@ bool AssetIndex::FailImport(const std::string& path, std::uint64_t import, const
     return true;
 }
 
-bool AssetIndex::IsImported(const std::string& path) const {
+bool AssetIndex::MayEndImport(const std::string& path) const {
     const std::scoped_lock lock(Lock);
-    return Imports.contains(path);
+    const auto at = Imports.find(path);
+    if (at != Imports.end() && at->second.Committing)
+        throw Fault(FaultKind::Refused, "the import of " + path + " is just being finished");
+    return at != Imports.end();
+}
+
+std::size_t AssetIndex::ImportCount() const {
+    const std::scoped_lock lock(Lock);
+    return Imports.size();
 }
 
 bool AssetIndex::EndImport(const std::string& path) {
     const std::scoped_lock lock(Lock);
-    const auto at = Imports.find(path);
-    if (at == Imports.end()) return false;
-    if (at->second.Committing) throw Fault(FaultKind::Refused, "the import of " + path + " is just being finished");
-    Imports.erase(at);
+    if (Imports.erase(path) == 0) return false;
     Changed.insert(path);
     return true;
 }

@@ -82,14 +82,16 @@ public:
     std::uint64_t BeginImport(const std::string& path, const FileStamp& source);
     /// False when the import was ended from outside.
     bool SetImportProgress(const std::string& path, std::uint64_t import, std::int64_t size);
-    /// From here on EndImport() refuses; false when the import was ended before.
+    /// From here on MayEndImport() refuses; false when the import was ended before.
     bool BeginCommit(const std::string& path, std::uint64_t import);
     void FinishImport(const AssetRecord& record);
     /// False when the import was ended before.
     bool FailImport(const std::string& path, std::uint64_t import, const std::string& reason);
     /// Whether an import to this path is on its way or has failed.
-    bool IsImported(const std::string& path) const;
-    /// Takes an import or a failed one off the list; false when there is none, Refused when it is being finished.
+    /// Refused when it is just being finished.
+    bool MayEndImport(const std::string& path) const;
+    std::size_t ImportCount() const;
+    /// Takes an import or a failed one off the list; false when there is none.
     bool EndImport(const std::string& path);
 
     AssetChanges TakeChanges();

@@ -121,22 +121,29 @@ zorvic::v1::AssetMetadata AssetStore::ReadMetadata(const std::string& path) cons
     return metadata;
 }
 
-void AssetStore::Delete(const std::string& path) {
-    const DrivePlace place = Parts->Drives.Parse(path);
-    if (!place.IsBelowAssets()) throw Fault(FaultKind::Misused, path + " is not the path of an asset");
-    if (!Parts->Imports.End(path)) {
-        if (!Parts->Index.Find(path)) throw Fault(FaultKind::NotFound, "there is no asset " + path);
-        DrivePlace folder = place;
-        folder.Names.pop_back();
-        // A folder may have become a link that leads off the drive.
-        const auto file = ResolveOnDrive(folder) / place.Names.back();
-        if (unlink(file.c_str()) != 0 && errno != ENOENT)
-            throw Fault(FaultKind::Internal, "cannot delete " + path + ": " + std::strerror(errno));
-        Parts->Index.Remove(path);
-        Parts->Notify();
-        Parts->Cache.Remove({path});
-        SyncDirectory(file.parent_path());
-    }
+bool AssetStore::EndImport(const std::string& path, const Caller& caller) {
+    if (!Parts->Drives.Parse(path).IsBelowAssets())
+        throw Fault(FaultKind::Misused, path + " is not the path of an asset");
+    if (!Parts->Imports.End(path, caller)) return false;
+    Parts->Notify();
+    return true;
+}
+
+void AssetStore::Delete(const std::string& path, const Caller& caller) {
+    if (EndImport(path, caller)) return;
+    if (!Parts->Index.Find(path)) throw Fault(FaultKind::NotFound, "there is no asset " + path);
+    DrivePlace folder = Parts->Drives.Parse(path);
+    const std::string name = folder.Names.back();
+    folder.Names.pop_back();
+    // A folder may have become a link that leads off the drive.
+    const auto file = ResolveOnDrive(folder) / name;
+    caller.CheckWaits();
+    if (unlink(file.c_str()) != 0 && errno != ENOENT)
+        throw Fault(FaultKind::Internal, "cannot delete " + path + ": " + std::strerror(errno));
+    Parts->Index.Remove(path);
+    Parts->Notify();
+    Parts->Cache.Remove({path});
+    SyncDirectory(file.parent_path());
     Parts->Notify();
 }
 

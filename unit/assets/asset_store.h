@@ -67,9 +67,12 @@ public:
     /// asset, or no file of it yet; Refused: the file cannot be read as media, or its reading has failed before.
     zorvic::v1::AssetMetadata ReadMetadata(const std::string& path) const;
 
-    /// Removes an asset and its file, ends its import, or dismisses its failed import (then a file that the import
-    /// would have replaced shows again). NotFound, Misused (not the path of an asset), Internal (the disk refused).
-    void Delete(const std::string& path);
+    /// Ends an asset's import, or dismisses its failed import (then a file that the import would have replaced shows
+    /// again); false when there is none. Misused (not the path of an asset), Refused (it is just being finished), and
+    /// what the database throws.
+    bool EndImport(const std::string& path, const Caller& caller = {});
+    /// The same, or removes an asset and its file. NotFound, Internal (the disk refused).
+    void Delete(const std::string& path, const Caller& caller = {});
 
     /// Drive C first, then the external ones in the order given.
     std::vector<zorvic::v1::Drive> Drives() const;

@@ -7,6 +7,7 @@
 #include <spdlog/spdlog.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <future>
 #include <memory>
 #include <utility>
@@ -17,6 +18,7 @@ namespace {
 
 constexpr std::chrono::milliseconds ProgressPeriod{100};
 constexpr std::chrono::seconds ProbeLimit{60};
+constexpr std::size_t MostOrders = 10'000;
 // The name of the asset does not enter: with a suffix it might be too long for the file system.
 constexpr const char* PartPrefix = ".ingest-";
 constexpr const char* PartSuffix = ".part";
@@ -99,19 +101,26 @@ void Importer::Add(const SourceFile& source, const DrivePlace& place, const Call
     if (IsBelow(ResolveOnDrive(Folder), source.File))
         throw Fault(FaultKind::Refused, source.File.string() + " is in the store already");
     Order order{{Folder.Path() + '\\' + name, place.Path(), source.Stamp, {}, {}}, source.File, 0};
-    order.Number = Index.BeginImport(order.Kept.Path, source.Stamp);
-    try {
-        Orders.Add(order.Kept, caller.Waits);
-    } catch (...) {
-        Index.EndImport(order.Kept.Path);
-        throw;
+    {
+        const auto turn = Orders.WaitForTurn(caller.Waits);
+        if (Index.ImportCount() >= MostOrders)
+            throw Fault(FaultKind::Refused, "there are as many orders to import as there may be");
+        order.Number = Index.BeginImport(order.Kept.Path, source.Stamp);
+        try {
+            Orders.Add(order.Kept);
+        } catch (...) {
+            Index.EndImport(order.Kept.Path);
+            throw;
+        }
     }
     Notify();
     Queue(std::move(order));
 }
 
-bool Importer::End(const std::string& path) {
-    if (!Index.IsImported(path)) return false;
+bool Importer::End(const std::string& path, const Caller& caller) {
+    if (!Index.MayEndImport(path)) return false;
+    const auto turn = Orders.WaitForTurn(caller.Waits);
+    if (!Index.MayEndImport(path)) return false;
     Orders.Remove(path);
     return Index.EndImport(path);
 }
@@ -124,7 +133,7 @@ void Importer::Carry(Order order) {
     const auto part = Folder.HostPath() / (PartPrefix + std::to_string(order.Number) + PartSuffix);
     try {
         if (order.Source.empty()) order.Source = ResolveOnDrive(Drives.Parse(order.Kept.Source));
-        Finish(CopyAndProbe(order, part), part);
+        Finish(order, CopyAndProbe(order, part), part);
     } catch (const std::exception& error) {
         std::error_code ignored;
         std::filesystem::remove(part, ignored);
@@ -133,42 +142,61 @@ void Importer::Carry(Order order) {
         std::string reason = error.what();
         Rename(reason, part, order.Kept.Path);
         Rename(reason, order.Source, order.Kept.Source);
-        Fail(order, reason);
+        try {
+            Fail(order, reason);
+        } catch (const std::future_error&) {
+            // The unit is ending, and the order stays.
+        }
     }
 }
 
-void Importer::Finish(const AssetRecord& record, const std::filesystem::path& part) {
+void Importer::Finish(const Order& order, const AssetRecord& record, const std::filesystem::path& part) {
     const std::string& path = record.Content.Path;
-    Keep([&] { Orders.SetCopy(path, record.Content.Stamp); });
+    InTurn([&] {
+        if (!Index.BeginCommit(path, order.Number)) throw Fault(FaultKind::Refused, "the import was ended");
+        Keep([&] { Orders.SetCopy(path, record.Content.Stamp); });
+    });
     std::filesystem::rename(part, ResolveOnDrive(Folder) / Drives.Parse(path).Names.back());
     SyncDirectory(part.parent_path());
-    Index.FinishImport(record);
+    InTurn([&] {
+        Index.FinishImport(record);
+        Keep([&] { Orders.Remove(path); });
+    });
     spdlog::info("imported {}", path);
     Notify();
     Scanner.Keep(record);
-    Keep([&] { Orders.Remove(path); });
 }
 
 void Importer::Fail(const Order& order, const std::string& reason) {
     const std::string& path = order.Kept.Path;
-    if (Index.FailImport(path, order.Number, reason)) {
+    InTurn([&] {
+        if (!Index.FailImport(path, order.Number, reason)) return;
         spdlog::error("importing {} from {}: {}", path, order.Kept.Source, reason);
         Keep([&] { Orders.SetProblem(path, reason); });
-    }
+    });
     Notify();
 }
 
-// The thread that copies gives way to everything: it must not hold the database's lock while it does. A failure is
-// logged only: at worst a restart does once more what was done.
-void Importer::Keep(const std::function<void()>& change) {
-    auto task = std::make_shared<std::packaged_task<void()>>(change);
+// What becomes of an order and what is listed of it changes together, so that a new order for the same path, or the end
+// of this one, comes before or after. The thread that copies gives way to everything: it must not hold the database's
+// lock while it does.
+void Importer::InTurn(const std::function<void()>& change) {
+    auto task = std::make_shared<std::packaged_task<void()>>([this, &change] {
+        const auto turn = Orders.WaitForTurn([] { return true; });
+        change();
+    });
     auto done = task->get_future();
     // The job alone holds the task: when the writer drops it, the wait ends.
     Writer.Post(0, [task = std::move(task)] { (*task)(); });
+    done.get();
+}
+
+// A failure is logged only: at worst a restart does once more what was done.
+void Importer::Keep(const std::function<void()>& change) {
     try {
-        done.get();
+        change();
     } catch (const std::exception& error) {
-        if (!Copies.Stopping()) spdlog::error("keeping what became of an import: {}", error.what());
+        spdlog::error("keeping what became of an import: {}", error.what());
     }
 }
 
@@ -185,7 +213,6 @@ AssetRecord Importer::CopyAndProbe(const Order& order, const std::filesystem::pa
     record.Metadata = Scanner.Probe(part, limit);
     record.Metadata.set_file_path(order.Kept.Path);
     record.Content = {order.Kept.Path, ReadStamp(part)};
-    if (!Index.BeginCommit(order.Kept.Path, order.Number)) throw Fault(FaultKind::Refused, "the import was ended");
     return record;
 }
 

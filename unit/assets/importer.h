@@ -36,7 +36,8 @@ public:
     void Add(const SourceFile& source, const DrivePlace& place, const Caller& caller);
 
     /// Ends an import or dismisses a failed one; false when there is none. Refused when it is being finished.
-    bool End(const std::string& path);
+    /// TooLate, with the import going on, when the caller has given up.
+    bool End(const std::string& path, const Caller& caller);
 
 private:
     struct Order {
@@ -48,11 +49,12 @@ private:
     void TakeUp(const ImportOrder& kept);
     bool IsDone(const ImportOrder& kept) const;
     void Carry(Order order);
-    void Finish(const AssetRecord& record, const std::filesystem::path& part);
+    void Finish(const Order& order, const AssetRecord& record, const std::filesystem::path& part);
     void Fail(const Order& order, const std::string& reason);
     AssetRecord CopyAndProbe(const Order& order, const std::filesystem::path& part);
     void ShowProgress(const Order& order, std::int64_t done);
-    void Keep(const std::function<void()>& change);
+    void InTurn(const std::function<void()>& change);
+    static void Keep(const std::function<void()>& change);
 
     const DrivePlace Folder;
     const DriveTable& Drives;

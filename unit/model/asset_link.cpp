@@ -42,8 +42,11 @@ void AssetLink::Note(const AssetChanges& changes) {
 }
 
 std::uint64_t AssetLink::Delete(const std::string& path, const Caller& caller) {
-    const UnitModel::AssetHold hold(Model, path);
-    Assets.Delete(path);
+    // Ending an import waits for the disk and takes nothing from whoever plays.
+    if (!Assets.EndImport(path, caller)) {
+        const UnitModel::AssetHold hold(Model, path);
+        Assets.Delete(path, caller);
+    }
     Record.Note(Zorvic::ZORVIC_ASRUN_DELETE, path, caller.Who);
     return Pull();
 }

@@ -21,7 +21,7 @@ public:
     /// All must outlive the object's last call.
     AssetLink(AssetStore& assets, UnitModel& model, Recorder& record = Recorder::None());
 
-    /// Throws Fault Refused while a preset that uses the asset plays. Both give the revision that holds their effect.
+    /// Throws Fault Refused while a preset plays whose asset would go. Both give the revision that holds their effect.
     std::uint64_t Delete(const std::string& path, const Caller& caller = {});
     std::uint64_t Install(const std::string& path, const Caller& caller = {});
 

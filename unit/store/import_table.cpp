@@ -17,8 +17,11 @@ std::vector<ImportOrder> ImportTable::Load() {
     return orders;
 }
 
-void ImportTable::Add(const ImportOrder& order, const std::function<bool()>& waits) {
-    const auto turn = Rows.WaitForTurn(waits);
+DatabaseLock ImportTable::WaitForTurn(const std::function<bool()>& waits) {
+    return Rows.WaitForTurn(waits);
+}
+
+void ImportTable::Add(const ImportOrder& order) {
     Rows.Write([&] {
         // What REPLACE takes away no trigger sees.
         Rows.Prepare("DELETE FROM imports WHERE path = ?").Bind(order.Path).Run();

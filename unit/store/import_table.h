@@ -1,6 +1,7 @@
 #pragma once
 
 #include "files/tree_walk.h"
+#include "store/statement.h"
 
 #include <functional>
 #include <string>
@@ -28,8 +29,10 @@ public:
 
     /// In the order in which they were given.
     std::vector<ImportOrder> Load();
-    /// Takes the place of an order for the same asset. Fault TooLate when nobody waits any more at its turn to write.
-    void Add(const ImportOrder& order, const std::function<bool()>& waits);
+    /// Whoever holds it is the only one to write. Fault TooLate when nobody waits any more.
+    DatabaseLock WaitForTurn(const std::function<bool()>& waits);
+    /// Takes the place of an order for the same asset.
+    void Add(const ImportOrder& order);
     void SetCopy(const std::string& path, const FileStamp& copy);
     void SetProblem(const std::string& path, const std::string& problem);
     void Remove(const std::string& path);
