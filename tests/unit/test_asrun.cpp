@@ -269,6 +269,32 @@ TEST_F(RecorderTest, ARunHasInItsEntryWhatTheOutputsShowedOfIt) {
     EXPECT_EQ(shown(4), std::tuple(Zorvic::ZORVIC_SHOWN_NOT, 0, 0));
 }
 
+TEST_F(RecorderTest, AStrangerThatComesAndGoesFillsNoSheet) {
+    const Asker stranger{.Address = "192.0.2.7:80", .Client = "", .Certified = false};
+    int noted = 0;
+    for (int visit = 0; visit < 1'000; ++visit)
+        noted += Record.Comes(stranger) ? 1 : 0;
+    EXPECT_EQ(noted, 50);
+    EXPECT_TRUE(Record.Comes(Console));
+
+    Visitors visitors;
+    Clock::TimePoint now{};
+    const auto admitted = [&](int hosts) {
+        int count = 0;
+        for (int number = 0; number < 10'000; ++number)
+            count += visitors.Admit("host" + std::to_string(number % hosts) + ":1", now) ? 1 : 0;
+        return count;
+    };
+    EXPECT_EQ(admitted(1), 50);
+    now += std::chrono::minutes(1);
+    EXPECT_EQ(visitors.Admit("host0:2", now), 9'950U) << "says how many were left out";
+    EXPECT_LE(admitted(5'000), 500);
+    now += std::chrono::minutes(5);
+    EXPECT_LE(admitted(5'000), 50);
+    now += std::chrono::hours(1);
+    EXPECT_TRUE(visitors.Admit("host9:1", now));
+}
+
 class AsRunProcessTest : public ::testing::Test {
 protected:
     std::vector<Zorvic::AsRunEntry> Read(const Zorvic::AsRunSheet::Range& range = {}) {

@@ -147,6 +147,17 @@ void Recorder::Note(Zorvic::AsRunKind kind, const std::string& text, const Asker
     Pages.Record(entry);
 }
 
+bool Recorder::Comes(const Asker& who) {
+    std::optional<std::size_t> before;
+    {
+        const std::scoped_lock lock(Lock);
+        before = Coming.Admit(who.Address, std::chrono::steady_clock::now());
+    }
+    if (!before) return false;
+    Note(Zorvic::ZORVIC_ASRUN_CONNECT, *before == 0 ? "" : fmt::format("{} more came and went before", *before), who);
+    return true;
+}
+
 void Recorder::Fault(const std::string& text) {
     const auto now = std::chrono::steady_clock::now();
     {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "asrun/sheet.h"
+#include "asrun/visitors.h"
 #include "caller.h"
 #include "clock.h"
 #include "playback/play_event.h"
@@ -32,6 +33,8 @@ public:
     void Deleted(const zorvic::v1::Preset& preset, const Asker& who);
     /// Anything that concerns no preset.
     void Note(Zorvic::AsRunKind kind, const std::string& text, const Asker& who = {});
+    /// A console comes to watch. False when enough was noted of its host: its leaving is not to be noted then.
+    bool Comes(const Asker& who);
     /// The same text again within a minute is one fault.
     void Fault(const std::string& text);
 
@@ -61,6 +64,7 @@ private:
     bool HasOutputs = false;
     std::map<RunKey, OpenRun> Open;
     std::map<std::int32_t, Clock::TimePoint> Loops;  ///< when the last one of each preset was recorded
+    Visitors Coming;
     std::string LastFault;
     Clock::TimePoint LastFaultAt;
 };

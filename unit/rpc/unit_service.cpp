@@ -118,16 +118,18 @@ Status Attempt(RequestLog& log, const std::string& what, const Action& action) {
 /// A console that watches, in the as-run sheet.
 class Visit {
 public:
-    Visit(Recorder& record, const ServerContext& context) : Record(record), Who(AskerOf(context)) {
-        Record.Note(Zorvic::ZORVIC_ASRUN_CONNECT, "", Who);
+    Visit(Recorder& record, const ServerContext& context)
+        : Record(record), Who(AskerOf(context)), Noted(Record.Comes(Who)) {}
+    ~Visit() {
+        if (Noted) Record.Note(Zorvic::ZORVIC_ASRUN_LEAVE, "", Who);
     }
-    ~Visit() { Record.Note(Zorvic::ZORVIC_ASRUN_LEAVE, "", Who); }
     Visit(const Visit&) = delete;
     Visit& operator=(const Visit&) = delete;
 
 private:
     Recorder& Record;
     const Asker Who;
+    const bool Noted;
 };
 
 zorvic::v1::PreviewFrame ToFrame(const Previews::Picture& picture) {
