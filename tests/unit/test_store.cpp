@@ -183,6 +183,25 @@ TEST_F(DamagedStoreTest, WhatIsSpoiltBesidePresetsIsTakenFromACopyOrNamed) {
     }
 }
 
+// Without it an order that was carried out would begin again.
+TEST_F(DamagedStoreTest, OrdersAreFoundByTheirPathsWhateverPlaceOfThemIsSpoilt) {
+    Kept = Read();
+    const std::string name = "two.mov";
+    int places = 0;
+    for (auto place = Kept[""].find(name); place != std::string::npos;
+         place = Kept[""].find(name, place + 1), ++places) {
+        std::string bytes = Kept[""];
+        bytes[place] = static_cast<char>(bytes[place] ^ 1);
+        Make("", bytes, true);
+        {
+            Database database(File());
+            ImportTable(database).Remove("E:\\Assets\\" + name);
+        }
+        EXPECT_EQ(Content(File()).size(), Complete.size() - 1);
+    }
+    EXPECT_EQ(places, 2) << "in its row and in the index";
+}
+
 TEST_F(StoreTest, ALostSealIsReportedAndMadeAgainAndAnOlderStoreGetsOne) {
     FillFile(3);
     std::filesystem::remove(File() + "-seal");
