@@ -206,6 +206,31 @@ TEST_F(DamagedStoreTest, OrdersAreFoundByTheirPathsWhateverPlaceOfThemIsSpoilt) 
     EXPECT_EQ(places, 2) << "in its row and in the index";
 }
 
+TEST_F(StoreTest, OrdersOfAnOlderCopyAreNotPassedOffForTheLatest) {
+    const auto order = [](Database& database, const std::string& path) {
+        ImportTable(database).Add({path, "D:\\source.mov", {7, 8}, {}, {}}, [] { return true; });
+    };
+    {
+        Database database(File());
+        Fill(database, 1);
+        order(database, "early.mov");
+    }
+    const std::string older = ReadFile(File() + "-copy1");
+    {
+        Database database(File());
+        ImportTable(database).Remove("early.mov");
+        order(database, "late.mov");
+    }
+    std::string bytes = ReadFile(File());
+    for (auto place = bytes.find("late.mov"); place != std::string::npos; place = bytes.find("late.mov"))
+        bytes.replace(place / 4'096 * 4'096, 4'096, 4'096, 'z');
+    std::ofstream(File()) << bytes;
+    std::ofstream(File() + "-copy1") << older;
+    std::filesystem::remove(File() + "-copy2");
+    EXPECT_EQ(Content(File()).back().substr(0, 5), "early");
+    EXPECT_THAT(Log.str(), testing::HasSubstr("1 settings and orders to import should be there"));
+}
+
 TEST_F(StoreTest, ALostSealIsReportedAndMadeAgainAndAnOlderStoreGetsOne) {
     FillFile(3);
     std::filesystem::remove(File() + "-seal");

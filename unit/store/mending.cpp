@@ -49,13 +49,13 @@ struct Plan {
     std::int64_t Changes = 0;
     std::int64_t LastKey = 0;
     std::vector<std::string> Losses;
-    std::int64_t Others = 0;  ///< settings and orders that should be there
-    path Source;              ///< what tells which these are
+    Ledger Counted;  ///< tells of settings and orders
+    path Source;     ///< what tells which these are
 };
 
 // The ledger tells which presets must be there, so that most of what looks lost can be proved complete.
 Plan FillFrom(const path& file, const std::optional<GoodCopy>& copy, Salvage&& found) {
-    Plan plan{std::move(found.Presets), found.Counted->Changes, found.LastKey, {}, found.Counted->Others, file};
+    Plan plan{std::move(found.Presets), found.Counted->Changes, found.LastKey, {}, *found.Counted, file};
     if (copy) {
         for (const std::int64_t key : found.Unreadable)
             if (const auto kept = copy->Content.Presets.find(key); kept != copy->Content.Presets.end())
@@ -86,7 +86,7 @@ Plan MakePlan(const DamagedDatabase& damaged) {
     if (Reaches(found, damaged.Acknowledged)) return FillFrom(damaged.File, copy, std::move(found));
     if (copy && Reaches(copy->Content, damaged.Acknowledged)) {
         const Ledger& counted = *copy->Content.Counted;
-        Plan plan{copy->Content.Presets, counted.Changes, found.LastKey, {}, counted.Others, copy->File};
+        Plan plan{copy->Content.Presets, counted.Changes, found.LastKey, {}, counted, copy->File};
         if (!damaged.Acknowledged)
             plan.Losses.push_back("what was changed after " + copy->File.string() + " was made is lost");
         return plan;
@@ -96,7 +96,7 @@ Plan MakePlan(const DamagedDatabase& damaged) {
                 0,
                 found.LastKey,
                 {"nothing tells whether all presets are there"},
-                0,
+                {},
                 damaged.File};
     const std::string best =
         copy ? fmt::format("the newest copy {} has {}", copy->File.string(), copy->Content.Counted->Changes)
@@ -225,15 +225,20 @@ void Write(Connection& target, const Plan& plan) {
     transaction.Commit();
 }
 
-void ReportLostRows(Connection& target, const Plan& plan) {
-    const std::int64_t others = target.Number("SELECT others FROM ledger");
-    if (others < plan.Others)
-        spdlog::error("store: {} settings and orders to import should be there, {} are", plan.Others, others);
-    if (plan.Others > 0 && target.Number("SELECT count(*) FROM settings WHERE name = 'guid'") == 0)
+// False when settings or orders are lost, or older than they were.
+bool ReportLostRows(Connection& target, const Ledger& counted) {
+    const Ledger found = ReadLedger(target).value_or(Ledger());
+    if (counted.Others == 0 || (found.Others == counted.Others && found.OtherMarks == counted.OtherMarks)) return true;
+    spdlog::error("store: {} settings and orders to import should be there, {} are, some perhaps of an older copy",
+                  counted.Others, found.Others);
+    if (target.Number("SELECT count(*) FROM settings WHERE name = 'guid'") == 0)
         spdlog::error("store: the unit's identifier is lost: for consoles and certificates it is another unit now");
+    return false;
 }
 
-void Build(const DamagedDatabase& damaged, const Plan& plan) {
+// False when that cost settings or orders.
+bool Build(const DamagedDatabase& damaged, const Plan& plan) {
+    bool complete = false;
     const path part = MendedOf(damaged.File).string() + ".part";
     std::filesystem::remove(part);
     {
@@ -242,11 +247,12 @@ void Build(const DamagedDatabase& damaged, const Plan& plan) {
         target.Migrate(Migrations());
         TakeOtherRows(target, damaged.File, plan.Source);
         Write(target, plan);
-        ReportLostRows(target, plan);
+        complete = ReportLostRows(target, plan.Counted);
     }
     SyncFile(part);
     std::filesystem::rename(part, MendedOf(damaged.File));
     SyncDirectory(damaged.File.parent_path());
+    return complete;
 }
 
 path AsideOf(const path& file) {
@@ -268,10 +274,10 @@ void Mend(const DamagedDatabase& damaged) {
     spdlog::error("{}", damaged.Damage);
     for (const std::string& loss : plan.Losses)
         spdlog::error("store: {}", loss);
-    Build(damaged, plan);
+    const bool complete = Build(damaged, plan) && plan.Losses.empty();
     FinishMending(damaged.File);
     spdlog::error("store: {} was made anew with {} presets, {}", damaged.File.string(), plan.Presets.size(),
-                  plan.Losses.empty() ? "all that were acknowledged" : "those that could be read");
+                  complete ? "all that were acknowledged" : "what could be read");
 }
 
 // The log goes first: it must never meet another database than its own.
