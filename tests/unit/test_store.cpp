@@ -206,6 +206,22 @@ TEST_F(DamagedStoreTest, OrdersAreFoundByTheirPathsWhateverPlaceOfThemIsSpoilt) 
     EXPECT_EQ(places, 2) << "in its row and in the index";
 }
 
+TEST_F(StoreTest, ALostIdentifierIsNamedAlsoWhereNothingTellsWhatShouldBeThere) {
+    const std::string guid = [&] {
+        Database database(File());
+        Fill(database, 1);
+        return SettingsTable(database).Guid();
+    }();
+    std::string bytes = ReadFile(File());
+    bytes.replace(bytes.find(guid), 1, "?");
+    std::ofstream(File()) << bytes;
+    for (const char* end : {"-copy1", "-copy2", "-seal"})
+        std::filesystem::remove(File() + end);
+    Connection(File(), Connection::Access::Write).Execute("DELETE FROM ledger");
+    EXPECT_EQ(Presets(File()).size(), 1U);
+    EXPECT_THAT(Log.str(), testing::HasSubstr("identifier is lost"));
+}
+
 TEST_F(StoreTest, OrdersOfAnOlderCopyAreNotPassedOffForTheLatest) {
     const auto order = [](Database& database, const std::string& path) {
         ImportTable(database).Add({path, "D:\\source.mov", {7, 8}, {}, {}}, [] { return true; });

@@ -49,8 +49,8 @@ struct Plan {
     std::int64_t Changes = 0;
     std::int64_t LastKey = 0;
     std::vector<std::string> Losses;
-    Ledger Counted;  ///< tells of settings and orders
-    path Source;     ///< what tells which these are
+    std::optional<Ledger> Counted;  ///< tells of settings and orders
+    path Source;                    ///< what tells which these are
 };
 
 // The ledger tells which presets must be there, so that most of what looks lost can be proved complete.
@@ -226,11 +226,14 @@ void Write(Connection& target, const Plan& plan) {
 }
 
 // False when settings or orders are lost, or older than they were.
-bool ReportLostRows(Connection& target, const Ledger& counted) {
-    const Ledger found = ReadLedger(target).value_or(Ledger());
-    if (counted.Others == 0 || (found.Others == counted.Others && found.OtherMarks == counted.OtherMarks)) return true;
-    spdlog::error("store: {} settings and orders to import should be there, {} are, some perhaps of an older copy",
-                  counted.Others, found.Others);
+bool ReportLostRows(Connection& target, const std::optional<Ledger>& counted) {
+    if (counted) {
+        const Ledger found = ReadLedger(target).value_or(Ledger());
+        if (counted->Others == 0 || (found.Others == counted->Others && found.OtherMarks == counted->OtherMarks))
+            return true;
+        spdlog::error("store: {} settings and orders to import should be there, {} are, some perhaps of an older copy",
+                      counted->Others, found.Others);
+    }
     if (target.Number("SELECT count(*) FROM settings WHERE name = 'guid'") == 0)
         spdlog::error("store: the unit's identifier is lost: for consoles and certificates it is another unit now");
     return false;
