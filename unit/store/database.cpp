@@ -96,7 +96,10 @@ void Database::Write(const std::function<void()>& change) {
     CheckPlace();
     try {
         Transaction transaction(*this);
+        const std::int64_t before = Changes();
         change();
+        // What no trigger counts is acknowledged all the same.
+        if (Changes() == before) CountChange();
         transaction.Commit();
     } catch (...) {
         OverwriteFailure();
@@ -110,7 +113,7 @@ void Database::Write(const std::function<void()>& change) {
 // one takes its place.
 void Database::OverwriteFailure() noexcept {
     try {
-        Execute("UPDATE ledger SET changes = changes + 1");
+        CountChange();
     } catch (const Fault& fault) {
         // What found no room is not in the log.
         if (fault.Kind != FaultKind::DiskFull) spdlog::error("{}", fault.what());

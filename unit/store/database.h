@@ -39,6 +39,7 @@ private:
     void ReportUnreadableLog();
     void Shrink();
     std::int64_t Changes() { return Number("SELECT changes FROM ledger"); }
+    void CountChange() { Execute("UPDATE ledger SET changes = changes + 1"); }
     void Checkpoint();
     void MakeCopy();
 

@@ -49,12 +49,13 @@ struct Plan {
     std::int64_t Changes = 0;
     std::int64_t LastKey = 0;
     std::vector<std::string> Losses;
-    std::int64_t Others = 0;  ///< settings and orders that should be there
+    std::optional<Ledger> Counted;  ///< tells of settings and orders
+    path Source;                    ///< what tells which these are
 };
 
 // The ledger tells which presets must be there, so that most of what looks lost can be proved complete.
-Plan FillFrom(const std::optional<GoodCopy>& copy, Salvage&& found) {
-    Plan plan{std::move(found.Presets), found.Counted->Changes, found.LastKey, {}, found.Counted->Others};
+Plan FillFrom(const path& file, const std::optional<GoodCopy>& copy, Salvage&& found) {
+    Plan plan{std::move(found.Presets), found.Counted->Changes, found.LastKey, {}, *found.Counted, file};
     if (copy) {
         for (const std::int64_t key : found.Unreadable)
             if (const auto kept = copy->Content.Presets.find(key); kept != copy->Content.Presets.end())
@@ -82,16 +83,21 @@ bool Reaches(const Salvage& content, std::optional<std::int64_t> acknowledged) {
 Plan MakePlan(const DamagedDatabase& damaged) {
     const auto copy = NewestGoodCopy(damaged.File);
     Salvage found = ReadWhatIsThere(damaged.File, copy ? copy->Content.LastKey : 0);
-    if (Reaches(found, damaged.Acknowledged)) return FillFrom(copy, std::move(found));
+    if (Reaches(found, damaged.Acknowledged)) return FillFrom(damaged.File, copy, std::move(found));
     if (copy && Reaches(copy->Content, damaged.Acknowledged)) {
-        Plan plan{
-            copy->Content.Presets, copy->Content.Counted->Changes, found.LastKey, {}, copy->Content.Counted->Others};
+        const Ledger& counted = *copy->Content.Counted;
+        Plan plan{copy->Content.Presets, counted.Changes, found.LastKey, {}, counted, copy->File};
         if (!damaged.Acknowledged)
             plan.Losses.push_back("what was changed after " + copy->File.string() + " was made is lost");
         return plan;
     }
     if (!damaged.Acknowledged && !found.Presets.empty())
-        return {std::move(found.Presets), 0, found.LastKey, {"nothing tells whether all presets are there"}, 0};
+        return {std::move(found.Presets),
+                0,
+                found.LastKey,
+                {"nothing tells whether all presets are there"},
+                {},
+                damaged.File};
     const std::string best =
         copy ? fmt::format("the newest copy {} has {}", copy->File.string(), copy->Content.Counted->Changes)
              : "there is no copy of it";
@@ -140,7 +146,7 @@ std::string IsWhole(const HashedTable& table) {
     return fmt::format("hash = row_hash({})", table.Columns);
 }
 
-/// What a damaged database still told of its rows that are no presets.
+/// What a database, damaged or not, told of its rows that are no presets.
 struct OtherRows {
     std::vector<std::string> Spoilt;
     bool Orders = false;  ///< whether it told which there are
@@ -171,9 +177,9 @@ OtherRows TakeRows(Connection& target, const path& from) {
     return found;
 }
 
-// Orders that are in a copy and not in the database have been carried out since, unless it cannot tell.
-void TakeRowsOfCopy(Connection& target, const path& copy, bool allOrders) {
-    const OtherDatabase other(target, copy);
+// Orders that are there and not in the source have been carried out since, unless that cannot tell.
+void TakeRowsFromOther(Connection& target, const path& file, bool allOrders) {
+    const OtherDatabase other(target, file);
     for (const HashedTable& table : HashedTables)
         Take(target, table,
              fmt::format("{} AND {}", other.HasHashes() ? IsWhole(table) : "true",
@@ -181,7 +187,7 @@ void TakeRowsOfCopy(Connection& target, const path& copy, bool allOrders) {
 }
 
 // Each source for itself: what one has lost must not cost the others.
-void TakeOtherRows(Connection& target, const path& database) {
+void TakeOtherRows(Connection& target, const path& database, const path& source) {
     Run(target, "CREATE TEMP TABLE spoilt(number)");
     OtherRows found;
     const auto attempt = [](const path& from, const auto& take) {
@@ -191,12 +197,15 @@ void TakeOtherRows(Connection& target, const path& database) {
             spdlog::error("{}", fault.what());
         }
     };
-    attempt(database, [&] { found = TakeRows(target, database); });
+    attempt(source, [&] { found = TakeRows(target, source); });
     for (const std::string& row : found.Spoilt)
         spdlog::error("store: the {} is damaged: as it was when a copy was made, or lost", row);
-    for (const path& copy : Copies(database).Files()) {
-        attempt(copy, [&] {
-            TakeRowsOfCopy(target, copy, !found.Orders);
+    std::vector<path> others = Copies(database).Files();
+    others.push_back(database);
+    std::erase(others, source);
+    for (const path& other : others) {
+        attempt(other, [&] {
+            TakeRowsFromOther(target, other, !found.Orders);
             found.Orders = true;
         });
     }
@@ -216,28 +225,37 @@ void Write(Connection& target, const Plan& plan) {
     transaction.Commit();
 }
 
-void ReportLostRows(Connection& target, const Plan& plan) {
-    const std::int64_t others = target.Number("SELECT others FROM ledger");
-    if (others < plan.Others)
-        spdlog::error("store: {} settings and orders to import should be there, {} are", plan.Others, others);
-    if (plan.Others > 0 && target.Number("SELECT count(*) FROM settings WHERE name = 'guid'") == 0)
+// False when settings or orders are lost, or older than they were.
+bool ReportLostRows(Connection& target, const std::optional<Ledger>& counted) {
+    if (counted) {
+        const Ledger found = ReadLedger(target).value_or(Ledger());
+        if (counted->Others == 0 || (found.Others == counted->Others && found.OtherMarks == counted->OtherMarks))
+            return true;
+        spdlog::error("store: {} settings and orders to import should be there, {} are, some perhaps of an older copy",
+                      counted->Others, found.Others);
+    }
+    if (target.Number("SELECT count(*) FROM settings WHERE name = 'guid'") == 0)
         spdlog::error("store: the unit's identifier is lost: for consoles and certificates it is another unit now");
+    return false;
 }
 
-void Build(const DamagedDatabase& damaged, const Plan& plan) {
+// False when that cost settings or orders.
+bool Build(const DamagedDatabase& damaged, const Plan& plan) {
+    bool complete = false;
     const path part = MendedOf(damaged.File).string() + ".part";
     std::filesystem::remove(part);
     {
         Connection target(part, Connection::Access::Make);
         target.KeepLogOnClose(true);
         target.Migrate(Migrations());
-        TakeOtherRows(target, damaged.File);
+        TakeOtherRows(target, damaged.File, plan.Source);
         Write(target, plan);
-        ReportLostRows(target, plan);
+        complete = ReportLostRows(target, plan.Counted);
     }
     SyncFile(part);
     std::filesystem::rename(part, MendedOf(damaged.File));
     SyncDirectory(damaged.File.parent_path());
+    return complete;
 }
 
 path AsideOf(const path& file) {
@@ -259,10 +277,10 @@ void Mend(const DamagedDatabase& damaged) {
     spdlog::error("{}", damaged.Damage);
     for (const std::string& loss : plan.Losses)
         spdlog::error("store: {}", loss);
-    Build(damaged, plan);
+    const bool complete = Build(damaged, plan) && plan.Losses.empty();
     FinishMending(damaged.File);
     spdlog::error("store: {} was made anew with {} presets, {}", damaged.File.string(), plan.Presets.size(),
-                  plan.Losses.empty() ? "all that were acknowledged" : "those that could be read");
+                  complete ? "all that were acknowledged" : "what could be read");
 }
 
 // The log goes first: it must never meet another database than its own.
