@@ -147,7 +147,8 @@ TEST_F(StoreTest, ALostSealIsReportedAndMadeAgainAndAnOlderStoreGetsOne) {
     EXPECT_THAT(Log.str(), testing::HasSubstr("-seal is missing"));
     Database(File()).Execute(
         "DROP TRIGGER preset_inserted; DROP TRIGGER preset_updated; DROP TRIGGER preset_deleted;"
-        "DROP TRIGGER setting_made; DROP TABLE ledger; DROP TABLE imports; ALTER TABLE presets DROP COLUMN mark;"
+        "DROP TRIGGER setting_made; DROP TABLE ledger; DROP TABLE imports; DROP TABLE requests; ALTER TABLE presets "
+        "DROP COLUMN mark;"
         "CREATE TABLE assets(path); PRAGMA user_version = 1");
     for (const char* file : {"-copy1", "-copy2"})
         std::filesystem::remove(File() + file);

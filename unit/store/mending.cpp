@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <ctime>
 #include <map>
+#include <set>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -99,24 +100,38 @@ Plan MakePlan(const DamagedDatabase& damaged) {
                     any ? "what can be read" : "a new store"));
 }
 
-// Each table for itself: what one has lost must not cost the others.
-void CopyTables(Connection& target, const path& from, bool orders) {
-    if (!HoldsSomething(from)) return;
+using Tables = std::set<std::string>;
+
+// Each table for itself: what one has lost must not cost the others. Gives those that could not be read.
+Tables CopyTables(Connection& target, const path& from, Tables tables) {
+    if (!HoldsSomething(from)) return tables;
     try {
         auto attach = target.Prepare("ATTACH ? AS other");
         attach.Bind(from.string()).Run();
     } catch (const Fault&) {
-        return;
+        return tables;
     }
-    for (const char* sql : {"INSERT OR IGNORE INTO settings SELECT * FROM other.settings",
-                            "INSERT OR IGNORE INTO imports SELECT * FROM other.imports"}) {
+    std::erase_if(tables, [&](const std::string& table) {
         try {
-            if (orders || std::string_view(sql).find("imports") == std::string_view::npos) target.Execute(sql);
-        } catch (const Fault& fault) {
-            if (orders) spdlog::error("{}", fault.what());
+            target.Execute(fmt::format("INSERT OR IGNORE INTO {0} SELECT * FROM other.{0}", table).c_str());
+            return true;
+        } catch (const Fault&) {
+            return false;
         }
-    }
+    });
     target.Execute("DETACH other");
+    return tables;
+}
+
+// A copy has orders that were done since, and the keys of requests to what may be another show.
+void CopyTables(Connection& target, const DamagedDatabase& damaged) {
+    Tables wanted = CopyTables(target, damaged.File, {"settings", "imports", "requests"});
+    for (const std::string& lost : wanted)
+        spdlog::error("store: {} has no {} that can be read", damaged.File.string(), lost);
+    wanted.insert("settings");
+    wanted.erase("imports");
+    for (const path& copy : Copies(damaged.File).Files())
+        CopyTables(target, copy, wanted);
 }
 
 void Write(Connection& target, const Plan& plan) {
@@ -129,6 +144,8 @@ void Write(Connection& target, const Plan& plan) {
             .Run();
     target.Execute("DELETE FROM sqlite_sequence WHERE name = 'presets'");
     target.Prepare("INSERT INTO sqlite_sequence(name, seq) VALUES('presets', ?)").Bind(plan.LastKey).Run();
+    // The key of a preset that is gone may be given to another.
+    target.Execute("DELETE FROM requests WHERE pk NOT IN (SELECT pk FROM presets)");
     target.Prepare("UPDATE ledger SET changes = ?").Bind(plan.Changes).Run();
     transaction.Commit();
 }
@@ -140,9 +157,7 @@ void Build(const DamagedDatabase& damaged, const Plan& plan) {
         Connection target(part, Connection::Access::Make);
         target.KeepLogOnClose(true);
         target.Migrate(Migrations());
-        CopyTables(target, damaged.File, true);
-        for (const path& copy : Copies(damaged.File).Files())
-            CopyTables(target, copy, false);
+        CopyTables(target, damaged);
         Write(target, plan);
     }
     SyncFile(part);

@@ -6,7 +6,7 @@ namespace ZorvicUnit {
 
 namespace {
 
-constexpr std::array<const char*, 4> Steps = {
+constexpr std::array<const char*, 5> Steps = {
     // AUTOINCREMENT, because a key must not come back after the highest preset is deleted. The hash tells a record that
     // the disk has spoilt from one that was stored so.
     R"sql(
@@ -74,6 +74,13 @@ constexpr std::array<const char*, 4> Steps = {
     CREATE TRIGGER import_ordered AFTER INSERT ON imports BEGIN
         UPDATE ledger SET changes = changes + 1;
     END;
+    )sql",
+    // What requests to create have made, written with it: one that is repeated after a restart is not done again.
+    R"sql(
+    CREATE TABLE requests(
+        number INTEGER PRIMARY KEY,
+        key INTEGER NOT NULL UNIQUE,
+        pk INTEGER NOT NULL);
     )sql",
 };
 
