@@ -94,7 +94,7 @@ protected:
         Database database(File());
         OlderSeal = Read()["-seal"];
         Fill(database, 12);
-        ImportTable(database).Add({"E:\\Assets\\late.mov", "D:\\source.mov", {7, 8}, {}, {}}, [] { return true; });
+        ImportTable(database).Add({"E:\\Assets\\late.mov", "D:\\source.mov", {7, 8}, {}, {}});
         ImportTable(database).SetProblem("E:\\Assets\\one.mov", "gone");
         SettingsTable(database).SetSelectedPreset(5);
         Copies(File()).Make();
@@ -224,7 +224,7 @@ TEST_F(StoreTest, ALostIdentifierIsNamedAlsoWhereNothingTellsWhatShouldBeThere) 
 
 TEST_F(StoreTest, OrdersOfAnOlderCopyAreNotPassedOffForTheLatest) {
     const auto order = [](Database& database, const std::string& path) {
-        ImportTable(database).Add({path, "D:\\source.mov", {7, 8}, {}, {}}, [] { return true; });
+        ImportTable(database).Add({path, "D:\\source.mov", {7, 8}, {}, {}});
     };
     {
         Database database(File());
@@ -255,7 +255,8 @@ TEST_F(StoreTest, ALostSealIsReportedAndMadeAgainAndAnOlderStoreGetsOne) {
     Database(File()).Execute(
         "DROP TRIGGER preset_inserted; DROP TRIGGER preset_updated; DROP TRIGGER preset_deleted;"
         "DROP TRIGGER setting_made; DROP TRIGGER setting_inserted; DROP TRIGGER setting_updated;"
-        "DROP TRIGGER setting_deleted; DROP TABLE ledger; DROP TABLE imports; ALTER TABLE presets DROP COLUMN mark;"
+        "DROP TRIGGER setting_deleted; DROP TABLE ledger; DROP TABLE imports; DROP TABLE requests; ALTER TABLE presets "
+        "DROP COLUMN mark;"
         "ALTER TABLE settings DROP COLUMN hash;"
         "CREATE TABLE assets(path); PRAGMA user_version = 1");
     for (const char* file : {"-copy1", "-copy2"})

@@ -77,7 +77,7 @@ protected:
         UnitModel::Profile profile;
         profile.Identity.set_guid("unit-1");
         profile.MostBytes = mostBytes;
-        Model.emplace(profile, Store, Time, Catalog, *Updates);
+        Model.emplace(profile, *Store, Time, Catalog, *Updates);
         Console.emplace(*Updates);
         Console->Read();
     }
@@ -93,7 +93,7 @@ protected:
     }
 
     TemporaryDirectory Directory;
-    Database Store{Directory.Path() + "/zorvic.db"};
+    std::optional<Database> Store{std::in_place, Directory.Path() + "/zorvic.db"};
     FakeClock Time;
     FakeCatalog Catalog;
     std::optional<Feed> Updates;
@@ -165,14 +165,14 @@ TEST_F(UnitModelTest, AFailedWriteChangesNothing) {
     Preset preset = Console->PresetOf(pk);
     preset.set_name("other");
     const auto revision = Model->Revision();
-    Store.Execute("PRAGMA query_only = ON");
+    Store->Execute("PRAGMA query_only = ON");
     EXPECT_EQ(Update(Console->PresetOf(pk), "name"), revision) << "nothing to write";
     EXPECT_EQ(FaultOf([&] { Model->CreatePreset(preset); }), FaultKind::Internal);
     EXPECT_EQ(FaultOf([&] { Update(preset, "name"); }), FaultKind::Internal);
     EXPECT_EQ(FaultOf([&] { Model->DeletePreset(pk); }), FaultKind::Internal);
     EXPECT_EQ(Model->Revision(), revision);
     Model->Take(pk);  // not left behind as one that is being deleted
-    Store.Execute("PRAGMA query_only = OFF");
+    Store->Execute("PRAGMA query_only = OFF");
     EXPECT_GT(Update(preset, "name"), revision);
 }
 
@@ -195,6 +195,47 @@ TEST_F(UnitModelTest, MarksAreAddressedByTheirTime) {
     ASSERT_EQ(preset.countdowns_size(), 1);
     EXPECT_EQ(preset.countdowns(0).id(), 2);
     EXPECT_EQ(preset.countdowns(0).name(), "chorus");
+}
+
+TEST_F(UnitModelTest, ACreationIsDoneOnceAlsoWhenItIsRepeatedAfterARestartOrTheRestoreOfAnother) {
+    const auto file = Store->File().string();
+    const auto create = [&](std::uint64_t key) {
+        std::int32_t made = 0;
+        const auto revision = Model->CreatePreset(PresetWith(0, Clip), {.RequestKey = key}, &made);
+        EXPECT_LE(revision, Updates->Revision());
+        return made;
+    };
+    const auto restart = [&] {
+        Model.reset();
+        Store.emplace(file);
+        Start();
+    };
+    const auto first = create(~std::uint64_t{0});
+    zorvic::v1::MarkRequest mark;
+    mark.set_pk(first);
+    mark.set_kind(zorvic::v1::MARK_KIND_GOTO);
+    Model->CreateMark(mark, {.RequestKey = 2});
+    Model->DeletePreset(create(3));
+    Store->Close();
+    std::filesystem::copy_file(file, file + "-backup");
+    restart();
+    EXPECT_EQ(create(~std::uint64_t{0}), first);
+    Model->CreateMark(mark, {.RequestKey = 2});
+    const auto later = create(4);
+    EXPECT_EQ(create(3), later - 1) << "made again after its deletion";
+
+    Store->Execute("UPDATE presets SET record = x'0801' WHERE pk = 1");
+    restart();
+    EXPECT_EQ(create(4), later) << "forgotten when the store was mended";
+
+    Store->Close();
+    for (const char* end : {"-seal", "-copy1", "-copy2", "-copy3"})
+        std::filesystem::remove(file + end);
+    std::filesystem::copy_file(file + "-backup", file, std::filesystem::copy_options::overwrite_existing);
+    restart();
+    EXPECT_EQ(create(5), later) << "the backup gives its keys anew";
+    EXPECT_NE(create(4), later) << "that is another preset now";
+    EXPECT_EQ(create(~std::uint64_t{0}), first);
 }
 
 TEST_F(UnitModelTest, AReloadEndsPlaybackAndKeepsTheSelection) {

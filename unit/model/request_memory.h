@@ -1,5 +1,7 @@
 #pragma once
 
+#include "store/request_table.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -12,8 +14,7 @@ namespace ZorvicUnit {
 /// effect once. One thread at a time.
 class RequestMemory {
 public:
-    /// Many times what all consoles can have sent within the minute for which they repeat a request.
-    static constexpr std::size_t MaxKeys = 1'000;
+    static constexpr std::size_t MaxKeys = RequestTable::MaxRequests;
 
     struct Outcome {
         std::uint64_t Revision = 0;  ///< that holds the effect

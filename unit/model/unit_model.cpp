@@ -20,6 +20,7 @@ UnitModel::UnitModel(const Profile& profile, Database& database, const Clock& cl
     : MostBytes(profile.MostBytes),
       Rows(database),
       Table(database),
+      Requests(database),
       Settings(database),
       Playing(clock, catalog),
       Updates(feed),
@@ -57,7 +58,7 @@ std::uint64_t UnitModel::CreatePreset(const Preset& sent, const Caller& caller, 
         }
         CheckPreset(preset);
         ReserveRoom(preset, 0);
-        preset.set_pk(Table.Insert(preset));
+        preset.set_pk(Table.Insert(preset, caller.RequestKey));
         if (made) *made = preset.pk();
         Record.Edited(preset, "created", caller.Who);
         return ShowPreset(preset);
@@ -71,7 +72,7 @@ std::uint64_t UnitModel::UpdatePreset(const Preset& sent, const google::protobuf
         const PresetPtr stored = Find(sent.pk());
         Preset edited = *stored;
         MergeFields(edited, sent, fields);
-        return Store(std::move(edited), *stored, caller.Who);
+        return Store(std::move(edited), *stored, caller);
     });
 }
 
@@ -113,7 +114,7 @@ std::uint64_t UnitModel::EditMarks(const MarkRequest& request, const Caller& cal
         Preset edited = *stored;
         Marks& marks = MarksOf(edited, request.kind());
         edit(marks, FindMark(marks, request.time_ms()));
-        return Store(std::move(edited), *stored, caller.Who);
+        return Store(std::move(edited), *stored, caller);
     });
 }
 
@@ -163,6 +164,7 @@ bool UnitModel::WaitForSelection(const std::stop_token& stop, std::chrono::stead
 void UnitModel::Reload() {
     const auto turn = Rows.WaitForTurn(Caller().Waits);
     const std::vector<Preset> stored = Table.Load();
+    const std::vector<RequestTable::Request> requests = Requests.Load();
     const std::scoped_lock lock(ModelLock);
     std::vector<FeedChange> changes;
     const auto before = std::exchange(Presets, {});
@@ -176,7 +178,11 @@ void UnitModel::Reload() {
     for (const auto& [pk, preset] : before)
         if (!Presets.contains(pk)) changes.push_back(PresetGone(pk));
     if (!Presets.contains(Selected)) Selected = 0;
-    Publish(std::move(changes));
+    // Revisions of another run say nothing in this one; what these made is part of the state from now on.
+    const std::uint64_t revision = Publish(std::move(changes));
+    Recent = {};
+    for (const auto& request : requests)
+        Recent.Add(request.Key, {revision, request.PK});
 }
 
 PresetPtr UnitModel::Find(std::int32_t pk) {
@@ -209,13 +215,13 @@ std::int32_t UnitModel::NextTabIndex() const {
 }
 
 // Called with the database's lock held; stored is the preset as it is.
-std::uint64_t UnitModel::Store(Preset edited, const Preset& stored, const Asker& who) {
+std::uint64_t UnitModel::Store(Preset edited, const Preset& stored, const Caller& caller) {
     Normalise(edited, FirstTab(stored)->index());
     CheckPreset(edited);
     if (edited.SerializeAsString() == stored.SerializeAsString()) return Updates.Revision();
     ReserveRoom(edited, BytesOf(stored));
-    Table.Replace(edited);
-    Record.Edited(edited, DifferingFields(stored, edited), who);
+    Table.Replace(edited, caller.RequestKey);
+    Record.Edited(edited, DifferingFields(stored, edited), caller.Who);
     return ShowPreset(edited);
 }
 

@@ -7,6 +7,7 @@
 #include "model/request_memory.h"
 #include "playback/playback.h"
 #include "store/preset_table.h"
+#include "store/request_table.h"
 #include "store/settings_table.h"
 
 #include <google/protobuf/field_mask.pb.h>
@@ -107,7 +108,8 @@ public:
     /// Returns when another preset has been selected since SaveSelection() was called, at the latest at this time, and
     /// when it is asked to stop. True for another preset.
     bool WaitForSelection(const std::stop_token& stop, std::chrono::steady_clock::time_point until);
-    /// Ends playback and reads the store again. Throws Fault, and leaves all as it is, when the store is damaged.
+    /// Ends playback and reads the store again, also which requests were carried out. Throws Fault, and leaves all as
+    /// it is, when the store is damaged.
     void Reload();
 
 private:
@@ -115,7 +117,7 @@ private:
     void Keep(PresetPtr preset);
     void Forget(std::int32_t pk);
     std::int32_t NextTabIndex() const;
-    std::uint64_t Store(zorvic::v1::Preset edited, const zorvic::v1::Preset& stored, const Asker& who);
+    std::uint64_t Store(zorvic::v1::Preset edited, const zorvic::v1::Preset& stored, const Caller& caller);
     void ReserveRoom(const zorvic::v1::Preset& preset, std::size_t before);
     std::uint64_t ShowPreset(const zorvic::v1::Preset& preset);
     std::uint64_t Publish(std::vector<FeedChange> changes, const Asker& who = {});
@@ -130,8 +132,9 @@ private:
     std::uint64_t EditMarks(const zorvic::v1::MarkRequest& request, const Caller& caller, const Edit& edit);
 
     const std::size_t MostBytes;
-    Database& Rows;  ///< its lock guards the five below, and lets presets change only in its holder's thread
+    Database& Rows;  ///< its lock guards the six below, and lets presets change only in its holder's thread
     PresetTable Table;
+    RequestTable Requests;
     SettingsTable Settings;
     RequestMemory Recent;
     std::int32_t SavedSelection = 0;

@@ -132,6 +132,8 @@ private:
 };
 
 const HashedTable& Orders = HashedTables[1];
+// The schema that brought the keys of requests.
+constexpr std::int64_t RequestsVersion = 6;
 
 void Run(Connection& target, const std::string& sql) {
     target.Execute(sql.c_str());
@@ -186,6 +188,13 @@ void TakeRowsFromOther(Connection& target, const path& file, bool allOrders) {
                          &table == &Orders && !allOrders ? "number IN temp.spoilt" : "true"));
 }
 
+// What others know may be of another show.
+void TakeRequests(Connection& target, const path& from) {
+    const OtherDatabase other(target, from);
+    if (target.Number("PRAGMA other.user_version") >= RequestsVersion)
+        Run(target, "INSERT OR IGNORE INTO main.requests SELECT * FROM other.requests");
+}
+
 // Each source for itself: what one has lost must not cost the others.
 void TakeOtherRows(Connection& target, const path& database, const path& source) {
     Run(target, "CREATE TEMP TABLE spoilt(number)");
@@ -198,6 +207,7 @@ void TakeOtherRows(Connection& target, const path& database, const path& source)
         }
     };
     attempt(source, [&] { found = TakeRows(target, source); });
+    attempt(source, [&] { TakeRequests(target, source); });
     for (const std::string& row : found.Spoilt)
         spdlog::error("store: the {} is damaged: as it was when a copy was made, or lost", row);
     std::vector<path> others = Copies(database).Files();
@@ -221,6 +231,8 @@ void Write(Connection& target, const Plan& plan) {
             .Run();
     target.Execute("DELETE FROM sqlite_sequence WHERE name = 'presets'");
     target.Prepare("INSERT INTO sqlite_sequence(name, seq) VALUES('presets', ?)").Bind(plan.LastKey).Run();
+    // The key of a preset that is gone may be given to another.
+    target.Execute("DELETE FROM requests WHERE pk NOT IN (SELECT pk FROM presets)");
     target.Prepare("UPDATE ledger SET changes = ?").Bind(plan.Changes).Run();
     transaction.Commit();
 }

@@ -6,7 +6,7 @@ namespace ZorvicUnit {
 
 namespace {
 
-constexpr std::array<const char*, 5> Steps = {
+constexpr std::array<const char*, 6> Steps = {
     // AUTOINCREMENT, because a key must not come back after the highest preset is deleted. The hash tells a record that
     // the disk has spoilt from one that was stored so.
     R"sql(
@@ -119,6 +119,13 @@ constexpr std::array<const char*, 5> Steps = {
     CREATE TRIGGER import_deleted AFTER DELETE ON imports BEGIN
         UPDATE ledger SET others = others - 1, other_marks = other_marks - (old.hash & 2147483647);
     END;
+    )sql",
+    // What requests to create have made, written with it: one that is repeated after a restart is not done again.
+    R"sql(
+    CREATE TABLE requests(
+        number INTEGER PRIMARY KEY,
+        key INTEGER NOT NULL UNIQUE,
+        pk INTEGER NOT NULL);
     )sql",
 };
 

@@ -3,6 +3,7 @@
 #include "fault.h"
 #include "store/database.h"
 #include "store/preset_row.h"
+#include "store/request_table.h"
 
 #include <limits>
 
@@ -16,7 +17,7 @@ std::vector<zorvic::v1::Preset> PresetTable::Load() {
     return presets;
 }
 
-std::int32_t PresetTable::Insert(const zorvic::v1::Preset& preset) {
+std::int32_t PresetTable::Insert(const zorvic::v1::Preset& preset, std::uint64_t requestKey) {
     const PresetRow row = ToRow(preset);
     std::int64_t pk = 0;
     Rows.Write([&] {
@@ -24,11 +25,12 @@ std::int32_t PresetTable::Insert(const zorvic::v1::Preset& preset) {
         pk = Rows.LastInsertKey();
         if (pk > std::numeric_limits<std::int32_t>::max())
             throw Fault(FaultKind::Internal, "store: all keys are used up");
+        RequestTable(Rows).Add({requestKey, static_cast<std::int32_t>(pk)});
     });
     return static_cast<std::int32_t>(pk);
 }
 
-void PresetTable::Replace(const zorvic::v1::Preset& preset) {
+void PresetTable::Replace(const zorvic::v1::Preset& preset, std::uint64_t requestKey) {
     const PresetRow row = ToRow(preset);
     Rows.Write([&] {
         Rows.Prepare("UPDATE presets SET record = ?, hash = ? WHERE pk = ?")
@@ -36,6 +38,7 @@ void PresetTable::Replace(const zorvic::v1::Preset& preset) {
             .Bind(row.Hash)
             .Bind(row.PK)
             .Run();
+        RequestTable(Rows).Add({requestKey, preset.pk()});
     });
 }
 
