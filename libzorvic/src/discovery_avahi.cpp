@@ -1,5 +1,6 @@
 #include "diagnostics.h"
 #include "discovery_browser.h"
+#include "discovery_names.h"
 
 #include <avahi-common/error.h>
 #include <avahi-common/simple-watch.h>
@@ -19,8 +20,6 @@ namespace Zorvic::Internal {
 namespace {
 
 constexpr const char* ServiceType = "_zorvic._tcp";
-// Each asks the network; names cost whoever announces them nothing.
-constexpr std::size_t MostResolvers = 512;
 
 std::vector<std::string> ToStrings(AvahiStringList* text) {
     std::vector<std::string> strings;
@@ -50,6 +49,7 @@ private:
     void Start();
     void Resolve(AvahiIfIndex interface, AvahiProtocol protocol, const char* name, const char* domain);
     void Forget(const std::string& key);
+    void Drop(const std::string& key);
 
     static void OnService(AvahiSServiceBrowser* browser, AvahiIfIndex interface, AvahiProtocol protocol,
                           AvahiBrowserEvent event, const char* name, const char* type, const char* domain,
@@ -65,6 +65,7 @@ private:
     AvahiSimplePoll* Poll = nullptr;
     AvahiServer* Server = nullptr;
     std::map<std::string, AvahiSServiceResolver*> Resolvers;  ///< they report changes as long as they live
+    AnnouncedNames Names;                                     ///< of the resolvers
     std::thread Worker;
 };
 
@@ -129,18 +130,26 @@ void AvahiBrowser::OnService(AvahiSServiceBrowser*, AvahiIfIndex interface, Avah
         browser.Resolve(interface, protocol, name, domain);
     } else if (event == AVAHI_BROWSER_REMOVE) {
         browser.Forget(KeyOf(interface, name));
-        browser.Listener.OnWithdrawn(KeyOf(interface, name));
     }
 }
 
 void AvahiBrowser::Resolve(AvahiIfIndex interface, AvahiProtocol protocol, const char* name, const char* domain) {
-    if (Resolvers.size() >= MostResolvers) return;
+    const std::string key = KeyOf(interface, name);
+    const auto leaves = Names.Add(key);
+    if (leaves) Forget(*leaves);
+    if (leaves == key) return;
     auto* resolver = avahi_s_service_resolver_new(Server, interface, protocol, name, ServiceType, domain,
                                                   AVAHI_PROTO_INET, {}, OnResolved, this);
-    if (resolver) Resolvers[KeyOf(interface, name)] = resolver;
+    if (resolver) Resolvers[key] = resolver;
 }
 
 void AvahiBrowser::Forget(const std::string& key) {
+    Listener.OnWithdrawn(key);
+    Drop(key);
+}
+
+void AvahiBrowser::Drop(const std::string& key) {
+    Names.Remove(key);
     const auto found = Resolvers.find(key);
     if (found != Resolvers.end()) {
         avahi_s_service_resolver_free(found->second);
@@ -156,13 +165,14 @@ void AvahiBrowser::OnResolved(AvahiSServiceResolver*, AvahiIfIndex interface, Av
     if (event == AVAHI_RESOLVER_FOUND) {
         std::array<char, AVAHI_ADDRESS_STR_MAX> dotted{};
         avahi_address_snprint(dotted.data(), dotted.size(), address);
+        browser.Names.SetPlace(KeyOf(interface, name), dotted.data());
         browser.Listener.OnAnnounced({KeyOf(interface, name), dotted.data(), port, ToStrings(text)});
         return;
     }
     // It gave up after some seconds without an answer. The unit is still announced, so the question is put again.
     const std::string instance = name;
     const std::string domainName = domain;
-    browser.Forget(KeyOf(interface, name));
+    browser.Drop(KeyOf(interface, name));
     browser.Resolve(interface, protocol, instance.c_str(), domainName.c_str());
 }
 

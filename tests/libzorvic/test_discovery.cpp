@@ -1,5 +1,6 @@
 #include "announce/announce_places.h"
 #include "announce/announcer.h"
+#include "discovery_names.h"
 #include "discovery_service.h"
 #include "scripted_unit.h"
 #include "support/childprocess.h"
@@ -47,6 +48,9 @@ protected:
     void AnswerAll(const std::optional<LANZorvic>& answer) {
         for (const auto& question : Subject.TakeDue(Now))
             Subject.Answer(question.ID, answer, Now);
+    }
+    static std::string Address(int number) {
+        return "10.1." + std::to_string(number / 250) + '.' + std::to_string(number % 250);
     }
     UnitTracker Subject;
     UnitTracker::TimePoint Now{1h};
@@ -101,8 +105,8 @@ TEST_F(Tracker, AUnitIsListedWhileItAnswersAndGoesAtTheSecondMiss) {
 TEST_F(Tracker, ThousandsOfForgedAnnouncementsCostFewQuestionsAndKeepNoUnitOut) {
     Subject.Announce(Announced("first"), Now);
     AnswerAll(Identity("first"));
-    for (int number = 0; number < 5'000; ++number)
-        Subject.Announce(Announced("forged " + std::to_string(number)), Now);
+    for (int number = 0; number < 2'000; ++number)
+        Subject.Announce(Announced("forged " + std::to_string(number), Address(number)), Now);
     const auto questions = Subject.TakeDue(Now);
     EXPECT_EQ(questions.size(), UnitTracker::MostAsked);
     EXPECT_EQ(Subject.NextDue(), std::nullopt) << "there is nothing to wake up for";
@@ -114,6 +118,56 @@ TEST_F(Tracker, ThousandsOfForgedAnnouncementsCostFewQuestionsAndKeepNoUnitOut) 
             Subject.Answer(question.ID, question.Host == "10.0.0.7" ? std::optional(Identity("real")) : std::nullopt,
                            Now);
     EXPECT_THAT(Subject.Units(), ElementsAre(HasGUID("first"), HasGUID("real")));
+}
+
+TEST_F(Tracker, ManyNamesOrAddressesOfOneUnitKeepNoOtherOut) {
+    const auto name = [](int number) { return "name " + std::to_string(number); };
+    for (int number = 0; number < 300; ++number)
+        Subject.Announce(Announced(name(number)), Now);
+    EXPECT_EQ(Subject.TakeDue(Now).size(), 1U) << "one question to one address";
+    for (int number = 0; number < 299; ++number)
+        Subject.Withdraw(name(number));
+    AnswerAll(std::nullopt);
+    const auto answerFor = [&](const char* guid) {
+        for (bool asked = true; asked; Now += 1ms) {
+            const auto questions = Subject.TakeDue(Now);
+            asked = !questions.empty();
+            for (const auto& question : questions)
+                Subject.Answer(question.ID, Identity(question.Host.starts_with("10.0.") ? question.Host : guid), Now);
+        }
+    };
+    for (int number = 0; number < 300; ++number)
+        Subject.Announce(Announced("address " + name(number), Address(number)), Now);
+    answerFor("one");
+    Subject.Announce(Announced("other", "10.0.0.7"), Now);
+    answerFor("one");
+    EXPECT_THAT(Subject.Units(), testing::IsSupersetOf({HasGUID("one"), HasGUID("10.0.0.7")}));
+
+    for (int number = 0; number < 300; ++number)
+        Subject.Announce(Announced("port " + name(number), "10.0.0.9", 1'000 + number), Now);
+    Subject.Announce(Announced("third", "10.0.0.8"), Now);
+    std::map<std::string, std::size_t> asked;
+    for (const auto& question : Subject.TakeDue(Now))
+        ++asked[question.Host.substr(0, question.Host.find(':'))];
+    EXPECT_EQ(asked["10.0.0.9"], UnitTracker::MostAskedOfOne);
+    EXPECT_EQ(asked["10.0.0.8"], 1U);
+}
+
+TEST(Names, OfWhoHasMostMakeRoom) {
+    AnnouncedNames names;
+    names.Add("first");
+    names.SetPlace("first", "10.0.0.1");
+    for (std::size_t number = 1; number < AnnouncedNames::Most; ++number) {
+        EXPECT_EQ(names.Add(std::to_string(number)), std::nullopt);
+        if (number < 400) names.SetPlace(std::to_string(number), "10.0.0.9");
+    }
+    EXPECT_EQ(names.Add("second"), "399") << "of the machine that has most";
+    names.SetPlace("second", "10.0.0.2");
+    for (std::size_t number = 0; number < AnnouncedNames::Most; ++number)
+        names.Add("forged " + std::to_string(number));
+    EXPECT_NE(names.Add("forged again"), "forged again") << "the oldest of which nothing is known goes";
+    EXPECT_EQ(names.Add("first"), std::nullopt);
+    EXPECT_EQ(names.Add("second"), std::nullopt);
 }
 
 TEST_F(Tracker, LateAnswerOfAnEarlierPlaceIsIgnored) {

@@ -21,7 +21,9 @@ public:
         Open = connect(Socket.Get(), reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
     }
 
-    bool Greet() { return Send("PRI * HTTP/2.0\r\n\r\nSM\r\n\r\n" + Frame(4, 0, 0, "")); }
+    bool Greet(const std::string& more = "") {
+        return Send("PRI * HTTP/2.0\r\n\r\nSM\r\n\r\n" + Frame(4, 0, 0, "") + more);
+    }
     bool Send(const std::string& bytes) {
         Open = Open && send(Socket.Get(), bytes.data(), bytes.size(), MSG_NOSIGNAL) == ssize_t(bytes.size());
         return Open;

@@ -117,7 +117,8 @@ TEST_F(EncryptionTest, AListThatCannotBeReadLetsNobodyInAgain) {
         {"Is a directory", [&] { std::filesystem::create_directory(list); }}};
     for (const auto& [said, make] : troubles) {
         make();
-        EXPECT_TRUE(WaitUntil([&] { return ReadFile(Store + ".log").find(said) != std::string::npos; })) << said;
+        EXPECT_TRUE(WaitUntil([&, text = said] { return ReadFile(Store + ".log").find(text) != std::string::npos; }))
+            << said;
         EXPECT_FALSE(Link(Console("desk"))->Connected()) << said;
         EXPECT_TRUE(Link(Console("all"))->Connected()) << said;
     }

@@ -41,6 +41,20 @@ protected:
             [&] { return Console.Reconnect("") == ZORVIC_STATUS_OK && Console.Take(99) == ZORVIC_STATUS_FAILED; }));
     }
 
+    /// One connection, until it is over; gives its last stream.
+    std::uint32_t Flood(const std::stop_token& stop) const {
+        RawClient flood(Unit.Host());
+        flood.Greet();
+        std::uint32_t stream = 1;
+        while (!stop.stop_requested() && flood.Read()) {
+            std::string bytes;
+            for (int number = 0; number < 64; ++number, stream += 2)
+                bytes += RawClient::Headers(stream, "Identify") + RawClient::Reset(stream);
+            if (!flood.Send(bytes)) break;
+        }
+        return stream;
+    }
+
     // Sanitizers take their share of it.
     static constexpr std::size_t MemoryLimit = 900;
 
@@ -75,21 +89,25 @@ TEST_F(StrangersTest, LongAndManyRefusalsCostNeitherLinkNorDisk) {
 
 TEST_F(StrangersTest, FloodsOfResetsAreCutOff) {
     std::atomic<std::uint32_t> most = 0;
-    WorksBeside([&](const std::stop_token& stop) {
-        RawClient flood(Unit.Host());
-        flood.Greet();
-        std::uint32_t stream = 1;
-        while (!stop.stop_requested() && flood.Read()) {
-            std::string bytes;
-            for (int number = 0; number < 64; ++number, stream += 2)
-                bytes += RawClient::Headers(stream, "Identify") + RawClient::Reset(stream);
-            if (!flood.Send(bytes)) break;
-        }
-        most = std::max<std::uint32_t>(most, stream);
-    });
+    WorksBeside([&](const std::stop_token& stop) { most = std::max<std::uint32_t>(most, Flood(stop)); });
     EXPECT_GT(most, 400U);
     EXPECT_THAT(Log(), HasSubstr("gives up too many requests"));
     EXPECT_LT(MegabytesAtMost(), MemoryLimit);
+}
+
+TEST_F(StrangersTest, FloodsThatWaitKeepNoConsoleOfTheirHostOut) {
+    const std::stop_source never;
+    Flood(never.get_token());
+    ASSERT_TRUE(WaitUntil([&] { return Log().find("gives up too many requests") != std::string::npos; }));
+    // What is left of it may hold all of the server's threads for a moment.
+    ASSERT_TRUE(WaitUntil([&] { return Session(Unit.Host(), 1).Connected(); }));
+    std::string bytes;
+    for (std::uint32_t stream = 1; bytes.size() < 40'000; stream += 2)
+        bytes += RawClient::Headers(stream, "Identify") + RawClient::Reset(stream);
+    std::vector<RawClient> floods;
+    for (int number = 0; number < 40; ++number)
+        floods.emplace_back(Unit.Host()).Greet(bytes);
+    EXPECT_TRUE(WaitUntil([&] { return Session(Unit.Host(), 1).Connected(); }, std::chrono::seconds(1)));
 }
 
 TEST_F(StrangersTest, AMessageThatClaimsToBeHugeIsNotAwaited) {

@@ -6,6 +6,7 @@
 #include <spdlog/spdlog.h>
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
+#include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 
@@ -171,9 +172,17 @@ void Door::ServeReady(TimePoint now) {
     }
 }
 
+// Consoles wait for an answer before they go on. A flood has sent all it could before it is let in, and of a host in
+// disgrace it is not let in at all: what it brings would have to be read before anybody else's turn.
+bool Door::Presses(const Guest& guest) const {
+    int unread = 0;
+    return Disgraced.contains(guest.Who.Host) && ioctl(guest.Socket.Get(), FIONREAD, &unread) == 0 &&
+           unread > static_cast<int>(NoticedBytes);
+}
+
 bool Door::MustWait(const Guest& guest, TimePoint now) {
     const auto host = Disgraced.find(guest.Who.Host);
-    if (host != Disgraced.end() && !host->second.Entries.Allows(now)) return true;
+    if (host != Disgraced.end() && (Presses(guest) || !host->second.Entries.Allows(now))) return true;
     while (const auto shortage = ShortageFor(guest.Who.Host))
         if (!MakeRoom(guest.Who.Host, *shortage, now)) return true;
     return false;
@@ -226,6 +235,7 @@ void Door::Look(TimePoint now) {
     for (auto entry = All.begin(); entry != All.end();) {
         Guest& guest = entry->second;
         const bool late = !guest.Served && now - guest.Since > FirstWordLimit;
+        if (late && Presses(guest)) Disgraced[guest.Who.Host].Since = now;
         if (late && guest.Ready) TurnAway(guest.Who, now);
         const char* reason = guest.Served ? Examine(guest, now) : nullptr;
         if (reason) ShowOut(guest, reason);

@@ -70,6 +70,7 @@ private:
     void TurnAway(const Peer& who, TimePoint now);
     void OnReady(int socket, TimePoint now);
     void ServeReady(TimePoint now);
+    bool Presses(const Guest& guest) const;
     bool MustWait(const Guest& guest, TimePoint now);
     void Serve(Guest guest, TimePoint now);
     std::optional<Shortage> ShortageFor(const std::string& host) const;
