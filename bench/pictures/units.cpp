@@ -25,17 +25,32 @@ PictureUnit::PictureUnit(const fs::path& store, std::string address, const fs::p
     if (!show.empty()) {
         fs::remove(store / "Assets");
         ShareMedia(show / "Assets", store / "Assets");
-        // What was found out about the same files before need not be found out again.
-        std::error_code none;
-        fs::copy_file(show / "cache.db", store / "cache.db", none);
+        ShareKnowledge(store, show, drive);
     }
+    Start(store, drive);
+}
+
+// What was found out about the same files before need not be found out again. A unit does not begin a store in which it
+// finds a cache.
+void PictureUnit::ShareKnowledge(const fs::path& store, const fs::path& show, const fs::path& drive) {
+    if (!fs::exists(show / "cache.db")) return;
+    Start(store, drive);
+    Process->Signal(SIGINT);
+    Process->Wait(std::chrono::seconds(20));
+    for (const char* log : {"cache.db-wal", "cache.db-shm"})
+        fs::remove(store / log);
+    fs::copy_file(show / "cache.db", store / "cache.db", fs::copy_options::overwrite_existing);
+}
+
+void PictureUnit::Start(const fs::path& store, const fs::path& drive) {
+    const std::string log = store.string() + ".log";
+    fs::remove(log);
     Process = std::make_unique<ChildProcess>(
         std::vector<std::string>{ZORVIC_UNIT_PROGRAM, "--store", store.string(), "--listen", Address, "--nickname",
                                  store.filename().string(), "--announce", "lo", "--video-mode", "1080p", "--refresh",
                                  "25", "--output", "1=offscreen", "--output", "2=offscreen", "--drive",
                                  "E=" + drive.string()},
-        store.string() + ".log");
-    const std::string log = store.string() + ".log";
+        log);
     const auto listens = [&] { return ReadFile(log).find("listening on") != std::string::npos; };
     if (!WaitUntil([&] { return listens() || !Process->Running(); }) || !listens())
         throw std::runtime_error("the unit did not start:\n" + ReadFile(log));

@@ -23,6 +23,10 @@ public:
     void Thaw() const { Process->Signal(SIGCONT); }
 
 private:
+    void Start(const std::filesystem::path& store, const std::filesystem::path& drive);
+    void ShareKnowledge(const std::filesystem::path& store, const std::filesystem::path& show,
+                        const std::filesystem::path& drive);
+
     const std::string Address;
     std::unique_ptr<ChildProcess> Process;
 };

@@ -92,6 +92,7 @@ int Open(const char* path, int flags, mode_t mode) {
 }
 
 int Synchronise(int file) {
+    if (DiskRecord::BeforeSync) DiskRecord::BeforeSync();
     const bool names = NumberOf(file) == Record.DirectoryNumber;
     const int followed = FileOf(file);
     return Take(names || followed != 0, {.Kind = names ? Step::SyncNames : Step::Sync, .File = followed},

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <random>
 
 /// Follows what this process does to the files of one directory, and tells what a power cut at any moment may have left
@@ -20,4 +21,7 @@ public:
     /// That step from now on, and no other, fails with an I/O error; 0: none.
     void Fail(int step);
     bool HasFailed() const;
+
+    /// What a thread does before it synchronises a file.
+    static inline thread_local std::function<void()> BeforeSync;
 };

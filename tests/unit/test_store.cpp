@@ -284,6 +284,10 @@ TEST_F(StoreTest, ALostDatabaseIsMendedFromItsCopyOrMissedAndNeverTakenForANewOn
     EXPECT_EQ(Presets(File()).size(), 5U);
     EXPECT_THAT(Log.str(), testing::HasSubstr("-copy1 was made is lost"));
 
+    lose({"", "-seal"});
+    Connection(File(), Connection::Access::Make).Execute("CREATE TABLE other(name); DROP TABLE other");
+    EXPECT_EQ(Presets(File()).size(), 5U);
+
     lose({"-seal"});
     std::ofstream(File()) << older;
     EXPECT_EQ(Presets(File()).size(), 3U) << "somebody may have put it there on purpose";

@@ -9,6 +9,7 @@
 #include "unit/unitfakes.h"
 
 #include <functional>
+#include <future>
 #include <iostream>
 #include <set>
 
@@ -192,6 +193,24 @@ TEST(DiskFailures, WhicheverWriteOrSyncFailsTheStoreHoldsWhatItAcknowledged) {
         EXPECT_EQ(afterAKill(), show.Acknowledged());
     }
     EXPECT_GT(refused, 5);
+}
+
+TEST(SlowDisk, AWriteWaitsForNoSyncOfTheHousekeepers) {
+    const TemporaryDirectory directory;
+    Database database(directory.Path() + "/zorvic.db");
+    PresetTable table(database);
+    table.Insert(PresetWith(0, "a"));
+    database.CheckpointWhenIdle();
+    int syncs = 0;
+    std::vector<std::future<void>> writes;
+    DiskRecord::BeforeSync = [&] {
+        ++syncs;
+        writes.push_back(std::async(std::launch::async, [&] { table.Insert(PresetWith(0, "b")); }));
+        EXPECT_EQ(writes.back().wait_for(std::chrono::seconds(2)), std::future_status::ready) << syncs;
+    };
+    database.CheckpointWhenIdle();
+    DiskRecord::BeforeSync = {};
+    EXPECT_GE(syncs, 3) << "the seal, the log, the file";
 }
 
 }  // namespace

@@ -30,6 +30,10 @@ const std::filesystem::path& Fit(const std::filesystem::path& file,
     return file;
 }
 
+void WarnOfLog(const Fault& fault) {
+    spdlog::warn("{}; the log keeps what it holds", fault.what());
+}
+
 // 0 when it is not there.
 std::uint64_t NumberOf(const std::filesystem::path& file) {
     struct stat status = {};
@@ -50,6 +54,10 @@ Database::Database(const std::filesystem::path& file, const std::function<void(c
     ReportUnreadableLog();
     Migrate(Migrations());
     Shrink();
+    Second.emplace(file, Access::Write);
+    Second->KeepLogOnClose(true);
+    // Opens the log.
+    Second->SchemaVersion();
     Checkpoint();
     KeepLogOnClose(false);
 }
@@ -69,11 +77,13 @@ Database::~Database() {
 }
 
 void Database::Close() {
+    const std::scoped_lock housekeeping(Housekeeping);
     const std::scoped_lock lock(Mutex);
     if (!IsOpen()) return;
     Checkpoint();
     std::error_code error;
     if (std::filesystem::file_size(File(), error) <= LargestAtEnd && !error) MakeCopy();
+    Second.reset();
     Connection::Close();
 }
 
@@ -129,14 +139,42 @@ void Database::CheckPlace() const {
 }
 
 void Database::CheckpointWhenIdle() {
-    {
-        const std::scoped_lock lock(Mutex);
-        if (!IsOpen()) return;
-        const std::int64_t changes = sqlite3_total_changes64(Opened());
-        if (std::exchange(ChangesAtLastLook, changes) != changes) return;
-        if (changes != ChangesInFile) Checkpoint();
+    const std::scoped_lock housekeeping(Housekeeping);
+    if (!IsIdle()) return;
+    try {
+        BringLogIntoFile();
+    } catch (const Fault& fault) {
+        WarnOfLog(fault);
     }
     if (std::chrono::steady_clock::now() >= NextCopy) MakeCopy();
+}
+
+bool Database::IsIdle() {
+    const std::scoped_lock lock(Mutex);
+    if (!IsOpen()) return false;
+    const std::int64_t changes = sqlite3_total_changes64(Opened());
+    return std::exchange(ChangesAtLastLook, changes) == changes;
+}
+
+// Who writes meanwhile does not wait for the disk: all that is synchronised here is so without the lock.
+void Database::BringLogIntoFile() {
+    std::int64_t changes = 0;
+    {
+        const std::scoped_lock lock(Mutex);
+        changes = sqlite3_total_changes64(Opened());
+        if (std::exchange(ChangesInFile, changes) == changes) return;
+        if (!Acknowledged.Changes()) Acknowledged.Keep(Changes());
+        Acknowledged.Note(Changes());
+    }
+    Acknowledged.Sync();
+    Second->Execute("PRAGMA wal_checkpoint(PASSIVE)");
+    const std::scoped_lock lock(Mutex);
+    if (sqlite3_total_changes64(Opened()) == changes) EmptyLog();
+}
+
+void Database::EmptyLog() {
+    if (sqlite3_wal_checkpoint_v2(Opened(), "main", SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr) != SQLITE_OK)
+        RaiseLast(Opened(), "bring the log into the file");
 }
 
 void Database::Checkpoint() {
@@ -144,10 +182,9 @@ void Database::Checkpoint() {
     ChangesInFile = sqlite3_total_changes64(Opened());
     try {
         Acknowledged.Keep(Changes());
-        if (sqlite3_wal_checkpoint_v2(Opened(), "main", SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr) != SQLITE_OK)
-            RaiseLast(Opened(), "bring the log into the file");
+        EmptyLog();
     } catch (const Fault& fault) {
-        spdlog::warn("{}; the log keeps what it holds", fault.what());
+        WarnOfLog(fault);
     }
 }
 

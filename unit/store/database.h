@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <mutex>
+#include <optional>
 #include <string>
 
 namespace ZorvicUnit {
@@ -41,15 +43,21 @@ private:
     std::int64_t Changes() { return Number("SELECT changes FROM ledger"); }
     void CountChange() { Execute("UPDATE ledger SET changes = changes + 1"); }
     void Checkpoint();
+    bool IsIdle();
+    void BringLogIntoFile();
+    void EmptyLog();
     void MakeCopy();
 
-    // The last two are the housekeeper's; the others are guarded by the connection's lock.
+    std::mutex Housekeeping;  ///< taken before the connection's lock; guards the last two and what `Second` does
+    // The others are guarded by the connection's lock.
     Seal Acknowledged;
     const Copies Kept;
     const std::uint64_t Place;           ///< the file's number in its file system
     std::int64_t ChangesAtLastLook = 0;  ///< of this connection, for telling whether it is idle
     std::int64_t ChangesInFile = 0;      ///< the same, when the log was last brought into the file
     std::int64_t ChangesInCopy = -1;     ///< those of the ledger
+    /// Opened with the first one, so that it has the same files whatever becomes of their names.
+    std::optional<Connection> Second;
     std::chrono::steady_clock::time_point NextCopy;
 };
 

@@ -14,19 +14,23 @@
 
 #include <algorithm>
 #include <optional>
+#include <string>
 #include <utility>
 
 namespace ZorvicUnit {
 
 namespace {
 
+std::string Missing(const std::filesystem::path& file, const std::filesystem::path& evidence, const char* how) {
+    return fmt::format("{} is {}, and {} says that the store has been used", file.string(), how, evidence.string());
+}
+
 // SQLite would make an empty database in the place of the lost one, and remove its log. False for a new store.
 bool IsUsed(const std::filesystem::path& file, const Seal& seal) {
     if (HoldsSomething(file)) return true;
     const auto evidence = EvidenceOfUse(file, seal);
     if (!evidence) return false;
-    throw StoreDamage(fmt::format("{} is {}, and {} says that the store has been used", file.string(),
-                                  std::filesystem::exists(file) ? "empty" : "missing", evidence->string()));
+    throw StoreDamage(Missing(file, *evidence, std::filesystem::exists(file) ? "empty" : "missing"));
 }
 
 void CheckVersion(std::int64_t version) {
@@ -71,6 +75,9 @@ void Examine(const std::filesystem::path& file, const Seal& seal) {
     // Until it is known to be whole, closing must not bring a log into it that may be the only way to mend it.
     database.KeepLogOnClose(true);
     CheckVersion(database.SchemaVersion());
+    const auto evidence = EvidenceOfUse(file, seal);
+    if (database.SchemaVersion() == 0 && evidence && *evidence != file.string() + "-wal")
+        throw StoreDamage(Missing(file, *evidence, "without content"));
     CheckContent(database);
     CheckChanges(database, seal);
 }

@@ -80,6 +80,10 @@ void Seal::Note(std::int64_t changes) {
 void Seal::Keep(std::int64_t changes) {
     if (!Acknowledged) Create(changes);
     Note(changes);
+    Sync();
+}
+
+void Seal::Sync() const {
     if (fdatasync(Slots->Get()) != 0) Raise(Name);
 }
 

@@ -27,6 +27,8 @@ public:
     void Note(std::int64_t changes);
     /// Brings it to disk; makes the file when it is not there. Throws Fault.
     void Keep(std::int64_t changes);
+    /// Brings what was noted to disk, also while another thread notes the next commit. Throws Fault.
+    void Sync() const;
 
 private:
     void Create(std::int64_t changes);
