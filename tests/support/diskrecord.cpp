@@ -215,34 +215,22 @@ ZORVIC_IN_PLACE int open(const char* path, int flags, ...) {
     va_end(rest);
     return Open(path, flags, mode);
 }
-ZORVIC_IN_PLACE int open64(const char* path, int flags, ...) {
-    va_list rest;
-    va_start(rest, flags);
-    const mode_t mode = va_arg(rest, mode_t);
-    va_end(rest);
-    return Open(path, flags, mode);
-}
+ZORVIC_IN_PLACE int open64(const char* path, int flags, ...) __attribute__((alias("open")));
 ZORVIC_IN_PLACE ssize_t pwrite(int file, const void* bytes, std::size_t size, off_t place) {
     return WriteAt(file, bytes, size, place);
 }
-ZORVIC_IN_PLACE ssize_t pwrite64(int file, const void* bytes, std::size_t size, off64_t place) {
-    return WriteAt(file, bytes, size, place);
-}
+ZORVIC_IN_PLACE ssize_t pwrite64(int, const void*, std::size_t, off64_t) __attribute__((alias("pwrite")));
 ZORVIC_IN_PLACE int ftruncate64(int file, off64_t size) noexcept {
     return Resize(file, size);
 }
 ZORVIC_IN_PLACE int fsync(int file) {
     return Synchronise(file);
 }
-ZORVIC_IN_PLACE int fdatasync(int file) {
-    return Synchronise(file);
-}
+ZORVIC_IN_PLACE int fdatasync(int) __attribute__((alias("fsync")));
 ZORVIC_IN_PLACE int remove(const char* path) noexcept {
     return Remove(path);
 }
-ZORVIC_IN_PLACE int unlink(const char* path) noexcept {
-    return Remove(path);
-}
+ZORVIC_IN_PLACE int unlink(const char*) noexcept __attribute__((alias("remove")));
 ZORVIC_IN_PLACE int rename(const char* from, const char* to) noexcept {
     const std::string name = Followed(from);
     return Take(!name.empty() && access(from, F_OK) == 0, {.Kind = Step::Move, .Name = name, .To = Followed(to)},

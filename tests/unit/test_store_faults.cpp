@@ -25,14 +25,6 @@ struct Content {
     bool operator==(const Content&) const = default;
 };
 
-std::ostream& operator<<(std::ostream& out, const Content& content) {
-    for (const auto& [pk, asset] : content.Presets)
-        out << pk << ':' << asset << ' ';
-    for (const std::string& order : content.Orders)
-        out << order << ' ';
-    return out << "selected " << content.Selected << ", " << content.Guid;
-}
-
 /// A store at work, and what it has acknowledged.
 class Show {
 public:
@@ -146,14 +138,12 @@ TEST(PowerCuts, LoseNothingThatWasAcknowledgedAndLeaveNothingHalf) {
         try {
             Show show(left / "zorvic.db");
             const Content found = show.Read();
-            EXPECT_TRUE(found == before || found == after) << found << "\ninstead of\n"
-                                                           << before << "\nor\n"
-                                                           << after << '\n'
-                                                           << show.Mended;
+            EXPECT_TRUE(found == before || found == after)
+                << found.Presets.size() << " presets, " << before.Presets.size() << " before. " << show.Mended;
             show.Insert("later");
             const Content more = show.Read();
             show.Restart();
-            EXPECT_EQ(show.Read(), more);
+            EXPECT_TRUE(show.Read() == more);
         } catch (const Fault& fault) {
             ADD_FAILURE() << fault.what();
         }
@@ -188,9 +178,9 @@ TEST(DiskFailures, WhicheverWriteOrSyncFailsTheStoreHoldsWhatItAcknowledged) {
             }
             if (failed || !disk.HasFailed()) continue;
             failed = true;
-            EXPECT_EQ(afterAKill(), show.Acknowledged());
+            EXPECT_TRUE(afterAKill() == show.Acknowledged());
         }
-        EXPECT_EQ(afterAKill(), show.Acknowledged());
+        EXPECT_TRUE(afterAKill() == show.Acknowledged());
     }
     EXPECT_GT(refused, 5);
 }
