@@ -250,6 +250,7 @@ TEST_F(LinkTest, WhatLayOnTheWayUntilItsConsoleGaveUpIsNotCarriedOut) {
     for (const bool inTheNetwork : {true, false}) {
         LoopbackProxy proxy(Unit.Host(), 1);
         std::vector<std::jthread> consoles;
+        consoles.reserve(commands.size());
         std::atomic<std::size_t> asking = 0;
         for (const Command& command : commands) {
             consoles.emplace_back([&] {
