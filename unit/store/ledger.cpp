@@ -9,6 +9,8 @@
 
 #include <spdlog/fmt/fmt.h>
 
+#include <map>
+#include <mutex>
 #include <string>
 #include <utility>
 
@@ -46,12 +48,24 @@ std::string SchemaOf(Connection& database) {
     return schema;
 }
 
+// What the steps up to this version make.
+std::string RightSchema(std::int64_t version) {
+    static std::mutex lock;
+    static std::map<std::int64_t, std::string> known;
+    const std::scoped_lock held(lock);
+    std::string& schema = known[version];
+    if (schema.empty()) {
+        Connection fresh(":memory:", Connection::Access::Make);
+        fresh.Migrate(Migrations().first(static_cast<std::size_t>(version)));
+        schema = SchemaOf(fresh);
+    }
+    return schema;
+}
+
 // A trigger that the disk has spoilt would count wrongly from now on.
 void CheckSchema(Connection& database, std::int64_t version) {
     if (std::cmp_greater(version, Migrations().size())) return;  // of a newer version, which nobody here can judge
-    Connection right(":memory:", Connection::Access::Make);
-    right.Migrate(Migrations().first(static_cast<std::size_t>(version)));
-    if (SchemaOf(database) != SchemaOf(right)) throw StoreDamage("its schema");
+    if (SchemaOf(database) != RightSchema(version)) throw StoreDamage("its schema");
 }
 
 void CountOthers(Connection& database, Ledger& found) {
