@@ -167,7 +167,7 @@ TEST_F(StrangersTest, CrowdsThatAskNowAndThenKeepNoConsoleOut) {
         Session late(Unit.Host(), 1);
         EXPECT_EQ(late.Take(99), ZORVIC_STATUS_FAILED) << LinkProblem(late);
         EXPECT_TRUE(late.Connected());
-        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2)) << "slow as it is when sanitized";
         EXPECT_TRUE(Console.Connected());
         std::this_thread::sleep_for(std::chrono::milliseconds(500));
         EXPECT_TRUE(late.Connected()) << "and stays";
